@@ -1,0 +1,26 @@
+#pragma once
+
+#include <array>
+#include <string_view>
+
+namespace orvo {
+
+class URL;
+
+/// A deployment of the service. A value; everything here may be called from any thread.
+enum class Environment { production, qa, staging };
+
+/// All deployments, in the order in which they are offered to a choice.
+inline constexpr std::array allEnvironments{Environment::production, Environment::qa,
+                                            Environment::staging};
+
+/// The name for people: "Production", "QA" or "Staging".
+[[nodiscard]] std::string_view name(Environment environment);
+
+/// The base URL of the deployment's API, compiled in; it ends with "/". Lives for ever.
+[[nodiscard]] const URL& url(Environment environment);
+
+/// The base URL of images, one for all deployments, compiled in; it ends with "/". Lives for ever.
+[[nodiscard]] const URL& resourceURL(Environment environment);
+
+}  // namespace orvo

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string_view>
+
+namespace orvo {
+
+/// Begins the labels of the queues that guard the library's own state.
+inline constexpr std::string_view ServiceDomainPrefix = "tv.orvo.api";
+
+/// Begins the labels of the futures' queues.
+inline constexpr std::string_view FutureQueueLabelPrefix = "tv.orvo.api.futures.";
+
+}  // namespace orvo
