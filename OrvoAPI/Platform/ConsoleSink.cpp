@@ -1,0 +1,42 @@
+#include <OrvoAPI/Platform/ConsoleSink.h>
+
+#include <cstdio>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+namespace orvo {
+namespace {
+
+// Shared, so that a line is handed over outside the lock and a sink may replace itself.
+std::mutex sinkMutex;
+std::shared_ptr<const ConsoleSink> currentSink;
+
+}  // namespace
+
+void setConsoleSink(ConsoleSink sink) {
+  auto next = sink ? std::make_shared<const ConsoleSink>(std::move(sink)) : nullptr;
+  const std::lock_guard lock(sinkMutex);
+  currentSink.swap(next);
+}
+
+void printToConsole(std::string_view line) {
+  std::string text;
+  text.reserve(line.size() + 1);
+  text.append(line).push_back('\n');
+
+  std::shared_ptr<const ConsoleSink> sink;
+  {
+    const std::lock_guard lock(sinkMutex);
+    sink = currentSink;
+  }
+  if (sink) {
+    (*sink)(text);
+  } else {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+  }
+}
+
+}  // namespace orvo

@@ -1,0 +1,19 @@
+#pragma once
+
+#include <functional>
+#include <string_view>
+
+namespace orvo {
+
+/// Where the library's few plain console lines go. Called from any thread, several at once; each
+/// call gets one whole line with its newline.
+using ConsoleSink = std::function<void(std::string_view line)>;
+
+/// Replaces the sink for the whole process; an empty one restores standard output, which gets each
+/// line in one write. Safe from any thread; a line on its way may still reach the earlier sink.
+void setConsoleSink(ConsoleSink sink);
+
+/// Hands `line` and a newline to the sink.
+void printToConsole(std::string_view line);
+
+}  // namespace orvo

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <type_traits>
+
+namespace orvo {
+
+/// One case of an enumeration as text: its name, and the raw value with which it travels (the name
+/// where nothing else is said; empty in an enumeration that never travels).
+struct EnumCase {
+  std::string_view name;
+  std::string_view rawValue = name;
+};
+
+/// The cases of `E` in declaration order, which numbers them from 0. Each enumeration with a text
+/// form specialises this with its table, next to its declaration:
+///
+///     template <>
+///     inline constexpr EnumCase enumCases<Kind>[] = {{"clip"}, {"liveProgram", "live_program"}};
+template <class E>
+inline constexpr std::nullptr_t enumCases = nullptr;
+
+/// An enumeration with a table of its cases.
+template <class E>
+concept NamedEnum = std::is_enum_v<E> && std::is_array_v<decltype(enumCases<E>)>;
+
+/// An enumeration whose cases have raw values.
+template <class E>
+concept RawValueEnum = NamedEnum<E> && !enumCases<E>[0].rawValue.empty();
+
+/// The case's name as it stands in the code.
+template <NamedEnum E>
+[[nodiscard]] constexpr std::string_view caseName(E value) {
+  return enumCases<E>[static_cast<std::size_t>(value)].name;
+}
+
+/// The text with which the case travels.
+template <RawValueEnum E>
+[[nodiscard]] constexpr std::string_view rawValue(E value) {
+  return enumCases<E>[static_cast<std::size_t>(value)].rawValue;
+}
+
+/// The case with this raw value, exactly and case-sensitively; none for any other text.
+template <RawValueEnum E>
+[[nodiscard]] constexpr std::optional<E> fromRawValue(std::string_view text) {
+  for (std::size_t i = 0; i < std::size(enumCases<E>); ++i) {
+    if (enumCases<E>[i].rawValue == text) return static_cast<E>(i);
+  }
+  return std::nullopt;
+}
+
+}  // namespace orvo

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <memory>
+
+namespace orvo {
+
+/// An immutable value that several hold: copying it copies a pointer. Null means none.
+template <class T>
+using Shared = std::shared_ptr<const T>;
+
+}  // namespace orvo
