@@ -74,8 +74,8 @@ class URL {
   std::uint32_t queryEnd_ = 0;
 };
 
-/// `text` as the value of a query item: everything but letters, digits and "-._~" becomes a percent
-/// triple, so a space is "%20" (never "+"), and "+", "&", "=", "#" and "%" mean themselves.
+/// `text` as the value of a query item. What a query cannot hold, and "+", "&", "=", ";" and "%",
+/// which mean something else there, become percent triples: a space is "%20", never "+".
 [[nodiscard]] std::string percentEncodedQueryValue(std::string_view text);
 
 }  // namespace orvo
