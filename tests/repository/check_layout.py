@@ -1,0 +1,216 @@
+#!/usr/bin/env python3
+"""Checks the written rules about the layout of the sources: which file may include which, where
+system and third-party headers may stand, what library code must not call, and that the umbrella
+header is complete.
+
+Usage: check_layout.py ROOT; prints one line per fault, exit status 1 when there is one.
+"""
+
+import pathlib
+import re
+import sys
+
+# Includes run one way: a file may include its own folder and the folders before it.
+ORDER = ["Platform", "Futures", "Parsing", "Logging", "Storage", "Network", "Model",
+         "Configuration", "Linear", "Context"]
+RANK = {folder: rank for rank, folder in enumerate(ORDER)}
+
+# Three places stand where a reader looks for them although the order would put them elsewhere.
+LEAVES = {"Context/Environment", "Context/Client", "Context/URLService"}  # anybody may include them
+ABOVE_LINEAR = {"Storage/AppStore"}
+ABOVE_CONTEXT = "Linear/LinearProgramGuideMonitor"  # with everything named after it
+
+# Public headers that the umbrella leaves out, with the reason.
+OPT_IN = {"Futures/Coroutine.h": "needs <coroutine>, for those who use it"}
+
+# Files that may print or stop the process, with the reason.
+MAY_PRINT_OR_STOP = {
+    "Platform/Fatal.cpp": "the one place that stops the process for a programming error",
+    "Platform/Console.cpp": "the settable sink of the two stated console lines",
+}
+
+STANDARD = set("""
+algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
+cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine
+csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque
+exception execution filesystem forward_list fstream functional future initializer_list iomanip ios
+iosfwd iostream istream iterator latch limits list locale map memory memory_resource mutex new
+numbers numeric optional ostream queue random ranges ratio regex scoped_allocator semaphore set
+shared_mutex source_location span sstream stack stdexcept stop_token streambuf string string_view
+syncstream system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set
+utility valarray variant vector version""".split())
+TOO_HEAVY_FOR_HEADERS = {"future", "iostream", "regex"}
+
+INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
+TEXT = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"'
+                  r"|(?<![0-9A-Fa-f])'(?:\\.|[^'\\\n])+'", re.S)
+PRINTS_OR_STOPS = re.compile(
+    r"\b(?:printf|fprintf|vprintf|vfprintf|puts|fputs|putchar|putc|fputc|fwrite|perror"
+    r"|abort|_?exit|_Exit|quick_exit|terminate|assert)\s*\(|\bstd::(?:cout|cerr|clog)\b"
+    r"|\b(?:stdout|stderr)\b")
+
+
+def without_text(source):
+    """The source without comments and literals, lines kept."""
+    return TEXT.sub(lambda match: "\n" * match.group().count("\n") or " ", source)
+
+
+def without_comments(source):
+    """Comments only: an include's name looks like a literal."""
+    return TEXT.sub(lambda match: "\n" * match.group().count("\n")
+                    if match.group().startswith(("//", "/*")) else match.group(), source)
+
+
+def includes(source):
+    return INCLUDE.findall(without_comments(source))
+
+
+def rank_of(name):
+    """Where a library file, named like Folder/File.h, stands in the order."""
+    stem = name.rsplit(".", 1)[0]
+    if name == "Version.h" or stem == "Version":
+        return -1
+    if stem in LEAVES:
+        return RANK["Futures"]
+    if stem in ABOVE_LINEAR:
+        return RANK["Linear"] + 0.5
+    if stem.startswith(ABOVE_CONTEXT):
+        return RANK["Context"] + 1
+    if "/" not in name:
+        return len(ORDER) + 1  # the umbrella
+    return RANK[name.split("/")[0]]
+
+
+def is_private(name):
+    return name.endswith("Internal.h")
+
+
+def is_header(name):
+    return name.endswith(".h")
+
+
+class Layout:
+    def __init__(self, root):
+        self.root = pathlib.Path(root)
+        self.faults = []
+        library = self.root / "OrvoAPI"
+        self.sources = {path.relative_to(library).as_posix(): path.read_text(encoding="utf-8")
+                        for pattern in ("*.h", "*.cpp") for path in library.rglob(pattern)}
+        self.headers = {name for name in self.sources if is_header(name)}
+        self.headers |= {path.name.removesuffix(".in") for path in library.glob("*.h.in")}
+
+    def fault(self, path, text):
+        self.faults.append(f"{path}: {text}")
+
+    def check(self):
+        for name in sorted(self.sources):
+            folder = name.split("/")[0]
+            if "/" in name and folder not in RANK:
+                self.fault(f"OrvoAPI/{name}", f"{folder} is no folder of the library")
+                continue
+            self.check_library_file(name)
+        self.check_json_reader()
+        self.check_cycles()
+        self.check_umbrella()
+        self.check_users()
+        return self.faults
+
+    def check_library_file(self, name):
+        path, source = f"OrvoAPI/{name}", self.sources[name]
+        if is_header(name) and "#pragma once" not in source:
+            self.fault(path, "no #pragma once")
+        for mark, target in includes(source):
+            if mark == '"':
+                self.fault(path, f'"{target}" is included in quotation marks')
+            elif target.startswith("OrvoAPI/"):
+                self.check_own_include(name, target.removeprefix("OrvoAPI/"))
+            else:
+                self.check_foreign_include(name, target)
+        if name not in MAY_PRINT_OR_STOP:
+            for call in PRINTS_OR_STOPS.findall(without_text(source)):
+                self.fault(path, f"library code must not call {call.rstrip('( ')}")
+
+    def check_own_include(self, name, target):
+        path = f"OrvoAPI/{name}"
+        if target.startswith("Testing/") or target not in self.headers:
+            self.fault(path, f"<OrvoAPI/{target}> is no header of the library")
+            return
+        if is_header(name) and not is_private(name) and is_private(target):
+            self.fault(path, f"an installed header includes the private {target}")
+        if target.rsplit(".", 1)[0] not in LEAVES and rank_of(target) > rank_of(name):
+            self.fault(path, f"includes {target}, which stands after it in the order")
+
+    def check_foreign_include(self, name, target):
+        path = f"OrvoAPI/{name}"
+        if target in STANDARD:
+            if is_header(name) and target in TOO_HEAVY_FOR_HEADERS:
+                self.fault(path, f"<{target}> is too heavy for a header")
+            return
+        platform = name.startswith("Platform/") and (not is_header(name) or is_private(name))
+        reader = name.startswith("Parsing/") and name.endswith(".cpp") and target == "simdjson.h"
+        if not platform and not reader:
+            self.fault(path, f"<{target}> is allowed in Platform's sources only")
+
+    def check_json_reader(self):
+        users = [name for name, source in sorted(self.sources.items())
+                 if ("<", "simdjson.h") in includes(source)]
+        if len(users) > 1:
+            self.fault("OrvoAPI", f"simdjson.h is included by more than one source: {users}")
+
+    def check_cycles(self):
+        graph = {name: [target.removeprefix("OrvoAPI/") for _, target in includes(source)
+                        if target.startswith("OrvoAPI/")]
+                 for name, source in self.sources.items()}
+        done, trail = set(), []
+
+        def visit(name):
+            if name in trail:
+                ring = trail[trail.index(name):] + [name]
+                self.fault("OrvoAPI", "files include each other: " + " -> ".join(ring))
+                return
+            if name in done or name not in graph:
+                return
+            trail.append(name)
+            for target in graph[name]:
+                visit(target)
+            done.add(trail.pop())
+
+        for name in sorted(graph):
+            visit(name)
+
+    def check_umbrella(self):
+        listed = {target.removeprefix("OrvoAPI/")
+                  for _, target in includes(self.sources.get("OrvoAPI.h", ""))}
+        public = {name for name in self.headers
+                  if not is_private(name) and name not in OPT_IN and name != "OrvoAPI.h"}
+        for name in sorted(public - listed):
+            self.fault("OrvoAPI/OrvoAPI.h", f"{name} is missing")
+        for name in sorted(listed & set(OPT_IN)):
+            self.fault("OrvoAPI/OrvoAPI.h", f"{name} is for those who ask for it")
+
+    def check_users(self):
+        kit = {path.relative_to(self.root / "testing").as_posix()
+               for path in (self.root / "testing").rglob("*.h")}
+        for folder in ("testing", "tool", "demo", "tests", "examples", "benchmarks", "fuzz", "soak"):
+            files = [path for pattern in ("*.h", "*.cpp")
+                     for path in (self.root / folder).rglob(pattern)]
+            for path in sorted(files):
+                name = path.relative_to(self.root).as_posix()
+                for _, target in includes(path.read_text(encoding="utf-8")):
+                    if "OrvoAPI/" not in target or target in kit:
+                        continue
+                    header = target.removeprefix("OrvoAPI/")
+                    if header not in self.headers or is_private(header):
+                        self.fault(name, f"<{target}> is no installed header")
+
+
+def main():
+    if len(sys.argv) != 2:
+        sys.exit(__doc__)
+    faults = Layout(sys.argv[1]).check()
+    print("\n".join(faults) if faults else "layout: no fault")
+    sys.exit(1 if faults else 0)
+
+
+if __name__ == "__main__":
+    main()
