@@ -1,0 +1,29 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Platform/Data.h>
+
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+/// Reads a body as JSON of an expected top-level shape. Stateless: any thread may call any
+/// operation at any time. The result owns all that it shows; the body may go.
+///
+/// A body that cannot be read fails with `JSONReaderError`, one of another shape with
+/// `JSONParseError::unexpectedType`; a single element of the wrong kind makes the shape wrong.
+class JSONDataParser {
+ public:
+  JSONDataParser() = delete;
+
+  [[nodiscard]] static Result<JSONObject> object(const Data& data);
+  /// An array of objects.
+  [[nodiscard]] static Result<JSONObjects> array(const Data& data);
+  [[nodiscard]] static Result<std::vector<std::string>> stringArray(const Data& data);
+  /// A value of any kind, also a bare string or number.
+  [[nodiscard]] static Result<JSONValue> value(const Data& data);
+};
+
+}  // namespace orvo

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace orvo {
+
+namespace detail {
+
+/// The head of a body that was read: the count of its owners. What follows is the reader's.
+struct JSONDocument {
+  mutable std::atomic<std::size_t> owners{0};
+};
+void destroy(const JSONDocument* document) noexcept;
+
+/// A place in a document, in the reader's own form. Owns nothing.
+using JSONPosition = std::array<std::uint64_t, 2>;
+
+/// A place in a document and a share in that document.
+class JSONNode {
+ public:
+  JSONNode() = default;
+  JSONNode(const JSONDocument* document, JSONPosition position)
+      : document_(document), position_(position) {
+    retain();
+  }
+  JSONNode(const JSONNode& other) : document_(other.document_), position_(other.position_) {
+    retain();
+  }
+  JSONNode(JSONNode&& other) noexcept
+      : document_(std::exchange(other.document_, nullptr)), position_(other.position_) {}
+  JSONNode& operator=(JSONNode other) noexcept {
+    std::swap(document_, other.document_);
+    position_ = other.position_;
+    return *this;
+  }
+  ~JSONNode() {
+    if (document_ && document_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+      destroy(document_);
+    }
+  }
+
+  /// Null for a value that was never read.
+  [[nodiscard]] const JSONDocument* document() const { return document_; }
+  [[nodiscard]] const JSONPosition& position() const { return position_; }
+  /// Goes to another place in the same document.
+  void move(JSONPosition position) { position_ = position; }
+
+ private:
+  void retain() const {
+    if (document_) document_->owners.fetch_add(1, std::memory_order_relaxed);
+  }
+
+  const JSONDocument* document_ = nullptr;
+  JSONPosition position_{};
+};
+
+}  // namespace detail
+
+}  // namespace orvo
