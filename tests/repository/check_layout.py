@@ -26,8 +26,11 @@ OPT_IN = {"Futures/Coroutine.h": "needs <coroutine>, for those who use it"}
 # Files that may print or stop the process, with the reason.
 MAY_PRINT_OR_STOP = {
     "Platform/Fatal.cpp": "the one place that stops the process for a programming error",
-    "Platform/Console.cpp": "the settable sink of the two stated console lines",
+    "Platform/ConsoleSink.cpp": "the settable sink of the two stated console lines",
 }
+
+# System or third-party headers outside Platform and the JSON reader, with the reason.
+FOREIGN = {("Futures/AnyError.cpp", "cxxabi.h"): "the compiler's own, to name a type readably"}
 
 STANDARD = set("""
 algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
@@ -148,7 +151,7 @@ class Layout:
             return
         platform = name.startswith("Platform/") and (not is_header(name) or is_private(name))
         reader = name.startswith("Parsing/") and name.endswith(".cpp") and target == "simdjson.h"
-        if not platform and not reader:
+        if not platform and not reader and (name, target) not in FOREIGN:
             self.fault(path, f"<{target}> is allowed in Platform's sources only")
 
     def check_json_reader(self):
