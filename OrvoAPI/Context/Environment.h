@@ -1,14 +1,19 @@
 #pragma once
 
+#include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Platform/URL.h>
+
 #include <array>
 #include <string_view>
 
 namespace orvo {
 
-class URL;
-
 /// A deployment of the service. A value; everything here may be called from any thread.
 enum class Environment { production, qa, staging };
+
+template <>
+inline constexpr EnumCase enumCases<Environment>[] = {
+    {"production", ""}, {"qa", ""}, {"staging", ""}};
 
 /// All deployments, in the order in which they are offered to a choice.
 inline constexpr std::array allEnvironments{Environment::production, Environment::qa,
