@@ -54,6 +54,10 @@ class JSONValue {
   [[nodiscard]] std::string text() const;
 
  private:
+  friend class JSONObject;
+  template <class Element>
+  friend class JSONArrayOf;
+
   detail::JSONNode node_;
 };
 
@@ -93,6 +97,9 @@ class JSONObject {
   [[nodiscard]] JSONValue asValue() const { return JSONValue(node_); }
 
  private:
+  template <class Element>
+  friend class JSONArrayOf;
+
   detail::JSONNode node_;
 };
 
@@ -113,15 +120,13 @@ class JSONObject::Iterator {
 
  private:
   [[nodiscard]] bool atEnd() const { return position_ == end_; }
-  void skipRepeated();
   void settle();
 
   Member member_;
-  detail::JSONNode node_;
   detail::JSONPosition position_{};
   detail::JSONPosition end_{};
   std::size_t ordinal_ = 0;
-  /// The ordinal numbers of members whose key came before, in reverse order.
+  /// The ordinal numbers of members whose key came before, the last one first.
   std::vector<std::size_t> repeated_;
 };
 
@@ -151,7 +156,6 @@ class JSONArrayOf {
     explicit Iterator(const detail::JSONNode& array);
     void settle();
 
-    const detail::JSONDocument* document_;
     detail::JSONPosition position_{};
     detail::JSONPosition end_{};
     std::optional<Element> element_;

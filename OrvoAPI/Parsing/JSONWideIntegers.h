@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace orvo::detail {
+
+/// The body with ".0" behind each integer, outside strings, that 64 bits do not hold, so that it
+/// reads as a double; all else stays as it is, right or wrong. `padding` zero bytes lie behind the
+/// end, which the size does not count.
+struct WideIntegersAsDoubles {
+  WideIntegersAsDoubles(std::string_view body, std::size_t padding);
+
+  [[nodiscard]] std::string_view view() const { return {padded.data(), size}; }
+  /// Whether there was such an integer.
+  bool found = false;
+
+ private:
+  std::string padded;
+  std::size_t size = 0;
+};
+
+}  // namespace orvo::detail
