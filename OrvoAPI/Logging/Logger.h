@@ -1,0 +1,25 @@
+#pragma once
+
+#include <OrvoAPI/Logging/LogLevel.h>
+
+#include <string_view>
+
+namespace orvo {
+
+/// The subsystem and the category of a message that names none.
+inline constexpr std::string_view DefaultLogSubsystem = "General";
+inline constexpr std::string_view DefaultLogCategory = "General";
+
+/// Takes the library's diagnostics; implement it to have them elsewhere. `log` is called from any
+/// thread, several at once, and should return soon. Shared by those that log.
+class Logger {
+ public:
+  virtual ~Logger() = default;
+
+  /// Takes one message; never fails. The texts are only valid during the call.
+  virtual void log(std::string_view message, LogLevel level = LogLevel::default_,
+                   std::string_view subsystem = DefaultLogSubsystem,
+                   std::string_view category = DefaultLogCategory) = 0;
+};
+
+}  // namespace orvo

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <OrvoAPI/Logging/Logger.h>
+#include <OrvoAPI/Platform/SystemLog.h>
+
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace orvo {
+
+/// Hands every message to each of its loggers, in order, on the caller's thread. Safe to use from
+/// any thread as far as its loggers are. Shares its loggers; the list never changes.
+class LoggingService final : public Logger {
+ public:
+  /// With the default loggers.
+  LoggingService() : LoggingService(defaultLoggers()) {}
+
+  explicit LoggingService(std::vector<std::shared_ptr<Logger>> loggers)
+      : loggers_(std::move(loggers)) {}
+
+  /// A `DebugConsoleLogger`, then an `OSLogger` where the machine has a system log.
+  [[nodiscard]] static std::vector<std::shared_ptr<Logger>> defaultLoggers(
+      const SystemLog::Paths& paths = {});
+
+  [[nodiscard]] const std::vector<std::shared_ptr<Logger>>& loggers() const { return loggers_; }
+
+  void log(std::string_view message, LogLevel level = LogLevel::default_,
+           std::string_view subsystem = DefaultLogSubsystem,
+           std::string_view category = DefaultLogCategory) override;
+
+ private:
+  const std::vector<std::shared_ptr<Logger>> loggers_;
+};
+
+}  // namespace orvo
