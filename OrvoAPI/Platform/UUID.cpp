@@ -1,17 +1,17 @@
 #include <OrvoAPI/Platform/UUID.h>
 
+#include <OrvoAPI/Platform/Fatal.h>
 #include <sys/random.h>
 
 #include <array>
 #include <cerrno>
-#include <cstdlib>
 
 namespace orvo {
 
 std::string makeUUID() {
   std::array<unsigned char, 16> bytes{};
   while (getrandom(bytes.data(), bytes.size(), 0) != static_cast<ssize_t>(bytes.size())) {
-    if (errno != EINTR) std::abort();  // no kernel that the library runs on lacks it
+    if (errno != EINTR) fatal("The system gives no random numbers");
   }
   bytes[6] = static_cast<unsigned char>((bytes[6] & 0x0F) | 0x40);  // version 4
   bytes[8] = static_cast<unsigned char>((bytes[8] & 0x3F) | 0x80);  // the variant of RFC 4122
