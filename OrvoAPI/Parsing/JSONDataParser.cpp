@@ -1,6 +1,5 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
-#include <OrvoAPI/Parsing/JSONReader.h>
 
 #include <optional>
 #include <utility>
@@ -12,7 +11,7 @@ namespace {
 /// Reads the body and takes the shape that `shape` finds in it.
 template <class Shape>
 Result<Shape> read(const Data& data, std::optional<Shape> (JSONValue::*shape)() const) {
-  const auto value = readJSON(data);
+  const auto value = JSONDataParser::value(data);
   if (value.failed()) return Failure{*value.error()};
   if (auto found = (value.value()->*shape)()) return *std::move(found);
   return Failure{JSONParseError::unexpectedType{}};
@@ -36,7 +35,5 @@ Result<std::vector<std::string>> JSONDataParser::stringArray(const Data& data) {
   for (const auto string : *strings.value()) copies.emplace_back(string);
   return copies;
 }
-
-Result<JSONValue> JSONDataParser::value(const Data& data) { return readJSON(data); }
 
 }  // namespace orvo

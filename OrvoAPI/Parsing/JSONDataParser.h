@@ -10,10 +10,13 @@
 namespace orvo {
 
 /// Reads a body as JSON of an expected top-level shape. Stateless: any thread may call any
-/// operation at any time. The result owns all that it shows; the body may go.
+/// operation at any time. The result owns all that it shows; the body may go, and a document may
+/// end on another thread than it began on.
 ///
-/// A body that cannot be read fails with `JSONReaderError`, one of another shape with
-/// `JSONParseError::unexpectedType`; a single element of the wrong kind makes the shape wrong.
+/// A body is UTF-8, with or without a byte-order mark. One that cannot be read fails with
+/// `JSONReaderError`, one of another shape with `JSONParseError::unexpectedType`; a single element
+/// of the wrong kind makes the shape wrong. An integer beyond 64 bits reads as a double. Throws
+/// `std::bad_alloc` only when there is not even memory for the error or for the copied strings.
 class JSONDataParser {
  public:
   JSONDataParser() = delete;

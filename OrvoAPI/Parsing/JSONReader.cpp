@@ -1,6 +1,6 @@
-#include <OrvoAPI/Parsing/JSONReader.h>
+#include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
-#include <OrvoAPI/Parsing/JSONWideIntegers.h>
+#include <OrvoAPI/Parsing/JSONWideIntegersInternal.h>
 
 #include <simdjson.h>
 
@@ -14,7 +14,7 @@
 #include <span>
 #include <type_traits>
 
-// The operations of JSONValue.h stand here too: this is the one source that pays for the reading
+// The reader and the operations of JSONValue.h: this is the one source that pays for the reading
 // library's header, and the one that knows what a position is.
 
 namespace orvo {
@@ -193,7 +193,7 @@ simdjson::error_code read(std::string_view body, dom::document& document) {
 
 }  // namespace
 
-Result<JSONValue> readJSON(const Data& data) {
+Result<JSONValue> JSONDataParser::value(const Data& data) {
   std::string_view body = data.view();
   if (body.starts_with("\xEF\xBB\xBF")) body.remove_prefix(3);
   auto error = simdjson::MEMALLOC;

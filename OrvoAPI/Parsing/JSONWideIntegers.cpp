@@ -1,4 +1,4 @@
-#include <OrvoAPI/Parsing/JSONWideIntegers.h>
+#include <OrvoAPI/Parsing/JSONWideIntegersInternal.h>
 
 #include <charconv>
 #include <cstdint>
