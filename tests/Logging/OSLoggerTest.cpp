@@ -1,0 +1,152 @@
+#include <OrvoAPI/Logging/LoggingService.h>
+#include <OrvoAPI/Logging/OSLogger.h>
+#include <errno.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <thread>
+
+#include "tests/Logging/StandInLog.h"
+
+namespace orvo {
+namespace {
+
+using testing::EndsWith;
+using testing::MatchesRegex;
+using testing::SizeIs;
+
+class OSLoggerTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    reader.emplace(path);
+    logger.emplace(SystemLog::open({.journal = path, .classic = ""}));
+  }
+
+  TemporaryDirectory directory;
+  std::string path = directory.file("journal");
+  std::optional<StandInLog> reader;
+  std::optional<OSLogger> logger;
+};
+
+TEST_F(OSLoggerTest, KeepsMessageLevelSubsystemAndCategoryApart) {
+  Logger& interface = *logger;
+  interface.log("Hello");
+  EXPECT_EQ(reader->fields(), (std::map<std::string, std::string>{
+                                  {"MESSAGE", "Hello"},
+                                  {"PRIORITY", "5"},
+                                  {"SUBSYSTEM", "General"},
+                                  {"CATEGORY", "General"},
+                                  {"SYSLOG_IDENTIFIER", program_invocation_short_name}}));
+
+  logger->log("100 %s %n", LogLevel::error, "Linear", "Guide\nPRIORITY=0");
+  auto fields = reader->fields();
+  EXPECT_EQ(fields["MESSAGE"], "100 %s %n");
+  EXPECT_EQ(fields["PRIORITY"], "3");
+  EXPECT_EQ(fields["SUBSYSTEM"], "Linear");
+  EXPECT_EQ(fields["CATEGORY"], "Guide\nPRIORITY=0");
+}
+
+TEST_F(OSLoggerTest, MapsEachLevelToItsPriority) {
+  const std::map<LogLevel, std::string> priorities{{LogLevel::fault, "2"},
+                                                   {LogLevel::error, "3"},
+                                                   {LogLevel::warning, "7"},
+                                                   {LogLevel::info, "6"},
+                                                   {LogLevel::default_, "5"}};
+  for (const auto& [level, priority] : priorities) {
+    logger->log("", level);
+    EXPECT_EQ(reader->fields()["PRIORITY"], priority) << rawValue(level);
+  }
+}
+
+TEST_F(OSLoggerTest, SendsAMessageOfSeveralLinesAsOneField) {
+  const std::string message("first\nPRIORITY=0\n\nlast\0\xFF", 25);
+  logger->log(message, LogLevel::info);
+  auto fields = reader->fields();
+  EXPECT_EQ(fields["MESSAGE"], message);
+  EXPECT_EQ(fields["PRIORITY"], "6");
+}
+
+TEST_F(OSLoggerTest, CutsALongMessageBetweenTwoCharacters) {
+  const std::string whole(SystemLog::kLongestJournalMessage, 'x');
+  logger->log(whole);
+  EXPECT_EQ(reader->fields()["MESSAGE"], whole);
+
+  const std::string start(SystemLog::kLongestJournalMessage - 1, 'x');
+  logger->log(start + "\xC3\xA4" + std::string(1 << 20, 'y'));
+  EXPECT_EQ(reader->fields()["MESSAGE"], start + "\xE2\x80\xA6");
+}
+
+TEST_F(OSLoggerTest, SharesAHandleBetweenPairsOfTheSameKey) {
+  logger->log("", LogLevel::info, "a-b", "c");
+  logger->log("", LogLevel::info, "a", "b-c");
+  logger->log("", LogLevel::info, "a", "c");
+  EXPECT_EQ(reader->fields()["SUBSYSTEM"], "a-b");
+  EXPECT_EQ(reader->fields()["SUBSYSTEM"], "a-b");
+  EXPECT_EQ(reader->fields()["SUBSYSTEM"], "a");
+}
+
+TEST_F(OSLoggerTest, LosesRecordsRatherThanWaitForAStalledReader) {
+  constexpr int kMany = 20'000;
+  for (int i = 0; i < kMany; ++i) logger->log("x");
+  int received = 0;
+  while (reader->record()) ++received;
+  EXPECT_GT(received, 0);
+  EXPECT_LT(received, kMany);
+
+  logger->log("again");
+  EXPECT_EQ(reader->fields()["MESSAGE"], "again");
+}
+
+TEST_F(OSLoggerTest, FindsARestartedReader) {
+  reader.reset();
+  logger->log("lost");
+  logger->log("lost too");
+  reader.emplace(path);
+  logger->log("found");
+  EXPECT_EQ(reader->fields()["MESSAGE"], "found");
+  reader.emplace(path);
+  logger->log("found at once");
+  EXPECT_EQ(reader->fields()["MESSAGE"], "found at once");
+}
+
+TEST_F(OSLoggerTest, TakesRecordsFromManyThreads) {
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 200; ++i) {
+        if (i % 5 == 0) (void)reader->record();
+        logger->log("x", LogLevel::info, "thread " + std::to_string(t), std::to_string(i % 7));
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  int whole = 0;
+  for (auto fields = reader->fields(); !fields.empty(); fields = reader->fields()) {
+    EXPECT_THAT(fields, SizeIs(5));
+    ++whole;
+  }
+  EXPECT_GT(whole, 0);
+}
+
+TEST(LoggingToTheClassicSocket, WritesOneLineForEachRecord) {
+  const TemporaryDirectory directory;
+  StandInLog reader(directory.file("log"));
+  const LoggingService service{LoggingService::defaultLoggers(
+      {.journal = directory.file("absent"), .classic = directory.file("log")})};
+  ASSERT_THAT(service.loggers(), SizeIs(2));
+
+  service.loggers().back()->log("one\n<0>two %n", LogLevel::error, "Linear\n", "Guide");
+  EXPECT_THAT(reader.record().value(),
+              MatchesRegex("<11>[A-Z][a-z][a-z] [ 123][0-9] [0-9:]+ " +
+                           std::string(program_invocation_short_name) +
+                           "\\[[0-9]+\\]: \\[Linear -Guide\\] one <0>two %n"));
+
+  service.loggers().back()->log(std::string(100'000, 'x'));
+  const auto record = reader.record().value();
+  EXPECT_LT(record.size(), 8192U);
+  EXPECT_THAT(record, EndsWith("xxx\xE2\x80\xA6"));
+}
+
+}  // namespace
+}  // namespace orvo
