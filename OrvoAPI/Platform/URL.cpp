@@ -82,6 +82,17 @@ void appendPercentTriple(std::string& out, char c) {
   out += kDigits[byte & 15];
 }
 
+void appendPath(std::string& out, std::string_view path, std::string_view alsoEncoded = {}) {
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    const bool kept = isIn(path[i], kPath) || isPercentTripleAt(path, i);
+    if (kept && alsoEncoded.find(path[i]) == std::string_view::npos) {
+      out += path[i];
+    } else {
+      appendPercentTriple(out, path[i]);
+    }
+  }
+}
+
 bool isQueryText(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     if (!isIn(text[i], kQuery) && !isPercentTripleAt(text, i)) return false;
@@ -144,6 +155,17 @@ std::optional<URL> URL::parsePath(std::string_view path, const URL& base) {
   return parse(path, base);
 }
 
+URL URL::fromPath(std::string_view path) {
+  std::string text;
+  appendPath(text, path);
+  if (!ParsedURI(text).valid()) {
+    // ":" and "@" are good in a path, but not in what reads as the beginning of a reference.
+    text.clear();
+    appendPath(text, path, ":@");
+  }
+  return URL(std::move(text));
+}
+
 std::optional<std::uint16_t> URL::port() const {
   auto text = part(hostEnd_, pathBegin_);
   if (text.starts_with(']')) text.remove_prefix(1);
@@ -173,13 +195,7 @@ URL URL::appendingPathComponent(std::string_view component) const {
   std::string text;
   text.reserve(text_.size() + component.size() + 1);
   text.append(base).append(1, '/');
-  for (std::size_t i = 0; i < component.size(); ++i) {
-    if (isIn(component[i], kPath) || isPercentTripleAt(component, i)) {
-      text += component[i];
-    } else {
-      appendPercentTriple(text, component[i]);
-    }
-  }
+  appendPath(text, component);
   text.append(part(pathEnd_, text_.size()));
   return URL(std::move(text));
 }

@@ -27,6 +27,10 @@ class URL {
   /// a scheme of it ("a:b" resolves as "./a:b").
   [[nodiscard]] static std::optional<URL> parsePath(std::string_view path, const URL& base);
 
+  /// The reference that consists of this path, which is not empty. What a path cannot hold is
+  /// percent-encoded (percent triples stay), so that it never fails, not even by length.
+  [[nodiscard]] static URL fromPath(std::string_view path);
+
   [[nodiscard]] const std::string& text() const { return text_; }
 
   /// Whether there is a scheme.

@@ -1,0 +1,72 @@
+#pragma once
+
+#include <OrvoAPI/Context/Client.h>
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Platform/URL.h>
+
+#include <concepts>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace orvo {
+
+/// The two base URLs in use, and the fixed URLs that do not depend on content. A value; safe to use
+/// from any thread.
+struct URLService {
+  /// A URL that cannot be formed. A value.
+  class Error {
+   public:
+    struct invalidInput {
+      using Enumeration = Error;
+      /// What was to become part of the URL.
+      std::string input;
+    };
+
+    template <class Case>
+    requires std::same_as<typename Case::Enumeration, Error> Error(
+        Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+        : value_(std::move(value)) {}
+
+    /// The payload when it is this case, else null.
+    template <std::same_as<invalidInput> Case>
+    [[nodiscard]] const Case* as() const {
+      return &value_;
+    }
+    template <std::same_as<invalidInput> Case>
+    [[nodiscard]] bool is() const {
+      return true;
+    }
+
+    [[nodiscard]] std::string description() const;
+
+   private:
+    invalidInput value_;
+  };
+
+  /// Makes a relative URL of a session's token.
+  using URLFromToken = std::function<URL(std::string_view token)>;
+
+  /// The API's base URL. It ends with "/", so that references resolve beneath its path.
+  URL baseURL;
+  /// The base URL of images.
+  URL resourceURL;
+
+  /// Where a session is opened. A base URL that no reference can be resolved against stops the
+  /// process.
+  [[nodiscard]] URL session(Client client) const;
+
+  /// Where the remote configuration lies; fails with `Error::invalidInput` and the client's raw
+  /// value.
+  [[nodiscard]] Result<URL> configuration(Client client) const;
+
+  /// The stream's playlist, relative to the configuration's base URL of streams. Each "/" in the
+  /// identifier or the token begins a segment; what a path cannot hold is percent-encoded.
+  [[nodiscard]] URLFromToken videoURL(std::string id) const;
+
+  /// The stream's ad metadata, likewise.
+  [[nodiscard]] URLFromToken videoAdMetadataURL(std::string id) const;
+};
+
+}  // namespace orvo
