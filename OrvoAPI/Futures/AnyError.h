@@ -1,0 +1,119 @@
+#pragma once
+
+#include <concepts>
+#include <exception>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <typeinfo>
+#include <utility>
+
+namespace orvo {
+
+namespace detail {
+
+/// What an `AnyError` shares: the error object behind one pointer.
+class ErrorBox {
+ public:
+  virtual ~ErrorBox() = default;
+  [[nodiscard]] virtual const void* find(const std::type_info& type) const noexcept = 0;
+  [[nodiscard]] virtual std::exception_ptr exception() const noexcept { return nullptr; }
+  [[nodiscard]] virtual std::string description() const = 0;
+};
+
+template <class E>
+concept HasDescription = requires(const E& error) {
+  { error.description() } -> std::convertible_to<std::string>;
+};
+
+std::string readableTypeName(const std::type_info& type);
+
+template <class E>
+class TypedErrorBox final : public ErrorBox {
+ public:
+  template <class From>
+  explicit TypedErrorBox(From&& from) : error_(std::forward<From>(from)) {}
+  [[nodiscard]] const void* find(const std::type_info& type) const noexcept override {
+    return type == typeid(E) ? std::addressof(error_) : nullptr;
+  }
+  [[nodiscard]] std::string description() const override {
+    if constexpr (HasDescription<E>) {
+      return error_.description();
+    } else if constexpr (std::derived_from<E, std::exception>) {
+      return error_.what();
+    } else {
+      return readableTypeName(typeid(E));
+    }
+  }
+
+ private:
+  E error_;
+};
+
+/// The case of an error enumeration names the enumeration it belongs to; an error holds the whole.
+template <class E>
+struct ErrorTypeOf {
+  using type = E;
+};
+template <class E>
+requires requires { typename E::Enumeration; }
+struct ErrorTypeOf<E> {
+  using type = typename E::Enumeration;
+};
+
+}  // namespace detail
+
+/// One error of any type: cheap to copy, shared, immutable. Safe to use from any thread.
+class AnyError {
+ public:
+  /// Holds the error object. A case of an enumeration is held as its enumeration.
+  template <class E>
+  requires(!std::same_as<std::remove_cvref_t<E>, AnyError> &&
+           !std::same_as<std::remove_cvref_t<E>, std::exception_ptr> &&
+           std::copy_constructible<std::remove_cvref_t<E>>)
+      AnyError(E&& error)  // NOLINT(google-explicit-constructor): every error object is an error
+      : box_(std::make_shared<const detail::TypedErrorBox<
+                 typename detail::ErrorTypeOf<std::remove_cvref_t<E>>::type>>(
+            std::forward<E>(error))) {}
+
+  /// The error of the exception that is being handled: a thrown `AnyError` unchanged, any other
+  /// exception as it is.
+  [[nodiscard]] static AnyError current();
+
+  /// The error object when it is an `E`, else null; valid as long as this or a copy of it lives. A
+  /// caught exception is also found by its base classes. Looks one level deep: what a
+  /// `GeneralError::underlying` wraps is inside that.
+  template <class E>
+  [[nodiscard]] const E* as() const noexcept {
+    if (const void* found = box_->find(typeid(E))) return static_cast<const E*>(found);
+    return asException<E>();
+  }
+  template <class E>
+  [[nodiscard]] bool is() const noexcept {
+    return as<E>() != nullptr;
+  }
+
+  /// A readable text for logs and developers; it never holds a session token.
+  [[nodiscard]] std::string description() const { return box_->description(); }
+
+ private:
+  explicit AnyError(std::shared_ptr<const detail::ErrorBox> box) : box_(std::move(box)) {}
+
+  template <class E>
+  [[nodiscard]] const E* asException() const noexcept {
+    if (const auto exception = box_->exception()) {
+      try {
+        std::rethrow_exception(exception);
+      } catch (const E& error) {
+        return std::addressof(error);  // kept alive by the box
+      } catch (...) {
+        return nullptr;
+      }
+    }
+    return nullptr;
+  }
+
+  std::shared_ptr<const detail::ErrorBox> box_;
+};
+
+}  // namespace orvo

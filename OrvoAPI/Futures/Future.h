@@ -1,0 +1,252 @@
+#pragma once
+
+#include <OrvoAPI/Futures/DerivedStates.h>
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Platform/DispatchQueue.h>
+#include <OrvoAPI/Platform/MainQueue.h>
+
+#include <chrono>
+#include <concepts>
+#include <memory>
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace orvo {
+
+namespace detail {
+template <class>
+struct IsFuture : std::false_type {};
+template <class T>
+struct IsFuture<Future<T>> : std::true_type {
+  using Value = T;
+};
+}  // namespace detail
+
+/// A result that will be there later. A cheap handle to shared state: copies are the same future,
+/// which lives as long as somebody holds one. Safe to use from any thread.
+///
+/// Callbacks run on the queue named at registration, else on the future's `callbackQueue`; never
+/// on the thread that registers them, and never before the call returns. They are posted in the
+/// order in which they were registered. The result that a callback is given is immutable and
+/// shared.
+///
+/// A future can be completed again: the newer result replaces the older for those who ask later, no
+/// callback runs twice, and every result lives as long as the future.
+template <class T>
+class Future {
+ public:
+  using Value = T;
+  using Queue = std::shared_ptr<DispatchQueue>;
+
+  /// Pending; its callbacks run on the global queue.
+  Future() : Future(DispatchQueue::global()) {}
+  explicit Future(Queue callbackQueue) : core_(Core::adopt(new State(std::move(callbackQueue)))) {}
+  /// Completed from the start: callbacks registered later are posted at once.
+  explicit Future(Result<T> result) : Future() { core_->complete(std::move(result)); }
+
+  /// Completes with the value from the main queue: never before this returns.
+  [[nodiscard]] static Future succeeded(T value) { return settledFromMain(std::move(value)); }
+  /// Fails from the main queue: never before this returns.
+  [[nodiscard]] static Future failed(AnyError error) {
+    return settledFromMain(Failure{std::move(error)});
+  }
+  [[nodiscard]] static Future completed(Result<T> result) { return Future(std::move(result)); }
+
+  /// The current result, or null; it lives as long as the future.
+  [[nodiscard]] const Result<T>* result() const& { return core_->result(); }
+  [[nodiscard]] const T* value() const& { return result() ? result()->value() : nullptr; }
+  [[nodiscard]] const AnyError* error() const& { return result() ? result()->error() : nullptr; }
+  const Result<T>* result() const&& = delete;
+  const T* value() const&& = delete;
+  const AnyError* error() const&& = delete;
+  [[nodiscard]] bool didComplete() const { return core_->isCompleted(); }
+  [[nodiscard]] bool didSucceed() const { return value() != nullptr; }
+  [[nodiscard]] bool didFail() const { return error() != nullptr; }
+  [[nodiscard]] bool isCancelled() const { return core_->isCancelled(); }
+  [[nodiscard]] const Queue& callbackQueue() const { return core_->callbackQueue(); }
+  /// The label of the serial queue that guards this future's state; for people who debug.
+  [[nodiscard]] std::string internalCallbackQueueLabel() const { return core_->queueLabel(); }
+
+  /// Completes, unless the future is cancelled: then the value is dropped.
+  void success(T value) const { core_->settle(std::move(value)); }
+  /// Fails, unless the future is cancelled: then the error is dropped.
+  void failure(AnyError error) const { core_->settle(Failure{std::move(error)}); }
+  /// Completes even a cancelled future, for those who must learn the outcome in any case.
+  void complete(Result<T> result) const { core_->complete(std::move(result)); }
+
+  /// Calls `task(const Result<T>&)` on the queue once the result is there.
+  template <class F>
+  Future onComplete(Queue queue, F&& task) const {
+    using Task = detail::TaskContinuation<T, std::decay_t<F>>;
+    core_->add(new Task(std::move(queue), std::forward<F>(task)));
+    return *this;
+  }
+  template <class F>
+  Future onComplete(F&& task) const {
+    return onComplete(callbackQueue(), std::forward<F>(task));
+  }
+  /// Calls `task(const T&)` on success only.
+  template <class F>
+  Future onSuccess(Queue queue, F&& task) const {
+    return onComplete(std::move(queue), [task = std::forward<F>(task)](const Result<T>& r) mutable {
+      if (const T* value = r.value()) task(*value);
+    });
+  }
+  template <class F>
+  Future onSuccess(F&& task) const {
+    return onSuccess(callbackQueue(), std::forward<F>(task));
+  }
+  /// Calls `task(const AnyError&)` on failure only.
+  template <class F>
+  Future onFailure(Queue queue, F&& task) const {
+    return onComplete(std::move(queue), [task = std::forward<F>(task)](const Result<T>& r) mutable {
+      if (const AnyError* error = r.error()) task(*error);
+    });
+  }
+  template <class F>
+  Future onFailure(F&& task) const {
+    return onFailure(callbackQueue(), std::forward<F>(task));
+  }
+
+  /// Calls `task(bool completed)` when the future is cancelled, on the thread that cancels; on the
+  /// queue when it is cancelled already. `completed` says whether a result was there by then.
+  template <class F>
+  Future onCancel(Queue queue, F&& task) const {
+    core_->add(new detail::TaskCancelCallback<std::decay_t<F>>(std::forward<F>(task)), *queue);
+    return *this;
+  }
+  template <class F>
+  Future onCancel(F&& task) const {
+    return onCancel(callbackQueue(), std::forward<F>(task));
+  }
+
+  /// Marks the future cancelled and runs its cancel callbacks on this thread, those of the futures
+  /// that it was derived from first. The result stays what it is; a later `success` or `failure` is
+  /// dropped.
+  void cancel() const { core_->cancel(); }
+
+  /// The value transformed by `transform`, which runs on the queue. One that throws or returns a
+  /// failed `Result` fails the new future with `GeneralError::underlying`; an error of this future
+  /// passes unchanged. Cancelling the new future cancels this one.
+  template <class F>
+  [[nodiscard]] auto map(Queue queue, F&& transform) const {
+    return derive<detail::ErrorForm::wrapped>(std::move(queue), std::forward<F>(transform));
+  }
+  template <class F>
+  [[nodiscard]] auto map(F&& transform) const {
+    return map(callbackQueue(), std::forward<F>(transform));
+  }
+
+  /// Goes on with the future that `task` returns; it runs on the queue. Cancelling the new future
+  /// cancels this one, never the one that the task returned.
+  template <class F>
+  [[nodiscard]] auto flatMap(Queue queue, F&& task) const {
+    using U = typename detail::IsFuture<std::decay_t<std::invoke_result_t<F&, const T&>>>::Value;
+    using Flat = detail::FlatMapState<T, U, std::decay_t<F>>;
+    return Future<U>::derived(*core_.get(),
+                              new Flat(std::move(queue), *core_.get(), std::forward<F>(task)));
+  }
+  template <class F>
+  [[nodiscard]] auto flatMap(F&& task) const {
+    return flatMap(callbackQueue(), std::forward<F>(task));
+  }
+
+  /// This future's value if the predicate holds for it, else `GeneralError::elementNotFound`.
+  template <class F>
+  [[nodiscard]] Future validate(F&& predicate) const {
+    return derive<detail::ErrorForm::unchanged>(
+        callbackQueue(), [predicate = std::forward<F>(predicate)](const T& value) mutable {
+          return predicate(value) ? Result<T>(value) : Failure{GeneralError::elementNotFound{}};
+        });
+  }
+
+  /// Both values. An error of this future comes before one of the other's.
+  template <class U>
+  [[nodiscard]] Future<std::pair<T, U>> zip(Future<U> other) const {
+    return flatMap([other = std::move(other)](const T& left) {
+      return other.map([left](const U& right) { return std::pair<T, U>(left, right); });
+    });
+  }
+
+  /// The list with one more value at its end.
+  [[nodiscard]] static Future<std::vector<T>> combine(const Future<std::vector<T>>& future,
+                                                      Future with) {
+    return future.flatMap([with = std::move(with)](const std::vector<T>& list) {
+      return with.map([list](const T& last) {
+        auto longer = list;
+        longer.push_back(last);
+        return longer;
+      });
+    });
+  }
+
+  /// The values of all futures, in their order; the first failure in that order, as soon as all
+  /// before it are done. Cancelling it reaches the first future only.
+  [[nodiscard]] static Future<std::vector<T>> concat(std::vector<Future> futures) {
+    if (futures.empty()) return Future<std::vector<T>>::succeeded({});
+    const auto first = futures.front().core_;
+    return Future<std::vector<T>>::derived(*first.get(),
+                                           new detail::ConcatState<T>(std::move(futures)));
+  }
+
+  /// Whether this future succeeds; never fails.
+  [[nodiscard]] Future<bool> successResult() const {
+    const Future<bool> outcome(callbackQueue());
+    onComplete([outcome](const Result<T>& result) {
+      outcome.callbackQueue()->post(
+          [outcome, succeeded = !result.failed()] { outcome.success(succeeded); });
+    });
+    return outcome;
+  }
+
+  /// Blocks until the result is there, for tools and tests. Fails with `URLError` -1001 after the
+  /// time, with -999 as soon as the future is cancelled, and at once with
+  /// `GeneralError::unableToPerformAction` on a thread that the library must not see blocked.
+  [[nodiscard]] Result<T> wait(std::chrono::milliseconds limit) const;
+
+ private:
+  using State = detail::FutureState<T>;
+  using Core = detail::CoreRef<State>;
+  template <class>
+  friend class Future;
+  template <class, class, class>
+  friend class detail::FlatMapState;
+  template <class>
+  friend class detail::ConcatState;
+
+  explicit Future(Core core) : core_(std::move(core)) {}
+
+  /// Takes over a derived state, which the source's list owns as well.
+  template <class Derived>
+  static Future derived(detail::FutureCore& source, Derived* state) {
+    Future future(Core::adopt(state));
+    state->retain();
+    source.add(static_cast<detail::Continuation*>(state));
+    return future;
+  }
+
+  template <detail::ErrorForm form, class F>
+  auto derive(Queue queue, F&& transform) const {
+    using R = std::decay_t<std::invoke_result_t<std::decay_t<F>&, const T&>>;
+    using U = typename detail::ResultOf<R>::type::Value;
+    using Map = detail::MapState<T, U, std::decay_t<F>, form>;
+    return Future<U>::derived(*core_.get(),
+                              new Map(std::move(queue), *core_.get(), std::forward<F>(transform)));
+  }
+
+  static Future settledFromMain(Result<T> result) {
+    Future future;
+    MainQueue::shared()->post([future, result = std::move(result)]() mutable {
+      future.core_->settle(std::move(result));
+    });
+    return future;
+  }
+
+  Core core_;
+};
+
+}  // namespace orvo
+
+#include <OrvoAPI/Futures/FutureWait.h>

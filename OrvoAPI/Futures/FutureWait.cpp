@@ -1,0 +1,43 @@
+#include <OrvoAPI/Futures/FutureWait.h>
+
+#include <condition_variable>
+#include <mutex>
+#include <optional>
+
+namespace orvo::detail {
+namespace {
+
+class ImmediateQueue final : public DispatchQueue {
+ public:
+  void post(Job job) override { job(); }
+};
+
+}  // namespace
+
+struct Waiter::State {
+  std::mutex mutex;
+  std::condition_variable woken;
+  std::optional<Outcome> outcome;
+};
+
+Waiter::Waiter() : state_(std::make_unique<State>()) {}
+Waiter::~Waiter() = default;
+
+void Waiter::wake(Outcome outcome) {
+  const std::lock_guard guard(state_->mutex);
+  if (!state_->outcome) state_->outcome = outcome;
+  state_->woken.notify_all();
+}
+
+Waiter::Outcome Waiter::wait(std::chrono::milliseconds limit) {
+  std::unique_lock guard(state_->mutex);
+  state_->woken.wait_for(guard, limit, [this] { return state_->outcome.has_value(); });
+  return state_->outcome.value_or(Outcome::timedOut);
+}
+
+std::shared_ptr<DispatchQueue> Waiter::immediateQueue() {
+  static auto* const queue = new ImmediateQueue;
+  return {std::shared_ptr<void>(), queue};
+}
+
+}  // namespace orvo::detail

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Future.h>
+
+#include <memory>
+#include <utility>
+
+namespace orvo {
+
+/// The producing side of a future. Copies are the same promise; the operation in flight holds one.
+/// Safe to use from any thread. One that goes away uncompleted leaves its future pending.
+template <class T>
+class Promise {
+ public:
+  Promise() = default;
+  explicit Promise(std::shared_ptr<DispatchQueue> callbackQueue)
+      : future_(std::move(callbackQueue)) {}
+
+  [[nodiscard]] const Future<T>& future() const { return future_; }
+
+  /// Dropped when the future is cancelled.
+  void success(T value) const { future_.success(std::move(value)); }
+  /// Dropped when the future is cancelled.
+  void failure(AnyError error) const { future_.failure(std::move(error)); }
+  /// Taken even when the future is cancelled.
+  void complete(Result<T> result) const { future_.complete(std::move(result)); }
+  /// Takes the other's outcome when it is there, on the other's callback queue, as `success` or
+  /// `failure` would.
+  void complete(const Future<T>& other) const {
+    other.onComplete([future = future_](const Result<T>& result) {
+      if (result.failed()) {
+        future.failure(*result.error());
+      } else {
+        future.success(*result.value());
+      }
+    });
+  }
+
+ private:
+  Future<T> future_;
+};
+
+}  // namespace orvo

@@ -1,0 +1,113 @@
+#pragma once
+
+#include <concepts>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+namespace orvo {
+
+namespace detail {
+
+/// A unit of work that is itself the link of the list it waits in, so that waiting allocates
+/// nothing. Exactly one of `run` and `drop` is called, once, and consumes it.
+class JobNode {
+ public:
+  virtual void run() = 0;
+  virtual void drop() noexcept = 0;
+
+  JobNode* next = nullptr;
+
+ protected:
+  JobNode() = default;
+  JobNode(const JobNode&) = delete;
+  JobNode& operator=(const JobNode&) = delete;
+  ~JobNode() = default;
+};
+
+template <class F>
+class FunctionJob final : public JobNode {
+ public:
+  template <class From>
+  explicit FunctionJob(From&& function) : function_(std::forward<From>(function)) {}
+  void run() override {
+    const std::unique_ptr<FunctionJob> self(this);
+    function_();
+  }
+  void drop() noexcept override { delete this; }
+
+ private:
+  F function_;
+};
+
+}  // namespace detail
+
+/// A job on its way through a dispatch queue: call it once. One that is destroyed uncalled releases
+/// what it holds. Movable, from thread to thread; not synchronised.
+class Job {
+ public:
+  Job() = default;
+  template <class F>
+  requires(!std::same_as<std::remove_cvref_t<F>, Job> && std::invocable<std::decay_t<F>&>)
+      Job(F&& function)  // NOLINT(google-explicit-constructor): any function is a job
+      : node_(new detail::FunctionJob<std::decay_t<F>>(std::forward<F>(function))) {}
+  explicit Job(detail::JobNode* node) : node_(node) {}
+  Job(Job&& other) noexcept : node_(std::exchange(other.node_, nullptr)) {}
+  Job& operator=(Job&& other) noexcept {
+    Job(std::move(other)).swap(*this);
+    return *this;
+  }
+  ~Job() {
+    if (node_ != nullptr) node_->drop();
+  }
+
+  explicit operator bool() const { return node_ != nullptr; }
+
+  /// Runs the job and uses it up. What the job throws reaches the caller.
+  void operator()() { std::exchange(node_, nullptr)->run(); }
+
+  /// Gives up the node, to be linked into a list.
+  [[nodiscard]] detail::JobNode* release() { return std::exchange(node_, nullptr); }
+
+ private:
+  void swap(Job& other) noexcept { std::swap(node_, other.node_); }
+
+  detail::JobNode* node_ = nullptr;
+};
+
+namespace detail {
+
+/// Jobs in the order in which they came. Not synchronised. What is left is dropped with it.
+class JobList {
+ public:
+  JobList() = default;
+  JobList(JobList&& other) noexcept { swap(other); }
+  JobList& operator=(JobList&& other) noexcept {
+    JobList(std::move(other)).swap(*this);
+    return *this;
+  }
+  ~JobList() {
+    while (!empty()) pop()->drop();
+  }
+
+  [[nodiscard]] bool empty() const { return first_ == nullptr; }
+  void append(JobNode* node) {
+    node->next = nullptr;
+    (first_ == nullptr ? first_ : last_->next) = node;
+    last_ = node;
+  }
+  [[nodiscard]] JobNode* pop() { return std::exchange(first_, first_->next); }
+
+ private:
+  void swap(JobList& other) noexcept {
+    std::swap(first_, other.first_);
+    std::swap(last_, other.last_);
+  }
+
+  JobNode* first_ = nullptr;
+  JobNode* last_ = nullptr;
+};
+
+}  // namespace detail
+
+}  // namespace orvo

@@ -1,0 +1,75 @@
+#pragma once
+
+#include <OrvoAPI/Platform/DispatchQueue.h>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace orvo {
+
+/// The one queue that stands for the app's main thread: cache hits, `Future::succeeded` and every
+/// fetch with a fresh token come through it. Jobs run one at a time, in the order in which they
+/// were posted. Safe to use from any thread; lives as long as the process.
+///
+/// An app claims it, to have its jobs run where its own events run: it runs the queue on a thread,
+/// or drains it now and then, or puts the event descriptor into a loop of its own. While nobody has
+/// claimed it, a thread of the library's runs it, so that a program without a loop never waits for
+/// ever.
+class MainQueue final : public DispatchQueue {
+ public:
+  class Claim;
+
+  [[nodiscard]] static std::shared_ptr<MainQueue> shared();
+
+  /// Waits for the job that is running, then takes the queue over for the calling thread; nothing
+  /// when somebody else holds it, or when called from one of the queue's jobs.
+  [[nodiscard]] std::optional<Claim> claim();
+
+  void post(Job job) override;
+  void postAfter(std::chrono::milliseconds delay, Job job) override;
+  [[nodiscard]] std::string label() const override;
+
+  /// True when the calling thread is the one that the queue's jobs run on at present.
+  [[nodiscard]] bool isCurrent() const;
+
+ private:
+  struct State;
+  MainQueue();
+  ~MainQueue() override;
+  void runAsFallback();
+  void release();
+  void endFallback();
+
+  const std::unique_ptr<State> state_;
+};
+
+/// The right to run the main queue. It belongs to the thread that made it: only `stop` may be
+/// called from another. Destroying it gives the queue back, jobs that wait included.
+class MainQueue::Claim {
+ public:
+  Claim(Claim&& other) noexcept;
+  Claim& operator=(Claim&&) = delete;
+  ~Claim();
+
+  /// Runs jobs as they come, until `stop`.
+  void run();
+  /// Makes `run` return after the job that is running; one that is not running yet returns at once.
+  void stop();
+
+  /// Runs the jobs that wait at the time of the call and returns how many there were.
+  std::size_t drain();
+
+  /// A descriptor that is readable while jobs wait: put it into a loop of your own and `drain` when
+  /// it wakes. It stays the queue's; do not read or close it. -1 when the system has none to give.
+  [[nodiscard]] int eventDescriptor() const;
+
+ private:
+  friend class MainQueue;
+  explicit Claim(MainQueue& queue) : queue_(&queue) {}
+
+  MainQueue* queue_;
+};
+
+}  // namespace orvo

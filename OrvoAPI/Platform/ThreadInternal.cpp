@@ -1,0 +1,98 @@
+#include <OrvoAPI/Platform/Lock.h>
+#include <OrvoAPI/Platform/ThreadInternal.h>
+
+#include <pthread.h>
+#include <signal.h>
+
+#include <array>
+#include <cstdlib>
+
+namespace orvo::detail {
+namespace {
+
+thread_local bool libraryThread = false;
+
+struct Start {
+  const char* name;
+  void (*body)();
+};
+
+void* enter(void* argument) {
+  const Start start = *static_cast<Start*>(argument);
+  delete static_cast<Start*>(argument);
+  pthread_setname_np(pthread_self(), start.name);
+  libraryThread = true;
+  start.body();
+  return nullptr;
+}
+
+struct ExitList {
+  Lock lock;
+  bool registered ORVO_GUARDED_BY(lock) = false;
+  std::array<void (*)(), 4> ends ORVO_GUARDED_BY(lock) = {};
+};
+
+ExitList& exitList() {
+  static auto* const list = new ExitList;  // outlives every static destructor
+  return *list;
+}
+
+void endAll() {
+  std::array<void (*)(), 4> ends{};
+  {
+    const LockGuard guard(exitList().lock);
+    ends = exitList().ends;
+  }
+  for (const auto end : ends) {
+    if (end != nullptr) end();
+  }
+}
+
+}  // namespace
+
+bool startThread(const char* name, void (*body)()) {
+  sigset_t all;
+  sigset_t before;
+  sigfillset(&all);
+  pthread_sigmask(SIG_SETMASK, &all, &before);
+  auto* const start = new Start{name, body};
+  pthread_attr_t attributes;
+  pthread_attr_init(&attributes);
+  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+  pthread_t thread{};
+  const bool started = pthread_create(&thread, &attributes, enter, start) == 0;
+  if (!started) delete start;
+  pthread_attr_destroy(&attributes);
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  return started;
+}
+
+bool isLibraryThread() { return libraryThread; }
+
+void ThreadCount::add() {
+  const std::lock_guard guard(mutex_);
+  ++count_;
+}
+
+void ThreadCount::remove() {
+  // Within the lock: once the count is down, this object may be gone.
+  const std::lock_guard guard(mutex_);
+  --count_;
+  changed_.notify_all();
+}
+
+void ThreadCount::waitUntilAtMost(unsigned count, std::chrono::milliseconds patience) {
+  std::unique_lock guard(mutex_);
+  changed_.wait_for(guard, patience, [&] { return count_ <= count; });
+}
+
+void atProcessExit(ExitStage stage, void (*end)()) {
+  auto& list = exitList();
+  const LockGuard guard(list.lock);
+  list.ends[static_cast<std::size_t>(stage)] = end;
+  if (list.registered) return;
+  list.registered = true;
+  std::atexit(endAll);
+}
+
+}  // namespace orvo::detail

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+namespace orvo::detail {
+
+/// Starts a detached thread of the library's own, with a name for people who debug and with all
+/// signals blocked: the host's handlers run on the host's threads only. False when the system has
+/// no thread to give.
+[[nodiscard]] bool startThread(const char* name, void (*body)());
+
+/// True on a thread that `startThread` started.
+[[nodiscard]] bool isLibraryThread();
+
+/// How many threads of a kind are running, for the one who waits for their end.
+class ThreadCount {
+ public:
+  void add();
+  void remove();
+  /// Waits until no more than `count` run, or the time has passed.
+  void waitUntilAtMost(unsigned count, std::chrono::milliseconds patience);
+
+ private:
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  unsigned count_ = 0;
+};
+
+/// What ends with the process, in this order: nothing new arrives from the network or the timer
+/// while the queues that would run it come to rest.
+enum class ExitStage { network, timer, mainQueue, workers };
+
+/// Has `end` called once when the process exits, in the order of the stages. It must wait for a
+/// limited time at most, and for no longer than its own threads need.
+void atProcessExit(ExitStage stage, void (*end)());
+
+}  // namespace orvo::detail

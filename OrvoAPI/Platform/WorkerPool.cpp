@@ -1,0 +1,141 @@
+#include <OrvoAPI/Platform/Fatal.h>
+#include <OrvoAPI/Platform/TailPosition.h>
+#include <OrvoAPI/Platform/ThreadInternal.h>
+#include <OrvoAPI/Platform/TimerInternal.h>
+#include <OrvoAPI/Platform/WorkerPoolInternal.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace orvo::detail {
+namespace {
+
+constexpr unsigned kTailJobsInARow = 64;
+constexpr std::chrono::seconds kExitPatience{2};
+
+/// What a worker knows about itself; all zero on every other thread.
+struct WorkerState {
+  bool isWorker = false;
+  bool inTailPosition = false;
+  JobNode* tailJob = nullptr;
+  unsigned tailJobsInARow = 0;
+};
+thread_local constinit WorkerState workerState;
+
+unsigned processors() {
+  const auto count = sysconf(_SC_NPROCESSORS_ONLN);
+  return count > 2 ? static_cast<unsigned>(count) : 2;
+}
+
+}  // namespace
+
+TailPosition::TailPosition() { workerState.inTailPosition = workerState.isWorker; }
+TailPosition::~TailPosition() { workerState.inTailPosition = false; }
+
+WorkerPool& WorkerPool::shared() {
+  static auto* const pool = new WorkerPool;  // its threads may outlive static destruction
+  return *pool;
+}
+
+WorkerPool::WorkerPool()
+    : maximumWorkers_(processors()), slots_(std::make_unique<Worker[]>(maximumWorkers_)) {
+  atProcessExit(ExitStage::workers, [] { shared().shutDown(); });
+}
+
+std::string WorkerPool::label() const { return "user-initiated"; }
+
+void WorkerPool::postAfter(std::chrono::milliseconds delay, Job job) {
+  Timer::shared().post(delay, DispatchQueue::global(), std::move(job));
+}
+
+void WorkerPool::post(Job job) {
+  auto& state = workerState;
+  if (state.inTailPosition && state.tailJobsInARow < kTailJobsInARow) {
+    state.inTailPosition = false;
+    state.tailJob = job.release();
+    return;
+  }
+  Worker* sleeper = nullptr;
+  {
+    const LockGuard guard(lock_);
+    jobs_.append(job.release());
+    if (idle_ != nullptr) {
+      sleeper = idle_;
+      idle_ = sleeper->nextIdle;
+    } else if (workers_ < maximumWorkers_ && !ending_) {
+      ++workers_;
+      running_.add();
+    } else {
+      return;
+    }
+  }
+  if (sleeper == nullptr) return startWorker();
+  sleeper->woken.store(1, std::memory_order_release);
+  sleeper->woken.notify_one();
+}
+
+void WorkerPool::startWorker() {
+  static std::atomic<unsigned> next{0};
+  if (startThread("orvo-worker", [] { shared().work(shared().slots_[next++]); })) return;
+  running_.remove();
+  const LockGuard guard(lock_);
+  // With one worker at least the jobs still run, one after another.
+  if (--workers_ == 0) fatal("no thread could be started");
+}
+
+JobNode* WorkerPool::take(Worker& worker) {
+  for (;;) {
+    {
+      const LockGuard guard(lock_);
+      if (ending_) return nullptr;
+      if (!jobs_.empty()) return jobs_.pop();
+      worker.woken.store(0, std::memory_order_relaxed);
+      worker.nextIdle = idle_;
+      idle_ = &worker;
+    }
+    worker.woken.wait(0, std::memory_order_acquire);
+  }
+}
+
+void WorkerPool::work(Worker& self) {
+  workerState.isWorker = true;
+  while (auto* node = take(self)) {
+    workerState.tailJobsInARow = 0;
+    do {
+      node->run();
+      node = std::exchange(workerState.tailJob, nullptr);
+      ++workerState.tailJobsInARow;
+    } while (node != nullptr);
+  }
+  running_.remove();
+}
+
+void WorkerPool::shutDown() {
+  Worker* sleepers = nullptr;
+  {
+    const LockGuard guard(lock_);
+    ending_ = true;
+    sleepers = std::exchange(idle_, nullptr);
+  }
+  while (sleepers != nullptr) {
+    auto* const next = sleepers->nextIdle;
+    sleepers->woken.store(1, std::memory_order_release);
+    sleepers->woken.notify_one();
+    sleepers = next;
+  }
+  const unsigned own = workerState.isWorker ? 1 : 0;  // exit() called from a job
+  running_.waitUntilAtMost(own, kExitPatience);
+}
+
+}  // namespace orvo::detail
+
+namespace orvo {
+
+std::shared_ptr<DispatchQueue> DispatchQueue::global() {
+  // Without a count: a reference to what lives as long as the process costs nothing to copy.
+  return {std::shared_ptr<void>(), &detail::WorkerPool::shared()};
+}
+
+}  // namespace orvo

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <OrvoAPI/Platform/DispatchQueue.h>
+#include <OrvoAPI/Platform/Lock.h>
+#include <OrvoAPI/Platform/ThreadInternal.h>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+namespace orvo::detail {
+
+/// The threads behind the global queue. One lock and one first-in-first-out list of jobs; idle
+/// workers are woken last-in-first-out, since the one that slept last has the warmest caches.
+/// Workers are started as jobs find none idle, up to the number of processors (at least two).
+/// Lives as long as the process; safe to use from any thread.
+class WorkerPool final : public DispatchQueue {
+ public:
+  [[nodiscard]] static WorkerPool& shared();
+
+  void post(Job job) override;
+  void postAfter(std::chrono::milliseconds delay, Job job) override;
+  [[nodiscard]] std::string label() const override;
+
+  /// Asks the workers to end and waits, for a limited time, until they have; a job that is running
+  /// is let run. Jobs that still wait are never run.
+  void shutDown();
+
+ private:
+  struct Worker {
+    Worker* nextIdle = nullptr;
+    std::atomic<std::uint32_t> woken{0};
+  };
+
+  WorkerPool();
+  void startWorker();
+  void work(Worker& self);
+  [[nodiscard]] JobNode* take(Worker& worker);
+
+  const unsigned maximumWorkers_;
+  const std::unique_ptr<Worker[]> slots_;
+  Lock lock_;
+  JobList jobs_ ORVO_GUARDED_BY(lock_);
+  Worker* idle_ ORVO_GUARDED_BY(lock_) = nullptr;
+  unsigned workers_ ORVO_GUARDED_BY(lock_) = 0;
+  bool ending_ ORVO_GUARDED_BY(lock_) = false;
+  ThreadCount running_;
+};
+
+}  // namespace orvo::detail
