@@ -3,12 +3,36 @@
 /// Everything but the headers that are included on purpose: the coroutine support
 /// (Futures/Coroutine.h) and the test kit (Testing/).
 
+#include <OrvoAPI/Platform/BoundedCache.h>
+#include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
+#include <OrvoAPI/Platform/Data.h>
+#include <OrvoAPI/Platform/Date.h>
+#include <OrvoAPI/Platform/DispatchQueue.h>
 #include <OrvoAPI/Platform/Fatal.h>
+#include <OrvoAPI/Platform/Job.h>
+#include <OrvoAPI/Platform/Lock.h>
+#include <OrvoAPI/Platform/MainQueue.h>
 #include <OrvoAPI/Platform/QueueLabels.h>
 #include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Platform/SerialQueue.h>
 #include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Platform/SystemLog.h>
+#include <OrvoAPI/Platform/TailPosition.h>
+#include <OrvoAPI/Platform/ThreadAnnotations.h>
 #include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/Platform/UUID.h>
+
+#include <OrvoAPI/Futures/AnyError.h>
+#include <OrvoAPI/Futures/DerivedStates.h>
+#include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Futures/FutureCore.h>
+#include <OrvoAPI/Futures/FutureState.h>
+#include <OrvoAPI/Futures/FutureWait.h>
+#include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Futures/Result.h>
 
 #include <OrvoAPI/Parsing/DateFormatError.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
@@ -18,6 +42,14 @@
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
 
+#include <OrvoAPI/Logging/DebugConsoleLogger.h>
+#include <OrvoAPI/Logging/LogLevel.h>
+#include <OrvoAPI/Logging/Logger.h>
+#include <OrvoAPI/Logging/LoggingService.h>
+#include <OrvoAPI/Logging/OSLogger.h>
+
+#include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/Context/URLService.h>
 
 #include <OrvoAPI/Version.h>
