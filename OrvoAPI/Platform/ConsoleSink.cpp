@@ -9,16 +9,24 @@
 namespace orvo {
 namespace {
 
-// Shared, so that a line is handed over outside the lock and a sink may replace itself.
-std::mutex sinkMutex;
-std::shared_ptr<const ConsoleSink> currentSink;
+struct Current {
+  std::mutex mutex;
+  // Shared, so that a line is handed over outside the lock and a sink may replace itself.
+  std::shared_ptr<const ConsoleSink> sink;
+};
+
+// Never destroyed: a thread may still print while the process ends.
+Current& current() {
+  static auto& instance = *new Current;
+  return instance;
+}
 
 }  // namespace
 
 void setConsoleSink(ConsoleSink sink) {
   auto next = sink ? std::make_shared<const ConsoleSink>(std::move(sink)) : nullptr;
-  const std::lock_guard lock(sinkMutex);
-  currentSink.swap(next);
+  const std::lock_guard lock(current().mutex);
+  current().sink.swap(next);
 }
 
 void printToConsole(std::string_view line) {
@@ -28,8 +36,8 @@ void printToConsole(std::string_view line) {
 
   std::shared_ptr<const ConsoleSink> sink;
   {
-    const std::lock_guard lock(sinkMutex);
-    sink = currentSink;
+    const std::lock_guard lock(current().mutex);
+    sink = current().sink;
   }
   if (sink) {
     (*sink)(text);

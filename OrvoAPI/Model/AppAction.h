@@ -1,0 +1,31 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Platform/RawValue.h>
+
+#include <string>
+
+namespace orvo {
+
+/// An action button offered with a video or page.
+struct AppAction {
+  enum class Kind { play, playlist, view, tv };
+
+  /// What the action is about.
+  std::string id;
+  /// The button's text.
+  std::string label;
+  Kind kind = Kind::play;
+  /// The name of the icon to show.
+  std::string icon;
+};
+
+template <>
+inline constexpr EnumCase enumCases<AppAction::Kind>[] = {{"play"}, {"playlist"}, {"view"}, {"tv"}};
+
+struct AppActionParser {
+  [[nodiscard]] static Result<AppAction> parse(const JSONObject& json);
+};
+
+}  // namespace orvo

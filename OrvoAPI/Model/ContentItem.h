@@ -1,0 +1,53 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Model/Page.h>
+#include <OrvoAPI/Model/Video.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Platform/RawValue.h>
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <variant>
+
+namespace orvo {
+
+/// A listed item: a video or a page. A value.
+class ContentItem {
+ public:
+  enum class Kind { video, page };
+
+  ContentItem(Video video)  // NOLINT(google-explicit-constructor): a video is an item
+      : value_(std::move(video)) {}
+  ContentItem(Page page)  // NOLINT(google-explicit-constructor): a page is an item
+      : value_(std::move(page)) {}
+
+  [[nodiscard]] Kind kind() const { return static_cast<Kind>(value_.index()); }
+  /// Null when it is a page.
+  [[nodiscard]] const Video* video() const { return std::get_if<Video>(&value_); }
+  /// Null when it is a video.
+  [[nodiscard]] const Page* page() const { return std::get_if<Page>(&value_); }
+
+  [[nodiscard]] double ttl() const {
+    return std::visit([](const auto& content) { return content.ttl(); }, value_);
+  }
+
+  /// Equal when both are the same sort and equal as such.
+  friend bool operator==(const ContentItem&, const ContentItem&) = default;
+
+ private:
+  std::variant<Video, Page> value_;
+};
+
+template <>
+inline constexpr EnumCase enumCases<ContentItem::Kind>[] = {{"video"}, {"page"}};
+
+struct ContentItemParser {
+  /// `collectionID`: the collection or playlist in which the item is listed; a video's
+  /// `playlistID`.
+  [[nodiscard]] static Result<ContentItem> parse(
+      const JSONObject& json, const std::optional<std::string>& collectionID = {});
+};
+
+}  // namespace orvo

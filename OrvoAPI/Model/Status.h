@@ -1,0 +1,51 @@
+#pragma once
+
+#include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Platform/Date.h>
+#include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Storage/Cacheable.h>
+
+#include <optional>
+#include <string>
+
+namespace orvo {
+
+/// Where an item stands in its life.
+enum class StatusCode { post, unconfirmed, pre, trim, delayed, canceled, live, unknown };
+
+template <>
+inline constexpr EnumCase enumCases<StatusCode>[] = {
+    {"post"}, {"unconfirmed"}, {"pre"}, {"trim"}, {"delayed"}, {"canceled"}, {"live"}, {"unknown"}};
+
+/// The scheduling state of a video or page. As initialised, it is the one that stands in for a
+/// state that is missing or cannot be read.
+struct Status {
+  StatusCode code = StatusCode::unknown;
+  /// The state for display, as sent.
+  std::string label = "TBD";
+  /// How long the item may be cached, in seconds.
+  double ttl = DefaultCacheableTTL;
+  /// Additional text for display.
+  std::optional<std::string> message = {};
+  /// Begin and end of the item's availability or broadcast.
+  std::optional<Date> startTime = {};
+  std::optional<Date> endTime = {};
+
+  /// How long the item that carries this state may be cached, in seconds: nobody knows an unknown
+  /// state's end, so what the server says of it is ignored.
+  [[nodiscard]] double contentTTL() const {
+    return code == StatusCode::unknown ? DefaultCacheableTTL : ttl;
+  }
+
+  /// Equal by code and times.
+  friend bool operator==(const Status& lhs, const Status& rhs) {
+    return lhs.code == rhs.code && lhs.startTime == rhs.startTime && lhs.endTime == rhs.endTime;
+  }
+};
+
+struct StatusParser {
+  /// Never fails: what lacks a known "code" or a "label" gives `Status{}`.
+  [[nodiscard]] static Status parse(const JSONObject& json);
+};
+
+}  // namespace orvo
