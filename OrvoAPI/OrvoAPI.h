@@ -10,6 +10,8 @@
 #include <OrvoAPI/Platform/Date.h>
 #include <OrvoAPI/Platform/DispatchQueue.h>
 #include <OrvoAPI/Platform/Fatal.h>
+#include <OrvoAPI/Platform/HTTPHeaders.h>
+#include <OrvoAPI/Platform/HTTPURLResponse.h>
 #include <OrvoAPI/Platform/Job.h>
 #include <OrvoAPI/Platform/Lock.h>
 #include <OrvoAPI/Platform/MainQueue.h>
@@ -22,6 +24,9 @@
 #include <OrvoAPI/Platform/ThreadAnnotations.h>
 #include <OrvoAPI/Platform/URL.h>
 #include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/Platform/URLInterceptor.h>
+#include <OrvoAPI/Platform/URLRequest.h>
+#include <OrvoAPI/Platform/URLSessionConfiguration.h>
 #include <OrvoAPI/Platform/UUID.h>
 
 #include <OrvoAPI/Futures/AnyError.h>
@@ -47,6 +52,10 @@
 #include <OrvoAPI/Logging/Logger.h>
 #include <OrvoAPI/Logging/LoggingService.h>
 #include <OrvoAPI/Logging/OSLogger.h>
+
+#include <OrvoAPI/Network/NetworkDataProvider.h>
+#include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Network/URLSessionDelegate.h>
 
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Environment.h>

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <OrvoAPI/Network/NetworkDataProvider.h>
+#include <OrvoAPI/Network/URLSessionDelegate.h>
+#include <OrvoAPI/Platform/URLSessionConfiguration.h>
+
+#include <memory>
+
+namespace orvo {
+
+namespace detail {
+class URLSessionCore;
+}
+
+/// Fetches over HTTP/1.1 and 2 with its own cookies and connections. Safe to use from any thread.
+/// Dropping it cancels nothing: a request under way holds what it needs, and the last one ends the
+/// session.
+///
+/// Redirects (301, 302, 303, 307, 308 with a Location) are followed, with the delegate's consent,
+/// up to 20 times; never from https to http, nor to another scheme: then the redirect itself is the
+/// answer. The proxy that the environment names is used. The session asks its interceptors and its
+/// delegate, and completes its futures, on a serial queue of its own.
+///
+/// In a child process made by fork() without exec() no session works.
+class URLSession final : public NetworkDataProvider {
+ public:
+  explicit URLSession(URLSessionConfiguration configuration = {},
+                      std::shared_ptr<URLSessionDelegate> delegate = nullptr);
+  ~URLSession() override;
+  URLSession(const URLSession&) = delete;
+  URLSession& operator=(const URLSession&) = delete;
+
+  [[nodiscard]] Future<HTTPResult> fetch(const URLRequest& request) override;
+
+  /// Fails all that is under way, and all that is fetched later, with `URLError` -999.
+  void invalidateAndCancel();
+
+ private:
+  const std::shared_ptr<detail::URLSessionCore> core_;
+};
+
+}  // namespace orvo
