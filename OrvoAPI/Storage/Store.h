@@ -1,0 +1,112 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Platform/BoundedCache.h>
+#include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Platform/Lock.h>
+#include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Storage/Cacheable.h>
+
+#include <chrono>
+#include <concepts>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <typeinfo>
+#include <utility>
+
+namespace orvo {
+
+namespace detail {
+
+/// What a store does whatever the type of its elements. Its lock plays the part of a serial queue
+/// that is only ever used synchronously.
+class StoreCore {
+ public:
+  using Element = std::shared_ptr<const void>;
+
+  StoreCore(std::size_t bound, std::shared_ptr<const Clock> clock)
+      : clock_(std::move(clock)), cache_(bound) {}
+
+  void store(Element element, double ttl, std::string_view key);
+  [[nodiscard]] Element element(std::string_view key);
+  void removeAll();
+
+  [[nodiscard]] static std::string queueLabel(const std::type_info& type);
+  /// Runs each job within `post`, on the thread that completes a future: what is done there is done
+  /// before any callback that was registered later is posted.
+  [[nodiscard]] static const std::shared_ptr<DispatchQueue>& completingThread();
+
+ private:
+  struct Box {
+    Element element;
+    std::chrono::milliseconds made;
+    double ttl;
+
+    [[nodiscard]] bool isFresh(std::chrono::milliseconds now) const;
+  };
+  using Cache = BoundedCache<Box>;
+
+  const std::shared_ptr<const Clock> clock_;
+  Lock lock_;
+  Cache cache_ ORVO_GUARDED_BY(lock_);
+};
+
+}  // namespace detail
+
+/// Keeps elements in memory, each for its own time to live. Safe to use from any thread. Shares its
+/// elements: a hit copies a pointer. It has room for so many elements; what was used least recently
+/// goes first.
+///
+/// The age of an element is judged when it is read, on a clock that only goes forward and counts
+/// the time the device sleeps, so that nobody who sets the wall clock makes it fresh or stale.
+template <Cacheable T>
+class Store {
+ public:
+  explicit Store(std::size_t bound, std::shared_ptr<const Clock> clock = Clock::system())
+      : core_(std::make_shared<detail::StoreCore>(bound, std::move(clock))) {}
+  Store(const Store&) = delete;
+  Store& operator=(const Store&) = delete;
+
+  /// Keeps the element, from now on for its time to live, in place of any other under the key.
+  void store(Shared<T> element, std::string_view key) { store(*core_, std::move(element), key); }
+
+  /// The element, or null when there is none that is still fresh. An expired one is removed.
+  [[nodiscard]] Shared<T> element(std::string_view key) {
+    return std::static_pointer_cast<const T>(core_->element(key));
+  }
+
+  /// A fresh element as a future that completes from the main queue. Otherwise the future that
+  /// `fallback()` returns; its value is stored while it completes, unless the store is gone by
+  /// then.
+  template <std::invocable F>
+  [[nodiscard]] Future<Shared<T>> access(std::string_view key, F&& fallback) {
+    if (auto found = element(key)) return Future<Shared<T>>::succeeded(std::move(found));
+    Future<Shared<T>> future = std::forward<F>(fallback)();
+    future.onSuccess(detail::StoreCore::completingThread(),
+                     [core = std::weak_ptr(core_), key = std::string(key)](const Shared<T>& value) {
+                       if (const auto alive = core.lock()) store(*alive, value, key);
+                     });
+    return future;
+  }
+
+  /// Forgets everything, for a host that runs short of memory.
+  void removeAll() { core_->removeAll(); }
+
+  /// The label of the serial queue that the store's lock stands for; for people who debug.
+  [[nodiscard]] static std::string accessQueueLabel() {
+    return detail::StoreCore::queueLabel(typeid(T));
+  }
+
+ private:
+  static void store(detail::StoreCore& core, Shared<T> element, std::string_view key) {
+    if (!element) return;
+    const double ttl = element->ttl();
+    core.store(std::move(element), ttl, key);
+  }
+
+  const std::shared_ptr<detail::StoreCore> core_;
+};
+
+}  // namespace orvo

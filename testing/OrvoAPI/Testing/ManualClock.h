@@ -1,0 +1,46 @@
+#pragma once
+
+#include <OrvoAPI/Platform/Clock.h>
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+
+namespace orvo {
+
+/// A clock that stands still until a test moves it. Safe to use from any thread. Give it to what
+/// takes a `Clock`, and keep a pointer to crank it.
+///
+///     const auto clock = std::make_shared<ManualClock>();
+///     Store<Video> store(10, clock);
+///     store.store(video, "key");
+///     clock->advance(std::chrono::seconds(301));  // the video has expired
+class ManualClock final : public Clock {
+ public:
+  /// A Monday noon.
+  static constexpr Date kDefaultWall{1'493'640'000'000};  // 2017-05-01T12:00:00.000Z
+
+  explicit ManualClock(Date wall = kDefaultWall,
+                       std::chrono::milliseconds elapsed = std::chrono::milliseconds(0))
+      : wall_(wall.millisecondsSince1970()), elapsed_(elapsed.count()) {}
+
+  [[nodiscard]] Date now() const override { return Date(wall_); }
+  [[nodiscard]] std::chrono::milliseconds elapsed() const override {
+    return std::chrono::milliseconds(elapsed_);
+  }
+
+  /// Time passes, on both clocks.
+  void advance(std::chrono::milliseconds span) {
+    wall_ += span.count();
+    elapsed_ += span.count();
+  }
+
+  /// Somebody sets the wall clock; no time passes.
+  void setWall(Date wall) { wall_ = wall.millisecondsSince1970(); }
+
+ private:
+  std::atomic<std::int64_t> wall_;
+  std::atomic<std::int64_t> elapsed_;
+};
+
+}  // namespace orvo
