@@ -1,0 +1,22 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Platform/URL.h>
+
+#include <string>
+
+namespace orvo {
+
+/// Where display ads come from.
+struct DisplayAd {
+  URL server;
+  std::string network;
+  std::string profile;
+};
+
+struct DisplayAdParser {
+  [[nodiscard]] static Result<DisplayAd> parse(const JSONObject& json);
+};
+
+}  // namespace orvo

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Platform/URL.h>
+
+namespace orvo {
+
+/// The fixed pages of information about the service.
+struct Links {
+  URL imprint;
+  URL about;
+  URL privacy;
+  URL terms;
+  URL contact;
+  URL feedback;
+};
+
+struct LinksParser {
+  [[nodiscard]] static Result<Links> parse(const JSONObject& json);
+};
+
+}  // namespace orvo

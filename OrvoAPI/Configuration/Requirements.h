@@ -1,0 +1,49 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+
+#include <string>
+
+namespace orvo {
+
+/// What the service asks of an app before it may run. The library carries the values only; the host
+/// compares them with what it is and acts. As initialised, each asks for nothing.
+struct Requirements {
+  struct AppVersion {
+    /// The lowest build of the app that may run.
+    std::string minBuild = "0.1.0";
+    /// To be shown when the requirement is not met.
+    std::string message = {};
+  };
+  struct OSVersion {
+    /// The lowest version of the operating system on which the app may run.
+    std::string minOsVersion = "0.1.0";
+    /// To be shown when the requirement is not met.
+    std::string message = {};
+  };
+  struct KillSwitch {
+    /// Whether the app is switched off.
+    bool kill = false;
+    /// To be shown when it is.
+    std::string message = {};
+  };
+
+  AppVersion appVersion = {};
+  OSVersion osVersion = {};
+  KillSwitch killSwitch = {};
+};
+
+struct AppVersionParser {
+  [[nodiscard]] static Result<Requirements::AppVersion> parse(const JSONObject& json);
+};
+
+struct OSVersionParser {
+  [[nodiscard]] static Result<Requirements::OSVersion> parse(const JSONObject& json);
+};
+
+struct KillSwitchParser {
+  [[nodiscard]] static Result<Requirements::KillSwitch> parse(const JSONObject& json);
+};
+
+}  // namespace orvo
