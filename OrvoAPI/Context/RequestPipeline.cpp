@@ -1,0 +1,48 @@
+#include <OrvoAPI/Context/RequestPipelineInternal.h>
+#include <OrvoAPI/Network/SessionError.h>
+
+#include <string>
+#include <utility>
+
+namespace orvo::detail {
+
+RequestPipeline::RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
+                                 std::shared_ptr<NetworkDataProvider> networkDataProvider)
+    : sessionProvider_(std::move(sessionProvider)),
+      networkDataProvider_(std::move(networkDataProvider)) {}
+
+Future<Data> RequestPipeline::fetch(const URLRequest& request, bool retry,
+                                    const Promise<Data>& promise, bool authed) {
+  sessionProvider_->retrieveSessionToken()
+      .map([request, authed](const std::string& token) {
+        auto authorised = request;
+        if (authed) authorised.headers.add("Authorization", token);
+        return authorised;
+      })
+      .flatMap([network = networkDataProvider_](const URLRequest& authorised) {
+        return network->fetch(authorised);
+      })
+      .onComplete([request, retry, promise, weak = weak_from_this(),
+                   session = sessionProvider_](const Result<HTTPResult>& result) {
+        if (result.failed()) return promise.failure(*result.error());
+        const int status = result.value()->response.statusCode;
+        if (status <= 399) return promise.success(result.value()->body);
+        if (status != 401 || !retry) {
+          return promise.failure(SessionError::unexpectedStatus{status});
+        }
+        renewThenSendAgain(request, promise, weak, *session);
+      });
+  return promise.future();
+}
+
+void RequestPipeline::renewThenSendAgain(const URLRequest& request, const Promise<Data>& promise,
+                                         const std::weak_ptr<RequestPipeline>& weak,
+                                         SessionProvider& session) {
+  session.updateSession().onComplete([request, promise, weak](const Result<bool>& renewed) {
+    if (renewed.failed()) return promise.failure(*renewed.error());
+    if (!*renewed.value()) return promise.failure(SessionError::couldNotUpdateSession{});
+    if (const auto self = weak.lock()) (void)self->fetch(request, false, promise, true);
+  });
+}
+
+}  // namespace orvo::detail

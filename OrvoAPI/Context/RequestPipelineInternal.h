@@ -1,0 +1,45 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Network/NetworkDataProvider.h>
+#include <OrvoAPI/Network/SessionProvider.h>
+#include <OrvoAPI/Platform/Data.h>
+#include <OrvoAPI/Platform/URLRequest.h>
+
+#include <memory>
+
+namespace orvo::detail {
+
+/// Sends the content requests of a `Context`, which owns it: gets the token, adds it, sorts the
+/// status, and after a 401 renews the session once and sends again. Safe to use from any thread.
+///
+/// What is under way holds the providers, not the pipeline. So a call whose context goes while its
+/// session is being renewed never completes: nobody is left to renew it for.
+class RequestPipeline final : public std::enable_shared_from_this<RequestPipeline> {
+ public:
+  RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
+                  std::shared_ptr<NetworkDataProvider> networkDataProvider);
+
+  /// The body of the answer. `retry`: whether a 401 may renew the session. `authed`: whether the
+  /// token is sent; it is waited for in any case. Cancelling the future drops the result and
+  /// reaches nothing upstream.
+  [[nodiscard]] Future<Data> fetch(const URLRequest& request, bool retry, bool authed) {
+    return fetch(request, retry, Promise<Data>(), authed);
+  }
+
+  [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const {
+    return sessionProvider_;
+  }
+
+ private:
+  Future<Data> fetch(const URLRequest& request, bool retry, const Promise<Data>& promise,
+                     bool authed);
+  static void renewThenSendAgain(const URLRequest& request, const Promise<Data>& promise,
+                                 const std::weak_ptr<RequestPipeline>& weak,
+                                 SessionProvider& session);
+
+  const std::shared_ptr<SessionProvider> sessionProvider_;
+  const std::shared_ptr<NetworkDataProvider> networkDataProvider_;
+};
+
+}  // namespace orvo::detail
