@@ -5,6 +5,7 @@
 
 #include <OrvoAPI/Platform/BoundedCache.h>
 #include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Platform/Color.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 #include <OrvoAPI/Platform/Data.h>
 #include <OrvoAPI/Platform/Date.h>
@@ -53,12 +54,53 @@
 #include <OrvoAPI/Logging/LoggingService.h>
 #include <OrvoAPI/Logging/OSLogger.h>
 
+#include <OrvoAPI/Storage/Cacheable.h>
+#include <OrvoAPI/Storage/KeyedStore.h>
+#include <OrvoAPI/Storage/Store.h>
+
+#include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
+#include <OrvoAPI/Network/Session.h>
+#include <OrvoAPI/Network/SessionError.h>
+#include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Network/URLSessionDelegate.h>
 
+#include <OrvoAPI/Model/AppAction.h>
+#include <OrvoAPI/Model/CollectionReference.h>
+#include <OrvoAPI/Model/ContentItem.h>
+#include <OrvoAPI/Model/IconResource.h>
+#include <OrvoAPI/Model/ImageResource.h>
+#include <OrvoAPI/Model/ItemCollection.h>
+#include <OrvoAPI/Model/KeySet.h>
+#include <OrvoAPI/Model/LineupReference.h>
+#include <OrvoAPI/Model/LineupTemplateImage.h>
+#include <OrvoAPI/Model/Page.h>
+#include <OrvoAPI/Model/PagingMeta.h>
+#include <OrvoAPI/Model/Playlist.h>
+#include <OrvoAPI/Model/ResourceHost.h>
+#include <OrvoAPI/Model/ResourceTable.h>
+#include <OrvoAPI/Model/SearchCollection.h>
+#include <OrvoAPI/Model/Status.h>
+#include <OrvoAPI/Model/Video.h>
+#include <OrvoAPI/Model/VideoAdMetadata.h>
+#include <OrvoAPI/Model/VideoPreview.h>
+
+#include <OrvoAPI/Configuration/ColorPalette.h>
+#include <OrvoAPI/Configuration/Configuration.h>
+#include <OrvoAPI/Configuration/Constants.h>
+#include <OrvoAPI/Configuration/DisplayAd.h>
+#include <OrvoAPI/Configuration/LinearStream.h>
+#include <OrvoAPI/Configuration/Links.h>
+#include <OrvoAPI/Configuration/RatingPromptConfig.h>
+#include <OrvoAPI/Configuration/Requirements.h>
+
+#include <OrvoAPI/Linear/LinearProgram.h>
+#include <OrvoAPI/Linear/LinearProgramGuide.h>
+
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 
 #include <OrvoAPI/Version.h>
