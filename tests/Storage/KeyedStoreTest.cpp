@@ -1,0 +1,93 @@
+#include <OrvoAPI/Storage/KeyedStore.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <any>
+#include <memory>
+#include <thread>
+
+namespace orvo {
+namespace {
+
+using testing::MatchesRegex;
+using testing::UnorderedElementsAre;
+
+TEST(KeyedStore, MakesANewKeyForEachElement) {
+  KeyedStore<std::string> store;
+  const auto first = store.add("one");
+  const auto second = store.add("two");
+  EXPECT_THAT(first, MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-"
+                                  "[0-9A-F]{12}"));
+  EXPECT_NE(first, second);
+  EXPECT_EQ(store.element(first), "one");
+  EXPECT_EQ(store.element(second), "two");
+  EXPECT_THAT(store.elements(), UnorderedElementsAre("one", "two"));
+}
+
+TEST(KeyedStore, ReplacesAndRemovesByKey) {
+  KeyedStore<std::any> store;
+  store.add(1, "a");
+  store.add(std::string("two"), "a");
+  store.add(3, "b");
+  EXPECT_EQ(std::any_cast<std::string>(*store.element("a")), "two");
+  store.remove("unknown");
+  EXPECT_EQ(store.elements().size(), 2U);
+  store.remove("a");
+  EXPECT_FALSE(store.element("a"));
+  EXPECT_TRUE(store.element("b"));
+}
+
+/// Uses the store it lies in when it is copied and when it is destroyed.
+class Busy {
+ public:
+  explicit Busy(KeyedStore<Busy>& store) : store_(&store) {}
+  Busy(const Busy& other) : store_(other.store_) { store_->remove("unknown"); }
+  Busy(Busy&& other) noexcept = default;
+  Busy& operator=(Busy&& other) noexcept = default;
+  ~Busy() { (void)store_->elements(); }
+
+ private:
+  KeyedStore<Busy>* store_;
+};
+
+TEST(KeyedStore, LetsItsElementsUseItAgain) {
+  KeyedStore<Busy> outer;  // outlives the elements that look at it
+  {
+    KeyedStore<Busy> inner;
+    inner.add(Busy(outer), "a");
+    inner.add(Busy(outer), "a");
+    EXPECT_TRUE(inner.element("a"));
+    EXPECT_EQ(inner.elements().size(), 1U);
+    inner.remove("a");
+  }
+  KeyedStore<std::shared_ptr<int>> store;
+  bool sawItself = true;
+  store.add(std::shared_ptr<int>(new int,
+                                 [&](const int* gone) {
+                                   sawItself = store.element("a").has_value();
+                                   delete gone;
+                                 }),
+            "a");
+  store.remove("a");
+  EXPECT_FALSE(sawItself);
+}
+
+TEST(KeyedStore, IsWrittenAndReadByManyThreads) {
+  KeyedStore<int> store;
+  std::vector<std::thread> threads;
+  for (int t = 0; t < 4; ++t) {
+    threads.emplace_back([&, t] {
+      for (int i = 0; i < 200; ++i) {
+        const auto key = store.add(i);
+        store.add(i, "shared");
+        (void)store.elements();
+        if (i % 4 != t) store.remove(key);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  EXPECT_EQ(store.elements().size(), 4 * 50 + 1U);
+}
+
+}  // namespace
+}  // namespace orvo
