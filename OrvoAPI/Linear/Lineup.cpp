@@ -1,0 +1,67 @@
+#include <OrvoAPI/Linear/Lineup.h>
+#include <OrvoAPI/Linear/LineupScheduled.h>
+#include <OrvoAPI/Model/ContentFieldsInternal.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <numeric>
+#include <span>
+#include <utility>
+
+namespace orvo {
+namespace {
+
+/// Hours of `positions`, which are sorted by hour and lie at `first` in the storage.
+std::vector<LineupHour> groupHours(const Shared<LineupSlots::Storage>& storage, std::size_t first,
+                                   const std::vector<Date>& hourOfSlot) {
+  std::vector<LineupHour> hours;
+  const auto& positions = storage->positions;
+  for (std::size_t begin = first, end = first; begin < positions.size(); begin = end) {
+    const Date hour = hourOfSlot[positions[begin]];
+    while (end < positions.size() && hourOfSlot[positions[end]] == hour) ++end;
+    hours.push_back({.startTime = hour, .slots = {storage, begin, end - begin}});
+  }
+  return hours;
+}
+
+std::vector<LineupDay> groupDays(std::vector<LineupHour> hours, Calendar& calendar) {
+  std::vector<LineupDay> days;
+  for (LineupHour& hour : hours) {
+    const Date day = scheduleDay(hour, calendar);
+    // At the end, unless clocks went back over midnight.
+    auto at = std::ranges::lower_bound(days, day, {}, &LineupDay::startTime);
+    if (at == days.end() || at->startTime != day) at = days.insert(at, {.startTime = day});
+    at->hours.push_back(std::move(hour));
+  }
+  return days;
+}
+
+}  // namespace
+
+Lineup Lineup::grouping(std::vector<LineupSlot> slots) {
+  const std::size_t count = slots.size();
+  Calendar calendar;
+  std::vector<Date> hourOfSlot;
+  hourOfSlot.reserve(count);
+  for (const LineupSlot& slot : slots) hourOfSlot.push_back(scheduleHour(slot, calendar));
+
+  // First the positions in document order, then once more by hour.
+  std::vector<std::uint32_t> positions(2 * count);
+  const auto byHour = std::span(positions).subspan(count);
+  std::iota(positions.begin(), positions.begin() + static_cast<std::ptrdiff_t>(count), 0U);
+  std::iota(byHour.begin(), byHour.end(), 0U);
+  std::ranges::stable_sort(byHour, {}, [&](std::uint32_t at) { return hourOfSlot[at]; });
+
+  const auto storage = std::make_shared<const LineupSlots::Storage>(
+      LineupSlots::Storage{std::move(slots), std::move(positions)});
+  return {.slots = {storage, 0, count},
+          .days = groupDays(groupHours(storage, count, hourOfSlot), calendar)};
+}
+
+Lineup LineupParser::parse(const JSONObjects& json) {
+  return Lineup::grouping(detail::parsedItems<LineupSlotParser, LineupSlot>(json));
+}
+
+}  // namespace orvo
