@@ -78,12 +78,16 @@ class Store {
   }
 
   /// A fresh element as a future that completes from the main queue. Otherwise the future that
-  /// `fallback()` returns; its value is stored while it completes, unless the store is gone by
-  /// then.
+  /// `fallback()` returns, which is kept.
   template <std::invocable F>
   [[nodiscard]] Future<Shared<T>> access(std::string_view key, F&& fallback) {
     if (auto found = element(key)) return Future<Shared<T>>::succeeded(std::move(found));
-    Future<Shared<T>> future = std::forward<F>(fallback)();
+    return keep(std::forward<F>(fallback)(), key);
+  }
+
+  /// Stores the future's value while it completes, unless the store is gone by then, and returns
+  /// the future.
+  Future<Shared<T>> keep(Future<Shared<T>> future, std::string_view key) {
     future.onSuccess(detail::StoreCore::completingThread(),
                      [core = std::weak_ptr(core_), key = std::string(key)](const Shared<T>& value) {
                        if (const auto alive = core.lock()) store(*alive, value, key);

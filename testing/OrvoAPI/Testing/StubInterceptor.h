@@ -1,0 +1,66 @@
+#pragma once
+
+#include <OrvoAPI/Platform/URLInterceptor.h>
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <variant>
+#include <vector>
+
+namespace orvo {
+
+/// What a canned answer says beside its body.
+struct StubAnswerOptions {
+  int statusCode = 200;
+  /// A status of 301, 302, 303, 307 or 308 with a "Location" makes a redirect.
+  HTTPHeaders headers = {};
+};
+
+/// Answers a URL session's requests in place of the network, by path, and records all that it is
+/// asked for; what it has no answer for goes by. Safe to use from any thread.
+///
+///     const auto stub = std::make_shared<StubInterceptor>();
+///     stub->answer("/v3/session", R"({"token": "t"})");
+///     stub->answerFromFile("/v3/configuration/ios/v1", "fixtures/configuration.json");
+///     stub->answer("/v3/products/1", "", {.statusCode = 401});  // the first time
+///     stub->answer("/v3/products/1", R"({…})");                 // from then on
+///
+/// A path may be given with a query ("/v3/search?q=x"); an answer to that comes before one to the
+/// path alone. Several answers to one path are given in turn, the last of them for ever.
+class StubInterceptor final : public URLInterceptor {
+ public:
+  void answer(std::string path, std::string_view body, StubAnswerOptions options = {});
+  /// Reads the file now; throws `std::runtime_error` when it cannot be read.
+  void answerFromFile(std::string path, const std::string& file, StubAnswerOptions options = {});
+  void fail(std::string path, URLError error);
+  /// Answers what has no answer of its own, so that nothing reaches the network.
+  void answerOthers(std::string_view body, StubAnswerOptions options = {.statusCode = 404});
+
+  /// All requests so far, those that went by included.
+  [[nodiscard]] std::vector<URLRequest> requests() const;
+
+  bool intercept(const URLRequest& request,
+                 const std::shared_ptr<InterceptedRequest>& intercepted) override;
+
+ private:
+  struct Canned {
+    StubAnswerOptions options;
+    Data body;
+  };
+  using Answer = std::variant<Canned, URLError>;
+
+  void add(std::string path, Answer answer);
+  [[nodiscard]] std::optional<Answer> take(const URL& url);
+
+  mutable std::mutex lock_;
+  std::vector<URLRequest> requests_;                   // guarded by lock_
+  std::map<std::string, std::deque<Answer>> answers_;  // guarded by lock_
+  std::optional<Answer> others_;                       // guarded by lock_
+};
+
+}  // namespace orvo
