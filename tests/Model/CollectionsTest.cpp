@@ -1,0 +1,172 @@
+#include <OrvoAPI/Model/ItemCollection.h>
+#include <OrvoAPI/Model/Playlist.h>
+#include <OrvoAPI/Model/SearchCollection.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/Document.h"
+
+namespace orvo {
+namespace {
+
+constexpr const char* kMeta = R"({"total": 9, "limit": 2.0, "offset": 4})";
+constexpr const char* kItems = R"([
+    {"type": "video", "id": "1", "title": "T", "short_description": "S"},
+    {"type": "video", "id": "2"}, {"id": "3", "title": "T"}, {},
+    {"type": "page", "id": "4", "title": "T"}])";
+const PagingMeta kPaging{.total = 9, .limit = 2, .offset = 4};
+
+const Document kCollection({{"id", R"("c")"},
+                            {"type", R"("featured")"},
+                            {"item_type", R"("pages")"},
+                            {"label", R"("L")"},
+                            {"short_label", R"("S")"},
+                            {"meta", kMeta},
+                            {"items", kItems}});
+const Document kSearch = kCollection.without("id")
+                             .without("item_type")
+                             .with("collection_type", R"("top_results")")
+                             .with("contains", R"("videos")");
+const Document kPlaylist = kCollection.without("type").with(
+    "items", R"([{"id": "1", "title": "T", "short_description": "S"}, {"id": "2"},
+                 {"id": "3", "title": "T", "short_description": "S"}])");
+
+Result<SearchCollection> parseSearch(const JSONObject& json) {
+  return SearchCollectionParser::parse(json, "q");
+}
+Result<Playlist> parsePlaylist(const JSONObject& json) { return PlaylistParser::parse(json); }
+
+TEST(ItemCollectionParser, DropsTheItemsThatItCannotRead) {
+  const auto collection = ItemCollectionParser::parse(kCollection).force();
+  EXPECT_EQ(collection.id + collection.label + collection.shortLabel, "cLS");
+  EXPECT_EQ(collection.kind, ItemCollection::Kind::featured);
+  EXPECT_EQ(collection.contentsKind, ItemCollection::ContentsKind::pages);
+  EXPECT_EQ(collection.meta, kPaging);
+  EXPECT_EQ(collection.ttl(), 300);
+  ASSERT_EQ(collection.items.size(), 2U);
+  EXPECT_EQ(collection.items[0].video()->playlistID, "c");
+  EXPECT_EQ(collection.items[1].page()->id, "4");
+  EXPECT_TRUE(ItemCollectionParser::parse(kCollection.with("items", "[]")).force().items.empty());
+}
+
+TEST(ItemCollectionParser, ReportsEachRequiredMember) {
+  EXPECT_EQ(requirements(kCollection,
+                         {"id", "type", "item_type", "label", "short_label", "meta", "items"},
+                         ItemCollectionParser::parse),
+            "id -> ItemCollection: id\n"
+            "type -> ItemCollection: type\n"
+            "item_type -> ok\n"
+            "label -> ItemCollection: label\n"
+            "short_label -> ItemCollection: short_label\n"
+            "meta -> ItemCollection: meta\n"
+            "items -> ItemCollection: items\n");
+  EXPECT_EQ(failureOf(ItemCollectionParser::parse(kCollection.with("type", R"("clips")"))),
+            "ItemCollection: type");
+  EXPECT_EQ(failureOf(ItemCollectionParser::parse(kCollection.with("items", "[{}, 1]"))),
+            "ItemCollection: items");
+  const auto unknown = kCollection.with("item_type", R"("clips")");
+  EXPECT_EQ(ItemCollectionParser::parse(unknown).force().contentsKind,
+            ItemCollection::ContentsKind::mixed);
+}
+
+TEST(PagingMeta, IsReportedByEachDocumentInItsOwnWay) {
+  for (const char* meta :
+       {R"({"total": 9, "limit": 2})", R"({"total": "9", "limit": 2, "offset": 4})",
+        R"({"total": 9, "limit": 2.5, "offset": 4})", R"({"total": 9, "limit": 2, "offset": 1e30})",
+        "{}"}) {
+    EXPECT_EQ(failureOf(ItemCollectionParser::parse(kCollection.with("meta", meta))),
+              "ItemCollection: products/meta details");
+    EXPECT_EQ(failureOf(parseSearch(kSearch.with("meta", meta))), "SearchCollection: meta");
+    EXPECT_EQ(failureOf(parsePlaylist(kPlaylist.with("meta", meta))), "Playlist: meta details");
+  }
+}
+
+TEST(SearchCollectionParser, ReportsEachRequiredMember) {
+  EXPECT_EQ(
+      requirements(kSearch,
+                   {"type", "collection_type", "contains", "label", "short_label", "meta", "items"},
+                   parseSearch),
+      "type -> SearchCollection: type\n"
+      "collection_type -> SearchCollection: collection_type\n"
+      "contains -> ok\n"
+      "label -> SearchCollection: label\n"
+      "short_label -> SearchCollection: short_label\n"
+      "meta -> SearchCollection: meta\n"
+      "items -> SearchCollection: items\n");
+  EXPECT_EQ(failureOf(parseSearch(kSearch.with("collection_type", R"("top")"))),
+            "SearchCollection: collection_type");
+
+  const auto found = parseSearch(kSearch).force();
+  EXPECT_EQ(found.query + found.label + found.shortLabel, "qLS");
+  EXPECT_EQ(found.kind, ItemCollection::Kind::featured);
+  EXPECT_EQ(found.contentsKind, SearchCollection::ContentsKind::videos);
+  EXPECT_EQ(found.resultsKind, SearchCollection::ResultsKind::top);
+  EXPECT_EQ(found.meta, kPaging);
+  ASSERT_EQ(found.items.size(), 2U);
+  EXPECT_EQ(found.items[0].video()->playlistID, std::nullopt);
+  EXPECT_EQ(parseSearch(kSearch.without("contains")).force().contentsKind,
+            SearchCollection::ContentsKind::mixed);
+}
+
+TEST(SearchResultsParser, DropsTheCollectionsThatItCannotRead) {
+  const Document results({{"collections", "[" + kSearch.with("label", R"("1")").text() + "," +
+                                              kSearch.without("label").text() + "," +
+                                              kSearch.with("label", R"("2")").text() + "]"}});
+  const auto found = SearchResultsParser::parse(results, "q").force();
+  ASSERT_EQ(found.size(), 2U);
+  EXPECT_EQ(found[0].label + found[1].label + found[1].query, "12q");
+  for (const char* json : {R"({})", R"({"collections": [1]})", R"({"collections": {}})"}) {
+    EXPECT_EQ(failureOf(SearchResultsParser::parse(object(json), "q")),
+              "SearchCollection: collections");
+  }
+}
+
+TEST(SearchCollection, MadeLocallyIsLabelledByItsKind) {
+  const auto none = SearchCollection::empty("q", SearchCollection::ResultsKind::top);
+  EXPECT_EQ(none.query, "q");
+  EXPECT_EQ(none.label, "top_results");
+  EXPECT_EQ(none.shortLabel, "top_results");
+  EXPECT_EQ(none.kind, ItemCollection::Kind::generic);
+  EXPECT_EQ(none.contentsKind, SearchCollection::ContentsKind::mixed);
+  EXPECT_EQ(none.resultsKind, SearchCollection::ResultsKind::top);
+  EXPECT_EQ(none.meta, PagingMeta{});
+  EXPECT_TRUE(none.items.empty());
+  const auto some = SearchCollection::create("q", SearchCollection::ResultsKind::shows,
+                                             {Page{.id = "p", .title = "T"}});
+  EXPECT_EQ(some.label, "shows");
+  EXPECT_EQ(some.items.size(), 1U);
+}
+
+TEST(PlaylistParser, ReportsEachRequiredMember) {
+  EXPECT_EQ(requirements(kPlaylist, {"id", "label", "short_label", "meta", "items"}, parsePlaylist),
+            "id -> Playlist: id\n"
+            "label -> Playlist: label\n"
+            "short_label -> Playlist: short_label\n"
+            "meta -> Playlist: meta\n"
+            "items -> Playlist: items\n");
+  const auto playlist = parsePlaylist(kPlaylist).force();
+  EXPECT_EQ(playlist.id + playlist.label + playlist.shortLabel, "cLS");
+  EXPECT_EQ(playlist.kind, ItemCollection::Kind::generic);
+  EXPECT_EQ(playlist.meta, kPaging);
+  ASSERT_EQ(playlist.items.size(), 2U);
+  EXPECT_EQ(playlist.items[1].playlistID, "c");
+  EXPECT_EQ(playlist.ttl(), 300);
+}
+
+TEST(PlaylistParser, PutsAMissingIncludedVideoInFront) {
+  CapturedConsole console;
+  Video video{.id = "3", .title = "T", .shortDescription = "S"};
+  auto playlist = PlaylistParser::parse(kPlaylist, &video).force();
+  EXPECT_EQ(playlist.items.size(), 2U);
+  EXPECT_EQ(console.lines, "");
+
+  video.duration = 1;
+  playlist = PlaylistParser::parse(kPlaylist, &video).force();
+  ASSERT_EQ(playlist.items.size(), 3U);
+  EXPECT_EQ(playlist.items[0], video);
+  EXPECT_EQ(playlist.items[2].id, "3");
+  EXPECT_EQ(playlist.meta, kPaging);
+  EXPECT_EQ(console.lines, "Prepending video to playlist\n");
+}
+
+}  // namespace
+}  // namespace orvo

@@ -1,0 +1,146 @@
+#include <OrvoAPI/Model/IconResource.h>
+#include <OrvoAPI/Model/ImageResource.h>
+#include <OrvoAPI/Model/LineupTemplateImage.h>
+#include <OrvoAPI/Model/VideoPreview.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "tests/support/Document.h"
+
+namespace orvo {
+namespace {
+
+ResourceHost host(double displayScale = 1) {
+  return {.baseURL = URL::parse("https://r.example/v3/").value(), .displayScale = displayScale};
+}
+
+const ImageResource kImage{.key = ImageResourceKey::coverSquare, .productID = "AP-123"};
+constexpr auto kPNG = ImageResourceFormat::PNG;
+constexpr auto kJPG = ImageResourceFormat::JPG;
+
+/// The transformation of an image's URL.
+std::string tokens(ImageSize size, const ImageURLOptions& options, double scale = 1) {
+  const auto text = kImage.url(size, options, host(scale)).text();
+  return text.substr(text.rfind("im:i:") + 5);
+}
+std::string titleTokens(ImageSize size, const TitleURLOptions& options) {
+  const auto text = kImage.titleUrl(size, options, host()).text();
+  return text.substr(text.rfind("im:i:") + 5);
+}
+
+TEST(ImageURL, IsBuiltOnTheResourceHost) {
+  EXPECT_EQ(kImage.url({300, 200}, {}, host(2)).text(),
+            "https://r.example/v3/AP-123/orvo_cover_art_square/"
+            "im:i:c_fill,w_600,h_400,f_jpg,q_65");
+  const ImageResource title{.key = ImageResourceKey::titleTreatmentLandscape,
+                            .productID = "AP-123"};
+  EXPECT_EQ(title.titleUrl({300, 200}, {}, host(2)).text(),
+            "https://r.example/v3/AP-123/orvo_title_treatment_landscape/"
+            "im:i:e_trim,w_600,h_400,f_png");
+  const IconResource icon{.productID = "AP-123"};
+  EXPECT_EQ(icon.iconURL(host(2)).text(), "https://r.example/v3/icon/AP-123/im:i:w_60,h_60,f_png");
+  EXPECT_EQ(icon.iconURL(host(), {.size = {0, 8}, .format = kJPG}).text(),
+            "https://r.example/v3/icon/AP-123/im:i:h_8,f_jpg");
+  const VideoPreview preview{.key = VideoPreviewKey::high, .productID = "AP-123"};
+  EXPECT_EQ(preview.url(host(2)).text(),
+            "https://r.example/v3/AP-123/short_preview_mp4_high/video.mp4");
+}
+
+TEST(ImageURL, LeavesOutTokensWhoseConditionFails) {
+  constexpr auto kFit = ImageResourceCrop::Fit;
+  EXPECT_EQ(tokens({}, {}), "c_fill,f_jpg,q_65");
+  EXPECT_EQ(tokens({-5, 10}, {}), "c_fill,h_10,f_jpg,q_65");
+  EXPECT_EQ(tokens({1, 1}, {.format = kPNG}), "w_1,h_1,f_png");
+  EXPECT_EQ(tokens({1, 1}, {.crop = kFit, .format = kPNG}), "c_fit,w_1,h_1,f_png");
+  EXPECT_EQ(tokens({1, 1}, {.crop = kFit}), "c_fit,w_1,h_1,f_jpg,q_65");
+  EXPECT_EQ(titleTokens({1, 1}, {.format = kJPG}), "e_trim,c_fill,w_1,h_1,f_jpg,q_65");
+  EXPECT_EQ(titleTokens({1, 1}, {.crop = ImageResourceCrop::Fill}), "e_trim,c_fill,w_1,h_1,f_png");
+}
+
+TEST(ImageURL, CutsPixelsOffTowardsZero) {
+  EXPECT_EQ(tokens({100.7, 0.9}, {.format = kPNG}), "w_100,f_png");
+  EXPECT_EQ(tokens({0.5, 33.5}, {.format = kPNG}, 3), "w_1,h_100,f_png");
+  EXPECT_EQ(tokens({9.2e18, 1}, {.format = kPNG}), "w_9200000000000000000,h_1,f_png");
+}
+
+TEST(ImageURLDeathTest, StopsAtASizeThatIsNoNumberOfPixels) {
+  for (const double size : {std::numeric_limits<double>::quiet_NaN(),
+                            -std::numeric_limits<double>::infinity(), 9.3e18}) {
+    EXPECT_DEATH((void)kImage.url({size, 1}, {}, host()), "image size");
+  }
+}
+
+TEST(ImageURL, TakesTheProductIdentifierAsItIs) {
+  const auto text = [](const char* productID) {
+    return VideoPreview{.productID = productID}.url(host()).text();
+  };
+  EXPECT_EQ(text(""), "https://r.example/short_preview_mp4_low/video.mp4");
+  EXPECT_EQ(text("a:b"), "https://r.example/v3/a:b/short_preview_mp4_low/video.mp4");
+  EXPECT_EQ(text("a b"), "/");
+  EXPECT_EQ(text("100%"), "/");
+}
+
+TEST(TemplateURL, FillsInTheTransformation) {
+  const LineupTemplateImage image{"https://t.example/{c_transform}/b c.jpg?x={c_transform}"};
+  EXPECT_EQ(image.url({10, 10})->text(),
+            "https://t.example/c_fill,w_10,h_10,f_jpg,q_65/b%20c.jpg"
+            "?x=c_fill,w_10,h_10,f_jpg,q_65");
+  const LineupTemplateURLOptions options{.crop = LineupTemplateImage::Crop::fit,
+                                         .format = LineupTemplateImage::Format::png,
+                                         .displayScale = 3};
+  EXPECT_EQ(LineupTemplateImage::URLForTemplateString("x:{c_transform}", {1, 2}, options)->text(),
+            "x:c_fit,w_3,h_6,f_png");
+}
+
+TEST(TemplateURL, NeedsAnAbsoluteURL) {
+  for (const char* text :
+       {"", "a/{c_transform}", "https://t.example/{other}", "http://ü.example"}) {
+    EXPECT_EQ(LineupTemplateImage{text}.url({1, 1}), std::nullopt) << text;
+  }
+}
+
+TEST(LineupTemplateImageParser, RequiresTheTemplate) {
+  const Document document({{"template", R"("t")"}});
+  EXPECT_EQ(LineupTemplateImageParser::parse(document).force(), LineupTemplateImage{"t"});
+  EXPECT_EQ(requirements(document, {"template"}, LineupTemplateImageParser::parse),
+            "template -> LineupTemplateImage: template\n");
+}
+
+ImageResources images(std::string_view names, std::string_view id) {
+  return ImageResourceParser::parse(*object(names).strings("n"), id);
+}
+
+TEST(ResourceTable, HoldsEachKnownNameOnceInDeclarationOrder) {
+  const auto table = images(
+      R"({"n": ["orvo_logo_landscape", "unknown", "orvo_display_art_banner",
+                "short_preview_mp4_low", "orvo_logo_landscape"]})",
+      "x");
+  EXPECT_EQ(table.size(), 2U);
+  std::string walk;
+  for (const auto& [key, image] : table) {
+    EXPECT_EQ(image.key, key);
+    walk.append(caseName(key)).append("=").append(image.productID).append(" ");
+  }
+  EXPECT_EQ(walk, "banner=x logoLandscape=x ");
+  EXPECT_EQ(table.find(ImageResourceKey::square), std::nullopt);
+  EXPECT_EQ(table, images(R"({"n": ["orvo_display_art_banner", "orvo_logo_landscape"]})", "x"));
+  EXPECT_NE(table, images(R"({"n": ["orvo_display_art_banner", "orvo_logo_landscape"]})", "y"));
+  EXPECT_EQ(images(R"({"n": []})", "x"), images(R"({"n": ["?"]})", "y")) << "both are empty";
+}
+
+TEST(LineupTemplateImages, KeepsOneImageForEachKey) {
+  using Key = LineupTemplateImage::ResourceKey;
+  LineupTemplateImages table;
+  table.insert(Key::icon, {"1"});
+  table.insert(Key::banner, {"2"});
+  table.insert(Key::square, {"3"});
+  table.insert(Key::icon, {"4"});
+  std::string walk;
+  for (const auto& [key, image] : table) walk.append(caseName(key)).append(image.template_);
+  EXPECT_EQ(walk, "banner2square3icon4");
+  EXPECT_EQ(table.find(Key::portrait), nullptr);
+}
+
+}  // namespace
+}  // namespace orvo

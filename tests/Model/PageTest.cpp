@@ -1,0 +1,128 @@
+#include <OrvoAPI/Model/ContentItem.h>
+#include <OrvoAPI/Model/Page.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/Document.h"
+
+namespace orvo {
+namespace {
+
+const Document kPage({{"id", R"("p")"}, {"title", R"("T")"}});
+
+Page pageWith(std::string_view key, std::string_view json) {
+  return PageParser::parse(kPage.with(key, json)).force();
+}
+
+TEST(PageParser, RequiresIdAndTitle) {
+  const auto parse = [](const JSONObject& json) { return PageParser::parse(json); };
+  EXPECT_EQ(requirements(kPage, {"id", "title"}, parse), "id -> Page: id\ntitle -> Page: title\n");
+  EXPECT_EQ(failureOf(parse(Document({}))), "Page: id");
+}
+
+TEST(PageParser, HasADefaultForEverythingElse) {
+  Document damaged = kPage;
+  for (const char* key :
+       {"content_type", "subheading", "short_description", "long_description", "icon",
+        "collections", "resources", "status", "links", "lineup", "share_url"}) {
+    damaged = damaged.with(key, "[{}, 7]");
+  }
+  for (const Document& document : {kPage, damaged}) {
+    const Page page = PageParser::parse(document).force();
+    EXPECT_EQ(page.kind, Page::ContentKind::generic);
+    EXPECT_FALSE(page.subheading || page.shortDescription || page.longDescription);
+    EXPECT_EQ(page.iconID, "p");
+    EXPECT_TRUE(page.collections.empty() && page.appActions.empty() && page.siblings.empty());
+    EXPECT_TRUE(page.imageResources.empty() && page.videoPreviews.empty());
+    EXPECT_EQ(page.status.label, "TBD");
+    EXPECT_FALSE(page.lineupMeta || page.shareURL);
+  }
+}
+
+TEST(PageParser, ReadsWhatIsThere) {
+  const Page page =
+      PageParser::parse(kPage.with("subheading", R"("a")")
+                            .with("short_description", R"("b")")
+                            .with("long_description", R"("c")")
+                            .with("icon", R"("i")")
+                            .with("content_type", R"("subchannel")")
+                            .with("collections", R"([{"id": "1", "label": "one"}])")
+                            .with("resources", R"(["short_preview_mp4_high", "x",
+                                                   "orvo_cover_art_square"])")
+                            .with("status", R"({"code": "post", "label": "Over", "ttl": 1000})")
+                            .with("lineup", R"({"url": "//l/x", "display_type": "grid"})")
+                            .with("share_url", R"("https://s.example")"))
+          .force();
+  EXPECT_EQ(*page.subheading + *page.shortDescription + *page.longDescription, "abc");
+  EXPECT_EQ(page.iconID, "i");
+  EXPECT_EQ(page.kind, Page::ContentKind::subchannel);
+  EXPECT_EQ(page.collections, std::vector<CollectionReference>({{"1", "one"}}));
+  EXPECT_EQ(page.imageResources.find(ImageResourceKey::coverSquare)->productID, "p");
+  EXPECT_TRUE(page.videoPreviews.contains(VideoPreviewKey::high));
+  EXPECT_EQ(page.lineupMeta->displayKind, LineupDisplayKind::grid);
+  EXPECT_EQ(page.ttl(), 1);
+  EXPECT_EQ(page.shareURL->text(), "https://s.example");
+  EXPECT_EQ(pageWith("content_type", R"("Channel")").kind, Page::ContentKind::generic);
+}
+
+TEST(PageParser, DividesLinksIntoActionsAndSiblings) {
+  const Page page = pageWith("links", R"([
+      {"type": "sibling", "id": "b", "label": "B"},
+      {"type": "button", "id": "c", "label": "C", "action": "view"},
+      {"type": "sibling", "id": "no label"},
+      {"type": "Sibling", "id": "d", "label": "D"},
+      {"type": "sibling", "id": "a", "label": "A"}])");
+  EXPECT_EQ(page.siblings, std::vector<Page::Sibling>({{"B", "b"}, {"A", "a"}}));
+  ASSERT_EQ(page.appActions.size(), 1U);
+  EXPECT_EQ(page.appActions[0].kind, AppAction::Kind::view);
+  EXPECT_EQ(page.appActions[0].icon, "space");
+}
+
+TEST(Page, IsEqualByIdTitleKindAndStatus) {
+  const Page page{.id = "p", .title = "T"};
+  Page other{.id = "p", .title = "T", .shortDescription = "S", .iconID = "i"};
+  EXPECT_EQ(page, other);
+  other.status.code = StatusCode::live;
+  EXPECT_NE(page, other);
+  EXPECT_NE(page, (Page{.id = "q", .title = "T"}));
+  EXPECT_NE(page, (Page{.id = "p", .title = "U"}));
+  EXPECT_NE(page, (Page{.id = "p", .title = "T", .kind = Page::ContentKind::show}));
+}
+
+TEST(SystemViewParser, ReplacesTheTitle) {
+  EXPECT_EQ(SystemViewParser::parse(kPage, "Browse").force().title, "Browse");
+  EXPECT_EQ(SystemViewParser::parse(kPage.without("title"), "Browse").force().title, "Browse");
+  EXPECT_EQ(failureOf(SystemViewParser::parse(kPage.without("id"), "Browse")), "Page: id");
+}
+
+TEST(ContentItemParser, DecidesByTypeAlone) {
+  const Document both = kPage.with("short_description", R"("S")");
+  const auto video = ContentItemParser::parse(both.with("type", R"("video")"), "C").force();
+  EXPECT_EQ(video.kind(), ContentItem::Kind::video);
+  EXPECT_EQ(video.video()->playlistID, "C");
+  EXPECT_EQ(video.page(), nullptr);
+  const auto page = ContentItemParser::parse(both.with("type", R"("page")"), "C").force();
+  EXPECT_EQ(page.kind(), ContentItem::Kind::page);
+  EXPECT_EQ(page.page()->shortDescription, "S");
+  EXPECT_NE(video, page);
+
+  for (const char* type : {R"("Video")", "1", R"("")"}) {
+    EXPECT_EQ(failureOf(ContentItemParser::parse(both.with("type", type))), "ItemCollection: type");
+  }
+  EXPECT_EQ(failureOf(ContentItemParser::parse(both)), "ItemCollection: type");
+  EXPECT_EQ(failureOf(ContentItemParser::parse(kPage.with("type", R"("video")"))),
+            "Video: short_description");
+}
+
+TEST(ContentItem, IsEqualAndLivesAsItsContent) {
+  Video video{.id = "a", .title = "T"};
+  const ContentItem item(video);
+  video.status = {.code = StatusCode::live, .ttl = 7};
+  EXPECT_EQ(item, ContentItem(video));
+  EXPECT_EQ(item.ttl(), 300);
+  EXPECT_EQ(ContentItem(video).ttl(), 7);
+  EXPECT_NE(item, ContentItem(Video{.id = "b", .title = "T"}));
+  EXPECT_NE(item, ContentItem(Page{.id = "a", .title = "T"}));
+}
+
+}  // namespace
+}  // namespace orvo

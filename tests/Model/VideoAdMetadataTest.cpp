@@ -1,0 +1,55 @@
+#include <OrvoAPI/Model/VideoAdMetadata.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/Document.h"
+
+namespace orvo {
+namespace {
+
+const Document kBeacon({{"name", R"("start")"}, {"time", "5"}, {"url", R"("http://b.example")"}});
+const Document kSegment({{"ad", "true"}, {"start", "10"}, {"duration", "5.5"}});
+
+TEST(VideoAdMetadataParser, DropsWhatItCannotRead) {
+  const auto metadata = VideoAdMetadataParser::parse(Document(
+      {{"events", "[" + kBeacon.text() + "," + kBeacon.with("time", R"("5")").text() + "]"},
+       {"segments", "[" + kSegment.without("ad").text() + "," + kSegment.text() + "]"}}));
+  ASSERT_EQ(metadata.beacons.size(), 1U);
+  EXPECT_EQ(metadata.beacons[0].name, "start");
+  EXPECT_EQ(metadata.beacons[0].time, 5);
+  EXPECT_EQ(metadata.beacons[0].url.text(), "http://b.example");
+  ASSERT_EQ(metadata.segments.size(), 1U);
+  EXPECT_TRUE(metadata.segments[0].ad);
+  EXPECT_EQ(metadata.segments[0].start + metadata.segments[0].duration, 15.5);
+
+  for (const char* json : {"{}", R"({"events": {}, "segments": [1]})"}) {
+    EXPECT_TRUE(VideoAdMetadataParser::parse(object(json)).beacons.empty());
+    EXPECT_TRUE(VideoAdMetadataParser::parse(object(json)).segments.empty());
+  }
+}
+
+TEST(VideoAdMetadataParser, ReportsEachRequiredMember) {
+  EXPECT_EQ(requirements(kBeacon, {"name", "time", "url"}, VideoBeaconParser::parse),
+            "name -> VideoBeacon: name\n"
+            "time -> VideoBeacon: time\n"
+            "url -> VideoBeacon: url\n");
+  EXPECT_EQ(requirements(kSegment, {"ad", "start", "duration"}, VideoSegmentParser::parse),
+            "ad -> VideoSegment: ad\n"
+            "start -> VideoSegment: start\n"
+            "duration -> VideoSegment: duration\n");
+  for (const char* url : {R"("/relative")", R"("")", R"("http://a b")"}) {
+    EXPECT_EQ(failureOf(VideoBeaconParser::parse(kBeacon.with("url", url))), "VideoBeacon: url");
+  }
+  EXPECT_EQ(failureOf(VideoSegmentParser::parse(kSegment.with("ad", "1"))), "VideoSegment: ad");
+}
+
+TEST(VideoSegment, ContainsNeitherOfItsEnds) {
+  const VideoSegment segment{.ad = true, .start = 10, .duration = 5};
+  EXPECT_FALSE(segment.contains(10));
+  EXPECT_TRUE(segment.contains(10.001));
+  EXPECT_TRUE(segment.contains(14.999));
+  EXPECT_FALSE(segment.contains(15));
+  EXPECT_FALSE((VideoSegment{.start = 1, .duration = 0}.contains(1)));
+}
+
+}  // namespace
+}  // namespace orvo

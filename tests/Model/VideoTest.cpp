@@ -1,0 +1,150 @@
+#include <OrvoAPI/Model/Video.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/Document.h"
+
+namespace orvo {
+namespace {
+
+const Document kVideo({{"id", R"("a")"}, {"title", R"("T")"}, {"short_description", R"("S")"}});
+
+Video videoWith(std::string_view key, std::string_view json) {
+  return VideoParser::parse(kVideo.with(key, json)).force();
+}
+
+TEST(VideoParser, RequiresThreeTexts) {
+  const auto parse = [](const JSONObject& json) { return VideoParser::parse(json); };
+  EXPECT_EQ(requirements(kVideo, {"id", "title", "short_description"}, parse),
+            "id -> Video: id\n"
+            "title -> Video: title\n"
+            "short_description -> Video: short_description\n");
+  EXPECT_EQ(failureOf(parse(Document({}))), "Video: id");
+  EXPECT_EQ(failureOf(parse(kVideo.without("title").without("short_description"))), "Video: title");
+}
+
+TEST(VideoParser, HasADefaultForEverythingElse) {
+  Document damaged = kVideo;
+  for (const char* key :
+       {"content_type", "subheading", "duration", "playable", "deeplink_playlist", "next_playlist",
+        "collections", "lineup", "share_url", "resources", "status", "links"}) {
+    damaged = damaged.with(key, R"([7, "button"])");
+  }
+  for (const Document& document : {kVideo, damaged}) {
+    const Video video = VideoParser::parse(document).force();
+    EXPECT_EQ(video.subheading, "");
+    EXPECT_EQ(video.kind, Video::ContentKind::generic);
+    EXPECT_EQ(video.duration, std::nullopt);
+    EXPECT_EQ(video.playbackStatus, Video::PlaybackStatus::unavailable);
+    EXPECT_TRUE(video.collections.empty() && video.appActions.empty());
+    EXPECT_TRUE(video.imageResources.empty() && video.videoPreviews.empty());
+    EXPECT_EQ(video.lineupMeta, std::nullopt);
+    EXPECT_EQ(video.status.label, "TBD");
+    EXPECT_FALSE(video.playlistID || video.deepLinkPlaylistID || video.nextPlaylistID);
+    EXPECT_EQ(video.shareURL, std::nullopt);
+  }
+}
+
+TEST(VideoParser, ReadsWhatIsThere) {
+  const Video video =
+      VideoParser::parse(kVideo.with("subheading", R"("Sub")")
+                             .with("content_type", R"("live_program")")
+                             .with("duration", "90500")
+                             .with("playable", "true")
+                             .with("deeplink_playlist", R"("deep")")
+                             .with("next_playlist", R"("next")")
+                             .with("share_url", R"("https://example.org/a?b")")
+                             .with("status", R"({"code": "live", "label": "Live", "ttl": 5000})")
+                             .with("resources", R"(["orvo_logo_landscape", "other",
+                                                    "short_preview_mp4_low"])"),
+                         "P")
+          .force();
+  EXPECT_EQ(video.id + video.title + video.subheading + video.shortDescription, "aTSubS");
+  EXPECT_EQ(video.kind, Video::ContentKind::liveProgram);
+  EXPECT_EQ(video.duration, 90.5);
+  EXPECT_EQ(video.playbackStatus, Video::PlaybackStatus::available);
+  EXPECT_EQ(video.playlistID, "P");
+  EXPECT_EQ(video.deepLinkPlaylistID, "deep");
+  EXPECT_EQ(video.nextPlaylistID, "next");
+  EXPECT_EQ(video.shareURL->text(), "https://example.org/a?b");
+  EXPECT_EQ(video.ttl(), 5);
+  EXPECT_EQ(video.imageResources.find(ImageResourceKey::logoLandscape)->productID, "a");
+  EXPECT_EQ(video.videoPreviews.size(), 1U);
+}
+
+TEST(VideoParser, TakesOptionalMembersLiterallyOrNotAtAll) {
+  EXPECT_EQ(videoWith("content_type", R"("liveProgram")").kind, Video::ContentKind::generic);
+  for (const char* playable : {R"("true")", "1", "false", "null"}) {
+    EXPECT_EQ(videoWith("playable", playable).playbackStatus, Video::PlaybackStatus::unavailable);
+  }
+  EXPECT_EQ(videoWith("duration", "true").duration, std::nullopt);
+  EXPECT_EQ(videoWith("duration", "0").duration, 0.0);
+  for (const char* url : {R"("")", R"("http://a b")", R"("%zz")"}) {
+    EXPECT_EQ(videoWith("share_url", url).shareURL, std::nullopt) << url;
+  }
+  EXPECT_EQ(videoWith("share_url", R"("watch/a")").shareURL->text(), "watch/a");
+  EXPECT_TRUE(videoWith("resources", R"(["orvo_logo_landscape", 1])").imageResources.empty());
+}
+
+TEST(VideoParser, KeepsTheCollectionsThatHaveIdAndLabel) {
+  const auto collections = [](std::string_view json) {
+    return videoWith("collections", json).collections;
+  };
+  const std::vector<CollectionReference> expected{{"1", "one"}, {"3", "three"}};
+  EXPECT_EQ(collections(R"([{"id": "1", "label": "one"}, {"id": "2"}, {"label": "x"},
+                            {"id": 4, "label": "x"}, {"label": "three", "id": "3"}])"),
+            expected);
+  EXPECT_TRUE(collections(R"([{"id": "1", "label": "one"}, 5])").empty());
+}
+
+TEST(VideoParser, PointsToALineupOnlyWithAddressAndKind) {
+  const auto lineup = [](std::string_view json) { return videoWith("lineup", json).lineupMeta; };
+  const LineupReference expected{.url = URL::parse("https://l.example/x").value(),
+                                 .displayKind = LineupDisplayKind::lineup};
+  EXPECT_EQ(lineup(R"({"url": "https://l.example/x", "display_type": "lineup"})"), expected);
+  for (const char* json :
+       {R"({"url": "https://l.example/x"})", R"({"display_type": "grid"})",
+        R"({"url": "a b", "display_type": "grid"})", R"({"url": 1, "display_type": "grid"})",
+        R"({"url": "https://l.example/x", "display_type": "Grid"})"}) {
+    EXPECT_EQ(lineup(json), std::nullopt) << json;
+  }
+}
+
+TEST(VideoParser, MakesActionsOfReadableButtons) {
+  const auto actions = videoWith("links", R"([
+      {"type": "button", "id": "2", "label": "B", "action": "tv"},
+      {"type": "link", "id": "3", "label": "C", "action": "play"},
+      {"type": "button", "id": "4", "label": "D", "action": "share"},
+      {"type": "Button", "id": "5", "label": "E", "action": "play"},
+      {"id": "6", "label": "F", "action": "play"},
+      {"type": "button", "id": "1", "label": "A", "action": "play"}])")
+                           .appActions;
+  ASSERT_EQ(actions.size(), 2U);
+  EXPECT_EQ(actions[0].id, "2");
+  EXPECT_EQ(actions[1].id, "1");
+}
+
+TEST(Video, IsEqualByTextsAndDuration) {
+  const Video video{.id = "a", .title = "T", .subheading = "U", .shortDescription = "S"};
+  Video other = video;
+  other.playbackStatus = Video::PlaybackStatus::available;
+  other.status.code = StatusCode::live;
+  other.playlistID = "p";
+  EXPECT_EQ(video, other);
+  for (auto field : {&Video::id, &Video::title, &Video::subheading, &Video::shortDescription}) {
+    other = video;
+    other.*field = "x";
+    EXPECT_NE(video, other);
+  }
+  other = video;
+  other.duration = 0;
+  EXPECT_NE(video, other);
+}
+
+TEST(Video, IgnoresTheServersTimeToLiveInAnUnknownState) {
+  const Video video = videoWith("status", R"({"code": "unknown", "label": "X", "ttl": 1000})");
+  EXPECT_EQ(video.status.ttl, 1);
+  EXPECT_EQ(video.ttl(), 300);
+}
+
+}  // namespace
+}  // namespace orvo
