@@ -54,6 +54,7 @@
 #include <OrvoAPI/Logging/LoggingService.h>
 #include <OrvoAPI/Logging/OSLogger.h>
 
+#include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 #include <OrvoAPI/Storage/KeyedStore.h>
 #include <OrvoAPI/Storage/Store.h>
@@ -97,6 +98,10 @@
 
 #include <OrvoAPI/Linear/LinearProgram.h>
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Linear/Lineup.h>
+#include <OrvoAPI/Linear/LineupScheduled.h>
+#include <OrvoAPI/Linear/LineupSlot.h>
+#include <OrvoAPI/Linear/LineupSlots.h>
 
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Environment.h>
