@@ -30,7 +30,7 @@ class DerivedState : public FutureState<U>, public Continuation {
   }
 
  protected:
-  ~DerivedState() = default;
+  ~DerivedState() override = default;
 
   /// Settles as the last act of a job, so that what follows stays on this worker.
   void settleLast(Result<U>&& result) {

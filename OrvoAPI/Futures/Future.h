@@ -1,9 +1,11 @@
 #pragma once
 
 #include <OrvoAPI/Futures/DerivedStates.h>
+#include <OrvoAPI/Futures/FutureWait.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Platform/DispatchQueue.h>
 #include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Platform/URLError.h>
 
 #include <chrono>
 #include <concepts>
@@ -193,7 +195,7 @@ class Future {
 
   /// Whether this future succeeds; never fails.
   [[nodiscard]] Future<bool> successResult() const {
-    const Future<bool> outcome(callbackQueue());
+    Future<bool> outcome(callbackQueue());
     onComplete([outcome](const Result<T>& result) {
       outcome.callbackQueue()->post(
           [outcome, succeeded = !result.failed()] { outcome.success(succeeded); });
@@ -247,6 +249,19 @@ class Future {
   Core core_;
 };
 
-}  // namespace orvo
+template <class T>
+Result<T> Future<T>::wait(std::chrono::milliseconds limit) const {
+  using Outcome = detail::Waiter::Outcome;
+  if (DispatchQueue::isBlockingRefused()) return Failure{GeneralError::unableToPerformAction{}};
+  if (const auto* const present = result()) return *present;
+  const auto waiter = std::make_shared<detail::Waiter>();
+  const auto queue = detail::Waiter::immediateQueue();
+  onComplete(queue, [waiter](const Result<T>&) { waiter->wake(Outcome::completed); });
+  onCancel(queue, [waiter](bool) { waiter->wake(Outcome::cancelled); });
+  const auto outcome = waiter->wait(limit);
+  if (const auto* const present = result()) return *present;
+  if (outcome == Outcome::cancelled) return Failure{URLError{URLError::cancelled, "cancelled"}};
+  return Failure{URLError{URLError::timedOut, "no result within the time limit"}};
+}
 
-#include <OrvoAPI/Futures/FutureWait.h>
+}  // namespace orvo
