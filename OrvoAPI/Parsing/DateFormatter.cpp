@@ -70,18 +70,15 @@ class Places {
  public:
   explicit Places(std::string_view text) : text_(text) {}
 
-  unsigned number(std::size_t begin, std::size_t length) {
-    unsigned value = 0;
-    for (std::size_t i = begin; i < begin + length; ++i) {
-      const auto digit = static_cast<unsigned>(text_[i]) - '0';
-      wrong_ |= digit > 9;
-      value = value * 10 + digit;
-    }
+  unsigned digit(std::size_t place) {
+    const auto value = static_cast<unsigned>(text_[place]) - '0';
+    wrong_ |= value > 9;
     return value;
   }
+  unsigned twoDigits(std::size_t begin) { return digit(begin) * 10 + digit(begin + 1); }
   /// Two digits, at most `limit`.
   unsigned upTo(unsigned limit, std::size_t begin) {
-    const unsigned value = number(begin, 2);
+    const unsigned value = twoDigits(begin);
     wrong_ |= value > limit;
     return value;
   }
@@ -97,7 +94,7 @@ class Places {
 /// The instant of "yyyy-MM-ddTHH:mm:ss" in UTC; `text` is as long as that.
 std::optional<std::int64_t> readHead(std::string_view text) {
   Places places(text);
-  const unsigned year = places.number(0, 4);
+  const unsigned year = places.twoDigits(0) * 100 + places.twoDigits(2);
   places.literal(4, '-');
   const unsigned month = places.upTo(12, 5);
   places.literal(7, '-');
@@ -129,18 +126,28 @@ std::optional<std::int64_t> readZone(std::string_view text) {
 std::optional<std::int64_t> readFraction(std::string_view text) {
   Places places(text);
   places.literal(0, '.');
-  const std::int64_t milliseconds = places.number(1, 3);
+  const std::int64_t milliseconds = places.digit(1) * 100 + places.twoDigits(2);
   if (places.wrong()) return std::nullopt;
   return milliseconds;
 }
 
 // --- writing
 
-char* writeNumber(char* out, std::uint64_t value, std::ptrdiff_t atLeastDigits) {
-  std::array<char, 20> digits;
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-  out = std::fill_n(out, std::max<std::ptrdiff_t>(0, atLeastDigits - (end - digits.data())), '0');
-  return std::copy(digits.data(), end, out);
+char* writeDigit(char* out, std::uint64_t value) {
+  *out = static_cast<char>('0' + value);
+  return out + 1;
+}
+
+char* writeTwoDigits(char* out, std::uint64_t value) {
+  return writeDigit(writeDigit(out, value / 10), value % 10);
+}
+
+/// At least four digits, without a sign: before the year 1, a year is that of its era.
+char* writeYear(char* out, std::int64_t year) {
+  if (year <= 0) year = 1 - year;
+  if (year > 9999) return std::to_chars(out, out + 20, year).ptr;
+  const auto value = static_cast<std::uint64_t>(year);
+  return writeTwoDigits(writeTwoDigits(out, value / 100), value % 100);
 }
 
 char* write(char* out, std::string_view text) { return std::copy(text.begin(), text.end(), out); }
@@ -208,11 +215,10 @@ std::string DateFormatter::string(Date date) const {
   const auto [year, month, day] = dayOf(days);
 
   std::array<char, 48> text;
-  // A year has no sign in these patterns: before the year 1 it is that of its era.
-  char* out = writeNumber(text.data(), static_cast<std::uint64_t>(year > 0 ? year : 1 - year), 4);
+  char* out = writeYear(text.data(), year);
   const auto field = [&out](char before, std::uint64_t value) {
-    *out++ = before;
-    out = writeNumber(out, value, 2);
+    *out = before;
+    out = writeTwoDigits(out + 1, value);
   };
   field('-', month);
   field('-', day);
@@ -220,8 +226,8 @@ std::string DateFormatter::string(Date date) const {
   field(':', ofDay / 60'000 % 60);
   field(':', ofDay / 1000 % 60);
   if (kind_ == Kind::millisecondsAndZone) {
-    *out++ = '.';
-    out = writeNumber(out, ofDay % 1000, 3);
+    *out = '.';
+    out = writeTwoDigits(writeDigit(out + 1, ofDay % 1000 / 100), ofDay % 100);
   }
   out = write(out, kind_ == Kind::literalZeroMilliseconds ? literalEnd : "+0000");
   return std::string(text.data(), out);

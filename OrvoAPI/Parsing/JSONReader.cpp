@@ -345,7 +345,6 @@ std::vector<std::size_t> repeatedMembers(dom::object object) {
   struct Key {
     std::string_view text;
     std::size_t ordinal;
-    auto operator<=>(const Key&) const = default;
   };
   std::array<Key, 32> few;
   std::vector<Key> many;
@@ -360,7 +359,10 @@ std::vector<std::size_t> repeatedMembers(dom::object object) {
     ++count;
   }
   const std::span<Key> keys = many.empty() ? std::span(few).first(count) : std::span(many);
-  std::ranges::sort(keys);
+  std::ranges::sort(keys, [](const Key& lhs, const Key& rhs) {
+    const int order = lhs.text.compare(rhs.text);
+    return order != 0 ? order < 0 : lhs.ordinal < rhs.ordinal;
+  });
   std::vector<std::size_t> repeated;
   for (std::size_t i = 1; i < keys.size(); ++i) {
     if (keys[i].text == keys[i - 1].text) repeated.push_back(keys[i].ordinal);

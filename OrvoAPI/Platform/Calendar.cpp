@@ -1,0 +1,130 @@
+#include <OrvoAPI/Platform/Calendar.h>
+
+#include <time.h>
+
+#include <algorithm>
+#include <iterator>
+#include <optional>
+
+namespace orvo {
+
+namespace {
+
+/// Seconds since 1970 of an instant; seconds that a clock on the wall has gone on since 1970 if it
+/// was never changed. The difference is the zone's offset.
+using Instant = std::int64_t;
+using WallTime = std::int64_t;
+
+constexpr std::int64_t secondsPerDay = 86'400;
+
+constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
+  return a / b - (a % b < 0 ? 1 : 0);
+}
+
+Instant instantOf(Date date) { return floorDivide(date.millisecondsSince1970(), 1000); }
+Date dateOf(Instant instant) { return Date(instant * 1000); }
+
+/// How far the zone is east of UTC at an instant. The C library's own conversion, because the other
+/// direction, mktime, would read the host's TZ anew and does not say what it does with a time that
+/// clocks skip.
+std::int64_t offsetAt(Instant instant) {
+  tm parts{};
+  const time_t time = instant;
+  return localtime_r(&time, &parts) ? parts.tm_gmtoff : 0;
+}
+
+/// The first instant in (`before`, `after`] at which clocks are as they are at `after`; they change
+/// once in between.
+Instant changeBetween(Instant before, Instant after) {
+  const auto offset = offsetAt(after);
+  while (after - before > 1) {
+    const Instant middle = before + (after - before) / 2;
+    (offsetAt(middle) == offset ? after : before) = middle;
+  }
+  return after;
+}
+
+/// What clocks around a time on the wall do: how they are before and after, and when they change if
+/// they do.
+class Surroundings {
+ public:
+  explicit Surroundings(WallTime wall) : wall_(wall) {
+    const Instant near = wall - offsetAt(wall);
+    // A day to each side holds any change that matters, even one by a whole day.
+    before_ = near - secondsPerDay;
+    after_ = near + secondsPerDay;
+    offsetBefore_ = offsetAt(before_);
+    offsetAfter_ = offsetAt(after_);
+  }
+
+  /// When clocks show this for the first time, if they do.
+  [[nodiscard]] std::optional<Instant> first() const {
+    for (const auto offset :
+         {std::max(offsetBefore_, offsetAfter_), std::min(offsetBefore_, offsetAfter_)}) {
+      if (offsetAt(wall_ - offset) == offset) return wall_ - offset;
+    }
+    return std::nullopt;
+  }
+  /// When it is this late by clocks that have not been changed yet.
+  [[nodiscard]] Instant byUnchangedClocks() const { return wall_ - offsetBefore_; }
+  [[nodiscard]] Instant change() const { return changeBetween(before_, after_); }
+
+ private:
+  WallTime wall_;
+  Instant before_;
+  Instant after_;
+  std::int64_t offsetBefore_;
+  std::int64_t offsetAfter_;
+};
+
+}  // namespace
+
+const Calendar::Stretch& Calendar::stretch(Date date) {
+  const auto holds = [date](const Stretch& each) { return each.begin <= date && date < each.end; };
+  if (latest_ < stretches_.size() && holds(stretches_[latest_])) return stretches_[latest_];
+  auto next = std::ranges::upper_bound(stretches_, date, {}, &Stretch::begin);
+  if (next == stretches_.begin() || !holds(*std::prev(next))) {
+    next = std::next(stretches_.insert(next, findStretch(date)));
+  }
+  latest_ = static_cast<std::size_t>(std::prev(next) - stretches_.begin());
+  return stretches_[latest_];
+}
+
+Calendar::Stretch Calendar::findStretch(Date date) {
+  const Instant instant = instantOf(date);
+  const auto offset = offsetAt(instant);
+  const auto day = floorDivide(instant + offset, secondsPerDay);
+  const WallTime midnight = day * secondsPerDay;
+  Instant begin = midnight - offset;
+  Instant end = begin + secondsPerDay;
+  Instant start = begin;
+  if (offsetAt(begin - secondsPerDay) != offset || offsetAt(end) != offset) {
+    if (offsetAt(begin) != offset) begin = changeBetween(begin, instant);
+    if (offsetAt(end - 1) != offset) end = changeBetween(instant, end - 1);
+    const Surroundings surroundings(midnight);
+    const auto first = surroundings.first();
+    start = first ? *first : surroundings.change();
+  }
+  // 1 January 1970 was a Thursday.
+  const auto weekday = static_cast<int>((day % 7 + 7 + 4) % 7) + 1;
+  return {dateOf(begin), dateOf(end), dateOf(start), offset, weekday};
+}
+
+int Calendar::hour(Date date) {
+  const WallTime wall = instantOf(date) + stretch(date).secondsEastOfUTC;
+  return static_cast<int>((wall - floorDivide(wall, secondsPerDay) * secondsPerDay) / 3600);
+}
+
+Date Calendar::addingDays(Date date, int days) {
+  const auto offset = stretch(date).secondsEastOfUTC;
+  const Instant instant = instantOf(date);
+  const Instant unchanged = instant + days * secondsPerDay;
+  if (offsetAt(unchanged) == offset) return date + std::chrono::days(days);
+  const Surroundings surroundings(unchanged + offset);
+  const Instant changed = surroundings.first().value_or(surroundings.byUnchangedClocks());
+  return dateOf(changed) + (date - dateOf(instant));
+}
+
+Date Calendar::addingHours(Date date, int hours) { return date + std::chrono::hours(hours); }
+
+}  // namespace orvo

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <OrvoAPI/Platform/Date.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace orvo {
+
+/// The Gregorian calendar in the device's time zone, as the C library has it. Used by one thread at
+/// a time; nothing is shared, so make one for each piece of work: it costs nothing.
+///
+/// It remembers the days that it has seen and asks the C library only for new ones. A host that
+/// changes its zone with `tzset` is followed by the next calendar that is made.
+class Calendar {
+ public:
+  /// The first instant of the day. That is not midnight where clocks skip midnight.
+  [[nodiscard]] Date startOfDay(Date date) { return stretch(date).startOfDay; }
+  /// The hour that a clock on the wall shows, 0 to 23.
+  [[nodiscard]] int hour(Date date);
+  /// From 1, Sunday, to 7, Saturday.
+  [[nodiscard]] int weekday(Date date) { return stretch(date).weekday; }
+
+  /// The same time on the wall that many days later (earlier, if negative). A time that clocks skip
+  /// there becomes as much later as they skip; of one that they show twice it is the one by the
+  /// clocks of `date`.
+  [[nodiscard]] Date addingDays(Date date, int days);
+  /// That many times 3,600 seconds later, whatever clocks do.
+  [[nodiscard]] static Date addingHours(Date date, int hours);
+
+  [[nodiscard]] bool isSameDay(Date lhs, Date rhs) { return startOfDay(lhs) == startOfDay(rhs); }
+  [[nodiscard]] bool isToday(Date date, Date now) { return isSameDay(date, now); }
+  [[nodiscard]] bool isTomorrow(Date date, Date now) {
+    return isSameDay(date, addingDays(startOfDay(now), 1));
+  }
+
+ private:
+  /// A stretch of time on one day without a change of the clocks: nearly always a whole day.
+  struct Stretch {
+    Date begin;
+    Date end;
+    Date startOfDay;
+    std::int64_t secondsEastOfUTC;
+    int weekday;
+  };
+
+  const Stretch& stretch(Date date);
+  static Stretch findStretch(Date date);
+
+  /// In ascending order.
+  std::vector<Stretch> stretches_;
+  std::size_t latest_ = 0;
+};
+
+/// The names of the weekdays, Sunday first, in the language of the device and in its capitals. The
+/// environment says which locale that is (LC_ALL, LC_TIME or LANG); the process's own stays as it
+/// is. English where the locale is not installed. UTF-8.
+[[nodiscard]] std::array<std::string, 7> capitalWeekdayNames();
+
+}  // namespace orvo
