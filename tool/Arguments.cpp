@@ -1,0 +1,75 @@
+#include <OrvoAPI/Parsing/DateFormatter.h>
+#include <tool/Arguments.h>
+
+#include <charconv>
+#include <cmath>
+#include <functional>
+
+namespace orvo::tool {
+
+namespace {
+
+/// A check that says what was wanted when `read` gives nothing.
+template <class Read>
+CLI::Validator reads(Read read, const std::string& wanted, const std::string& name) {
+  return CLI::Validator(
+      [read, wanted](std::string& text) {
+        return read(text) ? std::string() : "\"" + text + "\" is not " + wanted;
+      },
+      name);
+}
+
+std::optional<double> pixels(std::string_view text) {
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  // Beyond this the library stops the process rather than make an address.
+  constexpr double kLimit = 9.2e18;
+  if (!std::isfinite(value) || std::abs(value) >= kLimit) return std::nullopt;
+  return value;
+}
+
+}  // namespace
+
+std::optional<Environment> environmentNamed(std::string_view text) {
+  return caseNamed<Environment>(text);
+}
+
+std::optional<URL> absoluteURL(std::string_view text) {
+  auto url = URL::parse(text);
+  if (!url || (url->scheme() != "http" && url->scheme() != "https") || url->host().empty()) {
+    return std::nullopt;
+  }
+  return url;
+}
+
+std::optional<URL> baseURL(std::string_view text) {
+  const auto url = absoluteURL(text);
+  if (!url || url->query() || url->fragment()) return std::nullopt;
+  return url->path().ends_with('/') ? url : URL::parse(url->text() + "/");
+}
+
+std::optional<Date> date(std::string_view text) { return startResourceDateFormatter().date(text); }
+
+std::optional<ImageSize> imageSize(std::string_view text) {
+  const std::size_t cross = text.find('x');
+  if (cross == std::string_view::npos) return std::nullopt;
+  const auto width = pixels(text.substr(0, cross));
+  const auto height = pixels(text.substr(cross + 1));
+  if (!width || !height) return std::nullopt;
+  return ImageSize{.width = *width, .height = *height};
+}
+
+CLI::Validator isBaseURL() {
+  return reads(baseURL, "an absolute http or https URL without a query", "base URL");
+}
+
+CLI::Validator isAbsoluteURL() {
+  return reads(absoluteURL, "an absolute http or https URL", "absolute URL");
+}
+
+CLI::Validator isDate() { return reads(date, "a date like 2017-05-01T00:00:00.000Z", "date"); }
+
+CLI::Validator isImageSize() { return reads(imageSize, "a size like 600x400", "size"); }
+
+}  // namespace orvo::tool

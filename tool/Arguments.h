@@ -1,0 +1,53 @@
+#pragma once
+
+#include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/Model/ResourceHost.h>
+#include <OrvoAPI/Platform/Date.h>
+#include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Platform/URL.h>
+#include <CLI/CLI.hpp>
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo::tool {
+
+/// The texts of the command line as the values that they stand for, and the checks that refuse
+/// others.
+
+[[nodiscard]] std::optional<Environment> environmentNamed(std::string_view text);
+
+/// An absolute http or https URL without a query, with the "/" that a base must end in.
+[[nodiscard]] std::optional<URL> baseURL(std::string_view text);
+[[nodiscard]] CLI::Validator isBaseURL();
+
+[[nodiscard]] std::optional<URL> absoluteURL(std::string_view text);
+[[nodiscard]] CLI::Validator isAbsoluteURL();
+
+/// `2017-05-01T00:00:00.000Z`
+[[nodiscard]] std::optional<Date> date(std::string_view text);
+[[nodiscard]] CLI::Validator isDate();
+
+/// `600x400`, in display points; numbers that are no number of pixels are refused.
+[[nodiscard]] std::optional<ImageSize> imageSize(std::string_view text);
+[[nodiscard]] CLI::Validator isImageSize();
+
+/// The names of an enumeration's cases.
+template <NamedEnum E>
+[[nodiscard]] std::vector<std::string> caseNames() {
+  std::vector<std::string> names;
+  for (const EnumCase& entry : enumCases<E>) names.emplace_back(entry.name);
+  return names;
+}
+
+template <NamedEnum E>
+[[nodiscard]] std::optional<E> caseNamed(std::string_view text) {
+  for (std::size_t index = 0; index < std::size(enumCases<E>); ++index) {
+    if (enumCases<E>[index].name == text) return static_cast<E>(index);
+  }
+  return std::nullopt;
+}
+
+}  // namespace orvo::tool

@@ -1,0 +1,132 @@
+#include <OrvoAPI/Context/Response.h>
+#include <OrvoAPI/Context/URLService.h>
+#include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/Network/SessionError.h>
+#include <OrvoAPI/Parsing/DateFormatError.h>
+#include <OrvoAPI/Parsing/JSONParseError.h>
+#include <OrvoAPI/Parsing/JSONReaderError.h>
+#include <OrvoAPI/Platform/URLError.h>
+#include <tool/ErrorReport.h>
+#include <tool/ModelJson.h>
+
+namespace orvo::tool {
+
+namespace {
+
+Json kind(const char* name) { return Json::object({{"kind", name}}); }
+
+Json unableToParse(const JSONParseError::unableToParse& error, Secrets secrets) {
+  Json json = kind("unableToParse");
+  json.set("type", error.type);
+  json.set("key", error.key() != nullptr ? Json(*error.key()) : Json());
+  if (const auto* value = std::get_if<JSONValue>(&error.value)) {
+    const bool hidden = secrets == Secrets::hidden && error.type == "Session";
+    json.set("value", hidden ? Json("(hidden)") : toJson(*value));
+  }
+  return json;
+}
+
+Json generalError(const GeneralError& error, Secrets secrets);
+
+/// The inner object: the kind and its payload.
+Json inner(const AnyError& error, Secrets secrets) {
+  if (const auto* general = error.as<GeneralError>()) return generalError(*general, secrets);
+  if (const auto* parse = error.as<JSONParseError>()) {
+    const auto* unable = parse->as<JSONParseError::unableToParse>();
+    return unable != nullptr ? unableToParse(*unable, secrets) : kind("unexpectedType");
+  }
+  if (const auto* date = error.as<DateFormatError>()) {
+    const auto* mismatch = date->as<DateFormatError::stringDoesNotMatchFormat>();
+    return Json::object({{"kind", "stringDoesNotMatchFormat"},
+                         {"string", mismatch->string},
+                         {"format", mismatch->format}});
+  }
+  if (const auto* reader = error.as<JSONReaderError>()) {
+    return Json::object({{"kind", "reader"}, {"message", reader->description()}});
+  }
+  if (const auto* session = error.as<SessionError>()) {
+    const auto* status = session->as<SessionError::unexpectedStatus>();
+    return status != nullptr
+               ? Json::object({{"kind", "unexpectedStatus"}, {"status", status->status}})
+               : kind("couldNotUpdateSession");
+  }
+  if (const auto* response = error.as<Response::Error>()) {
+    const int status = response->as<Response::Error::badStatus>()->status;
+    return Json::object({{"kind", "badStatus"}, {"status", status}});
+  }
+  if (const auto* input = error.as<URLService::Error>()) {
+    return Json::object(
+        {{"kind", "invalidInput"}, {"input", input->as<URLService::Error::invalidInput>()->input}});
+  }
+  if (const auto* transport = error.as<URLError>()) {
+    return Json::object(
+        {{"kind", "URLError"}, {"code", transport->code}, {"message", transport->message}});
+  }
+  return Json::object({{"kind", "other"}, {"message", error.description()}});
+}
+
+Json generalError(const GeneralError& error, Secrets secrets) {
+  if (const auto* wrapper = error.as<GeneralError::underlying>()) {
+    return Json::object({{"kind", "underlying"}, {"error", inner(wrapper->error, secrets)}});
+  }
+  return kind(error.is<GeneralError::elementNotFound>() ? "elementNotFound"
+                                                        : "unableToPerformAction");
+}
+
+std::string statusText(int status) {
+  const std::string text = "the service answered with status " + std::to_string(status);
+  switch (status) {
+    case 401:
+      return text + " (the session is not accepted)";
+    case 403:
+      return text + " (not allowed)";
+    case 404:
+      return text + " (there is no such thing)";
+    case 503:
+      return text + " (out of order for the moment)";
+    default:
+      return text;
+  }
+}
+
+std::string parseText(const JSONParseError& error) {
+  const auto* unable = error.as<JSONParseError::unableToParse>();
+  if (unable == nullptr) return "the document is JSON, but not of the expected shape";
+  const std::string model = "the document is no " + unable->type;
+  return unable->key() != nullptr ? model + ": \"" + *unable->key() + "\" is missing or wrong"
+                                  : model + ": something in it is missing or wrong";
+}
+
+}  // namespace
+
+Json errorJson(const AnyError& error, Secrets secrets) {
+  return Json::object({{"error", inner(error, secrets)}});
+}
+
+std::string explanation(const AnyError& error) {
+  if (const auto* general = error.as<GeneralError>()) {
+    const auto* wrapper = general->as<GeneralError::underlying>();
+    return wrapper != nullptr ? explanation(wrapper->error) : general->description();
+  }
+  if (const auto* parse = error.as<JSONParseError>()) return parseText(*parse);
+  if (const auto* reader = error.as<JSONReaderError>()) {
+    return "the document cannot be read: " + reader->message;
+  }
+  if (const auto* response = error.as<Response::Error>()) {
+    return statusText(response->as<Response::Error::badStatus>()->status);
+  }
+  if (const auto* session = error.as<SessionError>()) {
+    const auto* status = session->as<SessionError::unexpectedStatus>();
+    return status != nullptr ? statusText(status->status) : "the service refuses a new session";
+  }
+  if (const auto* input = error.as<URLService::Error>()) {
+    return "no address can be made of \"" + input->as<URLService::Error::invalidInput>()->input +
+           "\"";
+  }
+  if (const auto* transport = error.as<URLError>()) {
+    return transport->message + " (code " + std::to_string(transport->code) + ")";
+  }
+  return error.description();
+}
+
+}  // namespace orvo::tool

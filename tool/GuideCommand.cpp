@@ -1,0 +1,157 @@
+#include <OrvoAPI/Platform/Calendar.h>
+#include <fmt/format.h>
+#include <tool/Arguments.h>
+#include <tool/Commands.h>
+#include <tool/Paging.h>
+#include <tool/TimeAxis.h>
+#include <tool/Wording.h>
+
+#include <algorithm>
+
+namespace orvo::tool {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+struct Written {
+  std::string start{};
+  std::string end{};
+  int days = 1;
+};
+
+bool isOnAir(const LinearProgram& program, Date now) {
+  return program.startTime <= now && now < program.endTime;
+}
+
+bool hasSeconds(const std::vector<LinearProgram>& programs) {
+  return std::any_of(programs.begin(), programs.end(), [](const LinearProgram& program) {
+    return program.startTime.millisecondsSince1970() % 60'000 != 0;
+  });
+}
+
+/// About five programmes around the present, or from the first one on when the present is not in
+/// the guide.
+TimeAxis axisAround(const std::vector<LinearProgram>& programs, Date now, std::size_t columns) {
+  constexpr std::int64_t kColumnsPerProgram = 18;
+  const Date first = programs.front().startTime;
+  const milliseconds all = programs.back().endTime - first;
+  const auto count = static_cast<std::int64_t>(programs.size());
+  const milliseconds span =
+      std::min(all, all / count * static_cast<std::int64_t>(columns) / kColumnsPerProgram);
+  const milliseconds step = roundStep(span / 12);
+  Date start = first;
+  if (first <= now && now < programs.back().endTime) {
+    const Date midnight = Calendar().startOfDay(now);
+    start = std::max(first, midnight + (now - span / 4 - midnight) / step * step);
+  }
+  return TimeAxis(start, span, columns);
+}
+
+void drawStrip(Screen& screen, const std::vector<LinearProgram>& programs, Date now) {
+  const std::string margin = "  ";
+  const TimeAxis axis = axisAround(programs, now, screen.columns() - 2 * margin.size());
+  std::vector<TimeBox> boxes;
+  for (const LinearProgram& program : programs) {
+    const Style style = program.endTime <= now  ? Style::faint
+                        : isOnAir(program, now) ? Style::marked
+                                                : Style::plain;
+    boxes.push_back({program.startTime, program.endTime, program.title, style});
+  }
+  screen.blank();
+  screen.line(margin + screen.in(Style::faint, axis.labels()));
+  screen.line(margin + boxLine(screen, axis, boxes));
+  if (now < axis.start() || now >= axis.end()) return;
+  const std::string label = "▲ now, " + clockText(now);
+  const std::size_t room = axis.columns() - std::min(axis.columns(), label.size());
+  const std::size_t column = axis.column(now);
+  // Near the right edge the words stand on the other side of the mark.
+  const std::string text = column <= room
+                               ? std::string(column, ' ') + label
+                               : std::string(column - 11, ' ') + clockText(now) + " now ▲";
+  screen.line(margin + screen.in(Style::good, text));
+}
+
+std::string dayHeading(Date date, Date now) {
+  Calendar calendar;
+  const std::string day = dayText(date);
+  if (calendar.isToday(date, now)) return "Today, " + day;
+  if (calendar.isTomorrow(date, now)) return "Tomorrow, " + day;
+  return day;
+}
+
+std::vector<Cell> row(const LinearProgram& program, Date now, bool precise) {
+  const auto seconds = [](milliseconds span) { return static_cast<double>(span.count()) / 1000; };
+  const bool onAir = isOnAir(program, now);
+  const Style past = program.endTime <= now ? Style::faint : Style::plain;
+  const std::string length = onAir ? durationText(seconds(program.endTime - now)) + " left"
+                                   : durationText(seconds(program.endTime - program.startTime));
+  return {onAir ? Cell{"▶", Style::good} : Cell{},
+          {precise ? preciseClockText(program.startTime) : clockText(program.startTime), past},
+          {program.title, onAir ? Style::strong : past},
+          {program.subheading.value_or(""), past},
+          {length, onAir ? Style::good : past},
+          {program.id, Style::faint}};
+}
+
+void drawGuide(Screen& screen, const LinearProgramGuide& guide, const LinearStream& stream) {
+  const Date now = Clock::system()->now();
+  screen.title(stream.label, countText(guide.meta.total, "programme"));
+  screen.paragraph(stream.description, Style::faint);
+  if (guide.items.empty()) return;
+  drawStrip(screen, guide.items, now);
+  const bool precise = hasSeconds(guide.items);
+  Calendar calendar;
+  for (auto begin = guide.items.begin(); begin != guide.items.end();) {
+    const auto end = std::find_if(begin, guide.items.end(), [&](const LinearProgram& program) {
+      return !calendar.isSameDay(program.startTime, begin->startTime);
+    });
+    Table table{.columns = {{}, {}, {.shrinks = true}, {.shrinks = true}, {.right = true}, {}}};
+    for (; begin != end; ++begin) table.rows.push_back(row(*begin, now, precise));
+    screen.heading(dayHeading((end - 1)->startTime, now));
+    screen.table(table);
+  }
+}
+
+int runGuide(Tool& tool, const Written& written) {
+  const Date today = Calendar().startOfDay(Clock::system()->now());
+  const Date start = written.start.empty() ? today : *date(written.start);
+  const Date end =
+      written.end.empty() ? Calendar().addingDays(start, written.days) : *date(written.end);
+  LinearStream stream;
+  return fetchListAndAnswer(
+      tool, "fetching the guide", true,
+      [&](const Context& context) {
+        stream = context.linearStream();
+        const PageRequest first{.offset = 0, .limit = WrittenPaging::kWholeListLimit};
+        return context.fetchLinearProgramGuide(context.constants().linearStreamID, start, end,
+                                               {.page = first});
+      },
+      [](const Context& context, const LinearProgramGuide& part) {
+        return context.nextCapability(part);
+      },
+      [&](Screen& screen, const LinearProgramGuide& guide) { drawGuide(screen, guide, stream); });
+}
+
+}  // namespace
+
+void addGuideCommand(Commands& commands) {
+  const auto written = std::make_shared<Written>();
+  CLI::App* command =
+      commands.add("guide", "What is on the linear channel, today unless told otherwise",
+                   [written](Tool& tool) { return runGuide(tool, *written); });
+  command
+      ->add_option("--start", written->start,
+                   "The start of the range, like 2017-05-01T00:00:00.000Z")
+      ->type_name("DATE")
+      ->check(isDate());
+  CLI::Option* end = command->add_option("--end", written->end, "The end of the range")
+                         ->type_name("DATE")
+                         ->check(isDate());
+  command->add_option("--days", written->days, "The length of the range in days")
+      ->check(CLI::Range(1, 366))
+      ->excludes(end)
+      ->capture_default_str();
+}
+
+}  // namespace orvo::tool

@@ -1,0 +1,88 @@
+#include <tool/Commands.h>
+#include <tool/ContentViews.h>
+#include <tool/Paging.h>
+#include <tool/Wording.h>
+
+namespace orvo::tool {
+
+namespace {
+
+struct Written {
+  std::string id{};
+  WrittenPaging paging{};
+  std::optional<std::string> including{};
+};
+
+void drawCollection(Screen& screen, const ItemCollection& collection) {
+  screen.title(collection.label, extentText(collection.meta, collection.items.size()));
+  screen.paragraph(joined({std::string(caseName(collection.kind)),
+                           std::string(caseName(collection.contentsKind)), collection.id}),
+                   Style::faint);
+  screen.blank();
+  drawItems(screen, collection.items, collection.meta.offset);
+}
+
+void drawPlaylist(Screen& screen, const Playlist& playlist) {
+  screen.title(playlist.label, extentText(playlist.meta, playlist.items.size()));
+  screen.paragraph(playlist.id, Style::faint);
+  screen.blank();
+  drawItems(screen, playlist.items, playlist.meta.offset);
+}
+
+int runCollection(Tool& tool, const Written& written) {
+  return fetchListAndAnswer(
+      tool, "fetching the collection", written.paging.all,
+      [&](const Context& context) {
+        return context.fetchItemCollection(written.id, written.paging.read());
+      },
+      [](const Context& context, const ItemCollection& part) {
+        return context.nextFetchCapability(part);
+      },
+      drawCollection);
+}
+
+int runPlaylist(Tool& tool, const Written& written) {
+  const auto next = [](const Context& context, const Playlist& part) {
+    return context.nextFetchCapability(part);
+  };
+  if (!written.including) {
+    const auto fetch = [&](const Context& context) {
+      return context.fetchPlaylist(written.id, written.paging.read());
+    };
+    return fetchListAndAnswer(tool, "fetching the playlist", written.paging.all, fetch, next,
+                              drawPlaylist);
+  }
+  const auto fetch = [&](const Context& context) {
+    const auto keeper = context.shared_from_this();
+    const auto video = context.fetchVideo(*written.including, {.playlistID = written.id});
+    return video.flatMap([keeper, id = written.id](const Shared<Video>& included) {
+      return keeper->fetchPlaylist(id, *included);
+    });
+  };
+  return fetchListAndAnswer(tool, "fetching the playlist", false, fetch, next, drawPlaylist);
+}
+
+}  // namespace
+
+void addListCommands(Commands& commands) {
+  const auto collection = std::make_shared<Written>();
+  CLI::App* command =
+      commands.add("collection", "A collection of videos and pages",
+                   [collection](Tool& tool) { return runCollection(tool, *collection); });
+  command->add_option("ID", collection->id)->required();
+  addPagingOptions(*command, collection->paging);
+
+  const auto playlist = std::make_shared<Written>();
+  command = commands.add("playlist", "Videos that play one after another",
+                         [playlist](Tool& tool) { return runPlaylist(tool, *playlist); });
+  command->add_option("ID", playlist->id)->required();
+  addPagingOptions(*command, playlist->paging);
+  CLI::Option* including =
+      command->add_option("--including", playlist->including, "A video to play in any case")
+          ->type_name("VIDEO_ID");
+  for (const char* name : {"--limit", "--offset", "--all"}) {
+    including->excludes(command->get_option(name));
+  }
+}
+
+}  // namespace orvo::tool

@@ -1,0 +1,99 @@
+#include <sys/ioctl.h>
+#include <tool/Output.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <cstdlib>
+#include <cstring>
+
+namespace orvo::tool {
+
+namespace {
+
+std::string_view environment(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr ? value : "";
+}
+
+std::size_t columnsOf(int descriptor) {
+  constexpr std::size_t kDefault = 80;
+  constexpr std::size_t kFewest = 40;
+  winsize size{};
+  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
+    return std::max<std::size_t>(size.ws_col, kFewest);
+  }
+  const std::string_view text = environment("COLUMNS");
+  std::size_t columns = 0;
+  std::from_chars(text.data(), text.data() + text.size(), columns);
+  return columns > 0 ? std::clamp<std::size_t>(columns, kFewest, 1000) : kDefault;
+}
+
+Terminal describe(int descriptor) {
+  Terminal terminal;
+  terminal.isTerminal = isatty(descriptor) == 1;
+  const std::string_view kind = environment("TERM");
+  terminal.colour =
+      terminal.isTerminal && !kind.empty() && kind != "dumb" && environment("NO_COLOR").empty();
+  const std::string_view depth = environment("COLORTERM");
+  terminal.trueColour = terminal.colour && (depth == "truecolor" || depth == "24bit");
+  terminal.columns = columnsOf(descriptor);
+  return terminal;
+}
+
+/// False with `errno` when something could not be written.
+bool writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written < 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+const char* sequence(Style style) {
+  switch (style) {
+    case Style::strong:
+      return "\x1b[1m";
+    case Style::faint:
+      return "\x1b[2m";
+    case Style::accent:
+      return "\x1b[36m";
+    case Style::good:
+      return "\x1b[32m";
+    case Style::warning:
+      return "\x1b[33m";
+    case Style::bad:
+      return "\x1b[31m";
+    case Style::marked:
+      return "\x1b[7m";
+    case Style::plain:
+      break;
+  }
+  return "";
+}
+
+}  // namespace
+
+Terminal standardOutput() { return describe(STDOUT_FILENO); }
+
+Terminal standardError() { return describe(STDERR_FILENO); }
+
+void print(std::string_view text) {
+  if (writeAll(STDOUT_FILENO, text)) return;
+  // The reader has seen what it wanted to see; there is nothing left to do and nobody to tell.
+  if (errno == EPIPE) _exit(0);
+  printDiagnostic(std::string("orvo: standard output: ") + std::strerror(errno) + "\n");
+  _exit(1);
+}
+
+void printDiagnostic(std::string_view text) { writeAll(STDERR_FILENO, text); }
+
+std::string styled(const Terminal& terminal, Style style, std::string_view text) {
+  if (!terminal.colour || style == Style::plain || text.empty()) return std::string(text);
+  return std::string(sequence(style)).append(text).append("\x1b[0m");
+}
+
+}  // namespace orvo::tool

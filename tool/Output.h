@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace orvo::tool {
+
+/// What is known of the place where text appears.
+struct Terminal {
+  bool isTerminal = false;
+  /// Whether colours are wanted: on a terminal that has them, unless NO_COLOR is set.
+  bool colour = false;
+  /// Whether it shows 24-bit colours and not just 256.
+  bool trueColour = false;
+  std::size_t columns = 80;
+};
+
+[[nodiscard]] Terminal standardOutput();
+[[nodiscard]] Terminal standardError();
+
+/// Writes to standard output. Ends the program quietly when nobody reads any more, and with a
+/// message and status 1 when the text cannot be written for another reason.
+void print(std::string_view text);
+/// Writes to standard error; what cannot be written is dropped.
+void printDiagnostic(std::string_view text);
+
+enum class Style { plain, strong, faint, accent, good, warning, bad, marked };
+
+/// The text between the control sequences of the style, where colours are wanted.
+[[nodiscard]] std::string styled(const Terminal& terminal, Style style, std::string_view text);
+
+}  // namespace orvo::tool

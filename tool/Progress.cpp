@@ -1,0 +1,45 @@
+#include <fmt/format.h>
+#include <tool/Progress.h>
+#include <tool/Text.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace orvo::tool {
+
+Progress::Progress(std::string label)
+    : terminal_(standardError()),
+      label_(std::move(label)),
+      start_(std::chrono::steady_clock::now()) {}
+
+Progress::~Progress() {
+  if (drawn_) printDiagnostic("\r\x1b[K");
+}
+
+void Progress::set(std::size_t done, std::size_t total) {
+  done_ = done;
+  total_ = total;
+}
+
+void Progress::tick() {
+  const auto elapsed = std::chrono::steady_clock::now() - start_;
+  if (!terminal_.isTerminal || elapsed < std::chrono::seconds(1)) return;
+  static constexpr std::array<const char*, 4> kFrames{"◐", "◓", "◑", "◒"};
+  const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
+  const std::string text =
+      fmt::format("{} {}{}  {} s", kFrames[frame_++ % kFrames.size()], label_, bar(), seconds);
+  drawn_ = true;
+  printDiagnostic("\r" + cut(text, terminal_.columns - 1) + "\x1b[K");
+}
+
+std::string Progress::bar() const {
+  if (total_ == 0) return "";
+  constexpr std::size_t kCells = 20;
+  const std::size_t filled = kCells * std::min(done_, total_) / total_;
+  std::string text = "  ";
+  for (std::size_t cell = 0; cell < kCells; ++cell) text += cell < filled ? "█" : "░";
+  return fmt::format("{}  {} of {}", text, done_, total_);
+}
+
+}  // namespace orvo::tool

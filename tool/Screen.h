@@ -1,0 +1,67 @@
+#pragma once
+
+#include <tool/Output.h>
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvo::tool {
+
+struct Cell {
+  std::string text;
+  Style style = Style::plain;
+};
+
+struct Column {
+  std::string title{};
+  bool right = false;
+  /// Gives way when the table is wider than the terminal.
+  bool shrinks = false;
+};
+
+struct Table {
+  std::vector<Column> columns;
+  std::vector<std::vector<Cell>> rows{};
+};
+
+/// A text for people that grows from top to bottom, laid out for the terminal's width. Texts that
+/// come from the service are made printable here. Used by one thread.
+class Screen {
+ public:
+  explicit Screen(Terminal terminal) : terminal_(terminal) {}
+
+  [[nodiscard]] const Terminal& terminal() const { return terminal_; }
+  [[nodiscard]] std::size_t columns() const { return terminal_.columns; }
+
+  /// A headline with something at the right edge.
+  void title(std::string_view text, std::string_view aside = "");
+  /// A paragraph, broken into lines; nothing for an empty one.
+  void paragraph(std::string_view text, Style style = Style::plain);
+  /// The heading of a section, with an empty line before it.
+  void heading(std::string_view text, std::string_view aside = "");
+  /// A name with its value; nothing when the value is empty. A long value is not broken.
+  void field(std::string_view name, std::string_view value, Style style = Style::plain);
+  /// Columns of equal width; titles only when there are some, and nothing without rows.
+  void table(const Table& table);
+  void blank() { text_ += '\n'; }
+  /// A line that is laid out already.
+  void line(std::string_view text) { text_.append(text).append("\n"); }
+
+  [[nodiscard]] std::string in(Style style, std::string_view text) const {
+    return styled(terminal_, style, text);
+  }
+  [[nodiscard]] const std::string& text() const { return text_; }
+
+ private:
+  [[nodiscard]] std::vector<std::size_t> widths(const Table& table) const;
+  void row(const Table& table, const std::vector<std::size_t>& widths,
+           const std::vector<Cell>& cells);
+
+  Terminal terminal_;
+  std::string text_;
+};
+
+}  // namespace orvo::tool

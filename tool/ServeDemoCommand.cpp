@@ -1,0 +1,82 @@
+#include <fmt/format.h>
+#include <tool/Commands.h>
+
+#include <csignal>
+
+namespace orvo::tool {
+
+namespace {
+
+struct Written {
+  int port = 0;
+  int expireAfter = 0;
+  int programSeconds = 0;
+  bool log = false;
+};
+
+void drawAddresses(Screen& screen, const demo::DemoService& service) {
+  screen.title("The demo service is running", "end it with Ctrl-C");
+  screen.field("API", service.baseURL());
+  screen.field("resources", service.resourceURL());
+  for (const char* lineup : {"grid", "list", "clock-change"}) {
+    screen.field(std::string("lineup ") + lineup, service.lineupURL(lineup));
+  }
+  screen.blank();
+  screen.line(fmt::format("  orvo --api {} --resources {} views", service.baseURL(),
+                          service.resourceURL()));
+}
+
+int runServeDemo(Tool& tool, const Written& written) {
+  // Waited for below; blocked before there is another thread that might be struck by one.
+  sigset_t signals;
+  sigemptyset(&signals);
+  sigaddset(&signals, SIGINT);
+  sigaddset(&signals, SIGTERM);
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+
+  demo::DemoServiceOptions options{.port = written.port,
+                                   .tokenLifetime = written.expireAfter,
+                                   .programLength = std::chrono::seconds(written.programSeconds)};
+  if (written.log) {
+    // With --json standard output is for the document alone.
+    const bool aside = tool.options().json;
+    options.requestLog = [aside](const std::string& line) {
+      aside ? printDiagnostic(line + "\n") : print(line + "\n");
+    };
+  }
+  demo::DemoService service(std::move(options));
+  if (!service.start()) {
+    return tool.fail(URLError{URLError::unknown, fmt::format("port {} is not free", written.port)});
+  }
+  const Json json = Json::object(
+      {{"api", service.baseURL()}, {"resources", service.resourceURL()}, {"port", service.port()}});
+  tool.answer(json, [&](Screen& screen) { drawAddresses(screen, service); });
+  int signal = 0;
+  sigwait(&signals, &signal);
+  service.stop();
+  return 0;
+}
+
+}  // namespace
+
+void addServeDemoCommand(Commands& commands) {
+  const auto written = std::make_shared<Written>();
+  CLI::App* command = commands.add("serve-demo", "Run the demo service by itself until interrupted",
+                                   [written](Tool& tool) { return runServeDemo(tool, *written); });
+  command->add_option("--port", written->port, "The port to listen on; 0 takes a free one")
+      ->check(CLI::Range(0, 65535))
+      ->capture_default_str();
+  command
+      ->add_option("--expire-after", written->expireAfter,
+                   "Let each token expire after that many requests; 0: never")
+      ->check(CLI::NonNegativeNumber)
+      ->capture_default_str();
+  command
+      ->add_option("--program-seconds", written->programSeconds,
+                   "The length of the guide's programmes; 0: as on television")
+      ->check(CLI::Range(0, 86'400))
+      ->capture_default_str();
+  command->add_flag("--log", written->log, "Print a line for each request");
+}
+
+}  // namespace orvo::tool

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo::tool {
+
+/// Text as terminals show it, whatever the locale: UTF-8, measured in columns.
+
+/// The text as it may reach a terminal: on one line, without control characters, without characters
+/// that turn the direction of writing round, and without bytes that are no UTF-8.
+[[nodiscard]] std::string printable(std::string_view text);
+
+/// The columns that a printable text takes: East Asian characters two, combining marks none.
+[[nodiscard]] std::size_t displayWidth(std::string_view text);
+
+/// The text if it fits, else as much of it as does with "…" behind it. A mark is never separated
+/// from its character.
+[[nodiscard]] std::string cut(std::string_view text, std::size_t width);
+
+/// The text, cut or filled up with spaces to exactly that width.
+[[nodiscard]] std::string padded(std::string_view text, std::size_t width);
+/// Likewise, with the spaces in front.
+[[nodiscard]] std::string paddedLeft(std::string_view text, std::size_t width);
+
+/// The lines of a paragraph, broken at spaces; a word that is longer than a line, between its
+/// characters.
+[[nodiscard]] std::vector<std::string> wrapped(std::string_view text, std::size_t width);
+
+}  // namespace orvo::tool

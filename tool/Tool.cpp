@@ -1,0 +1,56 @@
+#include <OrvoAPI/Context/ContextService.h>
+#include <tool/ErrorReport.h>
+#include <tool/Text.h>
+#include <tool/Tool.h>
+
+namespace orvo::tool {
+
+namespace {
+
+std::string documentText(const Json& json, bool forPeople) {
+  return (forPeople ? json.indentedText() : json.text()) + "\n";
+}
+
+}  // namespace
+
+bool Tool::startDemo() {
+  if (!options_.demo || demo_) return true;
+  demo_ = std::make_unique<demo::DemoService>();
+  if (!demo_->start()) return false;
+  options_.api = URL::parse(demo_->baseURL());
+  options_.resources = URL::parse(demo_->resourceURL());
+  return true;
+}
+
+Result<std::shared_ptr<Context>> Tool::context() {
+  if (context_) return context_;
+  if (!startDemo()) return Failure{URLError{URLError::unknown, "the demo service does not start"}};
+  const auto future =
+      options_.api ? ContextService::context(*options_.api, *options_.resources, options_.client)
+                   : ContextService::context(options_.environment, options_.client);
+  auto result = wait(future, "opening a session");
+  if (const auto* context = result.value()) context_ = *context;
+  return result;
+}
+
+Result<ResourceHost> Tool::resourceHost() {
+  if (!startDemo()) return Failure{URLError{URLError::unknown, "the demo service does not start"}};
+  return ResourceHost{.baseURL = options_.resources.value_or(resourceURL(options_.environment))};
+}
+
+int Tool::answer(const Json& json) const {
+  print(documentText(json, standardOutput().isTerminal));
+  return 0;
+}
+
+int Tool::fail(const AnyError& error) const {
+  if (options_.json) {
+    printDiagnostic(documentText(errorJson(error), standardError().isTerminal));
+  } else {
+    const std::string head = styled(standardError(), Style::bad, "orvo:");
+    printDiagnostic(head + " " + printable(explanation(error)) + "\n");
+  }
+  return 1;
+}
+
+}  // namespace orvo::tool

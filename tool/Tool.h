@@ -1,0 +1,95 @@
+#pragma once
+
+#include <OrvoAPI/Context/Client.h>
+#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/Futures/Future.h>
+#include <demo/DemoService.h>
+#include <tool/ModelJson.h>
+#include <tool/Progress.h>
+#include <tool/Screen.h>
+
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+namespace orvo::tool {
+
+/// What the command line says about every command.
+struct GlobalOptions {
+  Environment environment = Environment::production;
+  /// In place of the environment's, when given.
+  std::optional<URL> api{};
+  std::optional<URL> resources{};
+  bool demo = false;
+  Client client = Client::appleTV;
+  bool json = false;
+};
+
+/// One run of the tool: the service that it talks to, and the way in which it answers. It owns the
+/// demo service, if there is one, and the context. Used by the main thread.
+class Tool {
+ public:
+  explicit Tool(GlobalOptions options) : options_(std::move(options)) {}
+
+  [[nodiscard]] const GlobalOptions& options() const { return options_; }
+
+  /// Opens a session and loads the configuration at the first call.
+  [[nodiscard]] Result<std::shared_ptr<Context>> context();
+  /// What builders of image URLs need; asks the service nothing.
+  [[nodiscard]] Result<ResourceHost> resourceHost();
+
+  /// Waits for the result; a line says so when it takes long.
+  template <class T>
+  [[nodiscard]] Result<T> wait(const Future<T>& future, const std::string& label) {
+    Progress progress(label);
+    return wait(future, progress);
+  }
+  template <class T>
+  [[nodiscard]] Result<T> wait(const Future<T>& future, Progress& progress) {
+    // Requests have time-outs of their own; this one is for a server that trickles for ever.
+    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(10);
+    while (true) {
+      Result<T> result = future.wait(std::chrono::milliseconds(120));
+      if (future.didComplete() || std::chrono::steady_clock::now() >= end) return result;
+      progress.tick();
+    }
+  }
+
+  /// Prints the one document or the text that is the command's answer. Returns the exit status.
+  template <class Draw>
+  int answer(const Json& json, Draw draw) const {
+    if (options_.json) return answer(json);
+    Screen screen(standardOutput());
+    draw(screen);
+    print(screen.text());
+    return 0;
+  }
+  int answer(const Json& json) const;
+  /// Says why there is no answer. Returns the exit status.
+  int fail(const AnyError& error) const;
+
+ private:
+  /// False when the demo service is wanted and does not start.
+  [[nodiscard]] bool startDemo();
+
+  GlobalOptions options_;
+  std::unique_ptr<demo::DemoService> demo_;
+  std::shared_ptr<Context> context_;
+};
+
+/// Fetches what `fetch(const Context&)` returns a future of, and prints it as JSON or draws it with
+/// `draw(Screen&, const Model&)`. Returns the exit status.
+template <class Fetch, class Draw>
+int fetchAndAnswer(Tool& tool, const std::string& label, Fetch fetch, Draw draw) {
+  const auto context = tool.context();
+  if (const AnyError* error = context.error()) return tool.fail(*error);
+  const auto result = tool.wait(fetch(**context.value()), label);
+  if (const AnyError* error = result.error()) return tool.fail(*error);
+  const auto& model = **result.value();
+  return tool.answer(toJson(model), [&](Screen& screen) { draw(screen, model); });
+}
+
+}  // namespace orvo::tool
