@@ -8,27 +8,22 @@
 namespace orvo {
 namespace {
 
-constexpr const char* kMeta = R"({"total": 9, "limit": 2.0, "offset": 4})";
-constexpr const char* kItems = R"([
+const PagingMeta kPaging{.total = 9, .limit = 2, .offset = 4};
+const Document kCollection{{"id", R"("c")"},
+                           {"type", R"("featured")"},
+                           {"item_type", R"("pages")"},
+                           {"label", R"("L")"},
+                           {"short_label", R"("S")"},
+                           {"meta", R"({"total": 9, "limit": 2.0, "offset": 4})"},
+                           {"items", R"([
     {"type": "video", "id": "1", "title": "T", "short_description": "S"},
     {"type": "video", "id": "2"}, {"id": "3", "title": "T"}, {},
-    {"type": "page", "id": "4", "title": "T"}])";
-const PagingMeta kPaging{.total = 9, .limit = 2, .offset = 4};
-
-const Document kCollection({{"id", R"("c")"},
-                            {"type", R"("featured")"},
-                            {"item_type", R"("pages")"},
-                            {"label", R"("L")"},
-                            {"short_label", R"("S")"},
-                            {"meta", kMeta},
-                            {"items", kItems}});
-const Document kSearch = kCollection.without("id")
-                             .without("item_type")
-                             .with("collection_type", R"("top_results")")
-                             .with("contains", R"("videos")");
-const Document kPlaylist = kCollection.without("type").with(
-    "items", R"([{"id": "1", "title": "T", "short_description": "S"}, {"id": "2"},
-                 {"id": "3", "title": "T", "short_description": "S"}])");
+    {"type": "page", "id": "4", "title": "T"}])"}};
+const Document kSearch =
+    kCollection.with("collection_type", R"("top_results")").with("contains", R"("videos")");
+const Document kPlaylist =
+    kCollection.with("items", R"([{"id": "1", "title": "T", "short_description": "S"}, {"id": "2"},
+                                  {"id": "3", "title": "T", "short_description": "S"}])");
 
 Result<SearchCollection> parseSearch(const JSONObject& json) {
   return SearchCollectionParser::parse(json, "q");
@@ -49,30 +44,21 @@ TEST(ItemCollectionParser, DropsTheItemsThatItCannotRead) {
 }
 
 TEST(ItemCollectionParser, ReportsEachRequiredMember) {
-  EXPECT_EQ(requirements(kCollection,
-                         {"id", "type", "item_type", "label", "short_label", "meta", "items"},
-                         ItemCollectionParser::parse),
-            "id -> ItemCollection: id\n"
-            "type -> ItemCollection: type\n"
-            "item_type -> ok\n"
-            "label -> ItemCollection: label\n"
-            "short_label -> ItemCollection: short_label\n"
-            "meta -> ItemCollection: meta\n"
-            "items -> ItemCollection: items\n");
-  EXPECT_EQ(failureOf(ItemCollectionParser::parse(kCollection.with("type", R"("clips")"))),
-            "ItemCollection: type");
-  EXPECT_EQ(failureOf(ItemCollectionParser::parse(kCollection.with("items", "[{}, 1]"))),
-            "ItemCollection: items");
-  const auto unknown = kCollection.with("item_type", R"("clips")");
-  EXPECT_EQ(ItemCollectionParser::parse(unknown).force().contentsKind,
+  const auto parse = ItemCollectionParser::parse;
+  EXPECT_EQ(
+      requirements(kCollection, {"id", "type", "label", "short_label", "meta", "items"}, parse),
+      "ItemCollection: id, ItemCollection: type, ItemCollection: label, "
+      "ItemCollection: short_label, ItemCollection: meta, ItemCollection: items");
+  EXPECT_EQ(failureOf(parse(kCollection.with("type", R"("clips")"))), "ItemCollection: type");
+  EXPECT_EQ(failureOf(parse(kCollection.with("items", "[{}, 1]"))), "ItemCollection: items");
+  EXPECT_EQ(parse(kCollection.with("item_type", R"("clips")")).force().contentsKind,
             ItemCollection::ContentsKind::mixed);
 }
 
 TEST(PagingMeta, IsReportedByEachDocumentInItsOwnWay) {
   for (const char* meta :
        {R"({"total": 9, "limit": 2})", R"({"total": "9", "limit": 2, "offset": 4})",
-        R"({"total": 9, "limit": 2.5, "offset": 4})", R"({"total": 9, "limit": 2, "offset": 1e30})",
-        "{}"}) {
+        R"({"total": 9, "limit": 2.5, "offset": 4})"}) {
     EXPECT_EQ(failureOf(ItemCollectionParser::parse(kCollection.with("meta", meta))),
               "ItemCollection: products/meta details");
     EXPECT_EQ(failureOf(parseSearch(kSearch.with("meta", meta))), "SearchCollection: meta");
@@ -82,16 +68,10 @@ TEST(PagingMeta, IsReportedByEachDocumentInItsOwnWay) {
 
 TEST(SearchCollectionParser, ReportsEachRequiredMember) {
   EXPECT_EQ(
-      requirements(kSearch,
-                   {"type", "collection_type", "contains", "label", "short_label", "meta", "items"},
+      requirements(kSearch, {"type", "collection_type", "label", "short_label", "meta", "items"},
                    parseSearch),
-      "type -> SearchCollection: type\n"
-      "collection_type -> SearchCollection: collection_type\n"
-      "contains -> ok\n"
-      "label -> SearchCollection: label\n"
-      "short_label -> SearchCollection: short_label\n"
-      "meta -> SearchCollection: meta\n"
-      "items -> SearchCollection: items\n");
+      "SearchCollection: type, SearchCollection: collection_type, SearchCollection: label, "
+      "SearchCollection: short_label, SearchCollection: meta, SearchCollection: items");
   EXPECT_EQ(failureOf(parseSearch(kSearch.with("collection_type", R"("top")"))),
             "SearchCollection: collection_type");
 
@@ -108,23 +88,21 @@ TEST(SearchCollectionParser, ReportsEachRequiredMember) {
 }
 
 TEST(SearchResultsParser, DropsTheCollectionsThatItCannotRead) {
-  const Document results({{"collections", "[" + kSearch.with("label", R"("1")").text() + "," +
-                                              kSearch.without("label").text() + "," +
-                                              kSearch.with("label", R"("2")").text() + "]"}});
+  const Document results{{"collections", "[" + kSearch.text() + "," +
+                                             kSearch.without("label").text() + "," +
+                                             kSearch.with("label", R"("M")").text() + "]"}};
   const auto found = SearchResultsParser::parse(results, "q").force();
   ASSERT_EQ(found.size(), 2U);
-  EXPECT_EQ(found[0].label + found[1].label + found[1].query, "12q");
-  for (const char* json : {R"({})", R"({"collections": [1]})", R"({"collections": {}})"}) {
-    EXPECT_EQ(failureOf(SearchResultsParser::parse(object(json), "q")),
-              "SearchCollection: collections");
-  }
+  EXPECT_EQ(found[0].label + found[1].label + found[1].query, "LMq");
+  EXPECT_EQ(
+      requirements(results, {"collections"},
+                   [](const JSONObject& json) { return SearchResultsParser::parse(json, ""); }),
+      "SearchCollection: collections");
 }
 
 TEST(SearchCollection, MadeLocallyIsLabelledByItsKind) {
   const auto none = SearchCollection::empty("q", SearchCollection::ResultsKind::top);
-  EXPECT_EQ(none.query, "q");
-  EXPECT_EQ(none.label, "top_results");
-  EXPECT_EQ(none.shortLabel, "top_results");
+  EXPECT_EQ(none.query + none.label + none.shortLabel, "qtop_resultstop_results");
   EXPECT_EQ(none.kind, ItemCollection::Kind::generic);
   EXPECT_EQ(none.contentsKind, SearchCollection::ContentsKind::mixed);
   EXPECT_EQ(none.resultsKind, SearchCollection::ResultsKind::top);
@@ -132,17 +110,13 @@ TEST(SearchCollection, MadeLocallyIsLabelledByItsKind) {
   EXPECT_TRUE(none.items.empty());
   const auto some = SearchCollection::create("q", SearchCollection::ResultsKind::shows,
                                              {Page{.id = "p", .title = "T"}});
-  EXPECT_EQ(some.label, "shows");
   EXPECT_EQ(some.items.size(), 1U);
 }
 
 TEST(PlaylistParser, ReportsEachRequiredMember) {
   EXPECT_EQ(requirements(kPlaylist, {"id", "label", "short_label", "meta", "items"}, parsePlaylist),
-            "id -> Playlist: id\n"
-            "label -> Playlist: label\n"
-            "short_label -> Playlist: short_label\n"
-            "meta -> Playlist: meta\n"
-            "items -> Playlist: items\n");
+            "Playlist: id, Playlist: label, Playlist: short_label, Playlist: meta, "
+            "Playlist: items");
   const auto playlist = parsePlaylist(kPlaylist).force();
   EXPECT_EQ(playlist.id + playlist.label + playlist.shortLabel, "cLS");
   EXPECT_EQ(playlist.kind, ItemCollection::Kind::generic);
@@ -153,14 +127,12 @@ TEST(PlaylistParser, ReportsEachRequiredMember) {
 }
 
 TEST(PlaylistParser, PutsAMissingIncludedVideoInFront) {
-  CapturedConsole console;
+  const CapturedConsole console;
   Video video{.id = "3", .title = "T", .shortDescription = "S"};
-  auto playlist = PlaylistParser::parse(kPlaylist, &video).force();
-  EXPECT_EQ(playlist.items.size(), 2U);
+  EXPECT_EQ(PlaylistParser::parse(kPlaylist, &video).force().items.size(), 2U);
   EXPECT_EQ(console.lines, "");
-
   video.duration = 1;
-  playlist = PlaylistParser::parse(kPlaylist, &video).force();
+  const auto playlist = PlaylistParser::parse(kPlaylist, &video).force();
   ASSERT_EQ(playlist.items.size(), 3U);
   EXPECT_EQ(playlist.items[0], video);
   EXPECT_EQ(playlist.items[2].id, "3");

@@ -93,49 +93,40 @@ TEST(TemplateURL, FillsInTheTransformation) {
             "x:c_fit,w_3,h_6,f_png");
 }
 
-TEST(TemplateURL, NeedsAnAbsoluteURL) {
+TEST(TemplateURL, NeedsATemplateOfAnAbsoluteURL) {
+  EXPECT_EQ(requirements({{"template", R"("t")"}}, {"template"}, LineupTemplateImageParser::parse),
+            "LineupTemplateImage: template");
   for (const char* text :
        {"", "a/{c_transform}", "https://t.example/{other}", "http://ü.example"}) {
     EXPECT_EQ(LineupTemplateImage{text}.url({1, 1}), std::nullopt) << text;
   }
 }
 
-TEST(LineupTemplateImageParser, RequiresTheTemplate) {
-  const Document document({{"template", R"("t")"}});
-  EXPECT_EQ(LineupTemplateImageParser::parse(document).force(), LineupTemplateImage{"t"});
-  EXPECT_EQ(requirements(document, {"template"}, LineupTemplateImageParser::parse),
-            "template -> LineupTemplateImage: template\n");
-}
-
-ImageResources images(std::string_view names, std::string_view id) {
-  return ImageResourceParser::parse(*object(names).strings("n"), id);
-}
-
 TEST(ResourceTable, HoldsEachKnownNameOnceInDeclarationOrder) {
+  const auto images = [](std::string_view names, std::string_view id) {
+    return ImageResourceParser::parse(*object(names).strings("n"), id);
+  };
   const auto table = images(
-      R"({"n": ["orvo_logo_landscape", "unknown", "orvo_display_art_banner",
-                "short_preview_mp4_low", "orvo_logo_landscape"]})",
-      "x");
-  EXPECT_EQ(table.size(), 2U);
+      R"({"n": ["orvo_logo_landscape", "x", "orvo_display_art_banner", "orvo_logo_landscape"]})",
+      "id");
   std::string walk;
-  for (const auto& [key, image] : table) {
-    EXPECT_EQ(image.key, key);
-    walk.append(caseName(key)).append("=").append(image.productID).append(" ");
-  }
-  EXPECT_EQ(walk, "banner=x logoLandscape=x ");
+  for (const auto& [key, image] : table) walk.append(caseName(image.key)).append(image.productID);
+  EXPECT_EQ(walk, "banneridlogoLandscapeid");
+  EXPECT_EQ(table.size(), 2U);
   EXPECT_EQ(table.find(ImageResourceKey::square), std::nullopt);
-  EXPECT_EQ(table, images(R"({"n": ["orvo_display_art_banner", "orvo_logo_landscape"]})", "x"));
-  EXPECT_NE(table, images(R"({"n": ["orvo_display_art_banner", "orvo_logo_landscape"]})", "y"));
-  EXPECT_EQ(images(R"({"n": []})", "x"), images(R"({"n": ["?"]})", "y")) << "both are empty";
+  constexpr const char* kSame = R"({"n": ["orvo_display_art_banner", "orvo_logo_landscape"]})";
+  EXPECT_EQ(table, images(kSame, "id"));
+  EXPECT_NE(table, images(kSame, "other"));
+  EXPECT_EQ(images(R"({"n": []})", "id"), images(R"({"n": ["?"]})", "other")) << "both are empty";
 }
 
 TEST(LineupTemplateImages, KeepsOneImageForEachKey) {
   using Key = LineupTemplateImage::ResourceKey;
   LineupTemplateImages table;
-  table.insert(Key::icon, {"1"});
-  table.insert(Key::banner, {"2"});
-  table.insert(Key::square, {"3"});
-  table.insert(Key::icon, {"4"});
+  for (const auto& [key, text] : {std::pair(Key::icon, "1"), std::pair(Key::banner, "2"),
+                                  std::pair(Key::square, "3"), std::pair(Key::icon, "4")}) {
+    table.insert(key, {text});
+  }
   std::string walk;
   for (const auto& [key, image] : table) walk.append(caseName(key)).append(image.template_);
   EXPECT_EQ(walk, "banner2square3icon4");

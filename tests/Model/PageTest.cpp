@@ -7,19 +7,11 @@
 namespace orvo {
 namespace {
 
-const Document kPage({{"id", R"("p")"}, {"title", R"("T")"}});
+const Document kPage{{"id", R"("p")"}, {"title", R"("T")"}};
 
-Page pageWith(std::string_view key, std::string_view json) {
-  return PageParser::parse(kPage.with(key, json)).force();
-}
-
-TEST(PageParser, RequiresIdAndTitle) {
+TEST(PageParser, RequiresIdAndTitleAndHasADefaultForTheRest) {
   const auto parse = [](const JSONObject& json) { return PageParser::parse(json); };
-  EXPECT_EQ(requirements(kPage, {"id", "title"}, parse), "id -> Page: id\ntitle -> Page: title\n");
-  EXPECT_EQ(failureOf(parse(Document({}))), "Page: id");
-}
-
-TEST(PageParser, HasADefaultForEverythingElse) {
+  EXPECT_EQ(requirements(kPage, {"id", "title"}, parse), "Page: id, Page: title");
   Document damaged = kPage;
   for (const char* key :
        {"content_type", "subheading", "short_description", "long_description", "icon",
@@ -27,30 +19,30 @@ TEST(PageParser, HasADefaultForEverythingElse) {
     damaged = damaged.with(key, "[{}, 7]");
   }
   for (const Document& document : {kPage, damaged}) {
-    const Page page = PageParser::parse(document).force();
+    const Page page = parse(document).force();
     EXPECT_EQ(page.kind, Page::ContentKind::generic);
-    EXPECT_FALSE(page.subheading || page.shortDescription || page.longDescription);
     EXPECT_EQ(page.iconID, "p");
     EXPECT_TRUE(page.collections.empty() && page.appActions.empty() && page.siblings.empty());
     EXPECT_TRUE(page.imageResources.empty() && page.videoPreviews.empty());
     EXPECT_EQ(page.status.label, "TBD");
+    EXPECT_FALSE(page.subheading || page.shortDescription || page.longDescription);
     EXPECT_FALSE(page.lineupMeta || page.shareURL);
   }
 }
 
 TEST(PageParser, ReadsWhatIsThere) {
   const Page page =
-      PageParser::parse(kPage.with("subheading", R"("a")")
-                            .with("short_description", R"("b")")
-                            .with("long_description", R"("c")")
-                            .with("icon", R"("i")")
-                            .with("content_type", R"("subchannel")")
-                            .with("collections", R"([{"id": "1", "label": "one"}])")
-                            .with("resources", R"(["short_preview_mp4_high", "x",
-                                                   "orvo_cover_art_square"])")
-                            .with("status", R"({"code": "post", "label": "Over", "ttl": 1000})")
-                            .with("lineup", R"({"url": "//l/x", "display_type": "grid"})")
-                            .with("share_url", R"("https://s.example")"))
+      PageParser::parse(
+          kPage.with("subheading", R"("a")")
+              .with("short_description", R"("b")")
+              .with("long_description", R"("c")")
+              .with("icon", R"("i")")
+              .with("content_type", R"("subchannel")")
+              .with("collections", R"([{"id": "1", "label": "one"}])")
+              .with("resources", R"(["short_preview_mp4_high", "x", "orvo_cover_art_square"])")
+              .with("status", R"({"code": "post", "label": "Over", "ttl": 1000})")
+              .with("lineup", R"({"url": "//l/x", "display_type": "grid"})")
+              .with("share_url", R"("https://s.example")"))
           .force();
   EXPECT_EQ(*page.subheading + *page.shortDescription + *page.longDescription, "abc");
   EXPECT_EQ(page.iconID, "i");
@@ -61,20 +53,19 @@ TEST(PageParser, ReadsWhatIsThere) {
   EXPECT_EQ(page.lineupMeta->displayKind, LineupDisplayKind::grid);
   EXPECT_EQ(page.ttl(), 1);
   EXPECT_EQ(page.shareURL->text(), "https://s.example");
-  EXPECT_EQ(pageWith("content_type", R"("Channel")").kind, Page::ContentKind::generic);
 }
 
 TEST(PageParser, DividesLinksIntoActionsAndSiblings) {
-  const Page page = pageWith("links", R"([
+  const Page page = PageParser::parse(kPage.with("links", R"([
       {"type": "sibling", "id": "b", "label": "B"},
       {"type": "button", "id": "c", "label": "C", "action": "view"},
       {"type": "sibling", "id": "no label"},
       {"type": "Sibling", "id": "d", "label": "D"},
-      {"type": "sibling", "id": "a", "label": "A"}])");
+      {"type": "sibling", "id": "a", "label": "A"}])"))
+                        .force();
   EXPECT_EQ(page.siblings, std::vector<Page::Sibling>({{"B", "b"}, {"A", "a"}}));
   ASSERT_EQ(page.appActions.size(), 1U);
   EXPECT_EQ(page.appActions[0].kind, AppAction::Kind::view);
-  EXPECT_EQ(page.appActions[0].icon, "space");
 }
 
 TEST(Page, IsEqualByIdTitleKindAndStatus) {
@@ -99,18 +90,14 @@ TEST(ContentItemParser, DecidesByTypeAlone) {
   const auto video = ContentItemParser::parse(both.with("type", R"("video")"), "C").force();
   EXPECT_EQ(video.kind(), ContentItem::Kind::video);
   EXPECT_EQ(video.video()->playlistID, "C");
-  EXPECT_EQ(video.page(), nullptr);
   const auto page = ContentItemParser::parse(both.with("type", R"("page")"), "C").force();
   EXPECT_EQ(page.kind(), ContentItem::Kind::page);
-  EXPECT_EQ(page.page()->shortDescription, "S");
-  EXPECT_NE(video, page);
+  EXPECT_EQ(page.video(), nullptr);
 
-  for (const char* type : {R"("Video")", "1", R"("")"}) {
-    EXPECT_EQ(failureOf(ContentItemParser::parse(both.with("type", type))), "ItemCollection: type");
-  }
-  EXPECT_EQ(failureOf(ContentItemParser::parse(both)), "ItemCollection: type");
-  EXPECT_EQ(failureOf(ContentItemParser::parse(kPage.with("type", R"("video")"))),
-            "Video: short_description");
+  const auto parse = [](const JSONObject& json) { return ContentItemParser::parse(json); };
+  EXPECT_EQ(requirements(both, {"type"}, parse), "ItemCollection: type");
+  EXPECT_EQ(failureOf(parse(both.with("type", R"("Video")"))), "ItemCollection: type");
+  EXPECT_EQ(failureOf(parse(kPage.with("type", R"("video")"))), "Video: short_description");
 }
 
 TEST(ContentItem, IsEqualAndLivesAsItsContent) {

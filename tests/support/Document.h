@@ -17,10 +17,6 @@ inline JSONObject object(std::string_view text) {
   return JSONDataParser::object(Data(text)).force();
 }
 
-inline JSONObjects objects(std::string_view text) {
-  return JSONDataParser::array(Data(text)).force();
-}
-
 /// A JSON object written down member by member, so that a test can change one of them.
 class Document {
  public:
@@ -62,19 +58,20 @@ std::string failureOf(const Result<T>& result) {
   return result.failed() ? failureOf(*result.error()) : "";
 }
 
-/// What `parse` says of the document when each of its members is missing, and then of another kind;
-/// one member a line, "ok" where it is not required.
+/// The failures of `parse` when each of the members is missing, and, if they differ, when it is of
+/// another kind: "Video: id, Video: title"; "ok" where a member is not required. They are taken
+/// away from the last one on for good, so that the order of reading shows too.
 template <class Parse>
-std::string requirements(const Document& document, const std::vector<std::string>& keys,
-                         Parse parse) {
-  std::string lines;
-  for (const auto& key : keys) {
-    const auto missing = failureOf(parse(document.without(key)));
-    const auto mistyped = failureOf(parse(document.with(key, "[7]")));
-    lines += key + " -> " + (missing.empty() ? "ok" : missing);
-    lines += (mistyped == missing ? "" : " / " + mistyped) + "\n";
+std::string requirements(Document document, std::vector<std::string> keys, Parse parse) {
+  std::string text;
+  for (; !keys.empty(); keys.pop_back()) {
+    const auto mistyped = failureOf(parse(document.with(keys.back(), "[7]")));
+    document = document.without(keys.back());
+    const auto missing = failureOf(parse(document));
+    const auto both = missing == mistyped ? missing : missing + " / " + mistyped;
+    text.insert(0, (keys.size() > 1 ? ", " : "") + (both.empty() ? "ok" : both));
   }
-  return lines;
+  return text;
 }
 
 /// Collects the console's lines while it lives.
