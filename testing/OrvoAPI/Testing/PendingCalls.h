@@ -52,9 +52,9 @@ class PendingCalls {
   }
 
  private:
-  [[nodiscard]] Promise<T> promise(std::size_t call) const {
+  [[nodiscard]] const Promise<T>& promise(std::size_t call) const {
     const std::lock_guard guard(lock_);
-    return promises_.at(call);
+    return promises_.at(call);  // stays where it is when others come
   }
 
   const std::shared_ptr<DispatchQueue> callbackQueue_;
