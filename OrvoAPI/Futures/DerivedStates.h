@@ -24,7 +24,9 @@ class DerivedState : public FutureState<U>, public Continuation {
  public:
   using FutureState<U>::FutureState;
 
+  /// No result will come: what the task holds goes at once, although the future may live on.
   void drop() noexcept final {
+    destroyTask();
     this->releaseSource();
     this->release();
   }
@@ -32,14 +34,28 @@ class DerivedState : public FutureState<U>, public Continuation {
  protected:
   ~DerivedState() override = default;
 
+  /// Destroys what is needed to make the result, as far as that is still there.
+  virtual void destroyTask() noexcept = 0;
+
   /// Settles as the last act of a job, so that what follows stays on this worker.
   void settleLast(Result<U>&& result) {
-    const TailPosition tail;
+    const TailPosition tail(this);
     this->settle(std::move(result));
   }
   void completeLast(Result<U>&& result) {
-    const TailPosition tail;
+    const TailPosition tail(this);
     this->complete(std::move(result));
+  }
+  /// As the last act of a job, waits for `source`, which posts this callback again.
+  void waitLastFor(FutureCore& source) {
+    const TailPosition tail(this);
+    source.add(static_cast<Continuation*>(this));
+  }
+
+ private:
+  void destroyContents() noexcept final {
+    destroyTask();
+    FutureState<U>::destroyContents();
   }
 };
 
@@ -87,10 +103,7 @@ class MapState final : public DerivedState<U> {
       return Failure{std::move(error)};
     }
   }
-  void destroyContents() noexcept override {
-    transform_.reset();
-    DerivedState<U>::destroyContents();
-  }
+  void destroyTask() noexcept override { transform_.reset(); }
 
   std::optional<F> transform_;
 };
@@ -125,8 +138,7 @@ class FlatMapState final : public DerivedState<U> {
     }
     const auto core = inner.value()->core_;
     innerQueue_ = core->callbackQueue();
-    const TailPosition tail;
-    core->add(static_cast<Continuation*>(self.detach()));
+    self.detach()->waitLastFor(*core.get());
   }
 
  private:
@@ -138,17 +150,15 @@ class FlatMapState final : public DerivedState<U> {
       return Failure{AnyError::current()};
     }
   }
-  void destroyContents() noexcept override {
-    task_.reset();
-    DerivedState<U>::destroyContents();
-  }
+  void destroyTask() noexcept override { task_.reset(); }
 
   std::optional<F> task_;
   std::shared_ptr<DispatchQueue> innerQueue_;  // present while it waits for the second future
 };
 
 /// Collects the values of its inputs, in their order: it waits for one after another, each on that
-/// input's own callback queue. Its cancellation reaches the first input only.
+/// input's own callback queue, and lets go of an input when it begins to wait for it: that input's
+/// list owns it from then on. Its cancellation reaches the first input only.
 template <class T>
 class ConcatState final : public DerivedState<std::vector<T>> {
  public:
@@ -157,6 +167,7 @@ class ConcatState final : public DerivedState<std::vector<T>> {
         inputs_(std::move(inputs)),
         queue_(this->callbackQueue()) {
     values_.reserve(inputs_.size());
+    inputs_.front().core_ = {};
   }
 
   [[nodiscard]] const std::shared_ptr<DispatchQueue>& queue() const override { return queue_; }
@@ -173,22 +184,20 @@ class ConcatState final : public DerivedState<std::vector<T>> {
       if (result == nullptr || next.callbackQueue() != queue_) break;
     }
     this->releaseSource();
-    const auto next = inputs_[values_.size()].core_;
+    const auto next = std::move(inputs_[values_.size()].core_);
     queue_ = next->callbackQueue();
-    const TailPosition tail;
-    next->add(static_cast<Continuation*>(self.detach()));
+    self.detach()->waitLastFor(*next.get());
   }
 
  private:
   void finish(Result<std::vector<T>> result) {
-    this->releaseSource();
     inputs_.clear();
+    this->releaseSource();
     this->settleLast(std::move(result));
   }
-  void destroyContents() noexcept override {
+  void destroyTask() noexcept override {
     inputs_.clear();
     values_.clear();
-    DerivedState<std::vector<T>>::destroyContents();
   }
 
   std::vector<Future<T>> inputs_;

@@ -29,10 +29,10 @@ struct IsFuture<Future<T>> : std::true_type {
 /// A result that will be there later. A cheap handle to shared state: copies are the same future,
 /// which lives as long as somebody holds one. Safe to use from any thread.
 ///
-/// Callbacks run on the queue named at registration, else on the future's `callbackQueue`; never
-/// on the thread that registers them, and never before the call returns. They are posted in the
-/// order in which they were registered. The result that a callback is given is immutable and
-/// shared.
+/// Callbacks run on the queue named at registration, else on the future's `callbackQueue`, never
+/// from inside the call that registers them. They are posted in the order in which they were
+/// registered. The result that a callback is given is immutable and shared. What a callback throws
+/// reaches whoever runs its queue.
 ///
 /// A future can be completed again: the newer result replaces the older for those who ask later, no
 /// callback runs twice, and every result lives as long as the future.
@@ -126,7 +126,7 @@ class Future {
 
   /// Marks the future cancelled and runs its cancel callbacks on this thread, those of the futures
   /// that it was derived from first. The result stays what it is; a later `success` or `failure` is
-  /// dropped.
+  /// dropped. What a cancel callback throws leaves this call; those that were to follow are dropped.
   void cancel() const { core_->cancel(); }
 
   /// The value transformed by `transform`, which runs on the queue. One that throws or returns a

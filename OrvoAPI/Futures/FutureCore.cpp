@@ -50,15 +50,10 @@ void FutureCore::dispose() noexcept {
 void FutureCore::destroyAll() noexcept {
   destroyContents();
   lock_.lock();
-  auto callbacks = std::move(callbacks_);
-  auto* cancelCallbacks = std::exchange(cancelCallbacks_, nullptr);
+  const auto callbacks = std::move(callbacks_);
+  const auto cancelCallbacks = std::move(cancelCallbacks_);
   auto* const source = std::exchange(cancelSource_, nullptr);
   lock_.unlock();
-  while (!callbacks.empty()) callbacks.pop()->drop();
-  while (auto* const callback = cancelCallbacks) {
-    cancelCallbacks = callback->next;
-    callback->drop();
-  }
   if (source != nullptr) source->releaseWeakly();
   releaseWeakly();
 }
@@ -84,7 +79,7 @@ void FutureCore::post(Continuation* callback, FutureCore& source, const void* re
   queue->post(Job(callback));
 }
 
-void FutureCore::publish(const void* result) {
+void FutureCore::publish(const void* result) noexcept {
   lock_.lock();
   result_.store(result, std::memory_order_release);
   if (posting_ || callbacks_.empty()) return lock_.unlock();
@@ -117,19 +112,19 @@ void FutureCore::add(CancelCallback* callback, DispatchQueue& queue) {
     lock_.unlock();
     return queue.post(callback->intoJob(CoreRef<FutureCore>::retain(this)));
   }
-  callback->next = nullptr;
-  auto** end = &cancelCallbacks_;
-  while (*end != nullptr) end = &(*end)->next;
-  *end = callback;
+  cancelCallbacks_.append(callback);
   lock_.unlock();
 }
 
+/// One future of a chain that is being cancelled. Callbacks that an exception keeps from being
+/// called are dropped with it.
+struct FutureCore::Cancellation {
+  CoreRef<FutureCore> future;
+  NodeList<CancelCallback> callbacks;
+  bool completed;
+};
+
 void FutureCore::cancel() {
-  struct Cancellation {
-    CoreRef<FutureCore> future;
-    CancelCallback* callbacks;
-    bool completed;
-  };
   // Up the chain in a loop, then down again with the callbacks: the source's come before its
   // derived future's, as if each were the first callback of the next.
   std::vector<Cancellation> chain;
@@ -139,19 +134,16 @@ void FutureCore::cancel() {
     core.cancelled_.store(true, std::memory_order_release);
     const bool completed = core.isCompleted();
     core.lock_.lock();
-    auto* const callbacks = std::exchange(core.cancelCallbacks_, nullptr);
+    auto callbacks = std::move(core.cancelCallbacks_);
     auto* const source = std::exchange(core.cancelSource_, nullptr);
     core.lock_.unlock();
-    chain.push_back({std::move(future), callbacks, completed});
+    chain.push_back({std::move(future), std::move(callbacks), completed});
     if (source == nullptr) break;
     future = source->lock();
     source->releaseWeakly();
   }
-  for (auto cancellation = chain.rbegin(); cancellation != chain.rend(); ++cancellation) {
-    while (auto* const callback = cancellation->callbacks) {
-      cancellation->callbacks = callback->next;
-      callback->call(cancellation->completed);
-    }
+  for (auto cancelled = chain.rbegin(); cancelled != chain.rend(); ++cancelled) {
+    while (!cancelled->callbacks.empty()) cancelled->callbacks.pop()->call(cancelled->completed);
   }
 }
 

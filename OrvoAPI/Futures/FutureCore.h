@@ -67,7 +67,8 @@ class Continuation : public JobNode {
   const void* result_ = nullptr;
 };
 
-/// A callback that waits for a future's cancellation. Called or dropped once, which consumes it.
+/// A callback that waits for a future's cancellation. Exactly one of its operations is called,
+/// once, and consumes it.
 class CancelCallback {
  public:
   virtual void call(bool completed) = 0;
@@ -149,13 +150,15 @@ class FutureCore {
     return result_.load(std::memory_order_acquire);
   }
   /// Makes `result` the current one and posts the callbacks.
-  void publish(const void* result);
+  void publish(const void* result) noexcept;
   /// True for the first caller only: he may build the result in the block.
   [[nodiscard]] bool claimFirstResult() {
     return !firstClaimed_.exchange(true, std::memory_order_acq_rel);
   }
 
  private:
+  struct Cancellation;
+
   void dispose() noexcept;
   void destroyAll() noexcept;
   static void post(Continuation* callback, FutureCore& source, const void* result);
@@ -169,7 +172,7 @@ class FutureCore {
   const std::shared_ptr<DispatchQueue> queue_;
   std::atomic<const void*> result_{nullptr};
   JobList callbacks_ ORVO_GUARDED_BY(lock_);
-  CancelCallback* cancelCallbacks_ ORVO_GUARDED_BY(lock_) = nullptr;
+  NodeList<CancelCallback> cancelCallbacks_ ORVO_GUARDED_BY(lock_);
   FutureCore* cancelSource_ ORVO_GUARDED_BY(lock_) = nullptr;  // held weakly
   std::atomic<const std::string*> label_{nullptr};
   FutureCore* nextDisposed_ = nullptr;

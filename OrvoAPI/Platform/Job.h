@@ -77,36 +77,40 @@ class Job {
 
 namespace detail {
 
-/// Jobs in the order in which they came. Not synchronised. What is left is dropped with it.
-class JobList {
+/// Nodes that wait, in the order in which they came, linked by their `next`. Not synchronised. What
+/// is left is dropped with it.
+template <class Node>
+class NodeList {
  public:
-  JobList() = default;
-  JobList(JobList&& other) noexcept { swap(other); }
-  JobList& operator=(JobList&& other) noexcept {
-    JobList(std::move(other)).swap(*this);
+  NodeList() = default;
+  NodeList(NodeList&& other) noexcept { swap(other); }
+  NodeList& operator=(NodeList&& other) noexcept {
+    NodeList(std::move(other)).swap(*this);
     return *this;
   }
-  ~JobList() {
+  ~NodeList() {
     while (!empty()) pop()->drop();
   }
 
   [[nodiscard]] bool empty() const { return first_ == nullptr; }
-  void append(JobNode* node) {
+  void append(Node* node) {
     node->next = nullptr;
     (first_ == nullptr ? first_ : last_->next) = node;
     last_ = node;
   }
-  [[nodiscard]] JobNode* pop() { return std::exchange(first_, first_->next); }
+  [[nodiscard]] Node* pop() { return std::exchange(first_, first_->next); }
 
  private:
-  void swap(JobList& other) noexcept {
+  void swap(NodeList& other) noexcept {
     std::swap(first_, other.first_);
     std::swap(last_, other.last_);
   }
 
-  JobNode* first_ = nullptr;
-  JobNode* last_ = nullptr;
+  Node* first_ = nullptr;
+  Node* last_ = nullptr;
 };
+
+using JobList = NodeList<JobNode>;
 
 }  // namespace detail
 

@@ -46,7 +46,9 @@ void SerialQueue::drop() noexcept {
   lock_.unlock();
 }
 
-void SerialQueue::runSynchronously(detail::JobNode& job, const std::atomic<bool>& done) {
+/// Stops the process when a job throws: the caller could not tell what became of his own, and a
+/// worker that ran it would have stopped the process as well.
+void SerialQueue::runSynchronously(detail::JobNode& job, const std::atomic<bool>& done) noexcept {
   if (drainer_.load(std::memory_order_relaxed) == currentThread()) {
     fatal("SerialQueue::sync called from one of the queue's own jobs");
   }
@@ -79,14 +81,16 @@ bool SerialQueue::mayLeave(unsigned ran, const std::atomic<bool>* done) const {
   return done != nullptr ? done->load(std::memory_order_relaxed) : ran >= kJobsInARow;
 }
 
+/// Runs jobs: for a synchronous caller until his own is `done`, else as a worker.
 void SerialQueue::drain(const std::atomic<bool>* done) {
   state_ = State::draining;
   drainer_.store(currentThread(), std::memory_order_relaxed);
   unsigned ran = 0;
   while (!jobs_.empty() && !mayLeave(ran, done)) {
-    Job job(jobs_.pop());
+    auto* const job = jobs_.pop();
     lock_.unlock();
-    job();
+    if (done == nullptr) detail::WorkerPool::goOnWith(job);
+    job->run();
     ++ran;
     lock_.lock();
     if (waiters_ > 0) {

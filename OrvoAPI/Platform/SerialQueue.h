@@ -13,7 +13,7 @@ namespace orvo {
 
 /// Runs its jobs one after another, in the order in which they were posted, on the workers of the
 /// global queue; it has no thread of its own. Safe to use from any thread. Jobs that wait keep it
-/// alive.
+/// alive. A job that throws stops the process.
 ///
 /// A queue is idle (no job waits), scheduled (jobs wait, and it stands itself in the global queue's
 /// list) or draining (one thread runs its jobs). A synchronous caller who finds it scheduled drains
@@ -54,7 +54,7 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
 
   void run() override;
   void drop() noexcept override;
-  void runSynchronously(detail::JobNode& job, const std::atomic<bool>& done);
+  void runSynchronously(detail::JobNode& job, const std::atomic<bool>& done) noexcept;
   void waitUntil(const std::atomic<bool>& done);
   void drain(const std::atomic<bool>* done) ORVO_REQUIRES(lock_);
   [[nodiscard]] bool mayLeave(unsigned ran, const std::atomic<bool>* done) const

@@ -17,7 +17,7 @@ constexpr std::chrono::seconds kExitPatience{2};
 
 /// What a worker knows about itself; all zero on every other thread.
 struct WorkerState {
-  bool isWorker = false;
+  const JobNode* running = nullptr;  // a job that runs inside it does not count
   bool inTailPosition = false;
   JobNode* tailJob = nullptr;
   unsigned tailJobsInARow = 0;
@@ -31,7 +31,11 @@ unsigned processors() {
 
 }  // namespace
 
-TailPosition::TailPosition() { workerState.inTailPosition = workerState.isWorker; }
+TailPosition::TailPosition(const JobNode* job) {
+  auto& state = workerState;
+  state.inTailPosition =
+      state.running == job && state.tailJob == nullptr && state.tailJobsInARow < kTailJobsInARow;
+}
 TailPosition::~TailPosition() { workerState.inTailPosition = false; }
 
 WorkerPool& WorkerPool::shared() {
@@ -52,7 +56,7 @@ void WorkerPool::postAfter(std::chrono::milliseconds delay, Job job) {
 
 void WorkerPool::post(Job job) {
   auto& state = workerState;
-  if (state.inTailPosition && state.tailJobsInARow < kTailJobsInARow) {
+  if (state.inTailPosition) {
     state.inTailPosition = false;
     state.tailJob = job.release();
     return;
@@ -72,8 +76,19 @@ void WorkerPool::post(Job job) {
     }
   }
   if (sleeper == nullptr) return startWorker();
-  sleeper->woken.store(1, std::memory_order_release);
-  sleeper->woken.notify_one();
+  wake(*sleeper);
+}
+
+void WorkerPool::wake(Worker& sleeper) {
+  // An exchange, not a store: it is seen before the look at whether anybody sleeps.
+  sleeper.woken.exchange(1);
+  sleeper.woken.notify_one();
+}
+
+void WorkerPool::goOnWith(const JobNode* job) {
+  auto& state = workerState;
+  state.running = job;
+  if (auto* const kept = std::exchange(state.tailJob, nullptr)) shared().post(Job(kept));
 }
 
 void WorkerPool::startWorker() {
@@ -100,14 +115,16 @@ JobNode* WorkerPool::take(Worker& worker) {
 }
 
 void WorkerPool::work(Worker& self) {
-  workerState.isWorker = true;
+  auto& state = workerState;
   while (auto* node = take(self)) {
-    workerState.tailJobsInARow = 0;
+    state.tailJobsInARow = 0;
     do {
+      state.running = node;
       node->run();
-      node = std::exchange(workerState.tailJob, nullptr);
-      ++workerState.tailJobsInARow;
+      node = std::exchange(state.tailJob, nullptr);
+      ++state.tailJobsInARow;
     } while (node != nullptr);
+    state.running = nullptr;
   }
   running_.remove();
 }
@@ -121,11 +138,10 @@ void WorkerPool::shutDown() {
   }
   while (sleepers != nullptr) {
     auto* const next = sleepers->nextIdle;
-    sleepers->woken.store(1, std::memory_order_release);
-    sleepers->woken.notify_one();
+    wake(*sleepers);
     sleepers = next;
   }
-  const unsigned own = workerState.isWorker ? 1 : 0;  // exit() called from a job
+  const unsigned own = workerState.running != nullptr ? 1 : 0;  // exit() called from a job
   running_.waitUntilAtMost(own, kExitPatience);
 }
 

@@ -22,6 +22,10 @@ class WorkerPool final : public DispatchQueue {
   void postAfter(std::chrono::milliseconds delay, Job job) override;
   [[nodiscard]] std::string label() const override;
 
+  /// Says that the calling worker goes on with `job` now. What an earlier one kept for the tail is
+  /// queued.
+  static void goOnWith(const JobNode* job);
+
   /// Asks the workers to end and waits, for a limited time, until they have; a job that is running
   /// is let run. Jobs that still wait are never run.
   void shutDown();
@@ -33,6 +37,7 @@ class WorkerPool final : public DispatchQueue {
   };
 
   WorkerPool();
+  static void wake(Worker& sleeper);
   void startWorker();
   void work(Worker& self);
   [[nodiscard]] JobNode* take(Worker& worker);
