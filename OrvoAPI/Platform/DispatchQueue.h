@@ -8,9 +8,12 @@
 
 namespace orvo {
 
-/// Runs jobs somewhere, later. Implement it to have callbacks on an event loop of your own. `post`
-/// is called from any thread and must never run the job before it returns. Held by shared pointers:
-/// whoever has work outstanding on a queue keeps it alive.
+/// Runs jobs somewhere, later. Implement it to have callbacks on an event loop of your own: `post`
+/// is called from any thread, must never run the job itself, and must not throw. Held by shared
+/// pointers: whoever has work outstanding on a queue keeps it alive.
+///
+/// What a job throws reaches whoever runs it. On the library's threads that stops the process; a
+/// loop of your own decides for itself.
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
  public:
   DispatchQueue() = default;
@@ -18,8 +21,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   DispatchQueue& operator=(const DispatchQueue&) = delete;
   virtual ~DispatchQueue() = default;
 
-  /// Takes the job to run it once, after this call has begun to return. A queue that goes away
-  /// destroys what it has not run.
+  /// Takes the job, to run it once and later. A queue that goes away destroys what it has not run.
   virtual void post(Job job) = 0;
 
   /// Posts the job when the delay has passed, by a clock that counts the time the device sleeps. A

@@ -3,6 +3,7 @@
 #include <OrvoAPI/Platform/DispatchQueue.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -39,14 +40,16 @@ class MainQueue final : public DispatchQueue {
   MainQueue();
   ~MainQueue() override;
   void runAsFallback();
-  void release();
   void endFallback();
 
   const std::unique_ptr<State> state_;
 };
 
-/// The right to run the main queue. It belongs to the thread that made it: only `stop` may be
-/// called from another. Destroying it gives the queue back, jobs that wait included.
+/// The right to run the main queue. It belongs to the thread that made it: to run or drain on
+/// another stops the process; `stop` may be called from any. Destroying it, even from a job of the
+/// queue, gives the queue back with the jobs that wait.
+///
+/// What a job throws leaves `run` and `drain`; the next call goes on with the next job.
 class MainQueue::Claim {
  public:
   Claim(Claim&& other) noexcept;
@@ -58,7 +61,7 @@ class MainQueue::Claim {
   /// Makes `run` return after the job that is running; one that is not running yet returns at once.
   void stop();
 
-  /// Runs the jobs that wait at the time of the call and returns how many there were.
+  /// Runs the jobs that wait at the time of the call and returns how many it ran.
   std::size_t drain();
 
   /// A descriptor that is readable while jobs wait: put it into a loop of your own and `drain` when
@@ -67,9 +70,10 @@ class MainQueue::Claim {
 
  private:
   friend class MainQueue;
-  explicit Claim(MainQueue& queue) : queue_(&queue) {}
+  Claim(State& state, std::uint64_t id) : state_(&state), id_(id) {}
 
-  MainQueue* queue_;
+  State* state_;
+  std::uint64_t id_;
 };
 
 }  // namespace orvo
