@@ -1,11 +1,15 @@
 #include <OrvoAPI/Futures/FutureWait.h>
 
+#include <algorithm>
 #include <condition_variable>
 #include <mutex>
 #include <optional>
 
 namespace orvo::detail {
 namespace {
+
+/// Longer limits wait this long: no sum overflows.
+constexpr std::chrono::hours kLongestWait{24 * 365 * 100};
 
 class ImmediateQueue final : public DispatchQueue {
  public:
@@ -31,7 +35,8 @@ void Waiter::wake(Outcome outcome) {
 
 Waiter::Outcome Waiter::wait(std::chrono::milliseconds limit) {
   std::unique_lock guard(state_->mutex);
-  state_->woken.wait_for(guard, limit, [this] { return state_->outcome.has_value(); });
+  state_->woken.wait_for(guard, std::min<std::chrono::milliseconds>(limit, kLongestWait),
+                         [this] { return state_->outcome.has_value(); });
   return state_->outcome.value_or(Outcome::timedOut);
 }
 

@@ -51,10 +51,13 @@ void endAll() {
 }  // namespace
 
 bool startThread(const char* name, void (*body)()) {
-  sigset_t all;
+  sigset_t blocked;
   sigset_t before;
-  sigfillset(&all);
-  pthread_sigmask(SIG_SETMASK, &all, &before);
+  sigfillset(&blocked);
+  for (const int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP, SIGSYS}) {
+    sigdelset(&blocked, fault);
+  }
+  pthread_sigmask(SIG_SETMASK, &blocked, &before);
   auto* const start = new Start{name, body};
   pthread_attr_t attributes;
   pthread_attr_init(&attributes);
