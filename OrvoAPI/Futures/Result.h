@@ -41,7 +41,10 @@ class [[nodiscard]] Result {
  public:
   using Value = T;
 
-  Result(T value)  // NOLINT(google-explicit-constructor): a value is a success
+  // Two, so that a large record is moved once only.
+  Result(const T& value)  // NOLINT(google-explicit-constructor): a value is a success
+      : state_(std::in_place_index<0>, value) {}
+  Result(T&& value)  // NOLINT(google-explicit-constructor)
       : state_(std::in_place_index<0>, std::move(value)) {}
   Result(Failure failure)  // NOLINT(google-explicit-constructor)
       : state_(std::in_place_index<1>, std::move(failure.error)) {}

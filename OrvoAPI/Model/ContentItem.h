@@ -6,8 +6,10 @@
 #include <OrvoAPI/Parsing/JSONValue.h>
 #include <OrvoAPI/Platform/RawValue.h>
 
+#include <concepts>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <utility>
 #include <variant>
 
@@ -18,10 +20,11 @@ class ContentItem {
  public:
   enum class Kind { video, page };
 
-  ContentItem(Video video)  // NOLINT(google-explicit-constructor): a video is an item
-      : value_(std::move(video)) {}
-  ContentItem(Page page)  // NOLINT(google-explicit-constructor): a page is an item
-      : value_(std::move(page)) {}
+  template <class Content>
+  requires std::same_as<std::remove_cvref_t<Content>, Video> ||
+      std::same_as<std::remove_cvref_t<Content>, Page>
+      ContentItem(Content&& content)  // NOLINT(google-explicit-constructor): a video is an item
+      : value_(std::forward<Content>(content)) {}
 
   [[nodiscard]] Kind kind() const { return static_cast<Kind>(value_.index()); }
   /// Null when it is a page.

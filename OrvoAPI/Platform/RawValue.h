@@ -47,7 +47,11 @@ template <RawValueEnum E>
 template <RawValueEnum E>
 [[nodiscard]] constexpr std::optional<E> fromRawValue(std::string_view text) {
   for (std::size_t i = 0; i < std::size(enumCases<E>); ++i) {
-    if (enumCases<E>[i].rawValue == text) return static_cast<E>(i);
+    const std::string_view value = enumCases<E>[i].rawValue;
+    // Raw values of one length mostly differ in their ends.
+    if (value.size() == text.size() && value.back() == text.back() && value == text) {
+      return static_cast<E>(i);
+    }
   }
   return std::nullopt;
 }

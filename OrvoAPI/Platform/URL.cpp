@@ -41,7 +41,16 @@ class ParsedURI {
   bool valid_ = false;
 };
 
-enum CharacterClass : unsigned char { kPath = 1, kQuery = 2, kQueryValue = 4 };
+enum CharacterClass : unsigned char {
+  kPath = 1,
+  kQuery = 2,
+  kQueryValue = 4,
+  // What can follow a part of a URL.
+  kAfterScheme = 8,
+  kAfterAuthority = 16,
+  kAfterPath = 32,
+  kAfterQuery = 64
+};
 
 constexpr std::array<unsigned char, 256> makeCharacterClasses() {
   std::array<unsigned char, 256> classes{};
@@ -56,6 +65,10 @@ constexpr std::array<unsigned char, 256> makeCharacterClasses() {
   add("!$'()*,:@/", kPath | kQuery | kQueryValue);
   add("&+;=", kPath | kQuery);
   add("?", kQuery | kQueryValue);
+  add(":", kAfterScheme);
+  add("/", kAfterScheme | kAfterAuthority);
+  add("?", kAfterScheme | kAfterAuthority | kAfterPath);
+  add("#", kAfterScheme | kAfterAuthority | kAfterPath | kAfterQuery);
   return classes;
 }
 
@@ -106,11 +119,13 @@ bool isQueryText(std::string_view text) {
 URL::URL(std::string validText) : text_(std::move(validText)) {
   const std::string_view text = text_;
   const auto position = [](std::size_t at) { return static_cast<std::uint32_t>(at); };
-  const auto endOf = [text](std::size_t from, std::string_view delimiters) {
-    return std::min(text.find_first_of(delimiters, from), text.size());
+  // By hand: find_first_of calls the C library for every character.
+  const auto endOf = [text](std::size_t from, CharacterClass what) {
+    while (from < text.size() && !isIn(text[from], what)) ++from;
+    return from;
   };
 
-  std::size_t at = endOf(0, ":/?#");
+  std::size_t at = endOf(0, kAfterScheme);
   if (at < text.size() && text[at] == ':') {
     schemeEnd_ = position(at);
     ++at;
@@ -118,18 +133,18 @@ URL::URL(std::string validText) : text_(std::move(validText)) {
     at = 0;
   }
   if (text.substr(at, 2) == "//") {
-    const auto authorityEnd = endOf(at + 2, "/?#");
+    const auto authorityEnd = endOf(at + 2, kAfterAuthority);
     const auto userEnd = text.substr(0, authorityEnd).find('@', at + 2);
     auto begin = userEnd == std::string_view::npos ? at + 2 : userEnd + 1;
     const bool bracketed = text.substr(begin, 1) == "[";
     if (bracketed) ++begin;
     hostBegin_ = position(begin);
-    hostEnd_ = position(std::min(endOf(begin, bracketed ? "]" : ":"), authorityEnd));
+    hostEnd_ = position(std::min(text.find(bracketed ? ']' : ':', begin), authorityEnd));
     at = authorityEnd;
   }
   pathBegin_ = position(at);
-  pathEnd_ = position(endOf(at, "?#"));
-  queryEnd_ = position(endOf(at, "#"));
+  pathEnd_ = position(endOf(at, kAfterPath));
+  queryEnd_ = position(endOf(at, kAfterQuery));
 }
 
 std::optional<URL> URL::parse(std::string_view text) {
