@@ -4,7 +4,6 @@
 #include <locale.h>
 #include <wctype.h>
 
-#include <cstdlib>
 #include <memory>
 #include <string_view>
 #include <type_traits>
@@ -18,19 +17,17 @@ struct FreeLocale {
 };
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, FreeLocale>;
 
-/// The locale of dates, with its own rules for capitals even if the terminal's are others.
+/// The locale of dates, with its own rules for capitals even where the terminal's are others.
 Locale dateLocale() {
-  const char* name = "C";
-  for (const char* variable : {"LC_ALL", "LC_TIME", "LANG"}) {
-    const char* value = std::getenv(variable);
-    if (value && *value) {
-      name = value;
-      break;
-    }
+  Locale locale(newlocale(LC_TIME_MASK, "", locale_t{}));
+  if (!locale) locale.reset(newlocale(LC_TIME_MASK, "C", locale_t{}));
+  const char* name = nl_langinfo_l(NL_LOCALE_NAME(LC_TIME), locale.get());
+  // On success the old one has become part of the new one.
+  if (locale_t both = newlocale(LC_CTYPE_MASK, name, locale.get())) {
+    (void)locale.release();
+    locale.reset(both);
   }
-  constexpr int categories = LC_TIME_MASK | LC_CTYPE_MASK;
-  if (Locale locale{newlocale(categories, name, locale_t{})}) return locale;
-  return Locale(newlocale(categories, "C", locale_t{}));
+  return locale;
 }
 
 void appendUTF8(std::string& text, char32_t c) {

@@ -1,0 +1,116 @@
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Parsing/JSONReaderError.h>
+#include <gtest/gtest.h>
+
+#include <optional>
+#include <string>
+#include <thread>
+
+namespace orvo {
+namespace {
+
+using Code = JSONReaderError::Code;
+
+Result<JSONValue> read(std::string_view body) { return JSONDataParser::value(Data(body)); }
+
+std::optional<Code> refusal(std::string_view body) {
+  const auto result = read(body);
+  if (!result.failed()) return std::nullopt;
+  return result.error()->as<JSONReaderError>()->code;
+}
+
+std::string nested(std::size_t levels, std::string_view innermost) {
+  return std::string(levels, '[').append(innermost) + std::string(levels, ']');
+}
+
+TEST(JSONReader, NamesWhatItRefuses) {
+  using namespace std::string_view_literals;
+  for (const auto body : {""sv, " \n\t"sv, "\xEF\xBB\xBF"sv}) EXPECT_EQ(refusal(body), Code::empty);
+  for (const auto body : {"{"sv, "[1,]"sv, "[1 2]"sv, "1 2"sv, "{\"a\" 1}"sv, "{1:2}"sv, "tru"sv,
+                          "[1]]"sv, "// x\n1"sv, "NaN"sv, "\0"sv, "\xEF\xBB\xBF\xEF\xBB\xBF{}"sv}) {
+    EXPECT_EQ(refusal(body), Code::malformed) << body;
+  }
+  for (const auto body :
+       {"\"\xff\""sv, "\"\xc0\x80\""sv, "\"\xed\xa0\x80\""sv, "\xff\xfe{\0}\0"sv}) {
+    EXPECT_EQ(refusal(body), Code::invalidEncoding) << body;
+  }
+  for (const auto body : {R"("\ud800")"sv, R"("\udc00")"sv, R"(["\ud800\u0041"])"sv,
+                          R"({"\udfff":1})"sv, R"("\x")"sv, "\"a\nb\""sv, "\"a"sv, "\"\0\""sv}) {
+    EXPECT_EQ(refusal(body), Code::invalidString) << body;
+  }
+  for (const auto body : {"01"sv, "1."sv, "-"sv, "[1e400]"sv, "-1e400"sv, "0x10"sv}) {
+    EXPECT_EQ(refusal(body), Code::invalidNumber) << body;
+  }
+}
+
+TEST(JSONReader, ReadsFragmentsAndSkipsAByteOrderMark) {
+  EXPECT_EQ(read(R"("text")").force().string(), "text");
+  EXPECT_EQ(read(" 7 ").force().integer(), 7);
+  EXPECT_EQ(read("null").force().kind(), JSONValue::Kind::null);
+  EXPECT_EQ(read("\xEF\xBB\xBF[true]").force().text(), "[true]");
+  EXPECT_EQ(read(R"("\ud83d\ude00\u0000")").force().string(),
+            std::string_view("\xF0\x9F\x98\x80\0", 5));
+}
+
+TEST(JSONReader, CountsTheInnermostValueAsALevel) {
+  EXPECT_EQ(refusal(nested(1023, "1")), std::nullopt);
+  EXPECT_EQ(refusal(nested(1024, "1")), Code::tooDeep);
+  EXPECT_EQ(refusal(nested(1025, "")), Code::tooDeep);
+  EXPECT_EQ(refusal(nested(1024, "")), std::nullopt);
+  EXPECT_EQ(refusal(nested(100'000, "")), Code::tooDeep);
+}
+
+TEST(JSONReader, ReadsIntegersBeyond64BitsAsDoubles) {
+  const auto value = read(R"({"text": "18446744073709551616 \" -99999999999999999999",
+      "list": [18446744073709551616, -9223372036854775809,1,-5e-1,18446744073709551615],
+      "kept": 9223372036854775807, "last":123456789012345678901234567890})");
+  const auto object = *value.force().object();
+  EXPECT_EQ(object.string("text"), "18446744073709551616 \" -99999999999999999999");
+  EXPECT_EQ(object.array("list")->asValue().text(),
+            "[1.8446744073709552e+19,-9.223372036854776e+18,1,-0.5,18446744073709551615]");
+  EXPECT_EQ(object.integer("kept"), 9223372036854775807);
+  EXPECT_EQ(object.number("last"), 123456789012345678901234567890.0);
+  EXPECT_EQ(read("18446744073709551616").force().number(), 0x1p64) << "the whole body";
+}
+
+TEST(JSONReader, StillRefusesWhatIsWrongBesideAWideInteger) {
+  const std::string wide = "18446744073709551616";
+  EXPECT_EQ(refusal("[" + wide + ",01]"), Code::invalidNumber);
+  EXPECT_EQ(refusal("[0" + wide + "]"), Code::invalidNumber);
+  EXPECT_EQ(refusal("[-0" + wide + "]"), Code::invalidNumber);
+  EXPECT_EQ(refusal("[" + wide + ".]"), Code::invalidNumber);
+  EXPECT_EQ(refusal("[" + wide + "x]"), Code::invalidNumber);
+  EXPECT_EQ(refusal("[" + std::string(400, '9') + "]"), Code::invalidNumber) << "beyond a double";
+  EXPECT_EQ(refusal("[" + wide + " 1]"), Code::malformed);
+  EXPECT_EQ(refusal("[01, \"" + wide + "\\"), Code::invalidString) << "ends within an escape";
+}
+
+TEST(JSONReader, EndsANumberAtTheEndOfTheBody) {
+  // Behind the body there may be anything, also more digits.
+  const std::string buffer = "123" + std::string(Data::kPadding, '4');
+  const Data data(std::shared_ptr<const char>(std::shared_ptr<void>(), buffer.data()), 3);
+  EXPECT_EQ(JSONDataParser::value(data).force().integer(), 123);
+}
+
+TEST(JSONReader, LetsADocumentOutliveItsBodyAndEndOnAnotherThread) {
+  std::optional<JSONValue> value;
+  std::string large = "[\"" + std::string(400'000, 'x') + "\"]";
+  std::thread([&] {
+    value = read(large).force();
+    large.clear();
+    EXPECT_FALSE(read("[1]").failed()) << "reading on does not touch what was read";
+  }).join();
+  EXPECT_EQ((*value->strings()->begin()).size(), 400'000U);
+  std::thread([last = std::move(*value)] {
+    EXPECT_EQ(last.kind(), JSONValue::Kind::array);
+  }).join();
+}
+
+TEST(JSONReader, KeepsTheBodyOutOfItsDescription) {
+  const auto result = read(R"({"token": "secret)");
+  EXPECT_TRUE(result.error()->description().starts_with("JSON reader: "));
+  EXPECT_EQ(result.error()->description().find("secret"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace orvo

@@ -1,0 +1,99 @@
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Parsing/JSONReaderError.h>
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+#include <string>
+
+namespace {
+
+/// Allocations of this thread until they are refused; none are while it is negative.
+thread_local long allocationsLeft = -1;
+thread_local bool refusesForEver = false;
+thread_local bool refusedAny = false;
+
+void* allocate(std::size_t size) noexcept {
+  if (allocationsLeft > 0) {
+    --allocationsLeft;
+  } else if (allocationsLeft == 0) {
+    refusedAny = true;
+    if (!refusesForEver) allocationsLeft = -1;
+    return nullptr;
+  }
+  return std::malloc(size > 0 ? size : 1);
+}
+
+void* allocateOrThrow(std::size_t size) {
+  if (void* memory = allocate(size)) return memory;
+  throw std::bad_alloc();
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) { return allocateOrThrow(size); }
+void* operator new[](std::size_t size) { return allocateOrThrow(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete[](void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete[](void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace orvo {
+namespace {
+
+enum class Outcome { read, typedError, badAlloc };
+
+/// Reads the body while the allocation of that number is refused, and all later ones if `forEver`.
+Outcome readRefusing(long allocation, const Data& body, bool forEver) {
+  refusedAny = false;
+  refusesForEver = forEver;
+  allocationsLeft = allocation;
+  Outcome outcome = Outcome::read;
+  try {
+    const auto result = JSONDataParser::array(body);
+    allocationsLeft = -1;
+    if (result.failed()) outcome = Outcome::typedError;
+    if (const auto* error = result.failed() ? result.error()->as<JSONReaderError>() : nullptr) {
+      EXPECT_EQ(error->code, JSONReaderError::Code::outOfMemory);
+    }
+  } catch (const std::bad_alloc&) {
+    outcome = Outcome::badAlloc;
+  }
+  allocationsLeft = -1;
+  return outcome;
+}
+
+/// A body that needs new memory of each kind: larger than what is kept, and with an integer that
+/// has to be rewritten.
+Data demandingBody(std::size_t size) {
+  return Data("[{\"wide\":18446744073709551616,\"text\":\"" + std::string(size, 'x') + "\"}]");
+}
+
+TEST(JSONReaderOutOfMemory, IsATypedErrorWhicheverAllocationIsRefused) {
+  long refusals = 0;
+  for (const std::size_t size : {10U, 1000U, 300'000U}) {
+    const Data body = demandingBody(size);
+    for (long allocation = 0;; ++allocation, ++refusals) {
+      const Outcome outcome = readRefusing(allocation, body, false);
+      if (!refusedAny) break;
+      EXPECT_EQ(outcome, Outcome::typedError) << allocation;
+      EXPECT_FALSE(JSONDataParser::array(body).failed()) << "and the next reading works again";
+    }
+  }
+  EXPECT_GT(refusals, 9);
+}
+
+TEST(JSONReaderOutOfMemory, IsAnExceptionWhenTheErrorCannotBeMadeEither) {
+  const Data body = demandingBody(300'000);
+  for (long allocation = 0;; ++allocation) {
+    const Outcome outcome = readRefusing(allocation, body, true);
+    if (!refusedAny) break;
+    EXPECT_EQ(outcome, Outcome::badAlloc) << allocation;
+  }
+  EXPECT_FALSE(JSONDataParser::array(body).failed());
+}
+
+}  // namespace
+}  // namespace orvo
