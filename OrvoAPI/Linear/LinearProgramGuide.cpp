@@ -1,4 +1,5 @@
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Model/ContentFieldsInternal.h>
 #include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 
@@ -12,7 +13,7 @@ std::vector<LinearProgram> programs(const JSONObject& json) {
   std::vector<LinearProgram> programs;
   const auto items = json.objects("items");
   if (!items) return programs;
-  programs.reserve(items->size());
+  detail::reserve(programs, items->size());
   for (const JSONObject& item : *items) {
     auto parsed = LinearProgramParser::parse(item);
     if (LinearProgram* program = parsed.value()) {

@@ -15,7 +15,7 @@ std::vector<CollectionReference> collections(const JSONObject& json) {
   std::vector<CollectionReference> references;
   const auto entries = json.objects("collections");
   if (!entries) return references;
-  references.reserve(entries->size());
+  reserve(references, entries->size());
   for (const JSONObject& entry : *entries) {
     const auto id = entry.string("id");
     const auto label = entry.string("label");
@@ -42,7 +42,7 @@ Status status(const JSONObject& json) {
 std::vector<AppAction> appActions(const std::optional<JSONObjects>& links) {
   std::vector<AppAction> actions;
   if (!links) return actions;
-  actions.reserve(links->size());
+  reserve(actions, links->size());
   for (const JSONObject& link : *links) {
     if (link.string("type") != "button") continue;
     auto parsed = AppActionParser::parse(link);

@@ -7,6 +7,8 @@
 #include <OrvoAPI/Parsing/JSONValue.h>
 #include <OrvoAPI/Platform/URL.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,12 +42,20 @@ template <RawValueEnum E>
 /// The buttons among a document's "links", without those that cannot be read.
 [[nodiscard]] std::vector<AppAction> appActions(const std::optional<JSONObjects>& links);
 
+/// Makes room for that many records, within reason: a body of tiny bad elements must not claim
+/// gigabytes for records that will never be.
+template <class Item>
+void reserve(std::vector<Item>& items, std::size_t count) {
+  constexpr std::size_t kMost = 1024;
+  items.reserve(std::min(count, kMost));
+}
+
 /// What `Parser` makes of the elements, with `arguments`; those that it refuses are left out.
 template <class Parser, class Item, class... Arguments>
 [[nodiscard]] std::vector<Item> parsedItems(const JSONObjects& elements,
                                             const Arguments&... arguments) {
   std::vector<Item> items;
-  items.reserve(elements.size());
+  reserve(items, elements.size());
   for (const JSONObject& element : elements) {
     auto parsed = Parser::parse(element, arguments...);
     if (Item* item = parsed.value()) items.push_back(std::move(*item));
