@@ -22,8 +22,8 @@ class SessionError {
   };
 
   template <class Case>
-    requires std::same_as<typename Case::Enumeration, SessionError>
-  SessionError(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+  requires std::same_as<typename Case::Enumeration, SessionError> SessionError(
+      Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
       : value_(value) {}
 
   /// The payload when it is this case, else null.

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <OrvoAPI/Context/FetchOptions.h>
+#include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Platform/URLRequest.h>
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvo::detail {
+
+/// Builds the request of one content fetch: a path beneath the API's base URL and query items in
+/// the order in which they are added.
+class ContentRequest {
+ public:
+  /// `input` is reported when path and query make no URL.
+  ContentRequest(std::string path, std::string_view input)
+      : reference_(std::move(path)), input_(input) {}
+
+  ContentRequest& add(std::string_view name, std::string_view value);
+  /// Adds "offset" and "limit" when there is a page.
+  ContentRequest& add(const std::optional<PageRequest>& page);
+
+  /// Fails with `URLService::Error::invalidInput`. Nothing of an identifier may end up in a
+  /// fragment, which would never reach the server.
+  [[nodiscard]] Result<URL> url(const URL& baseURL) const;
+
+ private:
+  std::string reference_;
+  std::string_view input_;
+};
+
+/// A request that ignores what is cached on this device.
+[[nodiscard]] URLRequest uncachedRequest(URL url, std::chrono::seconds timeout);
+
+}  // namespace orvo::detail

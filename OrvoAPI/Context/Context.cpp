@@ -1,0 +1,62 @@
+#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/RequestPipelineInternal.h>
+#include <OrvoAPI/Logging/LoggingService.h>
+
+#include <array>
+#include <utility>
+
+namespace orvo {
+namespace {
+
+constexpr std::array<std::string_view, 3> kSystemViewOrder{"discover", "calendar", "channels"};
+
+}  // namespace
+
+std::shared_ptr<Context> Context::make(Configuration configuration, URL baseURL, URL resourceURL,
+                                       std::shared_ptr<SessionProvider> sessionProvider,
+                                       std::shared_ptr<NetworkDataProvider> networkProvider,
+                                       ContextOptions options) {
+  if (options.logger == nullptr) options.logger = std::make_shared<LoggingService>();
+  if (options.clock == nullptr) options.clock = Clock::system();
+  return std::shared_ptr<Context>(new Context(std::move(configuration), std::move(baseURL),
+                                              std::move(resourceURL), std::move(sessionProvider),
+                                              std::move(networkProvider), std::move(options)));
+}
+
+Context::Context(Configuration configuration, URL baseURL, URL resourceURL,
+                 std::shared_ptr<SessionProvider> sessionProvider,
+                 std::shared_ptr<NetworkDataProvider> networkProvider, ContextOptions options)
+    : configuration_(std::move(configuration)),
+      urlService_{.baseURL = std::move(baseURL), .resourceURL = resourceURL},
+      resourceHost_{.baseURL = std::move(resourceURL), .displayScale = options.displayScale},
+      logger_(std::move(options.logger)),
+      clock_(std::move(options.clock)),
+      pipeline_(std::make_shared<detail::RequestPipeline>(std::move(sessionProvider),
+                                                          std::move(networkProvider))),
+      store_(std::make_unique<AppStore>(clock_)),
+      appValues_(std::make_unique<KeyedStore<std::any>>()) {}
+
+Context::~Context() = default;
+
+const std::shared_ptr<SessionProvider>& Context::sessionProvider() const {
+  return pipeline_->sessionProvider();
+}
+
+std::vector<SystemView> Context::systemViews() const {
+  std::vector<SystemView> views;
+  for (const auto name : kSystemViewOrder) {
+    for (const auto& view : configuration_.systemViews) {
+      if (view.name != name) continue;
+      views.push_back({view.name, view.label, view.id, systemViewCapability(view.id, view.label)});
+    }
+  }
+  return views;
+}
+
+URL Context::videoURL(std::string_view videoID) const {
+  const auto relative = urlService_.videoURL(std::string(videoID));
+  return constants().hlsBaseURL.appendingPathComponent(
+      relative(sessionProvider()->currentToken()).text());
+}
+
+}  // namespace orvo

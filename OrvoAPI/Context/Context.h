@@ -1,0 +1,204 @@
+#pragma once
+
+#include <OrvoAPI/Configuration/Configuration.h>
+#include <OrvoAPI/Context/Capability.h>
+#include <OrvoAPI/Context/FetchOptions.h>
+#include <OrvoAPI/Context/URLService.h>
+#include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Linear/Lineup.h>
+#include <OrvoAPI/Logging/Logger.h>
+#include <OrvoAPI/Model/ContentItem.h>
+#include <OrvoAPI/Model/ItemCollection.h>
+#include <OrvoAPI/Model/ResourceHost.h>
+#include <OrvoAPI/Model/SearchCollection.h>
+#include <OrvoAPI/Model/VideoAdMetadata.h>
+#include <OrvoAPI/Network/NetworkDataProvider.h>
+#include <OrvoAPI/Network/SessionProvider.h>
+#include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Storage/AppStore.h>
+#include <OrvoAPI/Storage/KeyedStore.h>
+
+#include <any>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo {
+
+namespace detail {
+class RequestPipeline;
+}
+
+struct ContextOptions {
+  /// Takes the library's diagnostics; a `LoggingService` when there is none.
+  std::shared_ptr<Logger> logger = nullptr;
+  /// Where caches and tokens learn their age; the system's clocks when there is none.
+  std::shared_ptr<const Clock> clock = nullptr;
+  /// Pixels per point of the display, for the sizes of images.
+  double displayScale = 1;
+};
+
+/// The library's root object: the service as one session and one configuration see it. Safe to use
+/// from any thread. Held by shared pointers; the app owns it. Dropping it cancels nothing: fetches
+/// under way complete, but for one whose session is just being renewed.
+///
+/// A fetch delivers an immutable value that it shares with the cache. It fails with the error of
+/// the session or the transport (`URLError`) unchanged, with `SessionError` when the server
+/// refuses, with `GeneralError::underlying` around the parser's error when the answer is no such
+/// document, and with `URLService::Error::invalidInput` when the identifier makes no URL; then
+/// nothing is sent. Two equal fetches at once make two requests. Cancelling a fetch drops its
+/// result and reaches nothing that is under way. Values from the cache, and tokens that are still
+/// fresh, come through the main queue.
+class Context final : public std::enable_shared_from_this<Context> {
+ public:
+  /// `baseURL`: the API's, ending with "/"; `resourceURL`: the images'.
+  [[nodiscard]] static std::shared_ptr<Context> make(
+      Configuration configuration, URL baseURL, URL resourceURL,
+      std::shared_ptr<SessionProvider> sessionProvider,
+      std::shared_ptr<NetworkDataProvider> networkProvider, ContextOptions options = {});
+  ~Context();
+  Context(const Context&) = delete;
+  Context& operator=(const Context&) = delete;
+
+  // The configuration and its sections.
+  [[nodiscard]] const Configuration& configuration() const { return configuration_; }
+  [[nodiscard]] const Constants& constants() const { return configuration_.constants; }
+  [[nodiscard]] const ColorPalette& colorPalette() const { return configuration_.colorPalette; }
+  [[nodiscard]] const Links& links() const { return configuration_.links; }
+  [[nodiscard]] const Requirements::KillSwitch& killSwitch() const {
+    return configuration_.requirements.killSwitch;
+  }
+  [[nodiscard]] const Requirements::AppVersion& requiredAppVersion() const {
+    return configuration_.requirements.appVersion;
+  }
+  [[nodiscard]] const Requirements::OSVersion& requiredOsVersion() const {
+    return configuration_.requirements.osVersion;
+  }
+  [[nodiscard]] const RatingPromptConfig& ratingPromptConfig() const {
+    return configuration_.ratingPromptConfig;
+  }
+  [[nodiscard]] const std::optional<DisplayAd>& displayAd() const {
+    return configuration_.displayAd;
+  }
+  [[nodiscard]] const LinearStream& linearStream() const { return configuration_.linearStream; }
+  [[nodiscard]] const std::string& shareStringTemplate() const {
+    return configuration_.constants.shareStringTemplate;
+  }
+  [[nodiscard]] Environment environment() const { return configuration_.environment; }
+  /// In the order discover, calendar, channels; those that the configuration lacks are missing.
+  [[nodiscard]] std::vector<SystemView> systemViews() const;
+
+  // What the context holds.
+  [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const;
+  [[nodiscard]] const URLService& urlService() const { return urlService_; }
+  /// What the builders of image URLs take.
+  [[nodiscard]] const ResourceHost& resourceHost() const { return resourceHost_; }
+  /// The cached answers; empty it when memory runs short.
+  [[nodiscard]] AppStore& store() const { return *store_; }
+  /// Values of the app's own, of any type.
+  [[nodiscard]] KeyedStore<std::any>& appValues() const { return *appValues_; }
+  [[nodiscard]] Logger& logger() const { return *logger_; }
+  [[nodiscard]] const std::shared_ptr<const Clock>& clock() const { return clock_; }
+
+  // Fetches. Identifiers go into the path as they are given.
+  [[nodiscard]] Future<Shared<Page>> fetchPage(std::string_view id,
+                                               const PageFetchOptions& options = {}) const;
+  [[nodiscard]] Future<Shared<Video>> fetchVideo(std::string_view id,
+                                                 const VideoFetchOptions& options = {}) const;
+  [[nodiscard]] Future<Shared<ContentItem>> fetchContentItem(std::string_view id) const;
+  /// A page whose title is `label`.
+  [[nodiscard]] Future<Shared<Page>> fetchSystemView(std::string_view id,
+                                                     std::string_view label) const;
+  [[nodiscard]] Future<Shared<ItemCollection>> fetchItemCollection(
+      std::string_view id, const ListFetchOptions& options = {}) const;
+  [[nodiscard]] Future<Shared<Playlist>> fetchPlaylist(std::string_view id,
+                                                       const ListFetchOptions& options = {}) const;
+  /// The playlist with this video in it, in front when the server does not list it.
+  [[nodiscard]] Future<Shared<Playlist>> fetchPlaylist(std::string_view id,
+                                                       const Video& including) const;
+  /// Never cached, nor are the other searches.
+  [[nodiscard]] Future<Shared<std::vector<SearchCollection>>> fetchSearchResults(
+      std::string_view query) const;
+  /// The first collection of that kind, or an empty one.
+  [[nodiscard]] Future<Shared<SearchCollection>> fetchSearchCollection(
+      std::string_view query, SearchCollection::ResultsKind kind,
+      const ListFetchOptions& options = {}) const;
+  [[nodiscard]] Future<Shared<std::vector<std::string>>> fetchSearchSuggestions(
+      std::string_view query) const;
+  /// `id`: the linear stream's; the server knows only one and is not told.
+  [[nodiscard]] Future<Shared<LinearProgramGuide>> fetchLinearProgramGuide(
+      std::string_view id, Date start, Date end, const ListFetchOptions& options = {}) const;
+  /// `url` is absolute. Sent without the token, which it waits for all the same.
+  [[nodiscard]] Future<Shared<Lineup>> fetchLineup(const URL& url) const;
+  [[nodiscard]] Future<Shared<VideoAdMetadata>> fetchVideoAdMetadata(std::string_view id) const;
+
+  /// Where the video's stream begins. It contains the current token: keep it out of logs.
+  [[nodiscard]] URL videoURL(std::string_view videoID) const;
+
+  // Capabilities: the same fetches for later.
+  [[nodiscard]] Capability<Shared<Page>> pageFetchCapability(std::string pageID,
+                                                             PageFetchOptions options = {}) const;
+  [[nodiscard]] Capability<Shared<Video>> videoFetchCapability(
+      std::string videoID, VideoFetchOptions options = {}) const;
+  [[nodiscard]] Capability<Shared<ContentItem>> contentItemCapability(std::string productID) const;
+  [[nodiscard]] Capability<Shared<Page>> systemViewCapability(std::string systemViewID,
+                                                              std::string label) const;
+  [[nodiscard]] Capability<Shared<ItemCollection>> collectionCapability(
+      std::string collectionID) const;
+  /// One for each identifier, in order.
+  [[nodiscard]] std::vector<Capability<Shared<ItemCollection>>> collectionFetchCapabilities(
+      const std::vector<std::string>& collectionIDs) const;
+  [[nodiscard]] Capability<Shared<Playlist>> playlistCapability(std::string playlistID) const;
+  /// The playlist that the video came with, else the one for deep links, with the video in it;
+  /// without either, a playlist of the video alone, which sends no request.
+  [[nodiscard]] Capability<Shared<Playlist>> playlistCapability(Video video) const;
+  /// The same for a video that is fetched first, as one of the given playlist.
+  [[nodiscard]] Capability<Shared<Playlist>> playlistCapability(
+      std::string videoID, std::optional<std::string> playlistID) const;
+  /// Nothing when no playlist continues after the video.
+  [[nodiscard]] std::optional<Capability<Shared<Playlist>>> nextPlaylistCapability(
+      const Video& video) const;
+  [[nodiscard]] Capability<Shared<std::vector<SearchCollection>>> searchCapability(
+      std::string query) const;
+  [[nodiscard]] Capability<Shared<SearchCollection>> searchCapability(
+      std::string query, SearchCollection::ResultsKind kind) const;
+  [[nodiscard]] Capability<Shared<std::vector<std::string>>> searchSuggestionsCapability(
+      std::string query) const;
+  /// How the lineup is to be drawn stays with the caller.
+  [[nodiscard]] Capability<Shared<Lineup>> lineupCapability(LineupReference meta) const;
+  [[nodiscard]] Capability<Shared<LinearProgramGuide>> linearProgramGuideCapability(
+      Date start, Date end, ListFetchOptions options = {}) const;
+  [[nodiscard]] UpcomingEvents upcomingEventsCapability() const;
+  [[nodiscard]] Capability<Shared<VideoAdMetadata>> videoAdMetadataCapability(
+      std::string videoID) const;
+
+  // The next part of a list, or nothing when there is none. A list whose offset and limit add up
+  // beyond 64 bits stops the process.
+  [[nodiscard]] std::optional<Capability<Shared<ItemCollection>>> nextFetchCapability(
+      const ItemCollection& collection) const;
+  [[nodiscard]] std::optional<Capability<Shared<Playlist>>> nextFetchCapability(
+      const Playlist& playlist) const;
+  [[nodiscard]] std::optional<Capability<Shared<SearchCollection>>> nextFetchCapability(
+      const SearchCollection& collection) const;
+  [[nodiscard]] std::optional<Capability<Shared<LinearProgramGuide>>> nextCapability(
+      const LinearProgramGuide& guide) const;
+
+ private:
+  Context(Configuration configuration, URL baseURL, URL resourceURL,
+          std::shared_ptr<SessionProvider> sessionProvider,
+          std::shared_ptr<NetworkDataProvider> networkProvider, ContextOptions options);
+
+  const Configuration configuration_;
+  const URLService urlService_;
+  const ResourceHost resourceHost_;
+  const std::shared_ptr<Logger> logger_;
+  const std::shared_ptr<const Clock> clock_;
+  const std::shared_ptr<detail::RequestPipeline> pipeline_;
+  const std::unique_ptr<AppStore> store_;
+  const std::unique_ptr<KeyedStore<std::any>> appValues_;
+};
+
+}  // namespace orvo

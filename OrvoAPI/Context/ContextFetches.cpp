@@ -1,0 +1,238 @@
+#include <OrvoAPI/Context/ContentRequestInternal.h>
+#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/RequestPipelineInternal.h>
+#include <OrvoAPI/Parsing/DateFormatter.h>
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Platform/RawValue.h>
+
+#include <memory>
+#include <utility>
+
+namespace orvo {
+namespace {
+
+using namespace std::chrono_literals;
+using detail::ContentRequest;
+using detail::uncachedRequest;
+
+/// Most content answers at once or not at all.
+constexpr auto kContentTimeout = 10s;
+/// A system view is the first thing that a user sees: he gets no page at all without it.
+constexpr auto kSystemViewTimeout = 15s;
+
+/// What every content request but the lineup's asks of the pipeline.
+constexpr bool kRetry = true;
+constexpr bool kAuthed = true;
+
+template <class T>
+Result<Shared<T>> share(Result<T> result) {
+  if (result.failed()) return Failure{*result.error()};
+  return std::make_shared<const T>(std::move(*result.value()));
+}
+
+/// The body as a JSON object, made into a model by `parse`.
+template <class T, class Parse>
+Future<Shared<T>> parsed(const Future<Data>& body, Parse parse) {
+  return body.map([](const Data& data) { return JSONDataParser::object(data); })
+      .map([parse = std::move(parse)](const JSONObject& json) { return share<T>(parse(json)); });
+}
+
+template <class T>
+Future<T> failed(const Result<URL>& url) {
+  return Future<T>::failed(*url.error());
+}
+
+/// A cached video names the playlist of whoever fetched it first; this caller asked with his own.
+Shared<Video> withPlaylistID(Shared<Video> video, const std::optional<std::string>& playlistID) {
+  if (video->playlistID == playlistID) return video;
+  auto own = std::make_shared<Video>(*video);
+  own->playlistID = playlistID;
+  return own;
+}
+
+/// A cached system view has the title of whoever fetched it first; this caller asked with his own.
+Shared<Page> withTitle(Shared<Page> page, std::string_view title) {
+  if (page->title == title) return page;
+  auto own = std::make_shared<Page>(*page);
+  own->title = title;
+  return own;
+}
+
+}  // namespace
+
+Future<Shared<Page>> Context::fetchPage(std::string_view id,
+                                        const PageFetchOptions& options) const {
+  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Page>>(url);
+  const auto load = [&] {
+    return parsed<Page>(
+        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
+        [](const JSONObject& json) { return PageParser::parse(json); });
+  };
+  return options.noCache ? load() : store_->pages.access(url.value()->text(), load);
+}
+
+Future<Shared<Video>> Context::fetchVideo(std::string_view id,
+                                          const VideoFetchOptions& options) const {
+  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Video>>(url);
+  const auto load = [&] {
+    return parsed<Video>(
+        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
+        [playlistID = options.playlistID](const JSONObject& json) {
+          return VideoParser::parse(json, playlistID);
+        });
+  };
+  if (options.noCache) return load();
+  const auto& key = url.value()->text();
+  if (auto hit = store_->videos.element(key)) {
+    return Future<Shared<Video>>::succeeded(withPlaylistID(std::move(hit), options.playlistID));
+  }
+  return store_->videos.keep(load(), key);
+}
+
+Future<Shared<ContentItem>> Context::fetchContentItem(std::string_view id) const {
+  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<ContentItem>>(url);
+  return store_->items.access(url.value()->text(), [&] {
+    return parsed<ContentItem>(
+        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
+        [](const JSONObject& json) { return ContentItemParser::parse(json); });
+  });
+}
+
+Future<Shared<Page>> Context::fetchSystemView(std::string_view id, std::string_view label) const {
+  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Page>>(url);
+  const auto& key = url.value()->text();
+  if (auto hit = store_->systemViews.element(key)) {
+    return Future<Shared<Page>>::succeeded(withTitle(std::move(hit), label));
+  }
+  return store_->systemViews.keep(
+      parsed<Page>(
+          pipeline_->fetch(uncachedRequest(*url.value(), kSystemViewTimeout), kRetry, kAuthed),
+          [label = std::string(label)](const JSONObject& json) {
+            return SystemViewParser::parse(json, label);
+          }),
+      key);
+}
+
+Future<Shared<ItemCollection>> Context::fetchItemCollection(std::string_view id,
+                                                            const ListFetchOptions& options) const {
+  const auto url = ContentRequest("collections/" + std::string(id), id)
+                       .add(options.page)
+                       .url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<ItemCollection>>(url);
+  return store_->collections.access(url.value()->text(), [&] {
+    return parsed<ItemCollection>(
+        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
+        [](const JSONObject& json) { return ItemCollectionParser::parse(json); });
+  });
+}
+
+Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id,
+                                                const ListFetchOptions& options) const {
+  const auto url =
+      ContentRequest("playlists/" + std::string(id), id).add(options.page).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Playlist>>(url);
+  return store_->playlists.access(url.value()->text(), [&] {
+    return parsed<Playlist>(pipeline_->fetch(URLRequest{.url = *url.value()}, kRetry, kAuthed),
+                            [](const JSONObject& json) { return PlaylistParser::parse(json); });
+  });
+}
+
+Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id, const Video& including) const {
+  const auto url = ContentRequest("playlists/" + std::string(id), id)
+                       .add("includes", including.id)
+                       .url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Playlist>>(url);
+  return store_->playlists.access(url.value()->text(), [&] {
+    return parsed<Playlist>(
+        pipeline_->fetch(URLRequest{.url = *url.value()}, kRetry, kAuthed),
+        [including](const JSONObject& json) { return PlaylistParser::parse(json, &including); });
+  });
+}
+
+Future<Shared<std::vector<SearchCollection>>> Context::fetchSearchResults(
+    std::string_view query) const {
+  using Results = std::vector<SearchCollection>;
+  const auto url = ContentRequest("search", query).add("q", query).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Results>>(url);
+  return parsed<Results>(
+      pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
+      [query = std::string(query)](const JSONObject& json) {
+        return SearchResultsParser::parse(json, query);
+      });
+}
+
+Future<Shared<SearchCollection>> Context::fetchSearchCollection(
+    std::string_view query, SearchCollection::ResultsKind kind,
+    const ListFetchOptions& options) const {
+  const auto url = ContentRequest("search", query)
+                       .add("q", query)
+                       .add("collection_type", rawValue(kind))
+                       .add(options.page)
+                       .url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<SearchCollection>>(url);
+  return parsed<SearchCollection>(
+      pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
+      [query = std::string(query), kind](const JSONObject& json) -> Result<SearchCollection> {
+        auto collections = SearchResultsParser::parse(json, query);
+        if (collections.failed()) return Failure{*collections.error()};
+        for (auto& collection : *collections.value()) {
+          if (collection.resultsKind == kind) return std::move(collection);
+        }
+        return SearchCollection::empty(query, kind);
+      });
+}
+
+Future<Shared<std::vector<std::string>>> Context::fetchSearchSuggestions(
+    std::string_view query) const {
+  using Texts = std::vector<std::string>;
+  const auto url = ContentRequest("search/suggest", query).add("q", query).url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<Texts>>(url);
+  return pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed)
+      .map([](const Data& data) { return share<Texts>(JSONDataParser::stringArray(data)); });
+}
+
+Future<Shared<LinearProgramGuide>> Context::fetchLinearProgramGuide(
+    std::string_view id, Date start, Date end, const ListFetchOptions& options) const {
+  const auto formatter = epgFromDateFormatter();
+  const auto url = ContentRequest("epg", id)
+                       .add("start_time", formatter.string(start))
+                       .add("end_time", formatter.string(end))
+                       .add(options.page)
+                       .url(urlService_.baseURL);
+  if (url.failed()) return failed<Shared<LinearProgramGuide>>(url);
+  return store_->guide.access(url.value()->text(), [&] {
+    return parsed<LinearProgramGuide>(
+        pipeline_->fetch(URLRequest{.url = *url.value()}, kRetry, kAuthed),
+        [start, end](const JSONObject& json) {
+          return LinearProgramGuideParser::parse(json, start, end);
+        });
+  });
+}
+
+Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
+  if (!url.isAbsolute()) {
+    return Future<Shared<Lineup>>::failed(URLService::Error::invalidInput{url.text()});
+  }
+  return store_->lineups.access(url.text(), [&] {
+    return pipeline_->fetch(uncachedRequest(url, kContentTimeout), !kRetry, !kAuthed)
+        .map([](const Data& data) { return JSONDataParser::array(data); })
+        .map([](const JSONObjects& slots) {
+          return Shared<Lineup>(std::make_shared<const Lineup>(LineupParser::parse(slots)));
+        });
+  });
+}
+
+Future<Shared<VideoAdMetadata>> Context::fetchVideoAdMetadata(std::string_view id) const {
+  const auto relative = urlService_.videoAdMetadataURL(std::string(id));
+  auto url = constants().hlsBaseURL.appendingPathComponent(
+      relative(sessionProvider()->currentToken()).text());
+  return parsed<VideoAdMetadata>(
+      pipeline_->fetch(uncachedRequest(std::move(url), kContentTimeout), kRetry, kAuthed),
+      [](const JSONObject& json) { return Result(VideoAdMetadataParser::parse(json)); });
+}
+
+}  // namespace orvo

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <OrvoAPI/Context/Client.h>
+#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Platform/URLSessionConfiguration.h>
+
+#include <memory>
+
+namespace orvo {
+
+struct BootstrapOptions {
+  /// How every URL session of the library is made; its `protocolClasses` see the requests of the
+  /// bootstrap and every later one.
+  URLSessionConfiguration session = {};
+  /// What the context is made with.
+  ContextOptions context = {};
+  /// What the configuration names as its origin when the base URLs are given by hand.
+  Environment environment = Environment::production;
+};
+
+/// Creates the library's root object. May be called from any thread.
+struct ContextService {
+  ContextService() = delete;
+
+  /// Opens a session and downloads the configuration, at once and without authorisation, and makes
+  /// the context of both. There is no retry and no fallback: any failure fails the future, one of
+  /// the session before one of the configuration. Transport errors come unchanged; a status of 400
+  /// or above, and a document that cannot be read, within `GeneralError::underlying`. Cancelling
+  /// the future cancels the session's request.
+  [[nodiscard]] static Future<std::shared_ptr<Context>> context(
+      Environment environment, Client client, const BootstrapOptions& options = {});
+
+  /// The same for a deployment with base URLs of its own, which may be http. Both end with "/"; a
+  /// relative one stops the process.
+  [[nodiscard]] static Future<std::shared_ptr<Context>> context(
+      const URL& baseURL, const URL& resourceURL, Client client,
+      const BootstrapOptions& options = {});
+};
+
+}  // namespace orvo
