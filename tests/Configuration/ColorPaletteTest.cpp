@@ -1,8 +1,6 @@
 #include <OrvoAPI/Configuration/ColorPalette.h>
 #include <gtest/gtest.h>
 
-#include <utility>
-
 #include "tests/support/Document.h"
 
 namespace orvo {
@@ -19,20 +17,12 @@ TEST(Color, IsMadeOfTwentyFourBits) {
 }
 
 TEST(Color, ReadsTheLongestRunOfHexadecimalDigits) {
-  const std::pair<const char*, std::uint32_t> cases[] = {{"FF8800", 0xFF8800},
-                                                         {"#ff8800", 0xFF8800},
-                                                         {"##fF8800###", 0xFF8800},
-                                                         {"12", 0x12},
-                                                         {"12zz34", 0x12},
-                                                         {"  ab", 0xAB},
-                                                         {"#0xAB", 0xAB},
-                                                         {"0x", 0},
-                                                         {"AA123456", 0x123456},
-                                                         {"123456789", 0xFFFFFF},
-                                                         {"1#2", 1}};
-  for (const auto& [text, value] : cases) {
-    EXPECT_EQ(Color::fromHexString(text), Color(value)) << text;
+  for (const char* text :
+       {"AB", "#ab", "##aB###", "ABzz34", "  ab", "#0xAB", "FF0000AB", "ab#12"}) {
+    EXPECT_EQ(Color::fromHexString(text), Color(0xAB)) << text;
   }
+  EXPECT_EQ(Color::fromHexString("0x"), Color(0));
+  EXPECT_EQ(Color::fromHexString("123456789"), Color(0xFFFFFF)) << "too great a number";
   for (const char* text : {"", "#", "####", "#zz0000", "-1", " ", "+1", "# "}) {
     EXPECT_EQ(Color::fromHexString(text), std::nullopt) << text;
   }

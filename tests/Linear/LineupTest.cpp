@@ -6,6 +6,7 @@
 #include <time.h>
 
 #include <cstdlib>
+#include <initializer_list>
 #include <optional>
 
 #include "tests/support/Document.h"
@@ -40,6 +41,12 @@ const Document kSlot{{"start", R"("2017-05-01T10:05:00.000Z")"},
 
 LineupSlot slotAt(std::string_view start) {
   return {.start = from8601(start).force(), .title = std::string(start.substr(11, 5))};
+}
+
+Lineup lineupOf(std::initializer_list<std::string_view> starts) {
+  std::vector<LineupSlot> slots;
+  for (const auto start : starts) slots.push_back(slotAt(start));
+  return Lineup::grouping(std::move(slots));
 }
 
 /// Each day's start, then its hours with the slots' titles; in UTC.
@@ -103,9 +110,8 @@ TEST(LineupParser, DropsTheSlotsThatItCannotRead) {
 TEST(Lineup, IsGroupedByTheStartsOfItsSlots) {
   const Zone zone("UTC");
   const Lineup lineup =
-      Lineup::grouping({slotAt("2017-05-02T00:00:00Z"), slotAt("2017-05-01T11:00:00Z"),
-                        slotAt("2017-05-01T10:55:00Z"), slotAt("2017-05-01T23:59:59Z"),
-                        slotAt("2017-05-01T10:05:00Z"), slotAt("2017-05-01T10:55:00Z")});
+      lineupOf({"2017-05-02T00:00:00Z", "2017-05-01T11:00:00Z", "2017-05-01T10:55:00Z",
+                "2017-05-01T23:59:59Z", "2017-05-01T10:05:00Z", "2017-05-01T10:55:00Z"});
   EXPECT_EQ(listing(lineup),
             "2017-05-01T00:00: 10:00(10:55 10:05 10:55) 11:00(11:00) 23:00(23:59)\n"
             "2017-05-02T00:00: 00:00(00:00)\n");
@@ -116,62 +122,55 @@ TEST(Lineup, IsGroupedByTheStartsOfItsSlots) {
 
 TEST(Lineup, IsGroupedInTheDevicesZone) {
   const Zone zone("Asia/Kolkata");  // 5:30 ahead
-  EXPECT_EQ(
-      listing(Lineup::grouping({slotAt("2017-05-01T18:29:00Z"), slotAt("2017-05-01T18:31:00Z")})),
-      "2017-04-30T18:30: 17:30(18:29)\n2017-05-01T18:30: 18:30(18:31)\n");
+  EXPECT_EQ(listing(lineupOf({"2017-05-01T18:29:00Z", "2017-05-01T18:31:00Z"})),
+            "2017-04-30T18:30: 17:30(18:29)\n2017-05-01T18:30: 18:30(18:31)\n");
 }
 
 TEST(Lineup, CountsElapsedHoursWhenClocksChange) {
   const Zone zone("Europe/Vienna");
   // Clocks go from 2:00 to 3:00 at 1:00 UTC: the wall's 3:30 counts as the third hour of the day,
   // and 23:30 as the first of the next.
-  EXPECT_EQ(
-      listing(Lineup::grouping({slotAt("2017-03-26T00:30:00Z"), slotAt("2017-03-26T01:30:00Z"),
-                                slotAt("2017-03-26T21:30:00Z"), slotAt("2017-03-26T22:30:00Z")})),
-      "2017-03-25T23:00: 00:00(00:30) 02:00(01:30)\n"
-      "2017-03-26T22:00: 22:00(21:30 22:30)\n");
+  EXPECT_EQ(listing(lineupOf({"2017-03-26T00:30:00Z", "2017-03-26T01:30:00Z",
+                              "2017-03-26T21:30:00Z", "2017-03-26T22:30:00Z"})),
+            "2017-03-25T23:00: 00:00(00:30) 02:00(01:30)\n"
+            "2017-03-26T22:00: 22:00(21:30 22:30)\n");
   // Clocks go back from 3:00 to 2:00 at 1:00 UTC: the wall's two hours from 2:00 are one.
-  EXPECT_EQ(
-      listing(Lineup::grouping({slotAt("2017-10-29T00:30:00Z"), slotAt("2017-10-29T01:30:00Z"),
-                                slotAt("2017-10-29T02:30:00Z"), slotAt("2017-10-29T22:30:00Z")})),
-      "2017-10-28T22:00: 00:00(00:30 01:30) 01:00(02:30) 21:00(22:30)\n");
+  EXPECT_EQ(listing(lineupOf({"2017-10-29T00:30:00Z", "2017-10-29T01:30:00Z",
+                              "2017-10-29T02:30:00Z", "2017-10-29T22:30:00Z"})),
+            "2017-10-28T22:00: 00:00(00:30 01:30) 01:00(02:30) 21:00(22:30)\n");
 }
 
 TEST(LineupScheduled, HoldsForSlotsHoursDaysAndDates) {
   const Zone zone("UTC");
-  const Lineup lineup = Lineup::grouping({slotAt("2017-05-01T10:05:00Z")});
+  const Lineup lineup = lineupOf({"2017-05-01T10:05:00Z"});
   const Date start = lineup.slots[0].start;
   const LineupDay& day = lineup.days[0];
   EXPECT_EQ(scheduleDay(lineup.slots[0]), day.startTime);
   EXPECT_EQ(scheduleDay(day), day.startTime);
   EXPECT_EQ(scheduleHour(start), day.hours[0].startTime);
   EXPECT_EQ(scheduleHour(day.hours[0]), day.hours[0].startTime);
-  EXPECT_TRUE(before(day, lineup.slots[0]));
+  EXPECT_TRUE(before(day, lineup.slots[0]) && before(day.hours[0], start));
   EXPECT_FALSE(before(start, lineup.slots[0]));
-  EXPECT_TRUE(before(day.hours[0], start));
 }
 
 TEST(Lineup, LeavesItsHoursAndDaysReadable) {
-  std::optional<Lineup> lineup =
-      Lineup::grouping({slotAt("2017-05-01T10:05:00Z"), slotAt("2017-05-01T11:05:00Z")});
+  std::optional<Lineup> lineup = lineupOf({"2017-05-01T10:05:00Z", "2017-05-01T11:05:00Z"});
   const LineupDay day = lineup->days[0];
   const LineupHour hour = lineup->days[0].hours[1];
   const LineupSlots slots = lineup->slots;
   lineup.reset();
-  EXPECT_EQ(hour.slots[0].title, "11:05");
-  EXPECT_EQ(day.hours[0].slots.begin()->title, "10:05");
+  EXPECT_EQ(hour.slots[0].title + day.hours[0].slots.begin()->title, "11:0510:05");
   EXPECT_EQ(slots.size(), 2U);
 }
 
 TEST(Lineup, IsEqualWhateverHoldsItsSlots) {
   const auto first = slotAt("2017-05-01T10:05:00Z");
-  const auto second = slotAt("2017-05-01T10:06:00Z");
-  EXPECT_EQ(Lineup::grouping({first, second}), Lineup::grouping({first, second}));
-  EXPECT_NE(Lineup::grouping({first, second}), Lineup::grouping({second, first}));
-  auto renamed = second;
-  renamed.channelName = "other";
-  EXPECT_NE(Lineup::grouping({first, second}), Lineup::grouping({first, renamed}));
-  EXPECT_NE(Lineup::grouping({first}), Lineup::grouping({first, second}));
+  auto second = slotAt("2017-05-01T10:06:00Z");
+  const Lineup lineup = Lineup::grouping({first, second});
+  EXPECT_EQ(lineup, Lineup::grouping({first, second}));
+  EXPECT_NE(lineup, Lineup::grouping({second, first}));
+  second.channelName = "other";
+  EXPECT_NE(lineup, Lineup::grouping({first, second}));
 }
 
 }  // namespace

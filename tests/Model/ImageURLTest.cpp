@@ -30,14 +30,9 @@ std::string titleTokens(ImageSize size, const TitleURLOptions& options) {
 }
 
 TEST(ImageURL, IsBuiltOnTheResourceHost) {
-  EXPECT_EQ(kImage.url({300, 200}, {}, host(2)).text(),
-            "https://r.example/v3/AP-123/orvo_cover_art_square/"
-            "im:i:c_fill,w_600,h_400,f_jpg,q_65");
-  const ImageResource title{.key = ImageResourceKey::titleTreatmentLandscape,
-                            .productID = "AP-123"};
-  EXPECT_EQ(title.titleUrl({300, 200}, {}, host(2)).text(),
-            "https://r.example/v3/AP-123/orvo_title_treatment_landscape/"
-            "im:i:e_trim,w_600,h_400,f_png");
+  const std::string base = "https://r.example/v3/AP-123/orvo_cover_art_square/im:i:";
+  EXPECT_EQ(kImage.url({300, 200}, {}, host(2)).text(), base + "c_fill,w_600,h_400,f_jpg,q_65");
+  EXPECT_EQ(kImage.titleUrl({300, 200}, {}, host(2)).text(), base + "e_trim,w_600,h_400,f_png");
   const IconResource icon{.productID = "AP-123"};
   EXPECT_EQ(icon.iconURL(host(2)).text(), "https://r.example/v3/icon/AP-123/im:i:w_60,h_60,f_png");
   EXPECT_EQ(icon.iconURL(host(), {.size = {0, 8}, .format = kJPG}).text(),
