@@ -59,6 +59,7 @@
 #include <OrvoAPI/Storage/KeyedStore.h>
 #include <OrvoAPI/Storage/Store.h>
 
+#include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/Session.h>

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <OrvoAPI/Network/NetworkDataProvider.h>
+#include <OrvoAPI/Network/SessionProvider.h>
+#include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Platform/URLInterceptor.h>
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace orvo {
+
+/// Sends requests through one URL session and gives the redirected ones a token of the session
+/// provider. Safe to use from any thread. Holds its session provider and its URL session; requests
+/// under way outlive it.
+///
+/// A redirect is followed with the query of the address that redirected, when the new one has none,
+/// and with the current token, when the request carried one: to whatever host the server names, so
+/// a server that redirects elsewhere hands the token on. When no token can be had the redirect is
+/// refused.
+class DefaultNetworkProvider final : public NetworkDataProvider {
+ public:
+  using ProtocolClasses = std::optional<std::vector<std::shared_ptr<URLInterceptor>>>;
+
+  /// A null session provider stops the process.
+  explicit DefaultNetworkProvider(std::shared_ptr<SessionProvider> sessionProvider,
+                                  ProtocolClasses protocolClasses = std::nullopt);
+
+  [[nodiscard]] Future<HTTPResult> fetch(const URLRequest& request) override;
+
+  [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const {
+    return sessionProvider_;
+  }
+  [[nodiscard]] const ProtocolClasses& protocolClasses() const { return protocolClasses_; }
+
+  /// The session of all fetches, made with the first call: 10 connections to a host, the protocol
+  /// classes, and the delegate below.
+  [[nodiscard]] std::shared_ptr<URLSession> urlSession();
+  /// Puts another session in its place; what is under way stays with the old one.
+  void setURLSession(std::shared_ptr<URLSession> session);
+
+  /// What decides about redirects, for a session made elsewhere that is to do the same.
+  [[nodiscard]] const std::shared_ptr<URLSessionDelegate>& sessionDelegate() const {
+    return delegate_;
+  }
+
+ private:
+  const std::shared_ptr<SessionProvider> sessionProvider_;
+  const ProtocolClasses protocolClasses_;
+  /// An object of its own: the session holds it, and must not hold the provider that holds it.
+  const std::shared_ptr<URLSessionDelegate> delegate_;
+  std::mutex mutex_;
+  std::shared_ptr<URLSession> session_;  // guarded by mutex_
+};
+
+}  // namespace orvo

@@ -1,0 +1,70 @@
+#include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Network/URLTaskInternal.h>
+#include <OrvoAPI/Platform/QueueLabels.h>
+
+#include <string>
+#include <utility>
+
+namespace orvo {
+namespace detail {
+
+URLSessionCore::URLSessionCore(URLSessionConfiguration configuration,
+                               std::shared_ptr<URLSessionDelegate> sessionDelegate)
+    : interceptors(configuration.protocolClasses),
+      delegate(std::move(sessionDelegate)),
+      queue(SerialQueue::make(std::string(ServiceDomainPrefix) + ".url_session.delegate")),
+      network(NetworkSession::make(configuration)) {}
+
+URLSessionCore::~URLSessionCore() { NetworkThread::shared().close(network); }
+
+bool URLSessionCore::add(URLTask& task) {
+  const LockGuard guard(lock_);
+  if (invalidated_) return false;
+  task.index_ = tasks_.size();
+  tasks_.push_back(&task);
+  return true;
+}
+
+void URLSessionCore::remove(URLTask& task) {
+  const LockGuard guard(lock_);
+  if (task.index_ >= tasks_.size() || tasks_[task.index_] != &task) return;
+  std::swap(tasks_[task.index_], tasks_.back());
+  tasks_[task.index_]->index_ = task.index_;
+  tasks_.pop_back();
+}
+
+void URLSessionCore::invalidate() {
+  std::vector<std::shared_ptr<URLTask>> cancelled;
+  {
+    const LockGuard guard(lock_);
+    invalidated_ = true;
+    for (auto* const task : tasks_) {
+      if (auto held = task->weak_from_this().lock()) cancelled.push_back(std::move(held));
+    }
+  }
+  for (const auto& task : cancelled) task->cancel();
+}
+
+}  // namespace detail
+
+URLSession::URLSession(URLSessionConfiguration configuration,
+                       std::shared_ptr<URLSessionDelegate> delegate)
+    : core_(std::make_shared<detail::URLSessionCore>(std::move(configuration),
+                                                     std::move(delegate))) {}
+
+URLSession::~URLSession() = default;
+
+Future<HTTPResult> URLSession::fetch(const URLRequest& request) {
+  const auto task = std::make_shared<detail::URLTask>(core_, request);
+  auto future = task->future();
+  // Weakly: the future must not keep alive what completes it.
+  future.onCancel([weak = std::weak_ptr(task)](bool) {
+    if (const auto held = weak.lock()) held->cancel();
+  });
+  task->begin();
+  return future;
+}
+
+void URLSession::invalidateAndCancel() { core_->invalidate(); }
+
+}  // namespace orvo

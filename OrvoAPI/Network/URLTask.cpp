@@ -1,0 +1,273 @@
+#include <OrvoAPI/Network/URLTaskInternal.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+constexpr unsigned kMaximumRedirects = 20;
+
+URLError cancelled() { return {URLError::cancelled, "cancelled"}; }
+
+bool equalSchemes(std::string_view lhs, std::string_view rhs) {
+  return std::equal(lhs.begin(), lhs.end(), rhs.begin(), rhs.end(),
+                    [](char a, char b) { return (a | 0x20) == (b | 0x20); });
+}
+
+bool isHTTP(const URL& url) {
+  return equalSchemes(url.scheme(), "http") || equalSchemes(url.scheme(), "https");
+}
+
+/// A token of the protocol's grammar: a method, or the name of a field.
+bool isToken(std::string_view text) {
+  static constexpr std::string_view kOthers = "!#$%&'*+-.^_`|~";
+  return !text.empty() && std::all_of(text.begin(), text.end(), [](char c) {
+    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+           kOthers.find(c) != std::string_view::npos;
+  });
+}
+
+/// What would make another request on the wire than the one that was meant.
+std::optional<URLError> faultOfFields(const URLRequest& request) {
+  using namespace std::string_view_literals;
+  if (!isToken(request.method)) return URLError{URLError::badURL, "the method is no token"};
+  for (const auto field : request.headers) {
+    if (!isToken(field.name)) return URLError{URLError::badURL, "a header's name is no token"};
+    if (field.value.find_first_of("\r\n\0"sv) != std::string_view::npos) {
+      return URLError{URLError::badURL, "a header's value holds a line break or NUL"};
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<URLError> faultOfAddress(const URL& url) {
+  if (!url.isAbsolute()) return URLError{URLError::badURL, "the URL is not absolute"};
+  if (!isHTTP(url)) return URLError{URLError::unsupportedURL, "the scheme is not http or https"};
+  if (url.host().empty()) return URLError{URLError::badURL, "the URL names no host"};
+  return std::nullopt;
+}
+
+bool isRedirect(int status) {
+  constexpr std::array kRedirects = {301, 302, 303, 307, 308};
+  return std::find(kRedirects.begin(), kRedirects.end(), status) != kRedirects.end();
+}
+
+/// Never down from https, where what was secret would be sent in the open, nor to what is not HTTP.
+bool mayRedirect(const URL& from, const URL& to) {
+  return equalSchemes(from.scheme(), to.scheme()) ||
+         (equalSchemes(from.scheme(), "http") && equalSchemes(to.scheme(), "https"));
+}
+
+URLRequest redirected(const URLRequest& request, const URL& to, int status) {
+  URLRequest next = request;
+  next.url = to.withoutFragment();
+  // Credentials and the name of the host were meant for where they were sent; the delegate adds
+  // what the new place is to have.
+  next.headers.remove("Authorization");
+  next.headers.remove("Host");
+  if (to.host() != request.url.host()) next.headers.remove("Cookie");
+  const bool seeOther = status == 303 && request.method != "HEAD";
+  if (seeOther || (status <= 302 && request.method == "POST")) {
+    next.method = "GET";
+    next.body = {};
+    next.headers.remove("Content-Type");
+    next.headers.remove("Content-Length");
+    next.headers.remove("Content-Encoding");
+  }
+  return next;
+}
+
+/// The delegate's word on one redirect, shared by the copies of its completion handler. Safe to use
+/// from any thread; refuses when it goes unspoken.
+class RedirectDecision {
+ public:
+  explicit RedirectDecision(std::shared_ptr<URLTask> task) : task_(std::move(task)) {}
+  RedirectDecision(const RedirectDecision&) = delete;
+  RedirectDecision& operator=(const RedirectDecision&) = delete;
+  ~RedirectDecision() { make(std::nullopt); }
+
+  void make(std::optional<URLRequest> request) {
+    if (!made_.exchange(true)) task_->decide(std::move(request));
+  }
+
+ private:
+  const std::shared_ptr<URLTask> task_;
+  std::atomic<bool> made_{false};
+};
+
+}  // namespace
+
+/// What an interceptor gets of a task that it may take.
+class TaskInterception final : public InterceptedRequest {
+ public:
+  explicit TaskInterception(std::shared_ptr<URLTask> task, std::shared_ptr<SerialQueue> queue)
+      : task_(std::move(task)), queue_(std::move(queue)) {}
+  ~TaskInterception() override {
+    if (taken_.load()) fail({URLError::unknown, "the interceptor dropped the request"});
+  }
+
+  void respond(HTTPURLResponse response, Data body) override {
+    answer(HTTPResult{std::move(response), std::move(body)});
+  }
+  void fail(URLError error) override { answer(std::move(error)); }
+  void onCancel(std::function<void()> task) override {
+    const LockGuard guard(lock_);
+    if (cancelled_) {
+      queue_->post(std::move(task));
+    } else {
+      onCancel_.swap(task);
+    }
+  }
+
+  void markTaken() { taken_.store(true); }
+  /// On the queue.
+  void cancel() {
+    std::function<void()> task;
+    {
+      const LockGuard guard(lock_);
+      cancelled_ = true;
+      task.swap(onCancel_);
+    }
+    if (task) task();
+  }
+
+ private:
+  void answer(HTTPOutcome outcome) {
+    if (!answered_.exchange(true)) task_->answer(URLTask::State::intercepted, std::move(outcome));
+  }
+
+  const std::shared_ptr<URLTask> task_;
+  const std::shared_ptr<SerialQueue> queue_;
+  std::atomic<bool> taken_{false};
+  std::atomic<bool> answered_{false};
+  Lock lock_;
+  bool cancelled_ ORVO_GUARDED_BY(lock_) = false;
+  std::function<void()> onCancel_ ORVO_GUARDED_BY(lock_);
+};
+
+URLTask::URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request)
+    : core_(std::move(core)), request_(std::move(request)) {}
+
+URLTask::~URLTask() { core_->remove(*this); }
+
+void URLTask::begin() {
+  if (!core_->add(*this)) return answer(State::exchanging, cancelled());
+  if (!core_->interceptors.empty()) {
+    core_->queue->post([self = shared_from_this()] { self->hop(); });
+    return;
+  }
+  // Nobody else knows the task yet.
+  if (auto fault = faultOfFields(request_)) return answer(State::exchanging, *std::move(fault));
+  send();
+}
+
+void URLTask::cancel() {
+  markCancelled();
+  NetworkThread::shared().cancel(core_->network, shared_from_this());
+  core_->queue->post([self = shared_from_this()] { self->didCancel(); });
+}
+
+void URLTask::answer(State from, HTTPOutcome outcome) {
+  core_->queue->post([self = shared_from_this(), from, outcome = std::move(outcome)]() mutable {
+    // A cancelled task has ended before its interceptor's answer.
+    if (self->state_ == from) self->didAnswer(std::move(outcome));
+  });
+}
+
+void URLTask::decide(std::optional<URLRequest> request) {
+  core_->queue->post([self = shared_from_this(), request = std::move(request)]() mutable {
+    self->didDecide(std::move(request));
+  });
+}
+
+void URLTask::hop() {
+  state_ = State::exchanging;
+  if (isCancelled()) return finish(cancelled());
+  if (auto fault = faultOfFields(request_)) return finish(*std::move(fault));
+  if (!offerToInterceptors()) send();
+}
+
+bool URLTask::offerToInterceptors() {
+  for (const auto& interceptor : core_->interceptors) {
+    const auto interception = std::make_shared<TaskInterception>(shared_from_this(), core_->queue);
+    interception_ = interception;
+    state_ = State::intercepted;
+    if (interceptor->intercept(request_, interception)) {
+      interception->markTaken();
+      return true;
+    }
+  }
+  state_ = State::exchanging;
+  return false;
+}
+
+void URLTask::send() {
+  if (auto fault = faultOfAddress(request_.url))
+    return answer(State::exchanging, *std::move(fault));
+  auto refused = NetworkThread::shared().start(core_->network, shared_from_this());
+  if (refused) answer(State::exchanging, *std::move(refused));
+}
+
+void URLTask::didCancel() {
+  if (state_ == State::intercepted) {
+    if (const auto interception = interception_.lock()) interception->cancel();
+  }
+  if (state_ == State::intercepted || state_ == State::deciding) finish(cancelled());
+}
+
+void URLTask::didAnswer(HTTPOutcome outcome) {
+  auto* const result = std::get_if<HTTPResult>(&outcome);
+  if (result == nullptr || !isRedirect(result->response.statusCode)) {
+    return finish(std::move(outcome));
+  }
+  const auto location = result->response.headers.value("Location");
+  if (!location) return finish(std::move(outcome));
+  redirect(std::move(*result), std::string(*location));
+}
+
+void URLTask::redirect(HTTPResult result, std::string_view location) {
+  const auto to = URL::parse(location, request_.url);
+  if (!to || (isHTTP(*to) && to->host().empty())) {
+    return finish(URLError{URLError::redirectToNonExistentLocation, "the Location is no URL"});
+  }
+  if (!mayRedirect(request_.url, *to)) return finish(std::move(result));
+  if (++redirects_ > kMaximumRedirects) {
+    return finish(URLError{URLError::httpTooManyRedirects, "too many redirects"});
+  }
+  if (!original_) original_ = request_;
+  auto next = redirected(request_, *to, result.response.statusCode);
+  state_ = State::deciding;
+  redirect_ = std::move(result);
+  if (core_->delegate == nullptr) return didDecide(std::move(next));
+  const auto decision = std::make_shared<RedirectDecision>(shared_from_this());
+  core_->delegate->willPerformHTTPRedirection(
+      redirect_->response, next, *original_,
+      [decision](std::optional<URLRequest> request) { decision->make(std::move(request)); });
+}
+
+void URLTask::didDecide(std::optional<URLRequest> request) {
+  if (state_ != State::deciding) return;
+  auto refused = *std::exchange(redirect_, std::nullopt);
+  if (!request || !mayRedirect(request_.url, request->url)) return finish(std::move(refused));
+  request_ = *std::move(request);
+  request_.url = request_.url.withoutFragment();
+  hop();
+}
+
+void URLTask::finish(HTTPOutcome outcome) {
+  state_ = State::done;
+  core_->remove(*this);
+  if (auto* const result = std::get_if<HTTPResult>(&outcome)) {
+    promise_.success(std::move(*result));
+  } else {
+    promise_.failure(std::get<URLError>(std::move(outcome)));
+  }
+}
+
+}  // namespace orvo::detail

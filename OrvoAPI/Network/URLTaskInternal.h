@@ -1,0 +1,111 @@
+#pragma once
+
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Network/URLSessionDelegate.h>
+#include <OrvoAPI/Platform/HTTPURLResponse.h>
+#include <OrvoAPI/Platform/NetworkThreadInternal.h>
+#include <OrvoAPI/Platform/SerialQueue.h>
+#include <OrvoAPI/Platform/URLInterceptor.h>
+#include <OrvoAPI/Platform/URLRequest.h>
+#include <OrvoAPI/Platform/URLSessionConfiguration.h>
+
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace orvo::detail {
+
+class URLTask;
+
+/// What a URL session and its tasks have in common; the last of them to go closes the connections.
+/// Safe to use from any thread.
+class URLSessionCore {
+ public:
+  URLSessionCore(URLSessionConfiguration configuration,
+                 std::shared_ptr<URLSessionDelegate> delegate);
+  ~URLSessionCore();
+  URLSessionCore(const URLSessionCore&) = delete;
+  URLSessionCore& operator=(const URLSessionCore&) = delete;
+
+  const std::vector<std::shared_ptr<URLInterceptor>> interceptors;
+  const std::shared_ptr<URLSessionDelegate> delegate;
+  const std::shared_ptr<SerialQueue> queue;
+  const std::shared_ptr<NetworkSession> network;
+
+  /// False when the session has been invalidated.
+  [[nodiscard]] bool add(URLTask& task);
+  void remove(URLTask& task);
+  void invalidate();
+
+ private:
+  Lock lock_;
+  bool invalidated_ ORVO_GUARDED_BY(lock_) = false;
+  std::vector<URLTask*> tasks_ ORVO_GUARDED_BY(lock_);
+};
+
+/// One fetch of a URL session, from the request to the end of its future. Its state belongs to the
+/// session's queue. Whoever has the next step in hand holds it: the network thread, a job on the
+/// queue, the interceptor or the delegate; the future only knows it weakly.
+///
+/// Each hop, the first one and one for each redirect that is followed, goes like this:
+///
+///     hop ── an interceptor takes it ──> intercepted ──┐
+///      │                                               ├── an answer ── is a redirect ──> deciding
+///      └── else, over the network ─────> exchanging ───┘      │                            │    │
+///      ^                                                     else                     refused   │
+///      │                                                      └────────> done <────────────┘    │
+///      └─────────────────────────────── followed ───────────────────────────────────────────────┘
+///
+/// Anything may also end in an error, and cancelling ends every state: at once while the
+/// interceptor or the delegate has the word, through the network thread while the exchange is
+/// there.
+class URLTask final : public HTTPExchange, public std::enable_shared_from_this<URLTask> {
+ public:
+  enum class State { exchanging, intercepted, deciding, done };
+
+  URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request);
+  ~URLTask() override;
+
+  [[nodiscard]] const Future<HTTPResult>& future() const { return promise_.future(); }
+
+  // From any thread.
+  void begin();
+  void cancel();
+  /// Dropped unless the task is in the state that the answer comes from.
+  void answer(State from, HTTPOutcome outcome);
+  void decide(std::optional<URLRequest> request);
+
+  [[nodiscard]] const URLRequest& exchangeRequest() const override { return request_; }
+  void exchangeDidEnd(HTTPOutcome outcome) override {
+    answer(State::exchanging, std::move(outcome));
+  }
+
+ private:
+  friend class URLSessionCore;
+
+  void hop();
+  [[nodiscard]] bool offerToInterceptors();
+  void send();
+  void didCancel();
+  void didAnswer(HTTPOutcome outcome);
+  void didDecide(std::optional<URLRequest> request);
+  void redirect(HTTPResult result, std::string_view location);
+  void finish(HTTPOutcome outcome);
+
+  const std::shared_ptr<URLSessionCore> core_;
+  const Promise<HTTPResult> promise_;
+  std::size_t index_ = 0;  // among the session's tasks; guarded by its lock
+
+  State state_ = State::exchanging;
+  /// What the present hop sends.
+  URLRequest request_;
+  /// What the caller sent, once the first redirect has come.
+  std::optional<URLRequest> original_;
+  unsigned redirects_ = 0;
+  /// The redirect that is being decided.
+  std::optional<HTTPResult> redirect_;
+  std::weak_ptr<class TaskInterception> interception_;
+};
+
+}  // namespace orvo::detail

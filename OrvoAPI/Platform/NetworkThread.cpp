@@ -1,0 +1,194 @@
+#include <OrvoAPI/Platform/NetworkThreadInternal.h>
+
+#include <curl/curl.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+constexpr int kEventsAtATime = 64;
+constexpr std::chrono::seconds kExitPatience{2};
+
+}  // namespace
+
+NetworkThread& NetworkThread::shared() {
+  static auto* const thread = new NetworkThread;  // its thread may outlive static destruction
+  return *thread;
+}
+
+std::optional<URLError> NetworkThread::start(std::shared_ptr<NetworkSession> session,
+                                             std::shared_ptr<HTTPExchange> exchange) {
+  if (post({Command::Kind::start, std::move(session), std::move(exchange)})) return std::nullopt;
+  const LockGuard guard(lock_);
+  if (state_ == State::ended) return URLError{URLError::cancelled, "the process is ending"};
+  return URLError{URLError::unknown, "no network thread could be started"};
+}
+
+void NetworkThread::cancel(std::shared_ptr<NetworkSession> session,
+                           std::shared_ptr<HTTPExchange> exchange) {
+  post({Command::Kind::cancel, std::move(session), std::move(exchange)});
+}
+
+void NetworkThread::close(std::shared_ptr<NetworkSession> session) {
+  post({Command::Kind::close, std::move(session), nullptr});
+}
+
+bool NetworkThread::post(Command command) {
+  const LockGuard guard(lock_);
+  if (state_ == State::unused && command.kind == Command::Kind::start) begin();
+  if (state_ != State::running) return false;
+  commands_.push_back(std::move(command));
+  if (commands_.size() == 1) eventfd_write(wakeup_, 1);
+  return true;
+}
+
+void NetworkThread::begin() {
+  const auto end = [] { shared().shutDown(); };
+  // Counted: a host that uses the same library does not notice.
+  const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  // Once in its turn among the library's threads, and once, by its own entry, before the TLS
+  // library takes itself apart: that one has registered its end just now.
+  atProcessExit(ExitStage::network, end);
+  std::atexit(end);
+  epoll_ = epoll_create1(EPOLL_CLOEXEC);
+  wakeup_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  epoll_event event{};
+  event.events = EPOLLIN;
+  event.data.fd = wakeup_;
+  running_.add();
+  if (initialised && epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeup_, &event) == 0 &&
+      startThread("orvo-network", [] { shared().run(); })) {
+    state_ = State::running;
+    return;
+  }
+  running_.remove();
+  state_ = State::failed;
+}
+
+void NetworkThread::shutDown() {
+  {
+    const LockGuard guard(lock_);
+    if (state_ == State::running) eventfd_write(wakeup_, 1);
+    state_ = State::ended;
+  }
+  running_.waitUntilAtMost(0, kExitPatience);
+}
+
+void NetworkThread::run() {
+  now_ = std::chrono::steady_clock::now();
+  while (runCommands()) {
+    // By index: a session is opened or closed by a command only, but it may start to wait.
+    for (std::size_t i = 0; i < sessions_.size(); ++i) {
+      if (sessions_[i]->nextTimer() <= now_) sessions_[i]->runTimers();
+    }
+    waitForEvents();
+  }
+  while (!sessions_.empty()) end(sessions_.back());
+  ::close(wakeup_);
+  ::close(epoll_);
+  running_.remove();
+}
+
+/// False when the process is ending; the commands that came before that have been run.
+bool NetworkThread::runCommands() {
+  bool running = true;
+  {
+    const LockGuard guard(lock_);
+    taken_.swap(commands_);
+    running = state_ == State::running;
+  }
+  for (auto& command : taken_) runCommand(std::move(command));
+  taken_.clear();
+  return running;
+}
+
+void NetworkThread::runCommand(Command command) {
+  auto& [kind, session, exchange] = command;
+  const auto found = std::find(sessions_.begin(), sessions_.end(), session);
+  switch (kind) {
+    case Command::Kind::start:
+      if (found == sessions_.end()) sessions_.push_back(session);
+      session->start(std::move(exchange));
+      break;
+    case Command::Kind::cancel:
+      session->cancel(*exchange);
+      break;
+    case Command::Kind::close:
+      if (found != sessions_.end()) end(session);
+      break;
+  }
+}
+
+void NetworkThread::end(const std::shared_ptr<NetworkSession>& session) {
+  const auto ended = session;  // the argument may be the element that goes
+  ended->close();
+  for (auto& watch : watches_) {
+    if (watch.session == ended.get()) watch.session = nullptr;
+  }
+  std::erase(sessions_, ended);
+}
+
+void NetworkThread::waitForEvents() {
+  std::array<epoll_event, kEventsAtATime> events;
+  const int count = epoll_wait(epoll_, events.data(), kEventsAtATime, millisecondsToNextTimer());
+  now_ = std::chrono::steady_clock::now();
+  for (int i = 0; i < count; ++i) {
+    const auto& event = events[static_cast<std::size_t>(i)];
+    if (event.data.fd == wakeup_) {
+      eventfd_t value = 0;
+      eventfd_read(wakeup_, &value);
+      continue;
+    }
+    // An event of a socket that was closed meanwhile finds nobody, or one who finds nothing to
+    // read.
+    const auto watch = watches_[static_cast<std::size_t>(event.data.fd)];
+    if (watch.session != nullptr) {
+      watch.session->socketIsReady(event.data.fd, event.events, watch.context);
+    }
+  }
+}
+
+int NetworkThread::millisecondsToNextTimer() const {
+  auto next = NetworkTime::max();
+  for (const auto& session : sessions_) next = std::min(next, session->nextTimer());
+  if (next == NetworkTime::max()) return -1;
+  const auto wait =
+      std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
+  constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24);
+  return static_cast<int>(std::clamp(wait, std::chrono::milliseconds(0), kLongest).count());
+}
+
+void NetworkThread::watch(int socket, std::uint32_t events, NetworkSession& session,
+                          void* context) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index >= watches_.size()) watches_.resize(index + 1);
+  auto& watch = watches_[index];
+  epoll_event event{};
+  event.events = events;
+  event.data.fd = socket;
+  epoll_ctl(epoll_, watch.registered ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, socket, &event);
+  watch = {&session, context, true};
+}
+
+void NetworkThread::unwatch(int socket) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index >= watches_.size() || !watches_[index].registered) return;
+  epoll_ctl(epoll_, EPOLL_CTL_DEL, socket, nullptr);
+  watches_[index] = {};
+}
+
+void NetworkThread::forgetContext(int socket, const void* context) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index < watches_.size() && watches_[index].context == context) {
+    watches_[index].context = nullptr;
+  }
+}
+
+}  // namespace orvo::detail
