@@ -4,6 +4,7 @@
 /// (Futures/Coroutine.h) and the test kit (Testing/).
 
 #include <OrvoAPI/Platform/BoundedCache.h>
+#include <OrvoAPI/Platform/Calendar.h>
 #include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Platform/Color.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
@@ -104,8 +105,12 @@
 #include <OrvoAPI/Linear/LineupSlot.h>
 #include <OrvoAPI/Linear/LineupSlots.h>
 
+#include <OrvoAPI/Context/Capability.h>
 #include <OrvoAPI/Context/Client.h>
+#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/Context/FetchOptions.h>
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 
