@@ -117,8 +117,7 @@ Json Documents::product(const Product& product, Instant now) const {
     if (!product.shelves.empty()) json.set("deeplink_playlist", product.shelves.front());
     if (!product.nextPlaylist.empty()) json.set("next_playlist", product.nextPlaylist);
   } else {
-    json.set("long_description", product.description + (product.description.empty() ? "" : " ") +
-                                     "Made up for the demo service, like everything here.");
+    json.set("long_description", "Made up for the demo service, like everything here.");
     if (product.kind == "generic") json.set("icon", "orvo-logo");
   }
   return json;

@@ -19,7 +19,7 @@ class Commands {
   /// which returns the exit status.
   CLI::App* add(const std::string& name, const std::string& description,
                 std::function<int(Tool&)> run) {
-    CLI::App* command = app_.add_subcommand(name, description);
+    CLI::App* command = app_.add_subcommand(name, description)->group("Commands");
     command->callback([this, run = std::move(run)] { chosen_ = run; });
     return command;
   }
@@ -40,6 +40,7 @@ void addSearchCommands(Commands& commands);
 void addGuideCommand(Commands& commands);
 void addLineupCommand(Commands& commands);
 void addImageCommand(Commands& commands);
+void addTourCommand(Commands& commands);
 void addParseCommand(Commands& commands);
 void addServeDemoCommand(Commands& commands);
 

@@ -8,7 +8,7 @@ namespace orvo::tool {
 namespace {
 
 void drawViews(Screen& screen, const std::vector<Configuration::SystemView>& views) {
-  Table table{.columns = {{}, {.shrinks = true}, {}}};
+  Table table{.columns = {{}, {.least = 20}, {}}};
   for (const Configuration::SystemView& view : views) {
     table.rows.push_back({{view.name, Style::strong}, {view.label}, {view.id, Style::faint}});
   }

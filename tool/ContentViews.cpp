@@ -37,7 +37,7 @@ void drawFields(Screen& screen, const Content& content) {
 
 void drawCollections(Screen& screen, const std::vector<CollectionReference>& collections) {
   if (collections.empty()) return;
-  Table table{.columns = {{.shrinks = true}, {}}};
+  Table table{.columns = {{.least = 20}, {}}};
   for (const CollectionReference& collection : collections) {
     table.rows.push_back({{collection.label}, {collection.id, Style::faint}});
   }
@@ -47,7 +47,7 @@ void drawCollections(Screen& screen, const std::vector<CollectionReference>& col
 
 void drawActions(Screen& screen, const std::vector<AppAction>& actions) {
   if (actions.empty()) return;
-  Table table{.columns = {{.shrinks = true}, {}, {}}};
+  Table table{.columns = {{.least = 20}, {}, {}}};
   for (const AppAction& action : actions) {
     table.rows.push_back(
         {{action.label}, {std::string(caseName(action.kind))}, {action.id, Style::faint}});
@@ -91,11 +91,11 @@ template <class Item>
 void drawTable(Screen& screen, const std::vector<Item>& items, std::int64_t offset) {
   Table table{.columns = {{.right = true},
                           {},
-                          {.shrinks = true},
-                          {.shrinks = true},
-                          {},
-                          {.right = true},
-                          {.shrinks = true},
+                          {.least = 24},
+                          {.least = 16, .optional = 4},
+                          {.optional = 3},
+                          {.right = true, .optional = 2},
+                          {.least = 8, .optional = 1},
                           {}}};
   for (std::size_t index = 0; index < items.size(); ++index) {
     table.rows.push_back(row(items[index], positionText(offset, index)));
@@ -135,7 +135,7 @@ void draw(Screen& screen, const Page& page) {
   drawCollections(screen, page.collections);
   drawActions(screen, page.appActions);
   if (page.siblings.empty()) return;
-  Table table{.columns = {{.shrinks = true}, {}}};
+  Table table{.columns = {{.least = 20}, {}}};
   for (const Page::Sibling& sibling : page.siblings) {
     table.rows.push_back({{sibling.label}, {sibling.id, Style::faint}});
   }

@@ -42,7 +42,7 @@ Json inner(const AnyError& error, Secrets secrets) {
                          {"format", mismatch->format}});
   }
   if (const auto* reader = error.as<JSONReaderError>()) {
-    return Json::object({{"kind", "reader"}, {"message", reader->description()}});
+    return Json::object({{"kind", "reader"}, {"message", reader->message}});
   }
   if (const auto* session = error.as<SessionError>()) {
     const auto* status = session->as<SessionError::unexpectedStatus>();

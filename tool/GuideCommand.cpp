@@ -43,7 +43,8 @@ TimeAxis axisAround(const std::vector<LinearProgram>& programs, Date now, std::s
   Date start = first;
   if (first <= now && now < programs.back().endTime) {
     const Date midnight = Calendar().startOfDay(now);
-    start = std::max(first, midnight + (now - span / 4 - midnight) / step * step);
+    const Date before = midnight + (now - span / 4 - midnight) / step * step;
+    start = std::clamp(before, first, programs.back().endTime - span);
   }
   return TimeAxis(start, span, columns);
 }
@@ -106,7 +107,8 @@ void drawGuide(Screen& screen, const LinearProgramGuide& guide, const LinearStre
     const auto end = std::find_if(begin, guide.items.end(), [&](const LinearProgram& program) {
       return !calendar.isSameDay(program.startTime, begin->startTime);
     });
-    Table table{.columns = {{}, {}, {.shrinks = true}, {.shrinks = true}, {.right = true}, {}}};
+    Table table{
+        .columns = {{}, {}, {.least = 24}, {.least = 16, .optional = 1}, {.right = true}, {}}};
     for (; begin != end; ++begin) table.rows.push_back(row(*begin, now, precise));
     screen.heading(dayHeading((end - 1)->startTime, now));
     screen.table(table);

@@ -109,7 +109,7 @@ void drawGrid(Screen& screen, const Lineup& lineup, Date now) {
 
 void drawList(Screen& screen, const Lineup& lineup, Date now) {
   for (const LineupDay& day : lineup.days) {
-    Table table{.columns = {{}, {}, {.shrinks = true}, {.right = true}, {.shrinks = true}}};
+    Table table{.columns = {{}, {}, {.least = 20}, {.right = true}, {.least = 20}}};
     for (const LineupHour& hour : day.hours) {
       for (const LineupSlot& slot : hour.slots) {
         const bool onAir = slot.start <= now && now < slot.end;

@@ -33,12 +33,12 @@ struct WrittenPaging {
 /// Adds `--limit` and `--offset`.
 inline std::pair<CLI::Option*, CLI::Option*> addPartOptions(CLI::App& command,
                                                             WrittenPaging& paging) {
-  constexpr double kMost = 1e15;
+  constexpr std::int64_t kMost = 1'000'000'000'000'000;
   return {command.add_option("--limit", paging.limit, "How many items at most")
-              ->check(CLI::Range(1.0, kMost))
+              ->check(CLI::Range(std::int64_t{1}, kMost))
               ->type_name("N"),
           command.add_option("--offset", paging.offset, "How many items to leave out before")
-              ->check(CLI::Range(0.0, kMost))
+              ->check(CLI::Range(std::int64_t{0}, kMost))
               ->type_name("N")};
 }
 

@@ -2,7 +2,6 @@
 #include <tool/Text.h>
 
 #include <algorithm>
-#include <numeric>
 
 namespace orvo::tool {
 
@@ -13,10 +12,55 @@ constexpr std::size_t kGap = 2;
 constexpr std::size_t kFieldName = 16;
 /// Longer lines are hard to read.
 constexpr std::size_t kWidestParagraph = 96;
-constexpr std::size_t kNarrowestColumn = 10;
 
-std::size_t sum(const std::vector<std::size_t>& numbers) {
-  return std::accumulate(numbers.begin(), numbers.end(), std::size_t{0});
+/// The width that marks a column as left out.
+constexpr std::size_t kLeftOut = std::string::npos;
+
+/// What a table takes whose columns have these widths.
+std::size_t totalWidth(const std::vector<std::size_t>& widths) {
+  std::size_t total = kIndent;
+  for (const std::size_t width : widths) {
+    if (width != kLeftOut) total += width + (total > kIndent ? kGap : 0);
+  }
+  return total;
+}
+
+/// Leaves optional columns out until the rest fits when everything gives way that can.
+void leaveOut(const std::vector<Column>& columns, std::vector<std::size_t>& widths,
+              std::size_t room) {
+  const auto narrowest = [&] {
+    std::vector<std::size_t> result = widths;
+    for (std::size_t index = 0; index < columns.size(); ++index) {
+      if (columns[index].least > 0 && result[index] != kLeftOut) {
+        result[index] = std::min(result[index], columns[index].least);
+      }
+    }
+    return totalWidth(result);
+  };
+  while (narrowest() > room) {
+    std::size_t next = columns.size();
+    for (std::size_t index = 0; index < columns.size(); ++index) {
+      if (columns[index].optional == 0 || widths[index] == kLeftOut) continue;
+      if (next == columns.size() || columns[index].optional > columns[next].optional) next = index;
+    }
+    if (next == columns.size()) return;
+    widths[next] = kLeftOut;
+  }
+}
+
+/// Takes columns from the widest of those that give way until the table fits.
+void shrink(const std::vector<Column>& columns, std::vector<std::size_t>& widths,
+            std::size_t room) {
+  while (totalWidth(widths) > room) {
+    std::size_t widest = columns.size();
+    for (std::size_t index = 0; index < columns.size(); ++index) {
+      const std::size_t least = columns[index].least;
+      if (least == 0 || widths[index] == kLeftOut || widths[index] <= least) continue;
+      if (widest == columns.size() || widths[index] > widths[widest]) widest = index;
+    }
+    if (widest == columns.size()) return;
+    --widths[widest];
+  }
 }
 
 }  // namespace
@@ -49,10 +93,18 @@ void Screen::heading(std::string_view text, std::string_view aside) {
 
 void Screen::field(std::string_view name, std::string_view value, Style style) {
   if (value.empty()) return;
-  text_.append(kIndent, ' ');
-  text_ += in(Style::faint, padded(name, std::max(kFieldName, displayWidth(name))));
-  text_.append(kGap, ' ');
-  line(in(style, printable(value)));
+  const std::size_t nameWidth = std::max(kFieldName, displayWidth(name));
+  const std::size_t margin = kIndent + nameWidth + kGap;
+  std::string head = std::string(kIndent, ' ') + in(Style::faint, padded(name, nameWidth)) +
+                     std::string(kGap, ' ');
+  const std::string text = printable(value);
+  // An address is copied as a whole.
+  const bool oneWord = text.find(' ') == std::string::npos;
+  const bool fits = !terminal_.isTerminal || oneWord || columns() < 2 * margin;
+  for (const std::string& part : fits ? std::vector{text} : wrapped(text, columns() - margin)) {
+    line(head + in(style, part));
+    head.assign(margin, ' ');
+  }
 }
 
 std::vector<std::size_t> Screen::widths(const Table& table) const {
@@ -65,36 +117,26 @@ std::vector<std::size_t> Screen::widths(const Table& table) const {
   }
   // What is not shown on a terminal is read by programs or saved: nothing is cut off there.
   if (!terminal_.isTerminal) return result;
-  const std::size_t room = columns() - kIndent - kGap * (result.size() - 1);
-  while (sum(result) > room) {
-    std::size_t widest = result.size();
-    for (std::size_t index = 0; index < result.size(); ++index) {
-      if (!table.columns[index].shrinks || result[index] <= kNarrowestColumn) continue;
-      if (widest == result.size() || result[index] > result[widest]) widest = index;
-    }
-    if (widest == result.size()) break;
-    --result[widest];
-  }
+  leaveOut(table.columns, result, columns());
+  shrink(table.columns, result, columns());
   return result;
 }
 
-void Screen::row(const Table& table, const std::vector<std::size_t>& widths,
+void Screen::row(const std::vector<Column>& columns, const std::vector<std::size_t>& widths,
                  const std::vector<Cell>& cells) {
-  std::string out(kIndent, ' ');
-  std::size_t last = cells.size();
-  while (last > 0 && cells[last - 1].text.empty()) --last;
-  for (std::size_t index = 0; index < last; ++index) {
+  std::string out;
+  std::size_t gap = kIndent;
+  for (std::size_t index = 0; index < cells.size(); ++index) {
+    if (widths[index] == kLeftOut) continue;
     const std::string text = printable(cells[index].text);
-    std::string shown;
-    if (table.columns[index].right) {
-      shown = paddedLeft(text, widths[index]);
-    } else {
-      shown = index + 1 == last ? cut(text, widths[index]) : padded(text, widths[index]);
-    }
-    if (index > 0) out.append(kGap, ' ');
+    const std::size_t width = widths[index];
+    const std::string shown = cut(text, width);
+    const std::size_t rest = width - displayWidth(shown);
+    out.append(gap + (columns[index].right ? rest : 0), ' ');
     out += in(cells[index].style, shown);
+    gap = kGap + (columns[index].right ? 0 : rest);
   }
-  line(out);
+  line(out.substr(0, out.find_last_not_of(' ') + 1));
 }
 
 void Screen::table(const Table& table) {
@@ -104,8 +146,8 @@ void Screen::table(const Table& table) {
   for (const Column& column : table.columns) titles.push_back({column.title, Style::faint});
   const bool titled = std::any_of(titles.begin(), titles.end(),
                                   [](const Cell& cell) { return !cell.text.empty(); });
-  if (titled) row(table, columnWidths, titles);
-  for (const auto& cells : table.rows) row(table, columnWidths, cells);
+  if (titled) row(table.columns, columnWidths, titles);
+  for (const auto& cells : table.rows) row(table.columns, columnWidths, cells);
 }
 
 }  // namespace orvo::tool

@@ -18,8 +18,11 @@ struct Cell {
 struct Column {
   std::string title{};
   bool right = false;
-  /// Gives way when the table is wider than the terminal.
-  bool shrinks = false;
+  /// The width down to which it gives way when the table is wider than the terminal; 0: it does
+  /// not.
+  std::size_t least = 0;
+  /// Left out when the terminal is too narrow: the highest goes first, 0 never.
+  int optional = 0;
 };
 
 struct Table {
@@ -42,7 +45,7 @@ class Screen {
   void paragraph(std::string_view text, Style style = Style::plain);
   /// The heading of a section, with an empty line before it.
   void heading(std::string_view text, std::string_view aside = "");
-  /// A name with its value; nothing when the value is empty. A long value is not broken.
+  /// A name with its value; nothing when the value is empty. An address is never broken.
   void field(std::string_view name, std::string_view value, Style style = Style::plain);
   /// Columns of equal width; titles only when there are some, and nothing without rows.
   void table(const Table& table);
@@ -57,7 +60,7 @@ class Screen {
 
  private:
   [[nodiscard]] std::vector<std::size_t> widths(const Table& table) const;
-  void row(const Table& table, const std::vector<std::size_t>& widths,
+  void row(const std::vector<Column>& columns, const std::vector<std::size_t>& widths,
            const std::vector<Cell>& cells);
 
   Terminal terminal_;

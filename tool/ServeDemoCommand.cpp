@@ -18,9 +18,9 @@ void drawAddresses(Screen& screen, const demo::DemoService& service) {
   screen.title("The demo service is running", "end it with Ctrl-C");
   screen.field("API", service.baseURL());
   screen.field("resources", service.resourceURL());
-  for (const char* lineup : {"grid", "list", "clock-change"}) {
-    screen.field(std::string("lineup ") + lineup, service.lineupURL(lineup));
-  }
+  screen.field("lineups", service.lineupURL("grid"));
+  screen.field("", service.lineupURL("list"));
+  screen.field("", service.lineupURL("clock-change"));
   screen.blank();
   screen.line(fmt::format("  orvo --api {} --resources {} views", service.baseURL(),
                           service.resourceURL()));

@@ -63,7 +63,8 @@ std::string boxLine(const Screen& screen, const TimeAxis& axis, const std::vecto
   for (const TimeBox& box : boxes) {
     const std::size_t first = std::max(axis.column(box.start), position);
     const std::size_t last = axis.column(box.end);
-    if (last <= first || box.end <= axis.start() || box.start >= axis.end()) continue;
+    // A box needs a column for its edge and one for its title.
+    if (last < first + 2 || box.end <= axis.start() || box.start >= axis.end()) continue;
     line.append(first - position, ' ');
     line += screen.in(Style::faint, "│");
     line += screen.in(box.style, padded(printable(box.title), last - first - 1));

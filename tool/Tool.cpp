@@ -25,9 +25,10 @@ bool Tool::startDemo() {
 Result<std::shared_ptr<Context>> Tool::context() {
   if (context_) return context_;
   if (!startDemo()) return Failure{URLError{URLError::unknown, "the demo service does not start"}};
-  const auto future =
-      options_.api ? ContextService::context(*options_.api, *options_.resources, options_.client)
-                   : ContextService::context(options_.environment, options_.client);
+  const BootstrapOptions bootstrap{.environment = options_.environment};
+  const auto future = options_.api ? ContextService::context(*options_.api, *options_.resources,
+                                                             options_.client, bootstrap)
+                                   : ContextService::context(options_.environment, options_.client);
   auto result = wait(future, "opening a session");
   if (const auto* context = result.value()) context_ = *context;
   return result;

@@ -28,7 +28,7 @@ std::string durationText(double seconds) {
   const long minutes = (whole + 30) / 60;
   if (minutes < 60) return fmt::format("{} min", minutes);
   if (minutes % 60 == 0) return fmt::format("{} h", minutes / 60);
-  return fmt::format("{} h {:02} min", minutes / 60, minutes % 60);
+  return fmt::format("{} h {:02}", minutes / 60, minutes % 60);
 }
 
 std::string durationText(const std::optional<double>& seconds) {

@@ -15,7 +15,7 @@ namespace orvo::tool {
 /// Values as people write them. Times are those of the device's zone; names are English whatever
 /// the locale.
 
-/// `44 min`, `1 h 36 min`, `25 s`.
+/// `44 min`, `1 h 36`, `25 s`.
 [[nodiscard]] std::string durationText(double seconds);
 /// The same, or nothing.
 [[nodiscard]] std::string durationText(const std::optional<double>& seconds);
