@@ -179,14 +179,14 @@ class ConcatState final : public DerivedState<std::vector<T>> {
       if (result->failed()) return finish(Failure{*result->error()});
       values_.push_back(*result->value());
       if (values_.size() == inputs_.size()) return finish(std::move(values_));
-      const auto& next = inputs_[values_.size()];
-      result = next.core_->result();
-      if (result == nullptr || next.callbackQueue() != queue_) break;
+      const auto& input = inputs_[values_.size()];
+      result = input.core_->result();
+      if (result == nullptr || input.callbackQueue() != queue_) break;
     }
     this->releaseSource();
-    const auto next = std::move(inputs_[values_.size()].core_);
-    queue_ = next->callbackQueue();
-    self.detach()->waitLastFor(*next.get());
+    const auto input = std::move(inputs_[values_.size()].core_);
+    queue_ = input->callbackQueue();
+    self.detach()->waitLastFor(*input.get());
   }
 
  private:

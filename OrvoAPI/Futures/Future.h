@@ -34,6 +34,9 @@ struct IsFuture<Future<T>> : std::true_type {
 /// registered. The result that a callback is given is immutable and shared. What a callback throws
 /// reaches whoever runs its queue.
 ///
+/// Callbacks are kept until they are posted or the future goes: one that holds its own future, or
+/// one made from it, keeps it alive until somebody completes it.
+///
 /// A future can be completed again: the newer result replaces the older for those who ask later, no
 /// callback runs twice, and every result lives as long as the future.
 template <class T>
@@ -126,7 +129,8 @@ class Future {
 
   /// Marks the future cancelled and runs its cancel callbacks on this thread, those of the futures
   /// that it was derived from first. The result stays what it is; a later `success` or `failure` is
-  /// dropped. What a cancel callback throws leaves this call; those that were to follow are dropped.
+  /// dropped. What a cancel callback throws leaves this call; those that were to follow are
+  /// dropped.
   void cancel() const { core_->cancel(); }
 
   /// The value transformed by `transform`, which runs on the queue. One that throws or returns a
