@@ -1,0 +1,192 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Testing/ManualQueue.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+
+struct Broken {
+  int code = 0;
+};
+
+int codeOf(const AnyError* error) { return error->as<Broken>()->code; }
+const AnyError* wrapped(const AnyError* error) {
+  const auto* const general = error->as<GeneralError>();
+  const auto* const found = general ? general->as<GeneralError::underlying>() : nullptr;
+  return found ? &found->error : nullptr;
+}
+
+class Composition : public testing::Test {
+ protected:
+  const std::shared_ptr<ManualQueue> queue_ = std::make_shared<ManualQueue>();
+  const Promise<int> first_{queue_};
+  const Promise<int> second_{queue_};
+  const Promise<int> third_{queue_};
+
+  [[nodiscard]] Future<std::vector<int>> concatAll() const {
+    return Future<int>::concat({first_.future(), second_.future(), third_.future()});
+  }
+};
+
+TEST_F(Composition, MapTransformsOnTheGivenQueueWhichBecomesTheNewFutures) {
+  const auto other = std::make_shared<ManualQueue>();
+  const auto mapped = first_.future().map(other, [](int value) { return std::to_string(value); });
+  EXPECT_EQ(mapped.callbackQueue(), other);
+  first_.success(7);
+  EXPECT_EQ(queue_->run(), 0U);
+  EXPECT_FALSE(mapped.didComplete());
+  other->run();
+  EXPECT_EQ(*mapped.value(), "7");
+}
+
+TEST_F(Composition, MapWrapsWhatItsTransformRaisesAndNothingElse) {
+  const auto source = first_.future();
+  const auto thrown = source.map([](int) -> int { throw AnyError(Broken{1}); });
+  const auto returned = source.map([](int) -> Result<int> { return Failure{Broken{2}}; });
+  const auto foreign = source.map([](int) -> int { throw std::out_of_range("far"); });
+  const auto passedOn = thrown.map([](int value) { return value; });
+  first_.success(0);
+  queue_->run();
+  EXPECT_EQ(codeOf(wrapped(thrown.error())), 1);
+  EXPECT_EQ(codeOf(wrapped(returned.error())), 2);
+  EXPECT_NE(wrapped(foreign.error())->as<std::exception>(), nullptr);
+  EXPECT_EQ(codeOf(wrapped(passedOn.error())), 1) << "wrapped once";
+}
+
+TEST_F(Composition, FlatMapGoesOnWithTheInnerFutureOnThatOnesQueue) {
+  const auto innerQueue = std::make_shared<ManualQueue>();
+  const Promise<int> inner(innerQueue);
+  const auto flat = first_.future().flatMap([&](int) { return inner.future(); });
+  first_.success(1);
+  inner.failure(Broken{3});
+  queue_->run();
+  EXPECT_FALSE(flat.didComplete());
+  innerQueue->run();
+  EXPECT_EQ(codeOf(flat.error()), 3);
+}
+
+TEST_F(Composition, FlatMapFailsWithWhatItsTaskThrows) {
+  const auto flat = first_.future().flatMap([](int) -> Future<int> { throw AnyError(Broken{4}); });
+  first_.success(1);
+  queue_->run();
+  EXPECT_EQ(codeOf(flat.error()), 4);
+}
+
+TEST_F(Composition, ValidateFailsUnwrapped) {
+  const auto even = [](int value) { return value % 2 == 0; };
+  const auto rejected = first_.future().validate(even);
+  const auto accepted = second_.future().validate(even);
+  first_.success(1);
+  second_.success(2);
+  queue_->run();
+  EXPECT_TRUE(rejected.error()->as<GeneralError>()->is<GeneralError::elementNotFound>());
+  EXPECT_EQ(*accepted.value(), 2);
+}
+
+TEST_F(Composition, ZipReportsTheLeftFailureEvenWhenTheRightCameFirst) {
+  const auto zipped = first_.future().zip(second_.future());
+  const auto fine = second_.future().zip(third_.future());
+  second_.failure(Broken{2});
+  queue_->run();
+  EXPECT_FALSE(zipped.didComplete()) << "the left one may still fail";
+  EXPECT_TRUE(fine.didFail());
+  first_.failure(Broken{1});
+  queue_->run();
+  EXPECT_EQ(codeOf(zipped.error()), 1);
+}
+
+TEST_F(Composition, ZipPairsValuesOfTwoTypes) {
+  const auto text = second_.future().map([](int value) { return std::to_string(value); });
+  const auto zipped = first_.future().zip(text);
+  second_.success(2);
+  first_.success(1);
+  queue_->run();
+  EXPECT_THAT(*zipped.value(), Pair(1, "2"));
+}
+
+TEST_F(Composition, CombineAppends) {
+  const Promise<std::vector<int>> list(queue_);
+  const auto longer = Future<int>::combine(list.future(), first_.future());
+  first_.success(3);
+  list.success({1, 2});
+  queue_->run();
+  EXPECT_THAT(*longer.value(), ElementsAre(1, 2, 3));
+}
+
+TEST_F(Composition, ConcatKeepsTheOrderOfItsInputs) {
+  const auto all = concatAll();
+  third_.success(3);
+  second_.success(2);
+  queue_->run();
+  EXPECT_FALSE(all.didComplete());
+  first_.success(1);
+  queue_->run();
+  EXPECT_THAT(*all.value(), ElementsAre(1, 2, 3));
+}
+
+TEST_F(Composition, ConcatReportsTheFirstFailureInListOrderWithoutWaitingForTheRest) {
+  const auto all = concatAll();
+  third_.failure(Broken{3});
+  second_.failure(Broken{2});
+  queue_->run();
+  EXPECT_FALSE(all.didComplete()) << "the first may still fail";
+  first_.success(1);
+  queue_->run();
+  EXPECT_EQ(codeOf(all.error()), 2);
+}
+
+TEST_F(Composition, ConcatServesEachInputOnItsOwnQueue) {
+  const auto other = std::make_shared<ManualQueue>();
+  const Promise<int> foreign(other);
+  const auto all = Future<int>::concat({first_.future(), foreign.future(), second_.future()});
+  EXPECT_EQ(all.callbackQueue(), queue_);
+  first_.success(1);
+  foreign.success(2);
+  second_.success(3);
+  EXPECT_EQ(queue_->run(), 1U);
+  EXPECT_EQ(other->run(), 1U);
+  EXPECT_FALSE(all.didComplete());
+  EXPECT_EQ(queue_->run(), 1U);
+  EXPECT_THAT(*all.value(), ElementsAre(1, 2, 3));
+}
+
+TEST_F(Composition, ConcatOfNothingSucceedsFromTheMainQueue) {
+  auto claim = MainQueue::shared()->claim();
+  const auto none = Future<int>::concat({});
+  EXPECT_FALSE(none.didComplete());
+  claim->drain();
+  EXPECT_TRUE(none.value()->empty());
+}
+
+TEST_F(Composition, ConcatDropsItsResultWhenItWasCancelled) {
+  const auto all = concatAll();
+  first_.success(1);
+  second_.success(2);
+  queue_->run();
+  all.cancel();
+  third_.success(3);
+  queue_->run();
+  EXPECT_FALSE(all.didComplete());
+}
+
+TEST_F(Composition, SuccessResultNeverFails) {
+  const auto failed = first_.future().successResult();
+  const auto succeeded = second_.future().successResult();
+  first_.failure(Broken{});
+  second_.success(1);
+  EXPECT_EQ(queue_->run(), 4U) << "two hops each";
+  EXPECT_FALSE(*failed.value());
+  EXPECT_TRUE(*succeeded.value());
+}
+
+}  // namespace
+}  // namespace orvo

@@ -1,0 +1,174 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Testing/ManualQueue.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+struct Broken {};
+
+class FutureCancel : public testing::Test {
+ protected:
+  /// A cancel callback that notes its name and what it is told.
+  [[nodiscard]] auto note(std::string name) {
+    return [this, name = std::move(name)](bool completed) {
+      seen_.push_back(name + (completed ? " completed" : " pending"));
+    };
+  }
+  static int same(int value) { return value; }
+
+  const std::shared_ptr<ManualQueue> queue_ = std::make_shared<ManualQueue>();
+  const Promise<int> promise_{queue_};
+  const Future<int> future_ = promise_.future();
+  std::vector<std::string> seen_;
+};
+
+TEST_F(FutureCancel, DropsALaterSuccessAndFailureButNotACompletion) {
+  future_.onSuccess([this](int value) { seen_.push_back(std::to_string(value)); });
+  future_.cancel();
+  promise_.success(1);
+  promise_.failure(Broken{});
+  EXPECT_FALSE(future_.didComplete());
+  promise_.complete(2);
+  EXPECT_EQ(*future_.value(), 2);
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre("2")) << "callbacks from before the cancel stay";
+}
+
+TEST_F(FutureCancel, CallsEarlierCallbacksAtOnceInTheirOrderAndOnceOnly) {
+  future_.onCancel(note("first")).onCancel(note("second"));
+  future_.cancel();
+  future_.cancel();
+  EXPECT_TRUE(future_.isCancelled());
+  EXPECT_THAT(seen_, ElementsAre("first pending", "second pending"));
+  EXPECT_EQ(queue_->waiting(), 0U);
+}
+
+TEST_F(FutureCancel, PostsALaterCallbackWhichAsksAnewWhenItRuns) {
+  future_.cancel();
+  future_.onCancel(note("late"));
+  EXPECT_THAT(seen_, IsEmpty());
+  promise_.complete(1);
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre("late completed"));
+}
+
+TEST_F(FutureCancel, TellsWhetherAResultWasThereWhenItBegan) {
+  future_.onCancel([this](bool completed) {
+    note("first")(completed);
+    promise_.complete(1);
+    future_.onCancel(note("from inside"));
+  });
+  future_.onCancel(note("second"));
+  future_.cancel();
+  EXPECT_THAT(seen_, ElementsAre("first pending", "second pending"));
+  queue_->run();
+  EXPECT_THAT(seen_.back(), "from inside completed");
+}
+
+TEST_F(FutureCancel, GoesUpTheChainAndCallsTheSourcesCallbacksFirst) {
+  const auto middle = future_.map(same);
+  const auto last = middle.map(same);
+  last.onCancel([this](bool) {
+    seen_.push_back("last");
+    EXPECT_TRUE(future_.isCancelled());
+  });
+  middle.onCancel([this](bool) { seen_.push_back("middle"); });
+  future_.onCancel([&, thread = std::this_thread::get_id()](bool) {
+    seen_.push_back("source");
+    EXPECT_TRUE(last.isCancelled()) << "all are marked before anybody is called";
+    EXPECT_EQ(std::this_thread::get_id(), thread);
+  });
+  last.cancel();
+  EXPECT_THAT(seen_, ElementsAre("source", "middle", "last"));
+}
+
+TEST_F(FutureCancel, DoesNotGoDown) {
+  const auto derived = future_.map(same);
+  const auto outcome = future_.successResult();
+  outcome.cancel();
+  EXPECT_FALSE(future_.isCancelled()) << "no link either way";
+  future_.cancel();
+  EXPECT_FALSE(derived.isCancelled());
+}
+
+TEST_F(FutureCancel, IsHarmlessWhenTheSourceHasGone) {
+  auto source = std::make_unique<Promise<int>>(queue_);
+  const auto derived = source->future().map(same).map(same);
+  derived.onCancel(note("derived"));
+  source.reset();
+  derived.cancel();
+  EXPECT_THAT(seen_, ElementsAre("derived pending"));
+}
+
+TEST_F(FutureCancel, OfAMapDoesNotKeepTheTransformFromRunning) {
+  const auto derived = future_.map([this](int value) {
+    seen_.push_back("transform");
+    return value;
+  });
+  promise_.success(1);
+  derived.cancel();
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre("transform"));
+  EXPECT_FALSE(derived.didComplete());
+}
+
+TEST_F(FutureCancel, OfAFlatMapNeverReachesTheInnerFuture) {
+  const Promise<int> inner(queue_);
+  const auto derived = future_.flatMap([&](int) { return inner.future(); });
+  promise_.success(1);
+  queue_->run();
+  derived.cancel();
+  EXPECT_TRUE(future_.isCancelled());
+  EXPECT_FALSE(inner.future().isCancelled());
+  inner.success(2);
+  queue_->run();
+  EXPECT_FALSE(derived.didComplete());
+}
+
+TEST_F(FutureCancel, KeepsAFailedSourceFromAMapButNotFromAFlatMap) {
+  const auto mapped = future_.map(same);
+  const auto flat = future_.flatMap([](int) { return Future<int>(); });
+  mapped.cancel();
+  flat.cancel();
+  promise_.complete(Failure{Broken{}});
+  queue_->run();
+  EXPECT_FALSE(mapped.didComplete());
+  ASSERT_TRUE(flat.didFail());
+  EXPECT_TRUE(flat.error()->is<Broken>());
+}
+
+TEST_F(FutureCancel, OfACombinationReachesItsFirstFutureOnly) {
+  const Future<int> other(queue_);
+  const auto zipped = future_.zip(other);
+  zipped.cancel();
+  const Future<int> first(queue_);
+  const auto all = Future<int>::concat({first, other});
+  all.cancel();
+  EXPECT_TRUE(future_.isCancelled() && first.isCancelled());
+  EXPECT_FALSE(other.isCancelled());
+}
+
+TEST_F(FutureCancel, LetsAnExceptionOutAndDropsTheCallbacksThatWereToFollow) {
+  auto held = std::make_shared<int>();
+  const std::weak_ptr probe = held;
+  future_.onCancel([](bool) { throw std::runtime_error("thrown"); });
+  future_.onCancel(
+      [held = std::move(held), told = note("second")](bool completed) { told(completed); });
+  EXPECT_THROW(future_.cancel(), std::runtime_error);
+  EXPECT_TRUE(future_.isCancelled() && probe.expired());
+  EXPECT_THAT(seen_, IsEmpty());
+}
+
+}  // namespace
+}  // namespace orvo

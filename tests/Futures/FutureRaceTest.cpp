@@ -1,0 +1,131 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <gtest/gtest.h>
+#include <tests/support/Signal.h>
+
+#include <atomic>
+#include <barrier>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+constexpr int kRounds = 300;
+constexpr int kThreads = 4;
+
+/// Lets several threads run `body(thread, round)`, all beginning each round at the same moment,
+/// with `between(round)` run alone before each.
+template <class Between, class Body>
+void race(Between between, Body body) {
+  int round = -1;
+  std::barrier start(kThreads, [&]() noexcept { between(++round); });
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < kThreads; ++thread) {
+    threads.emplace_back([&, thread] {
+      for (int i = 0; i < kRounds; ++i) {
+        start.arrive_and_wait();
+        body(thread, i);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+}
+
+TEST(FutureRace, ACallbackIsCalledOnceHoweverItMeetsTheCompletion) {
+  std::vector<Promise<std::string>> promises(kRounds);
+  std::atomic<int> wrong = 0;
+  test::Signal called;
+  race([](int) {},
+       [&](int thread, int round) {
+         const auto& promise = promises[static_cast<std::size_t>(round)];
+         if (thread == 0) promise.success("first");
+         promise.future().onComplete([&](const Result<std::string>& result) {
+           if (*result.value() != "first") ++wrong;
+           called.tell();
+         });
+         if (promise.future().didComplete() && *promise.future().value() != "first") ++wrong;
+       });
+  EXPECT_TRUE(called.wait(kRounds * kThreads));
+  EXPECT_EQ(wrong, 0);
+}
+
+TEST(FutureRace, ManyCompletionsCallEachCallbackOnceWithOneOfTheirResults) {
+  std::vector<Promise<std::string>> promises(kRounds);
+  std::atomic<int> calls = 0;
+  test::Signal called;
+  for (const auto& promise : promises) {
+    promise.future().onSuccess([&](const std::string& value) {
+      if (value.size() == 100) ++calls;
+      called.tell();
+    });
+  }
+  race([](int) {},
+       [&](int thread, int round) {
+         const auto& promise = promises[static_cast<std::size_t>(round)];
+         promise.success(std::string(100, static_cast<char>('a' + thread)));
+         if (promise.future().value()->size() != 100) --calls;
+       });
+  EXPECT_TRUE(called.wait(kRounds));
+  promises.clear();
+  EXPECT_EQ(calls, kRounds);
+}
+
+TEST(FutureRace, ACancelCallbackIsCalledOnceHoweverItMeetsTheCancel) {
+  std::vector<Promise<int>> promises(kRounds);
+  test::Signal called;
+  race([](int) {},
+       [&](int thread, int round) {
+         const auto future = promises[static_cast<std::size_t>(round)].future();
+         if (thread % 2 == 0) future.cancel();
+         future.onCancel([&](bool) { called.tell(); });
+         if (thread % 2 == 1) future.cancel();
+       });
+  EXPECT_TRUE(called.wait(kRounds * kThreads));
+}
+
+TEST(FutureRace, AFutureThatMeetsTheCancelOfItsSiblingsSettlesOnce) {
+  std::optional<Promise<std::string>> promise;
+  std::vector<Future<std::string>> derived(kThreads);
+  const auto longer = [](const std::string& value) { return value + "!"; };
+  test::Signal settled;
+  race(
+      [&](int) {
+        promise.emplace();
+        for (auto& future : derived) future = promise->future().map(longer);
+        promise->future().map(longer).zip(promise->future()).onComplete([&](const auto&) {
+          settled.tell();
+        });
+      },
+      [&](int thread, int) {
+        if (thread == 0) promise->complete(std::string("done"));
+        const auto own = std::exchange(derived[static_cast<std::size_t>(thread)], {});
+        own.map(longer).zip(Future<int>()).cancel();
+      });
+  EXPECT_TRUE(settled.wait(kRounds));
+}
+
+TEST(FutureRace, ASourceGoesWhileWhatWasDerivedFromItIsCancelled) {
+  const auto held = std::make_shared<int>(1);
+  std::vector<Promise<int>> promises(kThreads);
+  std::vector<Future<int>> derived(kThreads);
+  race(
+      [&](int) {
+        for (std::size_t i = 0; i < kThreads; ++i) {
+          promises[i] = Promise<int>();
+          derived[i] = promises[i].future().map([held](int value) { return value + *held; });
+        }
+      },
+      [&](int thread, int) {
+        const auto own = static_cast<std::size_t>(thread);
+        std::exchange(promises[own], {});
+        std::exchange(derived[(own + 1) % kThreads], {}).cancel();
+      });
+  EXPECT_EQ(held.use_count(), 1);
+}
+
+}  // namespace
+}  // namespace orvo

@@ -1,0 +1,165 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Testing/ManualQueue.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+using testing::ElementsAre;
+using testing::MatchesRegex;
+
+struct Broken {};
+
+/// A queue whose `post` does something more, as an application's own may.
+class MeddlingQueue final : public DispatchQueue {
+ public:
+  void post(Job job) override {
+    if (const auto meddle = std::exchange(meddle_, nullptr)) meddle();
+    jobs.post(std::move(job));
+  }
+  void meddleOnce(std::function<void()> meddle) { meddle_ = std::move(meddle); }
+  ManualQueue jobs;
+
+ private:
+  std::function<void()> meddle_;
+};
+
+class FutureTest : public testing::Test {
+ protected:
+  /// A callback that notes its number and the value it is given.
+  [[nodiscard]] auto note(int number) {
+    return [this, number](const Result<int>& result) {
+      seen_.emplace_back(number, result.failed() ? -1 : *result.value());
+    };
+  }
+  using Seen = std::pair<int, int>;
+
+  const std::shared_ptr<ManualQueue> queue_ = std::make_shared<ManualQueue>();
+  const Promise<int> promise_{queue_};
+  const Future<int> future_ = promise_.future();
+  std::vector<Seen> seen_;
+};
+
+using FutureCompletion = FutureTest;
+using FutureSettledFromMain = FutureTest;
+
+TEST_F(FutureCompletion, PostsCallbacksInTheOrderOfRegistrationAndRunsNoneItself) {
+  future_.onComplete(note(1)).onComplete(note(2));
+  promise_.success(7);
+  future_.onComplete(note(3));
+  EXPECT_TRUE(seen_.empty());
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre(Seen(1, 7), Seen(2, 7), Seen(3, 7)));
+}
+
+TEST_F(FutureCompletion, ASecondReplacesTheValueAndCallsNobodyTwice) {
+  future_.onComplete(note(1));
+  promise_.success(1);
+  const auto* const first = future_.value();
+  promise_.success(2);
+  future_.onComplete(note(2));
+  promise_.failure(Broken{});
+  EXPECT_TRUE(future_.didFail());
+  EXPECT_EQ(*first, 1) << "who holds the older result reads on";
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre(Seen(1, 1), Seen(2, 2)));
+}
+
+TEST_F(FutureCompletion, KeepsTheOrderWhenAQueueRegistersWhileItIsPostedTo) {
+  const auto meddling = std::make_shared<MeddlingQueue>();
+  future_.onComplete(meddling, note(1)).onComplete(meddling, note(2));
+  meddling->meddleOnce([&] { future_.onComplete(meddling, note(3)); });
+  promise_.success(7);
+  meddling->jobs.run();
+  EXPECT_THAT(seen_, ElementsAre(Seen(1, 7), Seen(2, 7), Seen(3, 7)));
+}
+
+TEST_F(FutureCompletion, CallsNobodyTwiceWhenAQueueCompletesWhileItIsPostedTo) {
+  const auto meddling = std::make_shared<MeddlingQueue>();
+  future_.onComplete(meddling, note(1)).onComplete(meddling, note(2));
+  meddling->meddleOnce([&] { promise_.success(8); });
+  promise_.success(7);
+  meddling->jobs.run();
+  EXPECT_THAT(seen_, ElementsAre(Seen(1, 7), Seen(2, 7)));
+  EXPECT_EQ(*future_.value(), 8);
+}
+
+TEST_F(FutureCompletion, ACallbackMayRegisterAndCompleteAgain) {
+  future_.onComplete([this](const Result<int>&) {
+    promise_.success(8);
+    future_.onComplete(note(2));
+  });
+  promise_.success(7);
+  EXPECT_EQ(queue_->run(), 2U);
+  EXPECT_THAT(seen_, ElementsAre(Seen(2, 8)));
+}
+
+TEST_F(FutureCompletion, TellsSuccessFromFailure) {
+  const auto successes = [this](int value) { seen_.emplace_back(1, value); };
+  const auto failures = [this](const AnyError& error) {
+    seen_.emplace_back(2, error.is<Broken>());
+  };
+  EXPECT_FALSE(future_.didComplete() || future_.result() || future_.value() || future_.error());
+  future_.onSuccess(successes).onFailure(failures);
+  promise_.failure(Broken{});
+  EXPECT_TRUE(future_.didComplete() && future_.didFail() && !future_.didSucceed());
+  const auto succeeded = Future<int>::completed(3).onSuccess(queue_, successes);
+  succeeded.onFailure(queue_, failures);
+  EXPECT_TRUE(succeeded.didSucceed() && succeeded.error() == nullptr);
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre(Seen(2, 1), Seen(1, 3)));
+}
+
+TEST_F(FutureCompletion, APromiseTakesTheOutcomeOfAnotherFutureOnThatOnesQueue) {
+  const auto otherQueue = std::make_shared<ManualQueue>();
+  const Promise<int> other(otherQueue);
+  promise_.complete(other.future());
+  other.success(5);
+  EXPECT_EQ(queue_->run(), 0U);
+  EXPECT_FALSE(future_.didComplete());
+  otherQueue->run();
+  EXPECT_EQ(*future_.value(), 5);
+}
+
+TEST_F(FutureCompletion, ACancelledPromiseDropsTheOutcomeOfAnotherFuture) {
+  promise_.complete(Future<int>::completed(5).map(queue_, [](int value) { return value; }));
+  future_.cancel();
+  queue_->run();
+  EXPECT_FALSE(future_.didComplete());
+}
+
+TEST_F(FutureSettledFromMain, IsNeverCompleteOnReturn) {
+  auto claim = MainQueue::shared()->claim();
+  const auto succeeded = Future<int>::succeeded(7).onComplete(queue_, note(1));
+  const auto failed = Future<int>::failed(Broken{}).onComplete(queue_, note(2));
+  EXPECT_FALSE(succeeded.didComplete() || failed.didComplete());
+  claim->drain();
+  EXPECT_TRUE(succeeded.didSucceed() && failed.didFail());
+  queue_->run();
+  EXPECT_THAT(seen_, ElementsAre(Seen(1, 7), Seen(2, -1)));
+}
+
+TEST_F(FutureSettledFromMain, IsDroppedWhenItWasCancelledMeanwhile) {
+  auto claim = MainQueue::shared()->claim();
+  const auto succeeded = Future<int>::succeeded(7);
+  succeeded.cancel();
+  claim->drain();
+  EXPECT_FALSE(succeeded.didComplete());
+}
+
+TEST_F(FutureTest, HasALabelOfItsOwn) {
+  const auto label = future_.internalCallbackQueueLabel();
+  EXPECT_THAT(label, MatchesRegex(".+[.]internal_callback_queue_"
+                                  "[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"));
+  EXPECT_EQ(future_.internalCallbackQueueLabel(), label);
+  EXPECT_NE(Future<int>().internalCallbackQueueLabel(), label);
+}
+
+}  // namespace
+}  // namespace orvo

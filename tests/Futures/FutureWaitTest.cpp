@@ -1,0 +1,80 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Testing/ManualQueue.h>
+#include <gtest/gtest.h>
+#include <tests/support/Signal.h>
+
+#include <chrono>
+#include <thread>
+
+namespace orvo {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A wait that a test expects to end before its time.
+constexpr std::chrono::milliseconds kLong = 60s;
+
+int urlErrorCode(const Result<int>& result) { return result.error()->as<URLError>()->code; }
+bool isRefused(const Result<int>& result) {
+  const auto* const error = result.failed() ? result.error()->as<GeneralError>() : nullptr;
+  return error != nullptr && error->is<GeneralError::unableToPerformAction>();
+}
+
+TEST(FutureWait, EndsWithTheResultOfAnotherThread) {
+  const Promise<int> promise;
+  std::thread other([&] { promise.success(7); });
+  EXPECT_EQ(promise.future().wait(std::chrono::milliseconds::max()).force(), 7);
+  other.join();
+}
+
+TEST(FutureWait, NeedsNoQueueToBeRun) {
+  const Promise<int> promise(std::make_shared<ManualQueue>());
+  const auto mapped = Future<int>::completed(2).map([](int value) { return value + 1; });
+  EXPECT_EQ(mapped.wait(kLong).force(), 3);
+  promise.success(1);
+  EXPECT_EQ(promise.future().wait(0ms).force(), 1);
+}
+
+TEST(FutureWait, EndsAtItsTimeLimit) {
+  const Promise<int> promise;
+  EXPECT_EQ(urlErrorCode(promise.future().wait(1ms)), URLError::timedOut);
+  EXPECT_EQ(urlErrorCode(promise.future().wait(-1ms)), URLError::timedOut);
+}
+
+TEST(FutureWait, IsEndedByACancel) {
+  const Promise<int> promise;
+  std::thread other([&] { promise.future().cancel(); });
+  EXPECT_EQ(urlErrorCode(promise.future().wait(kLong)), URLError::cancelled);
+  other.join();
+  EXPECT_EQ(urlErrorCode(promise.future().wait(kLong)), URLError::cancelled);
+  promise.complete(5);
+  EXPECT_EQ(promise.future().wait(kLong).force(), 5);
+}
+
+TEST(FutureWait, IsRefusedOnTheLibrarysThreads) {
+  const Promise<int> promise;
+  for (const std::shared_ptr<DispatchQueue>& queue :
+       {DispatchQueue::global(), std::shared_ptr<DispatchQueue>(MainQueue::shared())}) {
+    bool refused = false;
+    test::Signal done;
+    queue->post([&] {
+      refused = isRefused(promise.future().wait(kLong));
+      done.tell();
+    });
+    ASSERT_TRUE(done.wait());
+    EXPECT_TRUE(refused);
+  }
+}
+
+TEST(FutureWait, IsRefusedOnTheThreadThatHasClaimedTheMainQueue) {
+  const auto settled = Future<int>::succeeded(1);
+  {
+    const auto claim = MainQueue::shared()->claim();
+    const Promise<int> promise;
+    EXPECT_TRUE(isRefused(promise.future().wait(kLong)));
+  }
+  EXPECT_EQ(settled.wait(kLong).force(), 1) << "nobody's claim is in the way";
+}
+
+}  // namespace
+}  // namespace orvo
