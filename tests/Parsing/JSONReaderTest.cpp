@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace orvo {
 namespace {
@@ -104,6 +106,23 @@ TEST(JSONReader, LetsADocumentOutliveItsBodyAndEndOnAnotherThread) {
   std::thread([last = std::move(*value)] {
     EXPECT_EQ(last.kind(), JSONValue::Kind::array);
   }).join();
+}
+
+TEST(JSONReader, ReadsOnManyThreadsAtOnce) {
+  std::vector<std::thread> threads;
+  for (int number = 0; number < 6; ++number) {
+    threads.emplace_back([number] {
+      const auto text = "[" + std::to_string(number) + ",\"" + std::string(50, 'x') + "\"]";
+      std::optional<JSONValue> last;
+      for (int i = 0; i < 300; ++i) {
+        auto value = read(text).force();
+        ASSERT_EQ(value.text(), text);
+        ASSERT_EQ(last.value_or(value).text(), text);
+        last = std::move(value);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
 }
 
 TEST(JSONReader, KeepsTheBodyOutOfItsDescription) {
