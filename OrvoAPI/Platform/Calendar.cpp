@@ -79,11 +79,15 @@ class Surroundings {
 
 }  // namespace
 
-const Calendar::Stretch& Calendar::stretch(Date date) {
-  const auto holds = [date](const Stretch& each) { return each.begin <= date && date < each.end; };
-  if (latest_ < stretches_.size() && holds(stretches_[latest_])) return stretches_[latest_];
+const Calendar::Stretch& Calendar::otherStretch(Date date) {
   auto next = std::ranges::upper_bound(stretches_, date, {}, &Stretch::begin);
-  if (next == stretches_.begin() || !holds(*std::prev(next))) {
+  if (next == stretches_.begin() || !std::prev(next)->holds(date)) {
+    // More than a year of days only comes from a hostile document, and would cost the square of it.
+    constexpr std::size_t kMostStretches = 400;
+    if (stretches_.size() == kMostStretches) {
+      stretches_.clear();
+      next = stretches_.end();
+    }
     next = std::next(stretches_.insert(next, findStretch(date)));
   }
   latest_ = static_cast<std::size_t>(std::prev(next) - stretches_.begin());
@@ -107,12 +111,8 @@ Calendar::Stretch Calendar::findStretch(Date date) {
   }
   // 1 January 1970 was a Thursday.
   const auto weekday = static_cast<int>((day % 7 + 7 + 4) % 7) + 1;
-  return {dateOf(begin), dateOf(end), dateOf(start), offset, weekday};
-}
-
-int Calendar::hour(Date date) {
-  const WallTime wall = instantOf(date) + stretch(date).secondsEastOfUTC;
-  return static_cast<int>((wall - floorDivide(wall, secondsPerDay) * secondsPerDay) / 3600);
+  const auto wallTime = std::chrono::seconds(begin + offset - midnight);
+  return {dateOf(begin), dateOf(end), dateOf(start), wallTime, offset, weekday};
 }
 
 Date Calendar::addingDays(Date date, int days) {

@@ -3,6 +3,7 @@
 #include <OrvoAPI/Platform/Date.h>
 
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -20,7 +21,10 @@ class Calendar {
   /// The first instant of the day. That is not midnight where clocks skip midnight.
   [[nodiscard]] Date startOfDay(Date date) { return stretch(date).startOfDay; }
   /// The hour that a clock on the wall shows, 0 to 23.
-  [[nodiscard]] int hour(Date date);
+  [[nodiscard]] int hour(Date date) {
+    const Stretch& found = stretch(date);
+    return static_cast<int>((date - found.begin + found.wallTimeAtBegin) / std::chrono::hours(1));
+  }
   /// From 1, Sunday, to 7, Saturday.
   [[nodiscard]] int weekday(Date date) { return stretch(date).weekday; }
 
@@ -40,14 +44,22 @@ class Calendar {
  private:
   /// A stretch of time on one day without a change of the clocks: nearly always a whole day.
   struct Stretch {
+    [[nodiscard]] bool holds(Date date) const { return begin <= date && date < end; }
+
     Date begin;
     Date end;
     Date startOfDay;
+    /// What clocks on the wall show at the beginning.
+    std::chrono::milliseconds wallTimeAtBegin;
     std::int64_t secondsEastOfUTC;
     int weekday;
   };
 
-  const Stretch& stretch(Date date);
+  const Stretch& stretch(Date date) {
+    if (latest_ < stretches_.size() && stretches_[latest_].holds(date)) return stretches_[latest_];
+    return otherStretch(date);
+  }
+  const Stretch& otherStretch(Date date);
   static Stretch findStretch(Date date);
 
   /// In ascending order.
