@@ -1,0 +1,145 @@
+#include <OrvoAPI/Network/URLSession.h>
+#include <gtest/gtest.h>
+#include <tests/support/Fetched.h>
+#include <tests/support/ScriptedServer.h>
+
+#include <chrono>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace orvo::test {
+namespace {
+
+using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
+
+constexpr auto kLimit = 300ms;
+
+/// The code of a fetch from the server with a short time limit.
+int impatient(const ScriptedServer& server) {
+  URLSession session;
+  return codeOf(session.fetch({.url = server.url(), .timeoutInterval = kLimit}));
+}
+
+TEST(URLSessionFault, HasTheCodeOfWhatWentWrong) {
+  const std::vector<std::pair<std::string, int>> answers = {
+      {"", URLError::networkConnectionLost},
+      {"HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nshort", URLError::networkConnectionLost},
+      {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n5\r\nhel",
+       URLError::networkConnectionLost},
+      {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n",
+       URLError::networkConnectionLost},
+      {"\x01\x02 garbage \xff\r\n\r\n", URLError::badServerResponse},
+      {"<html>an answer without a head</html>", URLError::badServerResponse},
+      {"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\nnot gzip", URLError::cannotDecodeRawData},
+      {"HTTP/1.1 200 OK\r\nContent-Encoding: wishful\r\n\r\nx", URLError::cannotDecodeRawData},
+  };
+  URLSession session;
+  for (const auto& [answer, code] : answers) {
+    const ScriptedServer server(answer);
+    EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), code) << answer;
+  }
+  const ScriptedServer resetting([](Connection& connection) {
+    connection.readHead();
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 9\r\n\r\nshort");
+    connection.reset();
+  });
+  EXPECT_EQ(codeOf(session.fetch({.url = resetting.url()})), URLError::networkConnectionLost);
+}
+
+TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
+  URLSession session;
+  const auto closed = "http://127.0.0.1:" + std::to_string(closedPort()) + "/secret?token=t";
+  const auto refused = session.fetch({.url = *URL::parse(closed)}).wait(kPatience);
+  EXPECT_EQ(codeOf(refused), URLError::cannotConnectToHost);
+  EXPECT_EQ(refused.error()->description().find("secret"), std::string::npos);
+  EXPECT_EQ(codeOf(session.fetch({.url = *URL::parse("http://nowhere.invalid/")})),
+            URLError::cannotFindHost);
+}
+
+TEST(URLSessionTimeout, ComesSoonAfterAStallThatFollowsABurst) {
+  const ScriptedServer server([](Connection& connection) {
+    connection.readHead();
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 2000000\r\n\r\n" +
+                    std::string(1'000'000, 'x'));
+    connection.waitForClose();
+  });
+  const auto start = Clock::now();
+  EXPECT_EQ(impatient(server), URLError::timedOut);
+  const auto elapsed = Clock::now() - start;
+  EXPECT_GE(elapsed, kLimit);
+  EXPECT_LT(elapsed, kLimit + 1s);
+}
+
+TEST(URLSessionTimeout, ComesWhenTheServerSaysNothing) {
+  const ScriptedServer server([](Connection& connection) { connection.waitForClose(); });
+  EXPECT_EQ(impatient(server), URLError::timedOut);
+}
+
+TEST(URLSessionTimeout, DoesNotComeWhileHeaderAndBodyTrickle) {
+  const ScriptedServer server([](Connection& connection) {
+    connection.readHead();
+    connection.trickle("HTTP/1.1 200 OK\r\nContent-Length: 5\r\n\r\n", 15ms);
+    connection.trickle("hello", 60ms);
+  });
+  const auto start = Clock::now();
+  EXPECT_EQ(impatient(server), 200);
+  EXPECT_GT(Clock::now() - start, kLimit + kLimit) << "the server was too fast to tell";
+}
+
+TEST(URLSessionBound, StopsABodyThatIsTooLong) {
+  const auto codeFor = [](const std::string& answer) {
+    const ScriptedServer server(answer);
+    URLSession session({.maximumBodySize = 1000});
+    return codeOf(session.fetch({.url = server.url()}));
+  };
+  const std::string head = "HTTP/1.1 200 OK\r\n";
+  EXPECT_EQ(codeFor(head + "Content-Length: 1000\r\n\r\n" + std::string(1000, 'x')), 200);
+  EXPECT_EQ(codeFor(head + "\r\n" + std::string(1000, 'x')), 200);
+  EXPECT_EQ(codeFor(head + "\r\n" + std::string(1001, 'x')), URLError::dataLengthExceedsMaximum);
+  EXPECT_EQ(codeFor(head + "Content-Length: 1001\r\n\r\nx"), URLError::dataLengthExceedsMaximum);
+}
+
+TEST(URLSessionBound, CountsWhatABodyDecodesTo) {
+  // "0" 2,000 times, by gzip.
+  const std::string bomb(
+      "\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\x33\x30\x18\x05\xa3\x60\x14\x8c\x82\x51\x30"
+      "\x0a\x46\xc1\x50\x07\x00\x1d\x55\xf9\x7e\xd0\x07\x00\x00",
+      35);
+  const ScriptedServer server("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\n" + bomb);
+  URLSession session({.maximumBodySize = 1000});
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), URLError::dataLengthExceedsMaximum);
+}
+
+TEST(URLSessionBound, StopsAHeaderThatIsTooLong) {
+  const auto codeFor = [](const std::string& line, int times) {
+    const ScriptedServer server([&](Connection& connection) {
+      connection.readHead();
+      if (!line.starts_with("HTTP/")) connection.send("HTTP/1.1 200 OK\r\n");
+      for (int i = 0; i < times; ++i) connection.send(line);
+      connection.send("\r\n");
+    });
+    URLSession session;
+    return codeOf(session.fetch({.url = server.url()}));
+  };
+  EXPECT_EQ(codeFor("X: " + std::string(60'000, 'x') + "\r\n", 1), 200);
+  EXPECT_EQ(codeFor("X: " + std::string(99, 'x') + "\r\n", 10'000),
+            URLError::dataLengthExceedsMaximum);
+  EXPECT_EQ(codeFor(std::string(1000, 'x'), 10'000), URLError::dataLengthExceedsMaximum);
+  EXPECT_EQ(codeFor("HTTP/1.1 100 Continue\r\n\r\n", 10'000), URLError::dataLengthExceedsMaximum);
+}
+
+TEST(URLSessionConnections, AreReplacedWhenTheServerHasClosedThem) {
+  const ScriptedServer server([](Connection& connection) {
+    if (connection.readHead().empty()) return;
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+  });
+  URLSession session;
+  for (int i = 0; i < 5; ++i) EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(server.connections(), 5);
+}
+
+}  // namespace
+}  // namespace orvo::test

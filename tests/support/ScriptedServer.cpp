@@ -1,0 +1,130 @@
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <sys/socket.h>
+#include <tests/support/ScriptedServer.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <stdexcept>
+#include <utility>
+
+namespace orvo::test {
+namespace {
+
+/// Bound to a free port, not yet listening.
+std::pair<int, int> boundSocket() {
+  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  if (bind(fd, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    throw std::runtime_error("no loopback port to be had");
+  }
+  return {fd, ntohs(address.sin_port)};
+}
+
+}  // namespace
+
+std::string Connection::readHead() {
+  constexpr std::string_view kEnd = "\r\n\r\n";
+  std::array<char, 4096> buffer;
+  auto end = received_.find(kEnd);
+  while (end == std::string::npos) {
+    const auto count = recv(socket_, buffer.data(), buffer.size(), 0);
+    if (count <= 0) return {};
+    received_.append(buffer.data(), static_cast<std::size_t>(count));
+    end = received_.find(kEnd);
+  }
+  auto head = received_.substr(0, end + kEnd.size());
+  received_.erase(0, head.size());
+  return head;
+}
+
+void Connection::send(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const auto count = ::send(socket_, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    if (count <= 0) return;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+}
+
+void Connection::trickle(std::string_view bytes, std::chrono::milliseconds pause) {
+  for (const char byte : bytes) {
+    std::this_thread::sleep_for(pause);
+    send({&byte, 1});
+  }
+}
+
+void Connection::waitForClose() {
+  std::array<char, 4096> buffer;
+  while (recv(socket_, buffer.data(), buffer.size(), 0) > 0) {
+  }
+}
+
+void Connection::reset() {
+  const linger atOnce{1, 0};
+  setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+}
+
+ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {
+  std::tie(listener_, port_) = boundSocket();
+  listen(listener_, 128);
+  accepting_ = std::thread([this] { accept(); });
+}
+
+ScriptedServer::ScriptedServer(std::string answer)
+    : ScriptedServer([answer = std::move(answer)](Connection& connection) {
+        if (!connection.readHead().empty()) connection.send(answer);
+      }) {}
+
+ScriptedServer::~ScriptedServer() {
+  {
+    const std::lock_guard guard(mutex_);
+    ending_ = true;
+    for (const int socket : sockets_) shutdown(socket, SHUT_RDWR);
+  }
+  shutdown(listener_, SHUT_RDWR);
+  accepting_.join();
+  for (auto& thread : threads_) thread.join();
+  close(listener_);
+}
+
+URL ScriptedServer::url(std::string_view target) const {
+  return *URL::parse("http://127.0.0.1:" + std::to_string(port_) + std::string(target));
+}
+
+void ScriptedServer::accept() {
+  for (;;) {
+    const int socket = accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
+    if (socket < 0) return;
+    ++connections_;
+    {
+      const std::lock_guard guard(mutex_);
+      sockets_.push_back(socket);
+      if (ending_) shutdown(socket, SHUT_RDWR);
+    }
+    threads_.emplace_back([this, socket] { serve(socket); });
+  }
+}
+
+void ScriptedServer::serve(int socket) {
+  const int immediately = 1;
+  setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &immediately, sizeof immediately);
+  Connection connection(socket);
+  script_(connection);
+  const std::lock_guard guard(mutex_);
+  std::erase(sockets_, socket);
+  close(socket);
+}
+
+int closedPort() {
+  const auto [socket, port] = boundSocket();
+  close(socket);
+  return port;
+}
+
+}  // namespace orvo::test

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <OrvoAPI/Platform/URL.h>
+
+#include <atomic>
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace orvo::test {
+
+/// One connection as raw bytes, in the hands of a script. It closes when the script returns.
+class Connection {
+ public:
+  explicit Connection(int socket) : socket_(socket) {}
+
+  /// The head of the next request, with its blank line; empty when the client has gone.
+  std::string readHead();
+  void send(std::string_view bytes);
+  /// One byte after another, with a pause before each.
+  void trickle(std::string_view bytes, std::chrono::milliseconds pause);
+  /// Says nothing until the client goes.
+  void waitForClose();
+  /// Closes so that the client's system reports an error.
+  void reset();
+
+ private:
+  friend class ScriptedServer;
+  int socket_;
+  std::string received_;
+};
+
+/// A server on a free loopback port that does exactly what its script says, however wrong. Each
+/// connection has a thread; going away ends them.
+class ScriptedServer {
+ public:
+  using Script = std::function<void(Connection&)>;
+
+  explicit ScriptedServer(Script script);
+  /// Sends the bytes in answer to the first request of each connection.
+  explicit ScriptedServer(std::string answer);
+  ~ScriptedServer();
+  ScriptedServer(const ScriptedServer&) = delete;
+  ScriptedServer& operator=(const ScriptedServer&) = delete;
+
+  [[nodiscard]] int port() const { return port_; }
+  [[nodiscard]] URL url(std::string_view target = "/") const;
+  [[nodiscard]] int connections() const { return connections_; }
+
+ private:
+  void accept();
+  void serve(int socket);
+
+  const Script script_;
+  int listener_ = -1;
+  int port_ = 0;
+  std::atomic<int> connections_{0};
+  std::mutex mutex_;
+  bool ending_ = false;               // guarded by mutex_
+  std::vector<int> sockets_;          // guarded by mutex_
+  std::vector<std::thread> threads_;  // of the accepting thread, until it has ended
+  std::thread accepting_;
+};
+
+/// A port of this machine on which nobody listens.
+int closedPort();
+
+}  // namespace orvo::test
