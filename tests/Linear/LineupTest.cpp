@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <time.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <initializer_list>
 #include <optional>
@@ -138,6 +139,16 @@ TEST(Lineup, CountsElapsedHoursWhenClocksChange) {
   EXPECT_EQ(listing(lineupOf({"2017-10-29T00:30:00Z", "2017-10-29T01:30:00Z",
                               "2017-10-29T02:30:00Z", "2017-10-29T22:30:00Z"})),
             "2017-10-28T22:00: 00:00(00:30 01:30) 01:00(02:30) 21:00(22:30)\n");
+}
+
+TEST(Lineup, MayHoldMoreDaysThanACalendarRemembers) {
+  std::vector<LineupSlot> slots(2'000);
+  for (std::size_t i = 0; i < slots.size(); ++i) {
+    slots[i].start = Date(static_cast<std::int64_t>(i * 7 % 1'000) * 86'400'000);
+  }
+  const Lineup lineup = Lineup::grouping(slots);
+  EXPECT_EQ(lineup.days.size(), 1'000U);
+  EXPECT_TRUE(std::ranges::is_sorted(lineup.days, {}, &LineupDay::startTime));
 }
 
 TEST(LineupScheduled, HoldsForSlotsHoursDaysAndDates) {
