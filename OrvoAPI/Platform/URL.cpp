@@ -49,7 +49,8 @@ enum CharacterClass : unsigned char {
   kAfterScheme = 8,
   kAfterAuthority = 16,
   kAfterPath = 32,
-  kAfterQuery = 64
+  kAfterQuery = 64,
+  kHostName = 128
 };
 
 constexpr std::array<unsigned char, 256> makeCharacterClasses() {
@@ -69,6 +70,7 @@ constexpr std::array<unsigned char, 256> makeCharacterClasses() {
   add("/", kAfterScheme | kAfterAuthority);
   add("?", kAfterScheme | kAfterAuthority | kAfterPath);
   add("#", kAfterScheme | kAfterAuthority | kAfterPath | kAfterQuery);
+  add("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-.", kHostName);
   return classes;
 }
 
@@ -113,6 +115,23 @@ bool isQueryText(std::string_view text) {
   return true;
 }
 
+/// Whether the text is a web address as nearly all in documents are: a host name, a path, perhaps a
+/// query. Taking such a one apart costs the parser more than all else that is done with it;
+/// whatever is less plain is its to judge.
+bool isPlainAddress(std::string_view text) {
+  if (!text.starts_with("https://") || text.size() > URL::kMaximumLength) return false;
+  std::size_t at = std::string_view("https://").size();
+  const auto skip = [&](CharacterClass what) {
+    const auto begin = at;
+    while (at < text.size() && isIn(text[at], what)) ++at;
+    return at > begin;
+  };
+  if (!skip(kHostName)) return false;
+  if (at < text.size() && text[at] == '/') skip(kPath);
+  if (at < text.size() && text[at] == '?') skip(kQuery);
+  return at == text.size();
+}
+
 }  // namespace
 
 // The text is known to be valid, so that a few delimiters tell its parts.
@@ -148,7 +167,7 @@ URL::URL(std::string validText) : text_(std::move(validText)) {
 }
 
 std::optional<URL> URL::parse(std::string_view text) {
-  if (!ParsedURI(text).valid()) return std::nullopt;
+  if (!isPlainAddress(text) && !ParsedURI(text).valid()) return std::nullopt;
   return URL(std::string(text));
 }
 
