@@ -44,7 +44,9 @@ void sign(const Certificate& certificate, const Certificate& issuer) {
 
 }  // namespace
 
-CertificateAuthority::CertificateAuthority() : own_(draft("Test authority", {})) {
+CertificateAuthority::CertificateAuthority() {
+  static std::atomic<int> number{1};  // two of one name would be taken for each other
+  own_ = draft(("Test authority " + std::to_string(number++)).c_str(), {});
   extend(own_.certificate.get(), NID_basic_constraints, "critical,CA:TRUE");
   extend(own_.certificate.get(), NID_key_usage, "critical,keyCertSign,cRLSign");
   sign(own_, own_);

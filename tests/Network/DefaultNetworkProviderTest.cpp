@@ -1,0 +1,117 @@
+#include <OrvoAPI/Network/DefaultNetworkProvider.h>
+#include <OrvoAPI/Testing/StubInterceptor.h>
+#include <OrvoAPI/Testing/StubSessionProvider.h>
+#include <gtest/gtest.h>
+#include <tests/support/Fetched.h>
+#include <tests/support/HTTPServer.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace orvo::test {
+namespace {
+
+class DefaultNetworkProviderTest : public testing::Test {
+ protected:
+  /// Fetches with the token that the session had when the request was made.
+  Future<HTTPResult> authorized(std::string_view target) {
+    return provider_.fetch({.url = server_.url(target), .headers = {{"Authorization", "old"}}});
+  }
+
+  const HTTPServer server_{[this](const ServedRequest& request) -> ServedAnswer {
+    const auto question = request.target.find('?');
+    const auto found = redirects.find(request.target.substr(0, question));
+    if (found == redirects.end()) return {404, "not found"};
+    return {302, "moved", {{"Location", found->second}}};
+  }};
+  const std::shared_ptr<StubSessionProvider> session_ =
+      std::make_shared<StubSessionProvider>("new");
+  DefaultNetworkProvider provider_{session_};
+  const std::map<std::string, std::string> redirects = {{"/videos/x", "/videos/y"},
+                                                        {"/videos/x2", "/videos/y?b=2"},
+                                                        {"/videos/x3", "/videos/y?"},
+                                                        {"/chain", "/videos/x"}};
+};
+
+TEST_F(DefaultNetworkProviderTest, SucceedsWithAnyStatus) {
+  EXPECT_EQ(bodyOf(provider_.fetch({.url = server_.url("/nothing")})), "not found");
+}
+
+TEST_F(DefaultNetworkProviderTest, CarriesTheQueryOverWhereTheNewAddressHasNone) {
+  EXPECT_EQ(codeOf(authorized("/chain?a=1%20&a")), 404);
+  EXPECT_EQ(server_.targets(), "/chain?a=1%20&a /videos/x?a=1%20&a /videos/y?a=1%20&a");
+  EXPECT_EQ(codeOf(authorized("/videos/x2?a=1")), 404);
+  EXPECT_EQ(codeOf(authorized("/videos/x3?a=1")), 404);
+  const auto requests = server_.requests();
+  EXPECT_EQ(requests[4].target, "/videos/y?b=2");
+  EXPECT_EQ(requests[6].target, "/videos/y?") << "an empty query is one";
+}
+
+TEST_F(DefaultNetworkProviderTest, SendsExactlyOneTokenOnEachHop) {
+  EXPECT_EQ(codeOf(authorized("/chain")), 404);
+  const auto requests = server_.requests();
+  ASSERT_EQ(requests.size(), 3U);
+  EXPECT_EQ(requests[0].headers.values("Authorization"), std::vector<std::string_view>{"old"});
+  EXPECT_EQ(requests[1].headers.values("Authorization"), std::vector<std::string_view>{"new"});
+  EXPECT_EQ(requests[2].headers.values("Authorization"), std::vector<std::string_view>{"new"});
+}
+
+TEST_F(DefaultNetworkProviderTest, RefusesARedirectWithoutAToken) {
+  session_->holdTokens();
+  const auto future = authorized("/videos/x");
+  ASSERT_TRUE(session_->retrievals.waitForCount(1));
+  session_->retrievals.fail(0, URLError{URLError::timedOut, ""});
+  EXPECT_EQ(codeOf(future), 302);
+  EXPECT_EQ(bodyOf(future), "moved");
+}
+
+TEST_F(DefaultNetworkProviderTest, FailsOnATokenThatIsNoHeader) {
+  session_->setToken("a\r\nX: y");
+  EXPECT_EQ(codeOf(authorized("/videos/x")), URLError::badURL);
+  EXPECT_EQ(server_.targets(), "/videos/x");
+}
+
+TEST_F(DefaultNetworkProviderTest, AsksForNoTokenWhereTheRequestCarriedNone) {
+  session_->holdTokens();  // never given out
+  EXPECT_EQ(codeOf(provider_.fetch({.url = server_.url("/videos/x?a=1")})), 404);
+  EXPECT_EQ(session_->retrievals.count(), 0U);
+  EXPECT_EQ(server_.targets(), "/videos/x?a=1 /videos/y?a=1");
+  EXPECT_EQ(server_.requests()[1].header("Authorization"), "(none)");
+}
+
+TEST_F(DefaultNetworkProviderTest, FinishesARedirectWhenItIsGone) {
+  session_->holdTokens();
+  auto provider = std::make_unique<DefaultNetworkProvider>(session_);
+  const auto future =
+      provider->fetch({.url = server_.url("/videos/x"), .headers = {{"Authorization", "old"}}});
+  ASSERT_TRUE(session_->retrievals.waitForCount(1));
+  provider.reset();
+  session_->retrievals.succeed(0, "new");
+  EXPECT_EQ(codeOf(future), 404);
+  EXPECT_EQ(server_.requests()[1].header("Authorization"), "new");
+}
+
+TEST_F(DefaultNetworkProviderTest, MakesOneSessionForAllThreads) {
+  std::vector<std::shared_ptr<URLSession>> sessions(8);
+  std::vector<std::thread> threads;
+  for (auto& session : sessions) {
+    threads.emplace_back([&] { session = provider_.urlSession(); });
+  }
+  for (auto& thread : threads) thread.join();
+  for (const auto& session : sessions) EXPECT_EQ(session, sessions.front());
+  const auto stub = std::make_shared<StubInterceptor>();
+  stub->answerOthers("stubbed");
+  provider_.setURLSession(std::make_shared<URLSession>(
+      URLSessionConfiguration{.protocolClasses = {stub}}, provider_.sessionDelegate()));
+  EXPECT_EQ(bodyOf(provider_.fetch({.url = server_.url()})), "stubbed");
+}
+
+TEST(DefaultNetworkProviderDeathTest, StopsTheProcessWithoutASessionProvider) {
+  EXPECT_DEATH(DefaultNetworkProvider(nullptr), "session provider");
+}
+
+}  // namespace
+}  // namespace orvo::test

@@ -1,0 +1,107 @@
+#include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Testing/StubInterceptor.h>
+#include <gtest/gtest.h>
+#include <tests/support/Fetched.h>
+#include <tests/support/HTTPServer.h>
+#include <tests/support/Signal.h>
+
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace orvo::test {
+namespace {
+
+ServedAnswer fromNetwork(const ServedRequest&) { return {.body = "from the network"}; }
+
+/// Takes everything and keeps it.
+class Keeper final : public URLInterceptor {
+ public:
+  bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
+    const std::lock_guard guard(mutex_);
+    kept_ = request;
+    request->onCancel([this] { cancelled.tell(); });
+    taken.tell();
+    return true;
+  }
+  std::shared_ptr<InterceptedRequest> release() {
+    const std::lock_guard guard(mutex_);
+    return std::exchange(kept_, nullptr);
+  }
+
+  Signal taken;
+  Signal cancelled;
+
+ private:
+  std::mutex mutex_;
+  std::shared_ptr<InterceptedRequest> kept_;  // guarded by mutex_
+};
+
+TEST(URLSessionInterceptor, FirstThatTakesARequestAnswersIt) {
+  const HTTPServer server(fromNetwork);
+  const auto watching = std::make_shared<StubInterceptor>();
+  const auto first = std::make_shared<StubInterceptor>();
+  const auto second = std::make_shared<StubInterceptor>();
+  first->answer("/a", "first");
+  second->answer("/a", "second");
+  second->fail("/b", {URLError::networkConnectionLost, ""});
+  URLSession session({.protocolClasses = {watching, first, second}});
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/a")})), "first");
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url("/b")})), URLError::networkConnectionLost);
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/c")})), "from the network");
+  EXPECT_EQ(watching->requests().size(), 3U);
+  EXPECT_EQ(second->requests().size(), 2U);
+  EXPECT_EQ(server.targets(), "/c");
+}
+
+TEST(URLSessionInterceptor, AnswersRedirectsAndSeesEachHop) {
+  const HTTPServer server([](const ServedRequest& request) -> ServedAnswer {
+    if (request.target == "/end") return {.body = "arrived"};
+    return {302, "", {{"Location", "/stubbed"}}};
+  });
+  const auto stub = std::make_shared<StubInterceptor>();
+  stub->answer("/stubbed", "", {.statusCode = 307, .headers = {{"Location", "/end"}}});
+  URLSession session({.protocolClasses = {stub}});
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/start")})), "arrived");
+  EXPECT_EQ(stub->requests().size(), 3U);
+  EXPECT_EQ(server.targets(), "/start /end");
+}
+
+TEST(URLSessionInterceptor, MayServeOtherSchemes) {
+  const auto stub = std::make_shared<StubInterceptor>();
+  stub->answer("/a", "invented");
+  URLSession session({.protocolClasses = {stub}});
+  EXPECT_EQ(bodyOf(session.fetch({.url = *URL::parse("invented://host/a")})), "invented");
+  EXPECT_EQ(codeOf(session.fetch({.url = *URL::parse("invented://host/b")})),
+            URLError::unsupportedURL);
+}
+
+TEST(URLSessionInterceptor, LearnsOfACancelAndAnswersInVain) {
+  const auto keeper = std::make_shared<Keeper>();
+  URLSession session({.protocolClasses = {keeper}});
+  const auto future = session.fetch({.url = *URL::parse("http://h/")});
+  ASSERT_TRUE(keeper->taken.wait());
+  future.cancel();
+  EXPECT_TRUE(keeper->cancelled.wait());
+  keeper->release()->respond({.url = *URL::parse("http://h/"), .statusCode = 200});
+  EXPECT_EQ(codeOf(future), URLError::cancelled);
+  EXPECT_FALSE(future.didComplete());
+}
+
+TEST(URLSessionInterceptor, MayAnswerLaterButNotNever) {
+  const auto keeper = std::make_shared<Keeper>();
+  URLSession session({.protocolClasses = {keeper}});
+  const auto late = session.fetch({.url = *URL::parse("http://h/")});
+  ASSERT_TRUE(keeper->taken.wait());
+  const auto kept = keeper->release();
+  kept->respond({.url = *URL::parse("http://h/"), .statusCode = 204});
+  kept->fail({URLError::unknown, "too late"});
+  EXPECT_EQ(codeOf(late), 204);
+  const auto dropped = session.fetch({.url = *URL::parse("http://h/")});
+  ASSERT_TRUE(keeper->taken.wait(2));
+  keeper->release();
+  EXPECT_EQ(codeOf(dropped), URLError::unknown);
+}
+
+}  // namespace
+}  // namespace orvo::test
