@@ -124,7 +124,8 @@ std::string explanation(const AnyError& error) {
            "\"";
   }
   if (const auto* transport = error.as<URLError>()) {
-    return transport->message + " (code " + std::to_string(transport->code) + ")";
+    const bool known = transport->code != URLError::unknown;
+    return transport->message + (known ? " (code " + std::to_string(transport->code) + ")" : "");
   }
   return error.description();
 }

@@ -24,7 +24,7 @@ std::string durationText(double seconds) {
   constexpr double kTooLong = 1e9;
   if (!std::isfinite(seconds) || std::abs(seconds) > kTooLong) return "";
   const auto whole = static_cast<long>(std::lround(seconds));
-  if (whole < 60) return fmt::format("{} s", whole);
+  if (whole < 60) return fmt::format("{:g} s", std::round(seconds * 10) / 10);
   const long minutes = (whole + 30) / 60;
   if (minutes < 60) return fmt::format("{} min", minutes);
   if (minutes % 60 == 0) return fmt::format("{} h", minutes / 60);

@@ -4,6 +4,8 @@
 #include <tool/Arguments.h>
 #include <tool/Commands.h>
 
+#include <csignal>
+
 namespace {
 
 using orvo::tool::Commands;
@@ -115,6 +117,8 @@ void addCommands(Commands& commands) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A reader that has gone away shows when the text is written, and ends the program quietly.
+  std::signal(SIGPIPE, SIG_IGN);
   // Standard output is for the answer alone.
   orvo::setConsoleSink([](std::string_view line) { orvo::tool::printDiagnostic(line); });
   CLI::App app("Looks at a video and live-TV service through its web API.", "orvo");
