@@ -5,7 +5,6 @@
 #include <sys/socket.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <limits>
 #include <new>
 #include <string>
@@ -64,11 +63,8 @@ void CurlTransfer::setSecurity(const URLSessionConfiguration& configuration) {
   // Searching a folder of certificates for each connection costs 50 ms; the one file is read once
   // and kept.
   set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-  const char* const environmentFile = std::getenv("SSL_CERT_FILE");
   if (configuration.certificateAuthorityFile) {
     set(CURLOPT_CAINFO, configuration.certificateAuthorityFile->c_str());
-  } else if (environmentFile != nullptr && *environmentFile != '\0') {
-    set(CURLOPT_CAINFO, environmentFile);
   }
 }
 
@@ -86,8 +82,11 @@ CurlTransfer* CurlTransfer::from(CURL* handle) {
   return reinterpret_cast<CurlTransfer*>(self);
 }
 
-void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange) {
+void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlTransferOwner& owner,
+                         CurlHost& host) {
   exchange_ = std::move(exchange);
+  owner_ = &owner;
+  host_ = &host;
   noteActivity();
   const auto& request = exchange_->exchangeRequest();
   set(CURLOPT_URL, request.url.text().c_str());
@@ -177,6 +176,8 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
 }
 
 void CurlTransfer::clear() {
+  owner_ = nullptr;
+  host_ = nullptr;
   place_ = {};
   exchange_.reset();
   multiplexed_ = false;

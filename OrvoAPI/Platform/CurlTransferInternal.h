@@ -10,10 +10,22 @@
 #include <memory>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 namespace orvo::detail {
 
 struct CurlHost;
+class CurlTransfer;
+
+/// Who a transfer belongs to.
+class CurlTransferOwner {
+ public:
+  /// The owner takes it back from the pool.
+  virtual void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) = 0;
+
+ protected:
+  ~CurlTransferOwner() = default;
+};
 
 /// A place for one transfer at a time: the handle with its settings, and what has arrived. Of the
 /// network thread. The session keeps it for the next transfer, since making one costs more than a
@@ -30,9 +42,10 @@ class CurlTransfer {
   [[nodiscard]] CURL* handle() const { return handle_; }
   [[nodiscard]] const std::shared_ptr<HTTPExchange>& exchange() const { return exchange_; }
 
-  void begin(std::shared_ptr<HTTPExchange> exchange);
-  /// What came of it, taken out; `code` is the library's verdict.
-  [[nodiscard]] HTTPOutcome outcome(CURLcode code);
+  void begin(std::shared_ptr<HTTPExchange> exchange, CurlTransferOwner& owner, CurlHost& host);
+  /// Ends by the library's verdict.
+  void end(CURLcode code) { end(outcome(code)); }
+  void end(HTTPOutcome outcome) { owner_->transferDidEnd(*this, std::move(outcome)); }
   /// Lets go of the exchange and of all that it needed.
   void clear();
 
@@ -41,9 +54,10 @@ class CurlTransfer {
   /// When the silence has lasted too long.
   [[nodiscard]] NetworkTime deadline() const;
 
-  /// What the session notes about it while it is under way.
+  [[nodiscard]] const CurlTransferOwner* owner() const { return owner_; }
+  [[nodiscard]] CurlHost& host() const { return *host_; }
+  /// What the pool notes about it.
   struct Place {
-    CurlHost* host = nullptr;
     std::size_t index = 0;
     int socket = -1;
   };
@@ -63,6 +77,8 @@ class CurlTransfer {
   void set(CURLoption option, T value) {
     curl_easy_setopt(handle_, option, value);
   }
+  /// What came of it, taken out.
+  [[nodiscard]] HTTPOutcome outcome(CURLcode code);
   void setSecurity(const URLSessionConfiguration& configuration);
   void setCallbacks();
   void setMethod(const URLRequest& request);
@@ -88,6 +104,8 @@ class CurlTransfer {
   CachePolicy listedPolicy_ = CachePolicy::useProtocolCachePolicy;
 
   // Of the transfer under way.
+  CurlTransferOwner* owner_ = nullptr;
+  CurlHost* host_ = nullptr;
   Place place_;
   std::shared_ptr<HTTPExchange> exchange_;
   NetworkTime lastActivity_;

@@ -84,13 +84,13 @@ void NetworkThread::shutDown() {
 void NetworkThread::run() {
   now_ = std::chrono::steady_clock::now();
   while (runCommands()) {
-    // By index: a session is opened or closed by a command only, but it may start to wait.
-    for (std::size_t i = 0; i < sessions_.size(); ++i) {
-      if (sessions_[i]->nextTimer() <= now_) sessions_[i]->runTimers();
+    // By index: ending an exchange may end a session and its pool.
+    for (std::size_t i = 0; i < pools_.size(); ++i) {
+      if (pools_[i]->nextTimer() <= now_) pools_[i]->runTimers();
     }
     waitForEvents();
   }
-  while (!sessions_.empty()) end(sessions_.back());
+  for (const auto& session : std::exchange(sessions_, {})) session->close();
   ::close(wakeup_);
   ::close(epoll_);
   running_.remove();
@@ -121,18 +121,20 @@ void NetworkThread::runCommand(Command command) {
       session->cancel(*exchange);
       break;
     case Command::Kind::close:
-      if (found != sessions_.end()) end(session);
+      if (found == sessions_.end()) break;
+      session->close();
+      sessions_.erase(found);
       break;
   }
 }
 
-void NetworkThread::end(const std::shared_ptr<NetworkSession>& session) {
-  const auto ended = session;  // the argument may be the element that goes
-  ended->close();
+void NetworkThread::add(NetworkPool& pool) { pools_.push_back(&pool); }
+
+void NetworkThread::remove(NetworkPool& pool) {
   for (auto& watch : watches_) {
-    if (watch.session == ended.get()) watch.session = nullptr;
+    if (watch.pool == &pool) watch = {};
   }
-  std::erase(sessions_, ended);
+  std::erase(pools_, &pool);
 }
 
 void NetworkThread::waitForEvents() {
@@ -149,15 +151,15 @@ void NetworkThread::waitForEvents() {
     // An event of a socket that was closed meanwhile finds nobody, or one who finds nothing to
     // read.
     const auto watch = watches_[static_cast<std::size_t>(event.data.fd)];
-    if (watch.session != nullptr) {
-      watch.session->socketIsReady(event.data.fd, event.events, watch.context);
+    if (watch.pool != nullptr) {
+      watch.pool->socketIsReady(event.data.fd, event.events, watch.context);
     }
   }
 }
 
 int NetworkThread::millisecondsToNextTimer() const {
   auto next = NetworkTime::max();
-  for (const auto& session : sessions_) next = std::min(next, session->nextTimer());
+  for (const auto* const pool : pools_) next = std::min(next, pool->nextTimer());
   if (next == NetworkTime::max()) return -1;
   const auto wait =
       std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
@@ -165,21 +167,20 @@ int NetworkThread::millisecondsToNextTimer() const {
   return static_cast<int>(std::clamp(wait, std::chrono::milliseconds(0), kLongest).count());
 }
 
-void NetworkThread::watch(int socket, std::uint32_t events, NetworkSession& session,
-                          void* context) {
+void NetworkThread::watch(int socket, std::uint32_t events, NetworkPool& pool, void* context) {
   const auto index = static_cast<std::size_t>(socket);
   if (index >= watches_.size()) watches_.resize(index + 1);
   auto& watch = watches_[index];
   epoll_event event{};
   event.events = events;
   event.data.fd = socket;
-  epoll_ctl(epoll_, watch.registered ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, socket, &event);
-  watch = {&session, context, true};
+  epoll_ctl(epoll_, watch.pool != nullptr ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, socket, &event);
+  watch = {&pool, context};
 }
 
 void NetworkThread::unwatch(int socket) {
   const auto index = static_cast<std::size_t>(socket);
-  if (index >= watches_.size() || !watches_[index].registered) return;
+  if (index >= watches_.size() || watches_[index].pool == nullptr) return;
   epoll_ctl(epoll_, EPOLL_CTL_DEL, socket, nullptr);
   watches_[index] = {};
 }

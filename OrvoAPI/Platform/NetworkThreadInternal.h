@@ -50,19 +50,23 @@ class HTTPExchange {
   bool waiting_ = false;                    // while it waits for a free connection
 };
 
-/// The connections, cookies and transfers of one URL session. Everything but `make` belongs to the
-/// network thread.
+/// The exchanges of one URL session. Everything but `make` belongs to the network thread.
 class NetworkSession {
  public:
   virtual ~NetworkSession() = default;
 
-  [[nodiscard]] static std::shared_ptr<NetworkSession> make(
-      const URLSessionConfiguration& configuration);
+  [[nodiscard]] static std::shared_ptr<NetworkSession> make(URLSessionConfiguration configuration);
 
   virtual void start(std::shared_ptr<HTTPExchange> exchange) = 0;
   virtual void cancel(HTTPExchange& exchange) = 0;
-  /// Ends everything that is under way with -999 and closes all connections.
+  /// Ends everything that is under way with -999 and lets go of the connections.
   virtual void close() = 0;
+};
+
+/// Connections whose sockets and timers the network thread waits for.
+class NetworkPool {
+ public:
+  virtual ~NetworkPool() = default;
 
   /// `context` is what the socket is watched with; `events` are those of epoll.
   virtual void socketIsReady(int socket, std::uint32_t events, void* context) = 0;
@@ -90,11 +94,13 @@ class NetworkThread {
   void close(std::shared_ptr<NetworkSession> session);
   void shutDown();
 
-  // On the network thread, for the sessions.
+  // On the network thread, for the pools.
 
   /// The time at which the thread last woke up.
   [[nodiscard]] NetworkTime now() const { return now_; }
-  void watch(int socket, std::uint32_t events, NetworkSession& session, void* context);
+  void add(NetworkPool& pool);
+  void remove(NetworkPool& pool);
+  void watch(int socket, std::uint32_t events, NetworkPool& pool, void* context);
   void unwatch(int socket);
   /// Nothing that happens on the socket concerns the context any more.
   void forgetContext(int socket, const void* context);
@@ -108,9 +114,8 @@ class NetworkThread {
   };
   enum class State { unused, running, failed, ended };
   struct Watch {
-    NetworkSession* session = nullptr;
+    NetworkPool* pool = nullptr;  // null: not watched
     void* context = nullptr;
-    bool registered = false;
   };
 
   NetworkThread() = default;
@@ -121,7 +126,6 @@ class NetworkThread {
   void run();
   [[nodiscard]] bool runCommands();
   void runCommand(Command command);
-  void end(const std::shared_ptr<NetworkSession>& session);
   void waitForEvents();
   [[nodiscard]] int millisecondsToNextTimer() const;
 
@@ -135,7 +139,8 @@ class NetworkThread {
   // Of the network thread.
   NetworkTime now_;
   std::vector<Command> taken_;
-  std::vector<std::shared_ptr<NetworkSession>> sessions_;
+  std::vector<std::shared_ptr<NetworkSession>> sessions_;  // those started and not yet closed
+  std::vector<NetworkPool*> pools_;
   std::vector<Watch> watches_;  // by socket
 };
 
