@@ -34,7 +34,7 @@ class DerivedState : public FutureState<U>, public Continuation {
  protected:
   ~DerivedState() override = default;
 
-  /// Destroys what is needed to make the result, as far as that is still there.
+  /// Destroys what is needed to make the result.
   virtual void destroyTask() noexcept = 0;
 
   /// Settles as the last act of a job, so that what follows stays on this worker.
@@ -50,12 +50,6 @@ class DerivedState : public FutureState<U>, public Continuation {
   void waitLastFor(FutureCore& source) {
     const TailPosition tail(this);
     source.add(static_cast<Continuation*>(this));
-  }
-
- private:
-  void destroyContents() noexcept final {
-    destroyTask();
-    FutureState<U>::destroyContents();
   }
 };
 

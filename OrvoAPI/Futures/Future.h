@@ -9,6 +9,7 @@
 
 #include <chrono>
 #include <concepts>
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -47,7 +48,9 @@ class Future {
 
   /// Pending; its callbacks run on the global queue.
   Future() : Future(DispatchQueue::global()) {}
-  explicit Future(Queue callbackQueue) : core_(Core::adopt(new State(std::move(callbackQueue)))) {}
+  explicit Future(Queue callbackQueue) : core_(Core::adopt(new State(std::move(callbackQueue)))) {
+    static_assert(alignof(State) <= alignof(std::max_align_t));
+  }
   /// Completed from the start: callbacks registered later are posted at once.
   explicit Future(Result<T> result) : Future() { core_->complete(std::move(result)); }
 
@@ -227,6 +230,7 @@ class Future {
   /// Takes over a derived state, which the source's list owns as well.
   template <class Derived>
   static Future derived(detail::FutureCore& source, Derived* state) {
+    static_assert(alignof(Derived) <= alignof(std::max_align_t));
     Future future(Core::adopt(state));
     state->retain();
     source.add(static_cast<detail::Continuation*>(state));

@@ -8,54 +8,78 @@ namespace orvo::detail {
 namespace {
 
 /// Futures whose last reference went while another was being destroyed on this thread: a chain of
-/// any length is taken down in a loop, not in a recursion.
-struct DisposalList {
-  FutureCore* first = nullptr;
-  bool active = false;
-};
-thread_local constinit DisposalList disposals;
+/// any length is taken down in a loop, not in a recursion. Null while none is being destroyed; the
+/// last of them is no future, but a mark.
+[[gnu::tls_model("initial-exec")]] thread_local constinit FutureCore* disposed = nullptr;
+FutureCore* lastDisposed() {
+  return reinterpret_cast<FutureCore*>(std::uintptr_t{1});  // NOLINT(performance-no-int-to-ptr)
+}
+
+/// The nodes that were pushed, the oldest first.
+template <class Node>
+NodeList<Node> reversed(Node* newest) {
+  NodeList<Node> list;
+  while (newest != nullptr) {
+    auto* const node = newest;
+    newest = node->next;
+    list.prepend(node);
+  }
+  return list;
+}
+
+CancelCallback* asNode(std::uintptr_t cancelCallback) {
+  return reinterpret_cast<CancelCallback*>(cancelCallback);  // NOLINT(performance-no-int-to-ptr)
+}
 
 }  // namespace
 
-void Continuation::releaseSource() noexcept {
-  if (auto* const source = std::exchange(source_, nullptr)) source->release();
+void FutureCore::dropCallbacks() noexcept {
+  const auto unposted = inOrder(callbacks_.load(std::memory_order_relaxed));
+  const auto cancelCallbacks = cancelCallbacks_.load(std::memory_order_relaxed);
+  const auto uncalled = reversed(asNode(cancelCallbacks & ~kCancelled));
 }
 
-FutureCore::~FutureCore() { delete label_.load(std::memory_order_acquire); }
+void FutureCore::releaseWeakly(FutureCore* core) noexcept {
+  // The last one needs no exchange: nobody is left to take or to give up another.
+  auto& weak = counts(core).weak;
+  if (weak.load(std::memory_order_acquire) == 1 ||
+      weak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    operator delete(core);
+  }
+}
 
-CoreRef<FutureCore> FutureCore::lock() noexcept {
-  auto count = strong_.load(std::memory_order_relaxed);
+CoreRef<FutureCore> FutureCore::lock(FutureCore* core) noexcept {
+  auto& strong = counts(core).strong;
+  auto count = strong.load(std::memory_order_relaxed);
   while (count != 0) {
-    if (strong_.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel)) {
-      return CoreRef<FutureCore>::adopt(this);
+    if (strong.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel)) {
+      return CoreRef<FutureCore>::adopt(core);
     }
   }
   return {};
 }
 
 void FutureCore::dispose() noexcept {
-  if (disposals.active) {
-    nextDisposed_ = std::exchange(disposals.first, this);
+  if (disposed != nullptr) {
+    counts(this).nextDisposed = std::exchange(disposed, this);
     return;
   }
-  disposals.active = true;
-  destroyAll();
-  while (auto* const core = disposals.first) {
-    disposals.first = core->nextDisposed_;
-    core->destroyAll();
-  }
-  disposals.active = false;
+  disposed = lastDisposed();
+  destroy(this);
+  if (disposed != lastDisposed()) destroyDisposed();
+  disposed = nullptr;
 }
 
-void FutureCore::destroyAll() noexcept {
-  destroyContents();
-  lock_.lock();
-  const auto callbacks = std::move(callbacks_);
-  const auto cancelCallbacks = std::move(cancelCallbacks_);
-  auto* const source = std::exchange(cancelSource_, nullptr);
-  lock_.unlock();
-  if (source != nullptr) source->releaseWeakly();
-  releaseWeakly();
+void FutureCore::destroyDisposed() noexcept {
+  while (disposed != lastDisposed()) {
+    auto* const core = std::exchange(disposed, counts(disposed).nextDisposed);
+    destroy(core);
+  }
+}
+
+void FutureCore::destroy(FutureCore* core) noexcept {
+  core->~FutureCore();
+  releaseWeakly(core);
 }
 
 std::string FutureCore::queueLabel() {
@@ -79,41 +103,52 @@ void FutureCore::post(Continuation* callback, FutureCore& source, const void* re
   queue->post(Job(callback));
 }
 
+JobList FutureCore::inOrder(std::uintptr_t callbacks) {
+  const auto newest = callbacks & ~(kPosting | kPosted);
+  return reversed(reinterpret_cast<JobNode*>(newest));  // NOLINT(performance-no-int-to-ptr)
+}
+
 void FutureCore::publish(const void* result) noexcept {
-  lock_.lock();
   result_.store(result, std::memory_order_release);
-  if (posting_ || callbacks_.empty()) return lock_.unlock();
-  posting_ = true;
-  while (!callbacks_.empty()) {
-    auto batch = std::move(callbacks_);
-    const auto* const current = result_.load(std::memory_order_relaxed);
-    lock_.unlock();
-    while (!batch.empty()) post(static_cast<Continuation*>(batch.pop()), *this, current);
-    lock_.lock();
+  auto callbacks = callbacks_.load(std::memory_order_acquire);
+  do {
+    if ((callbacks & (kPosting | kPosted)) != 0) return;
+  } while (!callbacks_.compare_exchange_weak(callbacks, kPosting, std::memory_order_acq_rel,
+                                             std::memory_order_acquire));
+  for (;;) {
+    const auto* const current = currentResult();
+    for (auto batch = inOrder(callbacks); !batch.empty();) {
+      post(static_cast<Continuation*>(batch.pop()), *this, current);
+    }
+    callbacks = kPosting;
+    if (callbacks_.compare_exchange_strong(callbacks, kPosted, std::memory_order_acq_rel)) return;
+    callbacks = callbacks_.exchange(kPosting, std::memory_order_acq_rel);
   }
-  posting_ = false;
-  lock_.unlock();
 }
 
 void FutureCore::add(Continuation* callback) {
-  lock_.lock();
-  const auto* const result = result_.load(std::memory_order_relaxed);
-  if (result == nullptr || posting_) {
-    callbacks_.append(callback);
-    return lock_.unlock();
-  }
-  lock_.unlock();
-  post(callback, *this, result);
+  JobNode* const node = callback;
+  auto callbacks = callbacks_.load(std::memory_order_acquire);
+  std::uintptr_t joined = 0;
+  do {
+    if (callbacks == kPosted) return post(callback, *this, currentResult());
+    const auto newest = callbacks & ~kPosting;
+    node->next = reinterpret_cast<JobNode*>(newest);  // NOLINT(performance-no-int-to-ptr)
+    joined = reinterpret_cast<std::uintptr_t>(node) | (callbacks & kPosting);
+  } while (!callbacks_.compare_exchange_weak(callbacks, joined, std::memory_order_acq_rel,
+                                             std::memory_order_acquire));
 }
 
 void FutureCore::add(CancelCallback* callback, DispatchQueue& queue) {
-  lock_.lock();
-  if (isCancelled()) {
-    lock_.unlock();
-    return queue.post(callback->intoJob(CoreRef<FutureCore>::retain(this)));
-  }
-  cancelCallbacks_.append(callback);
-  lock_.unlock();
+  auto newest = cancelCallbacks_.load(std::memory_order_acquire);
+  do {
+    if (newest == kCancelled) {
+      return queue.post(callback->intoJob(CoreRef<FutureCore>::retain(this)));
+    }
+    callback->next = asNode(newest);
+  } while (!cancelCallbacks_.compare_exchange_weak(
+      newest, reinterpret_cast<std::uintptr_t>(callback), std::memory_order_acq_rel,
+      std::memory_order_acquire));
 }
 
 /// One future of a chain that is being cancelled. Callbacks that an exception keeps from being
@@ -131,16 +166,13 @@ void FutureCore::cancel() {
   auto future = CoreRef<FutureCore>::retain(this);
   while (future) {
     auto& core = *future.get();
-    core.cancelled_.store(true, std::memory_order_release);
+    const auto callbacks = core.cancelCallbacks_.exchange(kCancelled, std::memory_order_acq_rel);
     const bool completed = core.isCompleted();
-    core.lock_.lock();
-    auto callbacks = std::move(core.cancelCallbacks_);
-    auto* const source = std::exchange(core.cancelSource_, nullptr);
-    core.lock_.unlock();
-    chain.push_back({std::move(future), std::move(callbacks), completed});
+    auto* const source = core.source_.exchange(nullptr, std::memory_order_acq_rel);
+    chain.push_back({std::move(future), reversed(asNode(callbacks & ~kCancelled)), completed});
     if (source == nullptr) break;
-    future = source->lock();
-    source->releaseWeakly();
+    future = lock(source);
+    releaseWeakly(source);
   }
   for (auto cancelled = chain.rbegin(); cancelled != chain.rend(); ++cancelled) {
     while (!cancelled->callbacks.empty()) cancelled->callbacks.pop()->call(cancelled->completed);

@@ -1,11 +1,12 @@
 #pragma once
 
 #include <OrvoAPI/Platform/DispatchQueue.h>
-#include <OrvoAPI/Platform/Lock.h>
 
 #include <atomic>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -59,7 +60,7 @@ class Continuation : public JobNode {
   [[nodiscard]] FutureCore* source() const { return source_; }
   [[nodiscard]] const void* sourceResult() const { return result_; }
   /// Lets go of the completed future.
-  void releaseSource() noexcept;
+  inline void releaseSource() noexcept;
 
  private:
   friend class FutureCore;
@@ -82,7 +83,8 @@ class CancelCallback {
   ~CancelCallback() = default;
 };
 
-/// The state of a future, without the type of its value: one reference-counted block.
+/// The state of a future, without the type of its value. It lies in one block with its reference
+/// counts: destroyed with its last strong reference, while the block stays until the last weak one.
 ///
 /// It has two independent flags, completed (a result is there) and cancelled, and two lists of
 /// callbacks, which only ever grow by one or are emptied:
@@ -92,38 +94,46 @@ class CancelCallback {
 ///
 ///   - A result is immutable once published. The first lies in the block; each further one is a
 ///     node of its own, so that who holds the older reads on. All live as long as the future.
-///   - `publish` stores the result, takes the callbacks and posts them with the lock given up.
-///     While it posts, the future is `posting`: who registers then joins the list, which the
-///     posting thread empties before it leaves. So callbacks are posted in the order in which they
-///     were registered, and none is lost or posted twice.
+///   - `publish` stores the result, takes the callbacks and posts them. While it does, the future
+///     is `posting`: who registers still joins the list, which the posting thread empties before
+///     it leaves. So callbacks are posted in the order in which they were registered, and none is
+///     lost or posted twice.
 ///   - A callback in a list is owned by it. Posted, it owns itself and a reference to the future,
 ///     until it has run.
 ///   - A derived future is at once the callback on its source: the source's list owns it. It holds
 ///     its source weakly, for cancelling.
-///   - `cancel` raises the flag first and takes the cancel callbacks under the lock; who registers
-///     looks at the flag again under the lock. So none is lost.
+///   - `cancel` takes the cancel callbacks by the very exchange that raises the flag. So who
+///     registers either finds the flag or joins a list that will be called.
 ///
-/// The lock plays the part of a serial queue that is only ever used synchronously; it is never held
-/// while a callback, a queue or a destructor of others runs.
+/// Where one thinks of a serial queue that guards the lists there is one atomic word for each, the
+/// newest callback first, in which every change is a single exchange: nobody ever waits, and
+/// neither a queue nor a callback nor a destructor of others runs inside.
 class FutureCore {
  public:
   FutureCore(const FutureCore&) = delete;
   FutureCore& operator=(const FutureCore&) = delete;
 
-  void retain() noexcept { strong_.fetch_add(1, std::memory_order_relaxed); }
+  static void* operator new(std::size_t size) {
+    return (new (::operator new(sizeof(Counts) + size)) Counts) + 1;
+  }
+  static void operator delete(void* core) noexcept {
+    ::operator delete(static_cast<Counts*>(core) - 1);
+  }
+
+  void retain() noexcept { counts(this).strong.fetch_add(1, std::memory_order_relaxed); }
   void release() noexcept {
-    if (strong_.fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
+    if (counts(this).strong.fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
   }
-  void retainWeakly() noexcept { weak_.fetch_add(1, std::memory_order_relaxed); }
-  void releaseWeakly() noexcept {
-    if (weak_.fetch_sub(1, std::memory_order_acq_rel) == 1) delete this;
-  }
-  /// Turns a weak reference into a strong one; empty when the future has gone.
-  [[nodiscard]] CoreRef<FutureCore> lock() noexcept;
+  void retainWeakly() noexcept { counts(this).weak.fetch_add(1, std::memory_order_relaxed); }
+  static void releaseWeakly(FutureCore* core) noexcept;
+  /// A strong reference from a weak one; empty when the future has gone.
+  [[nodiscard]] static CoreRef<FutureCore> lock(FutureCore* core) noexcept;
 
   [[nodiscard]] const std::shared_ptr<DispatchQueue>& callbackQueue() const { return queue_; }
   [[nodiscard]] bool isCompleted() const { return result_.load(std::memory_order_acquire); }
-  [[nodiscard]] bool isCancelled() const { return cancelled_.load(std::memory_order_acquire); }
+  [[nodiscard]] bool isCancelled() const {
+    return cancelCallbacks_.load(std::memory_order_acquire) == kCancelled;
+  }
   /// The label of the serial queue that this core stands for; made when first asked for.
   [[nodiscard]] std::string queueLabel();
 
@@ -138,13 +148,10 @@ class FutureCore {
       : queue_(std::move(callbackQueue)) {}
   /// A future whose cancellation goes on to `source`, which it holds weakly.
   FutureCore(std::shared_ptr<DispatchQueue> callbackQueue, FutureCore& source)
-      : queue_(std::move(callbackQueue)), cancelSource_(&source) {
+      : queue_(std::move(callbackQueue)), source_(&source) {
     source.retainWeakly();
   }
-  virtual ~FutureCore();
-
-  /// Destroys the results, and what a derived future holds to make its own.
-  virtual void destroyContents() noexcept = 0;
+  virtual ~FutureCore() = 0;
 
   [[nodiscard]] const void* currentResult() const {
     return result_.load(std::memory_order_acquire);
@@ -155,27 +162,56 @@ class FutureCore {
   [[nodiscard]] bool claimFirstResult() {
     return !firstClaimed_.exchange(true, std::memory_order_acq_rel);
   }
+  /// Whether a result was built in the block; only for when the last reference has gone.
+  [[nodiscard]] bool hasFirstResult() const {
+    return firstClaimed_.load(std::memory_order_relaxed);
+  }
 
  private:
+  /// Stands before the state in its block.
+  struct alignas(std::max_align_t) Counts {
+    std::atomic<std::uint32_t> strong{1};
+    std::atomic<std::uint32_t> weak{1};  // all strong references together hold one
+    FutureCore* nextDisposed;
+  };
   struct Cancellation;
 
+  [[nodiscard]] static Counts& counts(FutureCore* core) {
+    return *(reinterpret_cast<Counts*>(core) - 1);
+  }
   void dispose() noexcept;
-  void destroyAll() noexcept;
+  static void destroyDisposed() noexcept;
+  static void destroy(FutureCore* core) noexcept;
+  void dropCallbacks() noexcept;
   static void post(Continuation* callback, FutureCore& source, const void* result);
 
-  std::atomic<std::uint32_t> strong_{1};
-  std::atomic<std::uint32_t> weak_{1};  // all strong references together hold one
-  Lock lock_;
-  std::atomic<bool> cancelled_{false};
-  std::atomic<bool> firstClaimed_{false};
-  bool posting_ ORVO_GUARDED_BY(lock_) = false;
+  /// The newest callback that waits, if any, with the mark of a thread that is posting others; or
+  /// that all were posted and the next may be posted at once.
+  static constexpr std::uintptr_t kPosting = 1;
+  static constexpr std::uintptr_t kPosted = 2;
+  [[nodiscard]] static JobList inOrder(std::uintptr_t callbacks);
+  /// The newest cancel callback that waits, if any; or that the future is cancelled.
+  static constexpr std::uintptr_t kCancelled = 1;
+
   const std::shared_ptr<DispatchQueue> queue_;
   std::atomic<const void*> result_{nullptr};
-  JobList callbacks_ ORVO_GUARDED_BY(lock_);
-  NodeList<CancelCallback> cancelCallbacks_ ORVO_GUARDED_BY(lock_);
-  FutureCore* cancelSource_ ORVO_GUARDED_BY(lock_) = nullptr;  // held weakly
+  std::atomic<std::uintptr_t> callbacks_{0};
+  std::atomic<std::uintptr_t> cancelCallbacks_{0};
+  std::atomic<FutureCore*> source_{nullptr};  // held weakly, until a cancel has gone on to it
   std::atomic<const std::string*> label_{nullptr};
-  FutureCore* nextDisposed_ = nullptr;
+  std::atomic<bool> firstClaimed_{false};
 };
+
+inline FutureCore::~FutureCore() {
+  const auto waiting = callbacks_.load(std::memory_order_relaxed) & ~(kPosting | kPosted);
+  const auto uncalled = cancelCallbacks_.load(std::memory_order_relaxed) & ~kCancelled;
+  if (waiting != 0 || uncalled != 0) dropCallbacks();
+  if (auto* const source = source_.load(std::memory_order_relaxed)) releaseWeakly(source);
+  delete label_.load(std::memory_order_relaxed);
+}
+
+void Continuation::releaseSource() noexcept {
+  if (auto* const source = std::exchange(source_, nullptr)) source->release();
+}
 
 }  // namespace orvo::detail

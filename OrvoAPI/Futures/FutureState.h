@@ -30,7 +30,6 @@ class FutureState : public FutureCore {
   void complete(Result<T>&& result) {
     if (this->claimFirstResult()) {
       std::construct_at(&first_.result, std::move(result));
-      hasFirst_ = true;
       this->publish(&first_.result);
     } else {
       auto* const later = new Later{std::move(result), later_.load(std::memory_order_relaxed)};
@@ -45,12 +44,10 @@ class FutureState : public FutureCore {
   }
 
  protected:
-  void destroyContents() noexcept override {
-    if (hasFirst_) std::destroy_at(&first_.result);
-    auto* later = later_.load(std::memory_order_acquire);
-    while (later != nullptr) {
-      const std::unique_ptr<Later> last(std::exchange(later, later->older));
-    }
+  ~FutureState() override {
+    if (!this->hasFirstResult()) return;
+    std::destroy_at(&first_.result);
+    if (auto* const later = later_.load(std::memory_order_relaxed)) destroyLater(later);
   }
 
  private:
@@ -58,6 +55,12 @@ class FutureState : public FutureCore {
     Result<T> result;
     Later* older;
   };
+  /// Apart, for it is rare.
+  [[gnu::noinline]] static void destroyLater(Later* later) {
+    while (later != nullptr) {
+      const std::unique_ptr<Later> last(std::exchange(later, later->older));
+    }
+  }
   union First {
     First() {}
     ~First() {}
@@ -65,7 +68,6 @@ class FutureState : public FutureCore {
   };
 
   First first_;
-  bool hasFirst_ = false;  // read again only when the last reference has gone
   std::atomic<Later*> later_{nullptr};
 };
 

@@ -98,6 +98,10 @@ class NodeList {
     (first_ == nullptr ? first_ : last_->next) = node;
     last_ = node;
   }
+  void prepend(Node* node) {
+    if (first_ == nullptr) last_ = node;
+    node->next = std::exchange(first_, node);
+  }
   [[nodiscard]] Node* pop() { return std::exchange(first_, first_->next); }
 
  private:

@@ -22,7 +22,10 @@ struct WorkerState {
   JobNode* tailJob = nullptr;
   unsigned tailJobsInARow = 0;
 };
-thread_local constinit WorkerState workerState;
+[[gnu::tls_model("initial-exec")]] thread_local constinit WorkerState workerState;
+
+/// Every future asks for the pool: one load is all that it should cost.
+constinit std::atomic<WorkerPool*> sharedPool = nullptr;
 
 unsigned processors() {
   const auto count = sysconf(_SC_NPROCESSORS_ONLN);
@@ -39,7 +42,13 @@ TailPosition::TailPosition(const JobNode* job) {
 TailPosition::~TailPosition() { workerState.inTailPosition = false; }
 
 WorkerPool& WorkerPool::shared() {
+  auto* const pool = sharedPool.load(std::memory_order_acquire);
+  return pool != nullptr ? *pool : makeShared();
+}
+
+WorkerPool& WorkerPool::makeShared() {
   static auto* const pool = new WorkerPool;  // its threads may outlive static destruction
+  sharedPool.store(pool, std::memory_order_release);
   return *pool;
 }
 

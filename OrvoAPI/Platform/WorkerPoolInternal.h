@@ -37,6 +37,7 @@ class WorkerPool final : public DispatchQueue {
   };
 
   WorkerPool();
+  [[gnu::noinline]] static WorkerPool& makeShared();
   static void wake(Worker& sleeper);
   void startWorker();
   void work(Worker& self);
