@@ -204,8 +204,8 @@ void Catalogue::addChannels() {
   for (std::size_t index = 0; index < texts::kChannels.size(); ++index) {
     channel(texts::kChannels[index], "channel", index);
   }
-  for (const texts::Channel& text : texts::kSubchannels) {
-    channel(text, "subchannel", &text - texts::kSubchannels.data());
+  for (std::size_t index = 0; index < texts::kSubchannels.size(); ++index) {
+    channel(texts::kSubchannels[index], "subchannel", index);
   }
 }
 

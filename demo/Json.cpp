@@ -102,14 +102,17 @@ Json Json::array(std::vector<Json> elements) {
 
 Json Json::object(std::initializer_list<Member> members) {
   Json json;
-  json.value_ = Object(members);
+  json.value_ = Object();
+  for (const Member& member : members) json.set(member.key, member.value);
   return json;
 }
 
 void Json::push(Json element) { std::get<Array>(value_).push_back(std::move(element)); }
 
 void Json::set(std::string key, Json value) {
-  std::get<Object>(value_).push_back({std::move(key), std::move(value)});
+  auto& object = std::get<Object>(value_);
+  object.keys.push_back(std::move(key));
+  object.values.push_back(std::move(value));
 }
 
 std::string Json::text() const {
@@ -139,31 +142,27 @@ void Json::write(std::string& out, int depth, bool indented) const {
         } else if constexpr (std::is_same_v<T, std::string>) {
           writeString(out, value);
         } else if constexpr (std::is_same_v<T, Array>) {
-          writeItems(out, value, "[]", depth, indented,
-                     [&](const Json& element) { element.write(out, depth + 1, indented); });
+          writeItems(out, "[]", value, {}, depth, indented);
         } else {
-          writeItems(out, value, "{}", depth, indented, [&](const Member& member) {
-            writeString(out, member.key);
-            out += indented ? ": " : ":";
-            member.value.write(out, depth + 1, indented);
-          });
+          writeItems(out, "{}", value.values, value.keys, depth, indented);
         }
       },
       value_);
 }
 
-template <class Items, class WriteItem>
-void Json::writeItems(std::string& out, const Items& items, const char* brackets, int depth,
-                      bool indented, WriteItem writeItem) {
+void Json::writeItems(std::string& out, const char* brackets, const Array& values,
+                      const std::vector<std::string>& keys, int depth, bool indented) {
   out += brackets[0];
-  bool first = true;
-  for (const auto& item : items) {
-    if (!first) out += ',';
-    first = false;
+  for (std::size_t index = 0; index < values.size(); ++index) {
+    if (index > 0) out += ',';
     if (indented) newLine(out, depth + 1);
-    writeItem(item);
+    if (!keys.empty()) {
+      writeString(out, keys[index]);
+      out += indented ? ": " : ":";
+    }
+    values[index].write(out, depth + 1, indented);
   }
-  if (indented && !items.empty()) newLine(out, depth);
+  if (indented && !values.empty()) newLine(out, depth);
   out += brackets[1];
 }
 

@@ -56,12 +56,15 @@ class Json {
 
  private:
   using Array = std::vector<Json>;
-  using Object = std::vector<Member>;
+  struct Object {
+    std::vector<std::string> keys;
+    std::vector<Json> values;
+  };
 
   void write(std::string& out, int depth, bool indented) const;
-  template <class Items, class WriteItem>
-  static void writeItems(std::string& out, const Items& items, const char* brackets, int depth,
-                         bool indented, WriteItem writeItem);
+  /// The values between brackets, with their keys if there are any.
+  static void writeItems(std::string& out, const char* brackets, const Array& values,
+                         const std::vector<std::string>& keys, int depth, bool indented);
 
   std::variant<std::monostate, bool, std::int64_t, double, std::string, Array, Object> value_;
 };

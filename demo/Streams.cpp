@@ -88,7 +88,8 @@ std::string previewFile() {
   appendBigEndian(header, 0x0001'0000, 4);  // normal rate
   appendBigEndian(header, 0x0100, 2);       // full volume
   header.append(10, '\0');
-  for (const std::uint64_t element : {0x0001'0000, 0, 0, 0, 0x0001'0000, 0, 0, 0, 0x4000'0000}) {
+  for (const unsigned element :
+       {0x0001'0000U, 0U, 0U, 0U, 0x0001'0000U, 0U, 0U, 0U, 0x4000'0000U}) {
     appendBigEndian(header, element, 4);  // the unit matrix
   }
   header.append(24, '\0');

@@ -14,15 +14,17 @@ Json toJson(const JSONValue& value) {
     case JSONValue::Kind::string:
       return *value.string();
     case JSONValue::Kind::array: {
+      const JSONArray elements = *value.array();
       Json array = Json::array();
-      for (const JSONValue& element : *value.array()) array.push(toJson(element));
+      for (const JSONValue& element : elements) array.push(toJson(element));
       return array;
     }
     case JSONValue::Kind::object:
       break;
   }
+  const JSONObject members = *value.object();
   Json object = Json::object();
-  for (const auto& [key, member] : *value.object()) object.set(std::string(key), toJson(member));
+  for (const auto& [key, member] : members) object.set(std::string(key), toJson(member));
   return object;
 }
 

@@ -1,0 +1,84 @@
+#include <demo/Images.h>
+#include <demo/Json.h>
+#include <demo/Streams.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+
+namespace orvo::demo {
+namespace {
+
+unsigned bigEndian(const std::string& bytes, std::size_t offset, std::size_t count) {
+  unsigned value = 0;
+  for (std::size_t index = 0; index < count; ++index) {
+    value = value << 8 | static_cast<unsigned char>(bytes[offset + index]);
+  }
+  return value;
+}
+
+TEST(DemoImages, HaveTheSizeThatTheirAddressNames) {
+  const std::string png = imageFile("a", parseTransformation("e_trim,w_61,h_43,f_png"));
+  EXPECT_EQ(png.substr(0, 8), "\x89PNG\r\n\x1A\n");
+  EXPECT_EQ(bigEndian(png, 16, 4), 61U);
+  EXPECT_EQ(bigEndian(png, 20, 4), 43U);
+  const std::string jpeg = imageFile("a", parseTransformation("c_fill,w_600,h_400,f_jpg,q_65"));
+  const std::size_t frame = jpeg.find("\xFF\xC0");
+  EXPECT_EQ(bigEndian(jpeg, frame + 5, 2), 400U);
+  EXPECT_EQ(bigEndian(jpeg, frame + 7, 2), 600U);
+  EXPECT_EQ(jpeg.substr(jpeg.size() - 2), "\xFF\xD9");
+}
+
+TEST(DemoImages, AreNeverHuge) {
+  const auto huge = parseTransformation("w_99999999999999999999,h_-4,f_png");
+  EXPECT_EQ(huge.size.width, 2048);
+  EXPECT_EQ(huge.size.height, 1);
+  EXPECT_EQ(parseTransformation(",,w_,q_65").size.height, ImageSize().height);
+}
+
+TEST(DemoStreams, OfVideosEndAndLiveOnesMove) {
+  const Instant now = *parseInstant("2024-05-01T10:20:00.000Z");
+  const Product clip{.kind = "clip", .durationMilliseconds = 13'000};
+  const std::string recorded = mediaPlaylist(clip, now);
+  EXPECT_NE(recorded.find("segment-2.aac\n#EXT-X-ENDLIST"), std::string::npos);
+  EXPECT_EQ(recorded.find("segment-3.aac"), std::string::npos);
+  const Product live{.kind = "live_program"};
+  EXPECT_EQ(mediaPlaylist(live, now).find("ENDLIST"), std::string::npos);
+  EXPECT_NE(mediaPlaylist(live, now), mediaPlaylist(live, now + std::chrono::seconds(7)));
+}
+
+TEST(DemoStreams, SegmentsCarryTheirTime) {
+  const std::string bytes = segment(5);
+  EXPECT_EQ(bytes.substr(0, 3), "ID3");
+  // The tag ends in the time of the 90 kHz clock; the frames follow.
+  const std::size_t frames = bytes.find("\xFF\xF1");
+  EXPECT_EQ(bigEndian(bytes, frames - 4, 4), 5U * 6400U * 90U);
+  EXPECT_EQ((bytes.size() - frames) % 13, 0U);
+  EXPECT_EQ(segmentNumber("segment-12.aac"), 12);
+  EXPECT_EQ(segmentNumber("segment--1.aac"), std::nullopt);
+  EXPECT_EQ(segmentNumber("segment-.aac"), std::nullopt);
+}
+
+TEST(DemoJson, EscapesWhatStringsCannotHold) {
+  const std::string text("a\"b\\c\n\x01\x7F\xC3\xA9\xFF\xE2\x82", 13);
+  EXPECT_EQ(Json(text).text(), "\"a\\\"b\\\\c\\n\\u0001\\u007f\u00e9\uFFFD\uFFFD\uFFFD\"");
+  EXPECT_EQ(Json("\xED\xA0\x80").text(), "\"\uFFFD\uFFFD\uFFFD\"");  // half of a surrogate pair
+}
+
+TEST(DemoJson, WritesNumbersAsPeopleDo) {
+  EXPECT_EQ(Json(100000.0).text(), "100000");
+  EXPECT_EQ(Json(90.5).text(), "90.5");
+  EXPECT_EQ(Json(0.1 + 0.2).text(), "0.30000000000000004");
+  EXPECT_EQ(Json(1e300).text(), "1e+300");
+  EXPECT_EQ(Json(std::numeric_limits<double>::infinity()).text(), "null");
+  EXPECT_EQ(Json(std::numeric_limits<std::int64_t>::min()).text(), "-9223372036854775808");
+  EXPECT_EQ(Json(true).text(), "true");
+}
+
+TEST(DemoJson, IndentsWhatHasContent) {
+  const Json json = Json::object({{"a", Json::array({1, nullptr})}, {"b", Json::object()}});
+  EXPECT_EQ(json.text(), R"({"a":[1,null],"b":{}})");
+  EXPECT_EQ(json.indentedText(), "{\n  \"a\": [\n    1,\n    null\n  ],\n  \"b\": {}\n}");
+}
+
+}  // namespace
+}  // namespace orvo::demo

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace orvo::tool {
+
+/// What a run of the tool left behind.
+struct ToolRun {
+  /// The exit status; that of a run which a signal has ended is negative.
+  int status = 0;
+  std::string output;
+  std::string error;
+};
+
+/// Runs the tool without a locale, without a terminal and without colours.
+[[nodiscard]] ToolRun runTool(const std::vector<std::string>& arguments,
+                              const std::string& input = "");
+
+}  // namespace orvo::tool
