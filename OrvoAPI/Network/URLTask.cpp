@@ -53,9 +53,15 @@ std::optional<URLError> faultOfAddress(const URL& url) {
   return std::nullopt;
 }
 
-bool isRedirect(int status) {
+/// Where the answer redirects to, if it does.
+std::optional<std::string_view> redirection(const HTTPOutcome& outcome) {
   constexpr std::array kRedirects = {301, 302, 303, 307, 308};
-  return std::find(kRedirects.begin(), kRedirects.end(), status) != kRedirects.end();
+  const auto* const result = std::get_if<HTTPResult>(&outcome);
+  if (result == nullptr) return std::nullopt;
+  const auto& response = result->response;
+  const bool redirects =
+      std::find(kRedirects.begin(), kRedirects.end(), response.statusCode) != kRedirects.end();
+  return redirects ? response.headers.value("Location") : std::nullopt;
 }
 
 /// Never down from https, where what was secret would be sent in the open, nor to what is not HTTP.
@@ -221,14 +227,15 @@ void URLTask::didCancel() {
   if (state_ == State::intercepted || state_ == State::deciding) finish(cancelled());
 }
 
+void URLTask::exchangeDidEnd(HTTPOutcome outcome) {
+  if (redirection(outcome)) return answer(State::exchanging, std::move(outcome));
+  finish(std::move(outcome));
+}
+
 void URLTask::didAnswer(HTTPOutcome outcome) {
-  auto* const result = std::get_if<HTTPResult>(&outcome);
-  if (result == nullptr || !isRedirect(result->response.statusCode)) {
-    return finish(std::move(outcome));
-  }
-  const auto location = result->response.headers.value("Location");
+  const auto location = redirection(outcome);
   if (!location) return finish(std::move(outcome));
-  redirect(std::move(*result), std::string(*location));
+  redirect(std::get<HTTPResult>(std::move(outcome)), std::string(*location));
 }
 
 void URLTask::redirect(HTTPResult result, std::string_view location) {

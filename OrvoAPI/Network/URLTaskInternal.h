@@ -9,6 +9,7 @@
 #include <OrvoAPI/Platform/URLRequest.h>
 #include <OrvoAPI/Platform/URLSessionConfiguration.h>
 
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <optional>
@@ -44,9 +45,10 @@ class URLSessionCore {
   std::vector<URLTask*> tasks_ ORVO_GUARDED_BY(lock_);
 };
 
-/// One fetch of a URL session, from the request to the end of its future. Its state belongs to the
-/// session's queue. Whoever has the next step in hand holds it: the network thread, a job on the
-/// queue, the interceptor or the delegate; the future only knows it weakly.
+/// One fetch of a URL session, from the request to the end of its future. It belongs to whoever has
+/// the next step in hand, who also holds it: the network thread while it is exchanging, else the
+/// session's queue, with the interceptor or the delegate to give the word; the future only knows it
+/// weakly.
 ///
 /// Each hop, the first one and one for each redirect that is followed, goes like this:
 ///
@@ -56,6 +58,10 @@ class URLSessionCore {
 ///      ^                                                     else                     refused   │
 ///      │                                                      └────────> done <────────────┘    │
 ///      └─────────────────────────────── followed ───────────────────────────────────────────────┘
+///
+/// The network thread completes the future itself unless there is a redirect to decide: handing
+/// every answer to the queue first would cost a thread's wakeup, and no foreign code runs in
+/// either.
 ///
 /// Anything may also end in an error, and cancelling ends every state: at once while the
 /// interceptor or the delegate has the word, through the network thread while the exchange is
@@ -77,9 +83,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   void decide(std::optional<URLRequest> request);
 
   [[nodiscard]] const URLRequest& exchangeRequest() const override { return request_; }
-  void exchangeDidEnd(HTTPOutcome outcome) override {
-    answer(State::exchanging, std::move(outcome));
-  }
+  void exchangeDidEnd(HTTPOutcome outcome) override;
 
  private:
   friend class URLSessionCore;
@@ -97,7 +101,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   const Promise<HTTPResult> promise_;
   std::size_t index_ = 0;  // among the session's tasks; guarded by its lock
 
-  State state_ = State::exchanging;
+  std::atomic<State> state_{State::exchanging};
   /// What the present hop sends.
   URLRequest request_;
   /// What the caller sent, once the first redirect has come.

@@ -13,17 +13,14 @@
 namespace orvo::detail {
 namespace {
 
+/// What the headers of most answers need.
+constexpr std::size_t kUsualFields = 16;
+constexpr std::size_t kUsualFieldBytes = 384;
+
 CURL* makeHandle() {
   CURL* const handle = curl_easy_init();
   if (handle == nullptr) throw std::bad_alloc();
   return handle;
-}
-
-std::string_view trimmed(std::string_view text) {
-  constexpr std::string_view kBlanks = " \t\r\n";
-  const auto first = text.find_first_not_of(kBlanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
 }
 
 /// The library's form of "Name: value", in which a field without a value would mean "leave it out".
@@ -206,11 +203,15 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
     headers_ = {};
     return true;
   }
-  const auto field = trimmed(line);
-  if (field.empty()) headIsComplete_ = true;
-  const auto colon = field.find(':');
+  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while (!line.empty() && blank(line.back())) line.remove_suffix(1);
+  if (line.empty()) headIsComplete_ = true;
+  const auto colon = line.find(':');
   if (headIsComplete_ || colon == std::string_view::npos) return true;
-  headers_.add(trimmed(field.substr(0, colon)), trimmed(field.substr(colon + 1)));
+  auto value = line.substr(colon + 1);
+  while (!value.empty() && blank(value.front())) value.remove_prefix(1);
+  if (headers_.empty()) headers_.reserve(kUsualFields, kUsualFieldBytes);
+  headers_.add(line.substr(0, colon), value);
   return true;
 }
 

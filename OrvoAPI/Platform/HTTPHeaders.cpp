@@ -38,8 +38,12 @@ HTTPHeaders::HTTPHeaders(std::initializer_list<Field> fields) {
   for (const auto& field : fields) add(field.name, field.value);
 }
 
+void HTTPHeaders::reserve(std::size_t fields, std::size_t bytes) {
+  lengths_.reserve(fields);
+  text_.reserve(bytes);
+}
+
 void HTTPHeaders::add(std::string_view name, std::string_view value) {
-  if (lengths_.capacity() == 0) lengths_.reserve(8);
   text_.append(name).append(value);
   lengths_.push_back(
       {static_cast<std::uint32_t>(name.size()), static_cast<std::uint32_t>(value.size())});

@@ -22,6 +22,8 @@ class HTTPHeaders {
   HTTPHeaders() = default;
   HTTPHeaders(std::initializer_list<Field> fields);
 
+  /// Makes room for so many fields with so many bytes in all.
+  void reserve(std::size_t fields, std::size_t bytes);
   /// Adds a field behind the others; one of that name which is there already stays.
   void add(std::string_view name, std::string_view value);
   /// Puts a field in place of all of that name.
