@@ -73,6 +73,7 @@ void NetworkThread::begin() {
 }
 
 void NetworkThread::shutDown() {
+  if (isForkedChild()) return;
   {
     const LockGuard guard(lock_);
     if (state_ == State::running) eventfd_write(wakeup_, 1);
@@ -174,7 +175,10 @@ void NetworkThread::watch(int socket, std::uint32_t events, NetworkPool& pool, v
   epoll_event event{};
   event.events = events;
   event.data.fd = socket;
-  epoll_ctl(epoll_, watch.pool != nullptr ? EPOLL_CTL_MOD : EPOLL_CTL_ADD, socket, &event);
+  // Should a socket have been closed unnoticed, its number is another's now.
+  if (watch.pool == nullptr || epoll_ctl(epoll_, EPOLL_CTL_MOD, socket, &event) != 0) {
+    epoll_ctl(epoll_, EPOLL_CTL_ADD, socket, &event);
+  }
   watch = {&pool, context};
 }
 

@@ -3,8 +3,10 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <unistd.h>
 
 #include <array>
+#include <atomic>
 #include <cstdlib>
 
 namespace orvo::detail {
@@ -26,6 +28,9 @@ void* enter(void* argument) {
   return nullptr;
 }
 
+/// The process that is ended in order.
+std::atomic<pid_t> owner{0};
+
 struct ExitList {
   Lock lock;
   bool registered ORVO_GUARDED_BY(lock) = false;
@@ -38,6 +43,7 @@ ExitList& exitList() {
 }
 
 void endAll() {
+  if (isForkedChild()) return;
   std::array<void (*)(), 4> ends{};
   {
     const LockGuard guard(exitList().lock);
@@ -70,6 +76,8 @@ bool startThread(const char* name, void (*body)()) {
   return started;
 }
 
+bool isForkedChild() { return owner != 0 && owner != getpid(); }
+
 bool isLibraryThread() { return libraryThread; }
 
 void ThreadCount::add() {
@@ -95,6 +103,7 @@ void atProcessExit(ExitStage stage, void (*end)()) {
   list.ends[static_cast<std::size_t>(stage)] = end;
   if (list.registered) return;
   list.registered = true;
+  owner = getpid();
   std::atexit(endAll);
 }
 

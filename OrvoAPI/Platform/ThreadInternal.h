@@ -33,8 +33,12 @@ class ThreadCount {
 /// while the queues that would run it come to rest.
 enum class ExitStage { network, timer, mainQueue, workers };
 
-/// Has `end` called once when the process exits, in the order of the stages. It must wait for a
-/// limited time at most, and for no longer than its own threads need.
+/// True in a process forked from the one in which the threads were started: there are none here, so
+/// that nobody may wait for them.
+[[nodiscard]] bool isForkedChild();
+
+/// Has `end` called once when the process exits, in the order of the stages, but not when a forked
+/// child does. It must wait for a limited time at most, and for no longer than its own threads need.
 void atProcessExit(ExitStage stage, void (*end)());
 
 }  // namespace orvo::detail
