@@ -94,5 +94,11 @@ TEST(CommandLine, CommandNamesAreGoodAsArguments) {
   EXPECT_NE(run.output.find("/video/orvo_display_art_square/"), std::string::npos);
 }
 
+TEST(CommandLine, ReaderThatHasGoneAwayEndsTheToolQuietly) {
+  const ToolRun run = runToolUnread({"image", "a", "square", "--size", "1x1"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.error, "");
+}
+
 }  // namespace
 }  // namespace orvo::tool

@@ -1,5 +1,6 @@
 #include "RunTool.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <spawn.h>
 #include <sys/mman.h>
@@ -53,17 +54,13 @@ std::vector<char*> pointers(std::vector<std::string>& texts) {
   return result;
 }
 
-}  // namespace
-
-ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input) {
-  const MemoryFile in(input);
-  const MemoryFile out;
-  const MemoryFile error;
+/// Runs the tool on these descriptors; returns its status as `ToolRun` has it.
+int spawnTool(const std::vector<std::string>& arguments, int in, int out, int error) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, in.descriptor(), STDIN_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, out.descriptor(), STDOUT_FILENO);
-  posix_spawn_file_actions_adddup2(&actions, error.descriptor(), STDERR_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, in, STDIN_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, out, STDOUT_FILENO);
+  posix_spawn_file_actions_adddup2(&actions, error, STDERR_FILENO);
   std::vector<std::string> words{ORVO_TOOL_PATH};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> environment = bareEnvironment();
@@ -74,8 +71,28 @@ ToolRun runTool(const std::vector<std::string>& arguments, const std::string& in
   EXPECT_EQ(failure, 0);
   int status = 0;
   EXPECT_EQ(waitpid(process, &status, 0), process);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status), out.content(),
-          error.content()};
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+}  // namespace
+
+ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input) {
+  const MemoryFile in(input);
+  const MemoryFile out;
+  const MemoryFile error;
+  const int status = spawnTool(arguments, in.descriptor(), out.descriptor(), error.descriptor());
+  return {status, out.content(), error.content()};
+}
+
+ToolRun runToolUnread(const std::vector<std::string>& arguments) {
+  const MemoryFile in;
+  const MemoryFile error;
+  int ends[2] = {-1, -1};
+  EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  close(ends[0]);
+  const int status = spawnTool(arguments, in.descriptor(), ends[1], error.descriptor());
+  close(ends[1]);
+  return {status, "", error.content()};
 }
 
 }  // namespace orvo::tool

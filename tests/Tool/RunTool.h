@@ -17,4 +17,7 @@ struct ToolRun {
 [[nodiscard]] ToolRun runTool(const std::vector<std::string>& arguments,
                               const std::string& input = "");
 
+/// The same, with a standard output whose reader has gone away.
+[[nodiscard]] ToolRun runToolUnread(const std::vector<std::string>& arguments);
+
 }  // namespace orvo::tool
