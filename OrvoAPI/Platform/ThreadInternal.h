@@ -38,7 +38,8 @@ enum class ExitStage { network, timer, mainQueue, workers };
 [[nodiscard]] bool isForkedChild();
 
 /// Has `end` called once when the process exits, in the order of the stages, but not when a forked
-/// child does. It must wait for a limited time at most, and for no longer than its own threads need.
+/// child does. It must wait for a limited time at most, and for no longer than its own threads
+/// need.
 void atProcessExit(ExitStage stage, void (*end)());
 
 }  // namespace orvo::detail
