@@ -12,14 +12,14 @@ namespace detail {
 class URLSessionCore;
 }
 
-/// Fetches over HTTP/1.1 and 2 with its own cookies and connections. Safe to use from any thread.
-/// Dropping it cancels nothing: a request under way holds what it needs, and the last one ends the
-/// session.
+/// Fetches over HTTP/1.1 and 2, with cookies of its own and on connections that it shares with the
+/// sessions that trust the same authorities. Safe to use from any thread. Dropping it cancels
+/// nothing: a request under way holds what it needs, and the last one ends the session.
 ///
 /// Redirects (301, 302, 303, 307, 308 with a Location) are followed, with the delegate's consent,
 /// up to 20 times; never from https to http, nor to another scheme: then the redirect itself is the
-/// answer. The proxy that the environment names is used. The session asks its interceptors and its
-/// delegate, and completes its futures, on a serial queue of its own.
+/// answer. The proxy that the environment names is used. Interceptors and the delegate are asked on
+/// a serial queue of the session's own.
 ///
 /// In a child process made by fork() without exec() no session works.
 class URLSession final : public NetworkDataProvider {
