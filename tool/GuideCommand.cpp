@@ -139,9 +139,8 @@ int runGuide(Tool& tool, const Written& written) {
 
 void addGuideCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command =
-      commands.add("guide", "What is on the linear channel, today unless told otherwise",
-                   [written](Tool& tool) { return runGuide(tool, *written); });
+  CLI::App* command = commands.add("guide", "What is on the linear channel; by default, today",
+                                   [written](Tool& tool) { return runGuide(tool, *written); });
   command
       ->add_option("--start", written->start,
                    "The start of the range, like 2017-05-01T00:00:00.000Z")

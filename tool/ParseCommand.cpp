@@ -82,9 +82,8 @@ int runParse(Tool& tool, const Written& written) {
 
 void addParseCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command =
-      commands.add("parse", "Run one parser over a document on standard input, without a service",
-                   [written](Tool& tool) { return runParse(tool, *written); });
+  CLI::App* command = commands.add("parse", "Run one parser over a document on standard input",
+                                   [written](Tool& tool) { return runParse(tool, *written); });
   std::string kinds;
   for (const std::string& kind : parseKinds()) kinds += (kinds.empty() ? "" : ", ") + kind;
   command->add_option("KIND", written->kind, "What the document is: " + kinds)

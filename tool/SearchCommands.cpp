@@ -49,7 +49,7 @@ int runSearch(Tool& tool, const Written& written) {
 
 void addSearchCommands(Commands& commands) {
   const auto search = std::make_shared<Written>();
-  CLI::App* command = commands.add("search", "Search for a text in everything, or in one category",
+  CLI::App* command = commands.add("search", "Search in everything, or in one category",
                                    [search](Tool& tool) { return runSearch(tool, *search); });
   command->add_option("QUERY", search->query)->required();
   CLI::Option* kind = command->add_option("--kind", search->kind, "The category to search in")

@@ -63,7 +63,7 @@ void drawAds(Screen& screen, const VideoAdMetadata& metadata) {
 void addStreamCommands(Commands& commands) {
   const auto streamID = std::make_shared<std::string>();
   commands
-      .add("stream", "The address of a video's stream, with the session's token in it",
+      .add("stream", "The address of a video's stream, with the token in it",
            [streamID](Tool& tool) {
              const auto context = tool.context();
              if (const AnyError* error = context.error()) return tool.fail(*error);
@@ -75,7 +75,7 @@ void addStreamCommands(Commands& commands) {
 
   const auto adsID = std::make_shared<std::string>();
   commands
-      .add("ads", "Where the ads in a video's stream are, and what to call when they are shown",
+      .add("ads", "Where a stream has ads, and what to call for them",
            [adsID](Tool& tool) {
              return fetchAndAnswer(
                  tool, "fetching the ad metadata",

@@ -129,8 +129,7 @@ int main(int argc, char** argv) {
   app.set_version_flag("--version", fmt::format("orvo {}", ORVO_API_VERSION_STRING),
                        "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help, or that of the command, and exit");
-  app.footer(
-      "The exit status is 0, or 1 when the request failed, or 2 when it was not understood.");
+  app.footer("Exit status: 0, or 1 when the request failed, or 2 for wrong usage.");
   addGlobalOptions(app, written);
   Commands commands(app);
   addCommands(commands);
