@@ -119,6 +119,11 @@ namespace {
 
 using detail::ReadDocument;
 
+/// Chooses the code for this processor when the library is loaded: the choice allocates where
+/// nothing may be thrown, so at the first reading a refusal would end the process.
+[[maybe_unused]] const bool chosenAtLoading =
+    simdjson::get_active_implementation()->supported_by_runtime_system();
+
 /// A parser is expensive to set up, so a few at rest are kept. Not one for each thread: threads
 /// come and go, and at exit a thread's own may be gone before its last reading. Never freed.
 constinit std::array<std::atomic<dom::parser*>, 4> spareParsers{};
