@@ -1,6 +1,9 @@
 #include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Platform/TimerInternal.h>
 
 #include <time.h>
+
+#include <utility>
 
 namespace orvo {
 namespace {
@@ -15,9 +18,14 @@ class SystemClock final : public Clock {
  public:
   [[nodiscard]] Date now() const override { return Date(read(CLOCK_REALTIME).count()); }
   [[nodiscard]] std::chrono::milliseconds elapsed() const override { return read(CLOCK_BOOTTIME); }
+  [[nodiscard]] std::shared_ptr<const void> onWallSet(std::function<void()> task) const override {
+    return detail::Timer::shared().watchWallClock(std::move(task));
+  }
 };
 
 }  // namespace
+
+std::shared_ptr<const void> Clock::onWallSet(std::function<void()> /*task*/) const { return {}; }
 
 std::shared_ptr<const Clock> Clock::system() {
   // Never destroyed: a detached reader may ask for the time while the process exits.

@@ -3,6 +3,7 @@
 #include <OrvoAPI/Platform/Date.h>
 
 #include <chrono>
+#include <functional>
 #include <memory>
 
 namespace orvo {
@@ -18,6 +19,11 @@ class Clock {
 
   /// Time since some fixed moment, for ages and delays: it only goes forward and counts sleep.
   [[nodiscard]] virtual std::chrono::milliseconds elapsed() const = 0;
+
+  /// Has `task` called, on any thread, whenever somebody has set the wall clock, for as long as
+  /// what this returns is held and at most a moment longer. The task must return soon. A clock that
+  /// nobody sets returns nothing.
+  [[nodiscard]] virtual std::shared_ptr<const void> onWallSet(std::function<void()> task) const;
 
   /// The clocks of the system.
   [[nodiscard]] static std::shared_ptr<const Clock> system();

@@ -5,6 +5,11 @@
 #include <atomic>
 #include <chrono>
 #include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <utility>
+#include <vector>
 
 namespace orvo {
 
@@ -35,12 +40,31 @@ class ManualClock final : public Clock {
     elapsed_ += span.count();
   }
 
-  /// Somebody sets the wall clock; no time passes.
-  void setWall(Date wall) { wall_ = wall.millisecondsSince1970(); }
+  /// Somebody sets the wall clock; no time passes. Those that wait for that are told within the
+  /// call.
+  void setWall(Date wall) {
+    wall_ = wall.millisecondsSince1970();
+    std::unique_lock guard(lock_);
+    const auto watches = watches_;
+    guard.unlock();
+    for (const auto& weak : watches) {
+      if (const auto watch = weak.lock()) (*watch)();
+    }
+  }
+  [[nodiscard]] std::shared_ptr<const void> onWallSet(std::function<void()> task) const override {
+    auto watch = std::make_shared<Watch>(std::move(task));
+    const std::lock_guard guard(lock_);
+    watches_.push_back(watch);
+    return watch;
+  }
 
  private:
+  using Watch = const std::function<void()>;
+
   std::atomic<std::int64_t> wall_;
   std::atomic<std::int64_t> elapsed_;
+  mutable std::mutex lock_;
+  mutable std::vector<std::weak_ptr<Watch>> watches_;  // guarded by lock_
 };
 
 }  // namespace orvo

@@ -1,12 +1,11 @@
 #include <OrvoAPI/Testing/ManualQueue.h>
 
-#include <optional>
-
 namespace orvo {
 
 void ManualQueue::post(Job job) {
   const std::lock_guard guard(lock_);
   jobs_.push_back(std::move(job));
+  came_.notify_all();
 }
 
 void ManualQueue::postAfter(std::chrono::milliseconds delay, Job job) {
@@ -30,14 +29,6 @@ std::size_t ManualQueue::run() {
 
 std::size_t ManualQueue::advance(std::chrono::milliseconds span) {
   const auto end = clock_->elapsed() + span;
-  const auto nextDue = [this] {
-    const std::lock_guard guard(lock_);
-    return delayed_.empty() ? std::nullopt : std::optional(delayed_.begin()->first);
-  };
-  // A job, or another queue on the same clock, may have moved it further already.
-  const auto moveTo = [this](std::chrono::milliseconds time) {
-    if (time > clock_->elapsed()) clock_->advance(time - clock_->elapsed());
-  };
   std::size_t count = run();
   for (auto due = nextDue(); due && *due <= end; due = nextDue()) {
     moveTo(*due);
@@ -45,6 +36,16 @@ std::size_t ManualQueue::advance(std::chrono::milliseconds span) {
   }
   moveTo(end);
   return count;
+}
+
+std::size_t ManualQueue::advanceToNext() {
+  if (const auto due = nextDue()) moveTo(*due);
+  return run();
+}
+
+bool ManualQueue::waitForJob(std::chrono::milliseconds limit) const {
+  std::unique_lock guard(lock_);
+  return came_.wait_for(guard, limit, [this] { return !jobs_.empty(); });
 }
 
 std::size_t ManualQueue::waiting() const {
@@ -55,6 +56,16 @@ std::size_t ManualQueue::waiting() const {
 std::size_t ManualQueue::delayed() const {
   const std::lock_guard guard(lock_);
   return delayed_.size();
+}
+
+std::optional<std::chrono::milliseconds> ManualQueue::nextDue() const {
+  const std::lock_guard guard(lock_);
+  return delayed_.empty() ? std::nullopt : std::optional(delayed_.begin()->first);
+}
+
+/// A job, or another queue on the same clock, may have moved it further already.
+void ManualQueue::moveTo(std::chrono::milliseconds time) {
+  if (time > clock_->elapsed()) clock_->advance(time - clock_->elapsed());
 }
 
 Job ManualQueue::next() {

@@ -4,11 +4,13 @@
 #include <OrvoAPI/Testing/ManualClock.h>
 
 #include <chrono>
+#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -38,6 +40,12 @@ class ManualQueue final : public DispatchQueue {
   /// Lets time pass: the clock stops at each delayed job that becomes due on the way, and runs it.
   /// Returns how many jobs were run.
   std::size_t advance(std::chrono::milliseconds span);
+  /// Lets time pass until the next delayed job is due, and runs what is due then. Returns how many
+  /// jobs were run; 0 when none waits.
+  std::size_t advanceToNext();
+  /// Waits until a job is there to be run; false when the time is over. For jobs that come from
+  /// another thread.
+  [[nodiscard]] bool waitForJob(std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
 
   /// How many jobs wait to be run.
   [[nodiscard]] std::size_t waiting() const;
@@ -47,10 +55,13 @@ class ManualQueue final : public DispatchQueue {
 
  private:
   [[nodiscard]] Job next();
+  [[nodiscard]] std::optional<std::chrono::milliseconds> nextDue() const;
+  void moveTo(std::chrono::milliseconds time);
 
   const std::string label_;
   const std::shared_ptr<ManualClock> clock_;
   mutable std::mutex lock_;
+  mutable std::condition_variable came_;
   std::deque<Job> jobs_;                                   // guarded by lock_
   std::multimap<std::chrono::milliseconds, Job> delayed_;  // by due time; guarded by lock_
 };
