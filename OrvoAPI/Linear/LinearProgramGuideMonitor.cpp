@@ -1,0 +1,279 @@
+#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
+
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Platform/Calendar.h>
+#include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Platform/QueueLabels.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <random>
+#include <utility>
+
+namespace orvo {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr std::int64_t kPageLimit = 10;
+/// With fewer programmes left, the next days are loaded.
+constexpr std::size_t kFewestPrograms = 5;
+constexpr int kReloadedDays = 3;
+/// For what never comes: beyond a device's life, and no queue's sum overflows.
+constexpr milliseconds kForever = std::chrono::hours(24 * 365'000);
+
+/// The date, or the nearest one from which the calendar can count without leaving its range.
+Date countable(Date date) {
+  constexpr Date kLatest(8'640'000'000'000'000);  // a hundred million days from 1970
+  constexpr Date kEarliest(-kLatest.millisecondsSince1970());
+  return std::clamp(date, kEarliest, kLatest);
+}
+
+Date addingDays(Date date, int days) { return Calendar().addingDays(countable(date), days); }
+
+/// What lies between the dates, if that has a number.
+std::optional<milliseconds> span(Date from, Date to) {
+  std::int64_t result = 0;
+  if (__builtin_sub_overflow(to.millisecondsSince1970(), from.millisecondsSince1970(), &result)) {
+    return std::nullopt;
+  }
+  return milliseconds(result);
+}
+
+/// The date so much later, if at all, or the last one there is.
+Date later(Date date, milliseconds by) {
+  std::int64_t result = 0;
+  if (__builtin_add_overflow(date.millisecondsSince1970(), std::max(by.count(), std::int64_t{0}),
+                             &result)) {
+    result = std::numeric_limits<std::int64_t>::max();
+  }
+  return Date(result);
+}
+
+bool hasEnded(const LinearProgram& program, Date now) { return program.endTime <= now; }
+
+/// The programmes that have not ended, under the headings of their days.
+std::vector<GuideDay> group(const std::vector<LinearProgram>& programs, Date now) {
+  Calendar calendar;  // a new one, for the device may have travelled
+  const Date today = countable(now);
+  GuideDay todays{.title = "TODAY", .programs = {}};
+  GuideDay tomorrows{.title = "TOMORROW", .programs = {}};
+  std::vector<GuideDay> weekdays;
+  std::array<std::size_t, 8> places{};  // by weekday, from 1: behind its group in `weekdays`
+  const auto groupOf = [&](Date start) -> GuideDay& {
+    if (calendar.isToday(start, today)) return todays;
+    if (calendar.isTomorrow(start, today)) return tomorrows;
+    const auto weekday = static_cast<std::size_t>(calendar.weekday(start));
+    if (places[weekday] == 0) {
+      weekdays.push_back({.title = capitalWeekdayNames()[weekday - 1], .programs = {}});
+      places[weekday] = weekdays.size();
+    }
+    return weekdays[places[weekday] - 1];
+  };
+  for (const auto& program : programs) {
+    if (!hasEnded(program, now)) groupOf(countable(program.startTime)).programs.push_back(program);
+  }
+  if (!tomorrows.programs.empty()) weekdays.insert(weekdays.begin(), std::move(tomorrows));
+  if (!todays.programs.empty()) weekdays.insert(weekdays.begin(), std::move(todays));
+  return weekdays;
+}
+
+/// Whether the server has a part of the range behind this one. A service that counts beyond 64 bits
+/// or does not get on has no more to give; to ask it for more would stop the process or never end.
+bool isFollowed(const PagingMeta& meta) {
+  std::int64_t next = 0;
+  return !__builtin_add_overflow(meta.offset, meta.limit, &next) && next > meta.offset &&
+         meta.total > next;
+}
+
+/// When to look again for what is on, for a programme that ends at `end`; nothing when that is too
+/// far away to have a number. It is whole seconds from now, so that it may come a little early, and
+/// the same programme once more. But when less than a second is left, that is waited for to the
+/// millisecond: to round it to nothing would mean to look again and again until the end.
+std::optional<Date> timeToRegroup(Date end, Date now) {
+  const auto left = span(now, end);
+  if (!left) return std::nullopt;
+  const auto whole = std::chrono::duration_cast<std::chrono::seconds>(*left);
+  return whole == std::chrono::seconds(0) && *left > whole ? end : now + whole;
+}
+
+}  // namespace
+
+std::function<milliseconds()> randomDelayUpTo(milliseconds longest) {
+  return [longest = std::max(longest, milliseconds(0))] {
+    std::random_device source;
+    return milliseconds(std::uniform_int_distribution<std::int64_t>(0, longest.count())(source));
+  };
+}
+
+std::shared_ptr<LinearProgramGuideMonitor> LinearProgramGuideMonitor::make(
+    std::shared_ptr<const Context> context, LinearProgramGuideMonitorOptions options) {
+  if (options.mainQueue == nullptr) options.mainQueue = MainQueue::shared();
+  if (options.clock == nullptr) options.clock = context->clock();
+  const std::shared_ptr<LinearProgramGuideMonitor> monitor(
+      new LinearProgramGuideMonitor(std::move(context), std::move(options)));
+  const auto waitAnew = [weak = std::weak_ptr(monitor)] {
+    if (const auto self = weak.lock()) self->waitAnew();
+  };
+  monitor->wallClockWatch_ = monitor->clock_->onWallSet(
+      [queue = monitor->mainQueue_, waitAnew] { queue->post(waitAnew); });
+  return monitor;
+}
+
+LinearProgramGuideMonitor::LinearProgramGuideMonitor(std::shared_ptr<const Context> context,
+                                                     LinearProgramGuideMonitorOptions options)
+    : context_(std::move(context)),
+      mainQueue_(std::move(options.mainQueue)),
+      clock_(std::move(options.clock)),
+      delayAfterEnd_(std::move(options.delayAfterEnd)),
+      accessQueue_(
+          SerialQueue::make(std::string(ServiceDomainPrefix) + ".linear_program_guide.access")) {}
+
+Future<bool> LinearProgramGuideMonitor::load(Date startingAt, int days,
+                                             const GuideLoadOptions& options) {
+  return load(startingAt, addingDays(startingAt, days), options);
+}
+
+Future<bool> LinearProgramGuideMonitor::load(Date startingAt, Date endingAt,
+                                             const GuideLoadOptions& options) {
+  accessQueue_->sync([this] {
+    programs_.clear();
+    // Not only the final page clears it: the loader of another range would append programmes that
+    // this load brings as well.
+    loadNext_.reset();
+  });
+  const Promise<bool> promise;
+  context_
+      ->fetchLinearProgramGuide(context_->constants().linearStreamID, startingAt, endingAt,
+                                {.page = PageRequest{options.offset, kPageLimit}})
+      .onComplete([weak = weak_from_this(), promise](const Result<Page>& result) {
+        if (result.failed()) return promise.failure(*result.error());
+        const auto self = weak.lock();
+        if (self == nullptr) return;
+        self->update(*result.value());
+        promise.success(true);
+      });
+  return promise.future();
+}
+
+std::optional<std::function<void()>> LinearProgramGuideMonitor::loadNext() const {
+  std::optional<std::function<void()>> loadNext;
+  accessQueue_->sync([&] { loadNext = loadNext_; });
+  return loadNext;
+}
+
+std::string LinearProgramGuideMonitor::onUpdate(UpdateHandler task) {
+  return updateHandlers_.add(std::move(task));
+}
+
+void LinearProgramGuideMonitor::removeUpdate(std::string_view key) { updateHandlers_.remove(key); }
+
+Shared<GuideUpdate> LinearProgramGuideMonitor::lastUpdate() const {
+  Shared<GuideUpdate> update;
+  accessQueue_->sync([&] { update = lastUpdate_; });
+  return update;
+}
+
+std::optional<std::function<void()>> LinearProgramGuideMonitor::loaderAfter(const Page& page) {
+  if (!isFollowed(page->meta)) return std::nullopt;
+  return [weak = weak_from_this(), page] {
+    if (const auto self = weak.lock()) self->loadPageAfter(page);
+  };
+}
+
+void LinearProgramGuideMonitor::loadPageAfter(const Page& page) {
+  const auto fetch = context_->nextCapability(*page);
+  if (!fetch) return;
+  (*fetch)().onSuccess([weak = weak_from_this()](const Page& next) {
+    if (const auto self = weak.lock()) self->update(next);
+  });
+}
+
+/// Takes a page in, also one that another load has overtaken.
+void LinearProgramGuideMonitor::update(const Page& page) {
+  const Date now = clock_->now();
+  auto next = loaderAfter(page);
+  accessQueue_->sync([&] {
+    programs_.insert(programs_.end(), page->items.begin(), page->items.end());
+    days_ = group(programs_, now);
+    // The final page clears it: a loader that stayed would append the same page again and again.
+    loadNext_.swap(next);
+  });
+  resolveUpdate();
+}
+
+void LinearProgramGuideMonitor::resolveUpdate() {
+  std::optional<LinearProgram> program;
+  accessQueue_->sync([&] {
+    if (!days_.empty()) program = days_.front().programs.front();
+  });
+  if (!program) return;
+  context_->fetchVideo(program->id)
+      .onComplete(mainQueue_, [weak = weak_from_this(),
+                               program = *program](const Result<Shared<Video>>& result) {
+        const auto self = weak.lock();
+        if (self == nullptr) return;
+        if (const auto* const video = result.value()) return self->send(*video, program);
+        self->context_->logger().log("Unable to update video for EPG", LogLevel::error, "epg",
+                                     "epg");
+      });
+}
+
+void LinearProgramGuideMonitor::send(Shared<Video> video, const LinearProgram& program) {
+  auto update = std::make_shared<GuideUpdate>(
+      GuideUpdate{.video = std::move(video), .program = program, .days = {}});
+  accessQueue_->sync([&] {
+    update->days = days_;
+    lastUpdate_ = update;
+  });
+  for (const auto& task : updateHandlers_.elements()) task(*update);
+  scheduleRegroup(program.endTime);
+}
+
+void LinearProgramGuideMonitor::scheduleRegroup(Date programEnd) {
+  if (delayAfterEnd_) return waitUntil(later(programEnd, delayAfterEnd_()));
+  if (const auto due = timeToRegroup(programEnd, clock_->now())) waitUntil(*due);
+}
+
+void LinearProgramGuideMonitor::waitUntil(Date due) {
+  std::uint64_t wait = 0;
+  accessQueue_->sync([&] {
+    wait = ++latestWait_;
+    waits_.emplace(wait, due);
+  });
+  const Date now = clock_->now();
+  const auto delay = due > now ? span(now, due).value_or(kForever) : milliseconds(0);
+  mainQueue_->postAfter(delay, [weak = weak_from_this(), wait] {
+    if (const auto self = weak.lock()) self->endWait(wait);
+  });
+}
+
+void LinearProgramGuideMonitor::endWait(std::uint64_t wait) {
+  bool waited = false;
+  accessQueue_->sync([&] { waited = waits_.erase(wait) == 1; });
+  if (waited) regroup();
+}
+
+void LinearProgramGuideMonitor::waitAnew() {
+  std::map<std::uint64_t, Date> waits;
+  accessQueue_->sync([&] { waits.swap(waits_); });
+  for (const auto& [wait, due] : waits) waitUntil(due);
+}
+
+void LinearProgramGuideMonitor::regroup() {
+  const Date now = clock_->now();
+  bool areEnough = false;
+  accessQueue_->sync([&] {
+    std::erase_if(programs_, [now](const auto& program) { return hasEnded(program, now); });
+    areEnough = programs_.size() >= kFewestPrograms;
+    if (areEnough) days_ = group(programs_, now);
+  });
+  if (areEnough) {
+    resolveUpdate();
+  } else {
+    load(now, kReloadedDays);
+  }
+}
+
+}  // namespace orvo

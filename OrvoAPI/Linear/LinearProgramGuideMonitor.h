@@ -1,0 +1,164 @@
+#pragma once
+
+#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Platform/DispatchQueue.h>
+#include <OrvoAPI/Platform/SerialQueue.h>
+#include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Storage/KeyedStore.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo {
+
+/// Programmes under one heading: "TODAY", "TOMORROW" or the name of a weekday, in capitals and in
+/// the device's language.
+struct GuideDay {
+  std::string title;
+  std::vector<LinearProgram> programs;
+};
+
+/// What is on the linear channel.
+struct GuideUpdate {
+  /// Never null; what plays `program`.
+  Shared<Video> video;
+  /// The first of today's programmes that has not ended; it may be yet to begin.
+  LinearProgram program;
+  /// Today, tomorrow, then weekdays in the order of their first programme; none is empty. A
+  /// programme that began yesterday and still runs stands under its weekday.
+  std::vector<GuideDay> days;
+};
+
+struct LinearProgramGuideMonitorOptions {
+  /// Where updates are sent from and programmes' ends are waited for, one job at a time; the main
+  /// queue when there is none.
+  std::shared_ptr<DispatchQueue> mainQueue = nullptr;
+  /// What tells the time; the context's clock when there is none.
+  std::shared_ptr<const Clock> clock = nullptr;
+  /// Asked after each update, on `mainQueue`: how long to wait beyond the programme's end, so that
+  /// a million devices do not all ask in the same second. When there is none, the monitor looks
+  /// again at the end, and also within the second before it.
+  std::function<std::chrono::milliseconds()> delayAfterEnd = {};
+};
+
+/// Random delays of any length from nothing to `longest`, all equally likely.
+[[nodiscard]] std::function<std::chrono::milliseconds()> randomDelayUpTo(
+    std::chrono::milliseconds longest);
+
+struct GuideLoadOptions {
+  /// The position of the first programme within the range.
+  std::int64_t offset = 0;
+};
+
+/// Knows what is on the linear channel, and says so whenever that changes: it loads a part of the
+/// guide, finds the video of the first programme that has not ended, waits for that programme's
+/// end, and so on; when fewer than five programmes are left it loads the next three days. Between
+/// two ends of programmes it does nothing at all.
+///
+/// Safe to use from any thread. Held by shared pointers; what is under way holds it weakly, so that
+/// one that is released stops, and a future of its `load` may then stay pending.
+///
+/// When a request fails nothing is tried again: the monitor stays idle until the next `load`.
+class LinearProgramGuideMonitor final
+    : public std::enable_shared_from_this<LinearProgramGuideMonitor> {
+ public:
+  using UpdateHandler = std::function<void(const GuideUpdate& update)>;
+
+  [[nodiscard]] static std::shared_ptr<LinearProgramGuideMonitor> make(
+      std::shared_ptr<const Context> context, LinearProgramGuideMonitorOptions options = {});
+  LinearProgramGuideMonitor(const LinearProgramGuideMonitor&) = delete;
+  LinearProgramGuideMonitor& operator=(const LinearProgramGuideMonitor&) = delete;
+
+  /// Forgets the programmes and loads those of a range, ten at a time: succeeds with true when the
+  /// first ten are there, and fails as `Context::fetchLinearProgramGuide` does. Waits that are
+  /// under way go on: after a second load each end of a programme brings two updates.
+  Future<bool> load(Date startingAt, Date endingAt, const GuideLoadOptions& options = {});
+  /// The range of so many days of the calendar.
+  Future<bool> load(Date startingAt, int days, const GuideLoadOptions& options = {});
+
+  /// Loads the next ten programmes of the range; nothing when there are none. It holds the monitor
+  /// weakly. When that page fails, nothing changes.
+  [[nodiscard]] std::optional<std::function<void()>> loadNext() const;
+
+  /// Has `task` called with each update from now on, on the main queue; returns the key by which to
+  /// remove it. The same programme may come several times. A task that throws leaves the monitor
+  /// idle.
+  std::string onUpdate(UpdateHandler task);
+  /// An update that is being sent may still arrive.
+  void removeUpdate(std::string_view key);
+
+  /// The latest update that was sent, or null.
+  [[nodiscard]] Shared<GuideUpdate> lastUpdate() const;
+
+  /// The label of the queue that guards the state; for people who debug.
+  [[nodiscard]] std::string accessQueueLabel() const { return accessQueue_->label(); }
+
+ private:
+  // How it goes round. An arrow is taken when what it names has happened:
+  //
+  //   empty ──load──▶ loading ──page──▶ resolving ──video──▶ live ──the programme's end─┐
+  //                      ▲                  ▲                                           │
+  //                      └─ fewer than 5 ───┴── regroup, 5 or more programmes left ─────┘
+  //
+  // - Loading: `programs_` is empty and a page of the guide is outstanding; its callback holds the
+  //   promise of `load`. When it fails, the promise fails and all is idle.
+  // - Resolving: `days_` holds the programmes that have not ended, and the video of the first is
+  //   outstanding. When it fails, that is logged and all is idle; without programmes it is idle at
+  //   once.
+  // - Live: `lastUpdate_` was sent, and the queue holds a job for the programme's end, with its
+  //   entry in `waits_`.
+  //
+  // Nobody cancels anything: each page that arrives, asked for by `load` or by `loadNext`, sends
+  // one more round on its way, and as many updates come for each programme. All rounds share the
+  // state, which is read and changed within `accessQueue_` only; requests are sent, and listeners
+  // called, outside. Callbacks and jobs hold the monitor weakly, and the monitor holds its context,
+  // so the last reference decides where all of it ends.
+  //
+  // A queue's delay does not know of the wall clock. When somebody sets that, every wait is given
+  // up in favour of one for the time that is left now; the job of the one given up finds no entry
+  // when it comes, and does nothing.
+  using Page = Shared<LinearProgramGuide>;
+
+  LinearProgramGuideMonitor(std::shared_ptr<const Context> context,
+                            LinearProgramGuideMonitorOptions options);
+
+  [[nodiscard]] std::optional<std::function<void()>> loaderAfter(const Page& page);
+  void loadPageAfter(const Page& page);
+  void update(const Page& page);
+  void resolveUpdate();
+  void send(Shared<Video> video, const LinearProgram& program);
+  void scheduleRegroup(Date programEnd);
+  void waitUntil(Date due);
+  void endWait(std::uint64_t wait);
+  void waitAnew();
+  void regroup();
+
+  const std::shared_ptr<const Context> context_;
+  const std::shared_ptr<DispatchQueue> mainQueue_;
+  const std::shared_ptr<const Clock> clock_;
+  const std::function<std::chrono::milliseconds()> delayAfterEnd_;
+  const std::shared_ptr<SerialQueue> accessQueue_;
+  KeyedStore<UpdateHandler> updateHandlers_;
+
+  // Guarded by accessQueue_.
+  std::vector<LinearProgram> programs_;  // since the last load, as they came
+  std::vector<GuideDay> days_;
+  Shared<GuideUpdate> lastUpdate_;
+  std::optional<std::function<void()>> loadNext_;
+  std::map<std::uint64_t, Date> waits_;  // when each is due, on the wall clock
+  std::uint64_t latestWait_ = 0;
+
+  std::shared_ptr<const void> wallClockWatch_;  // set when made
+};
+
+}  // namespace orvo

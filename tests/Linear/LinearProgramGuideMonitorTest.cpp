@@ -1,0 +1,423 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
+#include <OrvoAPI/Network/SessionError.h>
+#include <OrvoAPI/Parsing/DateFormatter.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <limits>
+#include <mutex>
+#include <optional>
+#include <thread>
+
+#include "tests/Context/StubbedContext.h"
+#include "tests/support/Signal.h"
+#include "tests/support/Zone.h"
+
+namespace orvo {
+namespace {
+
+using namespace std::chrono_literals;
+using std::chrono::milliseconds;
+using Meta = std::array<std::int64_t, 3>;  // total, limit, offset
+using Texts = std::vector<std::string>;
+
+Date at(std::string_view text) { return from8601(text).force(); }
+const Date kNoon = at("2017-05-01T12:00:00Z");
+
+/// A service whose programmes last three hours each, have no gaps, and are numbered since 1970. It
+/// answers at once, but for the time that a video takes.
+class Channel final : public NetworkDataProvider {
+ public:
+  explicit Channel(std::shared_ptr<ManualClock> clock) : clock_(std::move(clock)) {}
+
+  static Date begin(std::int64_t number) { return Date(0) + number * 3h; }
+  static std::int64_t numberAt(Date date) { return (date - Date(0)) / 3h; }
+  static std::string program(const std::string& id, Date start, Date end) {
+    return R"({"id": ")" + id + R"(", "title": "T", "start_time": ")" + to8601(start) +
+           R"(", "end_time": ")" + to8601(end) + R"("})";
+  }
+
+  Future<HTTPResult> fetch(const URLRequest& request) override {
+    const bool isGuide = request.url.path() == "/v3/epg";
+    const HTTPResult result{
+        .response = {.url = request.url, .statusCode = fails ? 503 : 200},
+        .body = Data(isGuide ? guide(*request.url.query()) : video(request.url.path()))};
+    if (isGuide) guideAsked.tell();
+    if (!isGuide || !holds.exchange(false)) return Future<HTTPResult>::completed(result);
+    held = result;
+    return promise.future();
+  }
+
+  std::atomic<bool> fails = false;
+  std::atomic<bool> holds = false;  // the next answer to a request for the guide, in `held`
+  std::optional<HTTPResult> held;
+  Promise<HTTPResult> promise;
+  milliseconds videoLatency{0};
+  Meta meta{24, 10, 0};
+  std::string items;  // in place of the programmes
+  test::Signal guideAsked;
+  Texts queries;  // of the requests for the guide
+
+ private:
+  std::string guide(std::string_view query) {
+    const std::lock_guard guard(lock_);
+    queries.emplace_back(query);
+    const auto start = *epgFromDateFormatter().date(query.substr(query.find('=') + 1, 24));
+    std::string list = items;
+    for (auto number = numberAt(start); items.empty() && number < numberAt(start) + 10; ++number) {
+      list += (list.empty() ? "" : ",") +
+              program(std::to_string(number), begin(number), begin(number + 1));
+    }
+    return R"({"meta": {"total": )" + std::to_string(meta[0]) + R"(, "limit": )" +
+           std::to_string(meta[1]) + R"(, "offset": )" + std::to_string(meta[2]) +
+           R"(}, "items": [)" + list + "]}";
+  }
+  std::string video(std::string_view path) {
+    clock_->advance(videoLatency);
+    return R"({"id": ")" + std::string(path.substr(path.rfind('/') + 1)) +
+           R"(", "title": "V", "short_description": "S",)"
+           R"( "status": {"code": "live", "label": "L", "ttl": 36000000}})";
+  }
+
+  const std::shared_ptr<ManualClock> clock_;
+  std::mutex lock_;
+};
+
+class Messages final : public Logger {
+ public:
+  void log(std::string_view message, LogLevel level, std::string_view subsystem,
+           std::string_view category) override {
+    lines.push_back(std::string(subsystem) + "/" + std::string(category) + " " +
+                    std::string(caseName(level)) + ": " + std::string(message));
+  }
+  Texts lines;
+};
+
+/// A monitor of that channel, with time and the main queue in the test's hands.
+struct OnAir {
+  explicit OnAir(Date now, std::function<milliseconds()> delayAfterEnd = {})
+      : clock(std::make_shared<ManualClock>(now)),
+        context(Context::make(
+            ConfigurationParser::parse(object(configurationBody()), Environment::staging).force(),
+            url("https://api.example/v3/"), url("https://img.example/"),
+            std::make_shared<StubSessionProvider>(), channel,
+            {.logger = messages, .clock = clock})),
+        monitor(LinearProgramGuideMonitor::make(
+            context, {.mainQueue = queue, .delayAfterEnd = std::move(delayAfterEnd)})) {
+    monitor->onUpdate([this](const GuideUpdate& update) {
+      ids.push_back(update.program.id);
+      times.push_back(clock->now());
+    });
+  }
+
+  /// Runs the main queue until there were so many updates and messages of failures.
+  void arrive(std::size_t events) {
+    for (; ids.size() + messages->lines.size() < events; queue->run()) {
+      if (!queue->waitForJob()) throw std::runtime_error("nothing comes");
+    }
+  }
+  void load() {
+    const auto before = ids.size() + messages->lines.size();
+    EXPECT_TRUE(monitor->load(clock->now(), 3).wait(kPatience).force());
+    arrive(before + 1);
+  }
+  /// Lets time pass until the next wait ends, and what follows has come.
+  void goOn() {
+    const auto before = ids.size() + messages->lines.size();
+    queue->advanceToNext();
+    arrive(before + 1);
+  }
+  [[nodiscard]] bool isIdle() const { return queue->waiting() + queue->delayed() == 0; }
+  [[nodiscard]] std::string current() const {
+    return std::to_string(Channel::numberAt(clock->now()));
+  }
+  [[nodiscard]] std::string days() const {
+    std::string text;
+    for (const auto& day : monitor->lastUpdate()->days) {
+      text += day.title + ":";
+      for (const auto& program : day.programs) text += " " + program.id;
+      text += "; ";
+    }
+    return text;
+  }
+
+  std::shared_ptr<ManualClock> clock;
+  std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>("main", clock);
+  std::shared_ptr<Messages> messages = std::make_shared<Messages>();
+  std::shared_ptr<Channel> channel = std::make_shared<Channel>(clock);
+  std::shared_ptr<Context> context;
+  std::shared_ptr<LinearProgramGuideMonitor> monitor;
+  Texts ids;
+  std::vector<Date> times;
+};
+
+int localDay(Date date) {
+  tm parts{};
+  const time_t seconds = date.millisecondsSince1970() / 1000;
+  return localtime_r(&seconds, &parts)->tm_yday;
+}
+
+TEST(LinearProgramGuideMonitor, FollowsTwoWeeksAcrossMidnightsAndAChangeOfTheClocks) {
+  const Zone zone("Europe/Vienna");
+  const Date start = at("2024-03-24T12:00:00Z");
+  OnAir tv(start);
+  tv.channel->videoLatency = 300ms;
+
+  Texts ids;
+  std::vector<Date> times;
+  Texts loads{epgFromDateFormatter().string(start)};
+  auto number = Channel::numberAt(start), last = number + 9;
+  const auto look = [&](Date now, std::int64_t first) {
+    if (last - first >= 4) return;
+    loads.push_back(epgFromDateFormatter().string(now));
+    last = first + 9;
+  };
+  for (Date time = start + 300ms; time < start + 14 * 24h; ++number) {
+    ids.push_back(std::to_string(number));
+    times.push_back(time);
+    const Date end = Channel::begin(number + 1);
+    const Date early = end - (end - time) % 1s;  // waits are whole seconds, then what is left
+    look(early, number);
+    time = early + 300ms;
+    // Since midnight it is yesterday's: the first of today is the next one already.
+    if (localDay(early) != localDay(Channel::begin(number))) continue;
+    ids.push_back(std::to_string(number));
+    times.push_back(early);
+    look(end, number + 1);
+    time = end + 300ms;
+  }
+
+  tv.load();
+  while (tv.ids.size() < ids.size()) tv.goOn();
+  EXPECT_EQ(ids.size(), 210U) << "two for each of 112 programmes, 14 of which run over midnight";
+  EXPECT_EQ(tv.ids, ids);
+  EXPECT_EQ(tv.times, times);
+  for (auto& query : tv.channel->queries) query = query.substr(query.find('=') + 1, 24);
+  EXPECT_EQ(tv.channel->queries, loads);
+  EXPECT_EQ(tv.queue->delayed(), 1U);
+}
+
+TEST(LinearProgramGuideMonitor, WaitsForWhatIsLeftOfTheLastSecond) {
+  OnAir tv(kNoon - 600ms);
+  tv.load();
+  EXPECT_EQ(tv.queue->advance(599ms), 0U) << "no look at the guide, again and again, till the end";
+  tv.goOn();
+  EXPECT_EQ(tv.times, (std::vector{kNoon - 600ms, kNoon}));
+}
+
+TEST(LinearProgramGuideMonitor, KeepsTheWaitsOfEarlierLoads) {
+  OnAir tv(kNoon);
+  tv.load();
+  tv.load();
+  tv.goOn();
+  tv.arrive(4);
+  EXPECT_EQ(tv.ids, Texts({"138300", "138300", "138301", "138301"}));
+  EXPECT_EQ(tv.queue->delayed(), 2U);
+}
+
+TEST(LinearProgramGuideMonitor, IsIdleAfterAVideoFailsUntilTheNextLoad) {
+  OnAir tv(kNoon);
+  tv.load();
+  tv.channel->fails = true;
+  tv.goOn();
+  EXPECT_EQ(tv.messages->lines, Texts({"epg/epg error: Unable to update video for EPG"}));
+  EXPECT_EQ(tv.monitor->lastUpdate()->program.endTime, tv.clock->now());
+  EXPECT_TRUE(tv.isIdle());
+  tv.channel->fails = false;
+  tv.load();
+  EXPECT_EQ(tv.ids.back(), tv.current());
+}
+
+TEST(LinearProgramGuideMonitor, IsIdleAfterAReloadFailsUntilTheNextLoad) {
+  OnAir tv(kNoon);
+  tv.load();
+  for (int programs = 9; programs >= 5; --programs) tv.goOn();
+  EXPECT_EQ(tv.channel->queries.size(), 1U);
+  tv.channel->fails = true;
+  tv.queue->advanceToNext();
+  ASSERT_TRUE(tv.channel->guideAsked.wait(2)) << "for with this end four programmes are left";
+  EXPECT_TRUE(tv.monitor->load(tv.clock->now(), 3).wait(kPatience).failed());
+  EXPECT_TRUE(tv.isIdle());
+  tv.channel->fails = false;
+  tv.load();
+  EXPECT_EQ(tv.ids.back(), tv.current());
+}
+
+TEST(LinearProgramGuideMonitor, WaitsAnewWhenTheClockIsSet) {
+  OnAir tv(kNoon);
+  tv.load();
+  tv.clock->setWall(kNoon + 2h);
+  tv.queue->run();
+  tv.goOn();
+  EXPECT_EQ(tv.clock->elapsed(), 1h);
+  tv.clock->setWall(kNoon + 2h);
+  tv.queue->run();
+  EXPECT_EQ(tv.queue->advance(3h), 2U) << "the jobs of the waits given up find nothing to do";
+  tv.goOn();
+  EXPECT_EQ(tv.times, (std::vector{kNoon, kNoon + 3h, kNoon + 6h}));
+  EXPECT_EQ(tv.queue->delayed(), 1U);
+}
+
+TEST(LinearProgramGuideMonitor, FindsThePresentWhenABoxThatBootedIn1970IsSet) {
+  OnAir tv(Date(5'000));
+  tv.load();
+  tv.clock->setWall(kNoon);
+  tv.arrive(2);
+  EXPECT_EQ(tv.ids, Texts({"0", tv.current()}));
+}
+
+TEST(LinearProgramGuideMonitor, WaitsLongerThanToTheEndWhenToldTo) {
+  OnAir tv(kNoon + 500ms, [] { return 7001ms; });
+  tv.load();
+  tv.goOn();
+  EXPECT_EQ(tv.times.back(), kNoon + 3h + 7001ms);
+  std::map<milliseconds, int> delays;
+  for (int i = 0; i < 400; ++i) ++delays[randomDelayUpTo(3ms)()];
+  EXPECT_EQ(delays.size(), 4U);
+  EXPECT_EQ(delays.begin()->first, 0ms);
+  EXPECT_EQ(randomDelayUpTo(-1ms)(), 0ms);
+}
+
+TEST(LinearProgramGuideMonitor, StopsWhenReleased) {
+  OnAir tv(kNoon);
+  tv.load();
+  const auto loadNext = *tv.monitor->loadNext();
+  const std::weak_ptr probe = tv.monitor;
+  while (tv.monitor.use_count() > 1) std::this_thread::yield();  // a page is just applied
+  tv.monitor.reset();
+  EXPECT_TRUE(probe.expired());
+  loadNext();
+  EXPECT_EQ(tv.queue->advanceToNext(), 1U);
+  EXPECT_TRUE(tv.isIdle());
+}
+
+TEST(LinearProgramGuideMonitorListeners, HearOnlyWhatIsSentWhileTheyAreRegistered) {
+  OnAir tv(kNoon);
+  tv.load();
+  Texts heard;
+  const auto key = tv.monitor->onUpdate([&](const GuideUpdate& update) {
+    heard.push_back(update.video->id);
+    EXPECT_EQ(tv.monitor->lastUpdate()->program, update.program);
+  });
+  EXPECT_EQ(key.size(), 36U);
+  tv.goOn();
+  tv.monitor->removeUpdate(key);
+  tv.goOn();
+  EXPECT_EQ(heard, Texts({"138301"}));
+}
+
+TEST(LinearProgramGuideMonitorListeners, ComeAndGoOnAnyThread) {
+  OnAir tv(kNoon);
+  const auto monitor = LinearProgramGuideMonitor::make(tv.context);  // on the real main queue
+  const auto heard = std::make_shared<test::Signal>();
+  const auto use = [&] {
+    for (int round = 0; round < 25; ++round) {
+      const auto key = monitor->onUpdate([heard](const GuideUpdate&) { heard->tell(); });
+      monitor->load(kNoon, 3);
+      if (const auto next = monitor->loadNext()) (*next)();
+      EXPECT_TRUE(!monitor->lastUpdate() || !monitor->lastUpdate()->days.empty());
+      if (round % 2 == 0) monitor->removeUpdate(key);
+    }
+  };
+  std::thread other(use);
+  use();
+  other.join();
+  EXPECT_TRUE(heard->wait());
+}
+
+TEST(LinearProgramGuideMonitorLoad, AsksForCalendarDaysTenProgrammesAtATime) {
+  const Zone zone("Europe/Vienna");
+  OnAir tv(kNoon);
+  tv.channel->fails = true;
+  const auto loaded = tv.monitor->load(at("2024-03-30T12:00:00Z"), 3, {.offset = 20});
+  EXPECT_NE(caseOf<SessionError::unexpectedStatus>(errorOf(loaded)), nullptr);
+  EXPECT_EQ(tv.channel->queries, Texts({"start_time=2024-03-30T12:00:00.000Z"
+                                        "&end_time=2024-04-02T11:00:00.000Z&offset=20&limit=10"}));
+  EXPECT_EQ(tv.monitor->accessQueueLabel(), "tv.orvo.api.linear_program_guide.access");
+}
+
+TEST(LinearProgramGuideMonitorLoad, GroupsByTheDaysOfTheDevice) {
+  const Zone zone("UTC");
+  OnAir tv(kNoon);
+  const auto add = [&](const std::string& id, std::chrono::hours start, milliseconds length = 1h) {
+    tv.channel->items += (tv.channel->items.empty() ? "" : ",") +
+                         Channel::program(id, kNoon + start, kNoon + start + length);
+  };
+  add("yesterday's", -13h, 13h + 1s);
+  add("ended", -1h);
+  add("next", 1h);
+  add("late", 11h, 5h);
+  add("tomorrow", 12h);
+  add("wed", 36h);
+  add("mon", 7 * 24h);
+  add("wed+7", 9 * 24h);
+  tv.load();
+  EXPECT_EQ(tv.ids, Texts({"next"}));
+  EXPECT_EQ(tv.days(),
+            "TODAY: next late; TOMORROW: tomorrow; SUNDAY: yesterday's; "
+            "WEDNESDAY: wed wed+7; MONDAY: mon; ");
+}
+
+TEST(LinearProgramGuideMonitorLoad, TakesALatePageOfAnEarlierOneIn) {
+  OnAir tv(kNoon);
+  tv.channel->items = Channel::program("a", kNoon, kNoon + 1h);
+  tv.channel->holds = true;
+  const auto early = tv.monitor->load(kNoon, 3);
+  ASSERT_TRUE(tv.channel->guideAsked.wait());
+  EXPECT_TRUE(tv.monitor->load(kNoon, 4).wait(kPatience).force());
+  tv.channel->promise.success(*tv.channel->held);
+  EXPECT_TRUE(early.wait(kPatience).force());
+  tv.arrive(2);
+  EXPECT_EQ(tv.days(), "TODAY: a a; ");
+}
+
+TEST(LinearProgramGuideMonitorLoad, SurvivesDatesAtTheEndOfTime) {
+  using Dates = std::numeric_limits<std::int64_t>;
+  OnAir tv(Date{Dates::min()});
+  tv.channel->items = Channel::program("a", kNoon, kNoon + 1h);
+  tv.monitor->load(Date(Dates::max()), std::numeric_limits<int>::max());
+  tv.monitor->load(Date(Dates::min()), std::numeric_limits<int>::min());
+  tv.arrive(2);
+  EXPECT_TRUE(tv.isIdle()) << "no number of seconds leads to its end";
+}
+
+TEST(LinearProgramGuideMonitorPaging, GoesOnAfterAFailureAndEndsWithTheFinalPage) {
+  OnAir tv(kNoon);
+  tv.channel->items = Channel::program("a", kNoon, kNoon + 1h);
+  tv.load();
+  tv.channel->fails = true;
+  (*tv.monitor->loadNext())();
+  ASSERT_TRUE(tv.channel->guideAsked.wait(2));
+  tv.channel->fails = false;
+  for (const std::int64_t offset : {10, 20}) {
+    tv.channel->meta = {24, 10, offset};
+    (*tv.monitor->loadNext())();
+    tv.arrive(tv.ids.size() + 1);
+    EXPECT_TRUE(tv.channel->queries.back().ends_with(std::to_string(offset) + "&limit=10"));
+  }
+  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append the final page again and again";
+  EXPECT_EQ(tv.days(), "TODAY: a a a; ");
+}
+
+TEST(LinearProgramGuideMonitorPaging, EndsWithAFreshLoadAndWhereOffsetsEndOrDoNotGrow) {
+  constexpr auto kMost = std::numeric_limits<std::int64_t>::max();
+  OnAir tv(kNoon);
+  for (const auto& meta :
+       {Meta{10, 10, 0}, Meta{kMost, kMost, 1}, Meta{25, 0, 0}, Meta{25, -5, 10}}) {
+    tv.channel->meta = {11, 10, 0};
+    tv.load();
+    EXPECT_TRUE(tv.monitor->loadNext());
+    tv.channel->meta = meta;
+    tv.clock->advance(1s);  // for another range, which the cache does not have
+    tv.channel->holds = true;
+    tv.monitor->load(tv.clock->now(), 4);
+    EXPECT_FALSE(tv.monitor->loadNext()) << "it would append pages of the range before";
+    tv.load();
+    EXPECT_FALSE(tv.monitor->loadNext()) << meta[0] << " " << meta[1];
+    tv.clock->advance(1s);
+  }
+}
+
+}  // namespace
+}  // namespace orvo
