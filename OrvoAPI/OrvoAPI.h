@@ -100,6 +100,7 @@
 
 #include <OrvoAPI/Linear/LinearProgram.h>
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 #include <OrvoAPI/Linear/Lineup.h>
 #include <OrvoAPI/Linear/LineupScheduled.h>
 #include <OrvoAPI/Linear/LineupSlot.h>
