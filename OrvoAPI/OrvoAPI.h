@@ -112,6 +112,8 @@
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Context/FetchOptions.h>
+#include <OrvoAPI/Context/PageWalk.h>
+#include <OrvoAPI/Context/Pages.h>
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 

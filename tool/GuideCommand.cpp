@@ -69,7 +69,7 @@ void drawStrip(Screen& screen, const std::vector<LinearProgram>& programs, Date 
   // Near the right edge the words stand on the other side of the mark.
   const std::string text = column <= room
                                ? std::string(column, ' ') + label
-                               : std::string(column - 11, ' ') + clockText(now) + " now ▲";
+                               : std::string(column - 10, ' ') + clockText(now) + " now ▲";
   screen.line(margin + screen.in(Style::good, text));
 }
 
@@ -103,16 +103,15 @@ void drawGuide(Screen& screen, const LinearProgramGuide& guide, const LinearStre
   drawStrip(screen, guide.items, now);
   const bool precise = hasSeconds(guide.items);
   Calendar calendar;
-  for (auto begin = guide.items.begin(); begin != guide.items.end();) {
-    const auto end = std::find_if(begin, guide.items.end(), [&](const LinearProgram& program) {
-      return !calendar.isSameDay(program.startTime, begin->startTime);
-    });
-    Table table{
-        .columns = {{}, {}, {.least = 24}, {.least = 16, .optional = 1}, {.right = true}, {}}};
-    for (; begin != end; ++begin) table.rows.push_back(row(*begin, now, precise));
-    screen.heading(dayHeading((end - 1)->startTime, now));
-    screen.table(table);
+  std::vector<Section> days;
+  std::optional<Date> day;
+  for (const LinearProgram& program : guide.items) {
+    const Date start = calendar.startOfDay(program.startTime);
+    if (start != day) days.push_back({.heading = dayHeading(start, now)});
+    day = start;
+    days.back().rows.push_back(row(program, now, precise));
   }
+  screen.tables({{}, {}, {.least = 24}, {.least = 16, .optional = 1}, {.right = true}, {}}, days);
 }
 
 int runGuide(Tool& tool, const Written& written) {
@@ -128,9 +127,6 @@ int runGuide(Tool& tool, const Written& written) {
         const PageRequest first{.offset = 0, .limit = WrittenPaging::kWholeListLimit};
         return context.fetchLinearProgramGuide(context.constants().linearStreamID, start, end,
                                                {.page = first});
-      },
-      [](const Context& context, const LinearProgramGuide& part) {
-        return context.nextCapability(part);
       },
       [&](Screen& screen, const LinearProgramGuide& guide) { drawGuide(screen, guide, stream); });
 }

@@ -35,21 +35,15 @@ int runCollection(Tool& tool, const Written& written) {
       [&](const Context& context) {
         return context.fetchItemCollection(written.id, written.paging.read());
       },
-      [](const Context& context, const ItemCollection& part) {
-        return context.nextFetchCapability(part);
-      },
       drawCollection);
 }
 
 int runPlaylist(Tool& tool, const Written& written) {
-  const auto next = [](const Context& context, const Playlist& part) {
-    return context.nextFetchCapability(part);
-  };
   if (!written.including) {
     const auto fetch = [&](const Context& context) {
       return context.fetchPlaylist(written.id, written.paging.read());
     };
-    return fetchListAndAnswer(tool, "fetching the playlist", written.paging.all, fetch, next,
+    return fetchListAndAnswer(tool, "fetching the playlist", written.paging.all, fetch,
                               drawPlaylist);
   }
   const auto fetch = [&](const Context& context) {
@@ -59,7 +53,7 @@ int runPlaylist(Tool& tool, const Written& written) {
       return keeper->fetchPlaylist(id, *included);
     });
   };
-  return fetchListAndAnswer(tool, "fetching the playlist", false, fetch, next, drawPlaylist);
+  return fetchListAndAnswer(tool, "fetching the playlist", false, fetch, drawPlaylist);
 }
 
 }  // namespace

@@ -1,13 +1,16 @@
 #pragma once
 
 #include <OrvoAPI/Context/FetchOptions.h>
-#include <OrvoAPI/Model/PagingMeta.h>
+#include <OrvoAPI/Context/Pages.h>
+#include <OrvoAPI/Platform/Shared.h>
 #include <tool/Tool.h>
 #include <CLI/CLI.hpp>
 
+#include <cstddef>
 #include <cstdint>
-#include <limits>
+#include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 
 namespace orvo::tool {
@@ -50,47 +53,38 @@ inline void addPagingOptions(CLI::App& command, WrittenPaging& paging) {
       ->excludes(offset);
 }
 
-/// Whether the library can be asked for the part that follows: it stops the process when offset and
-/// limit add up beyond their range, and a part without extent would follow itself.
-[[nodiscard]] inline bool hasPosition(const PagingMeta& meta) {
-  return meta.limit > 0 && meta.offset <= std::numeric_limits<std::int64_t>::max() - meta.limit;
-}
-
-/// The list with all the parts that follow its first, as one part; `next(part)` is the capability
-/// for the following one, if there is one. A list whose offset does not grow has ended.
-template <class List, class Next>
-[[nodiscard]] Result<Shared<List>> withFollowingParts(Tool& tool, const Shared<List>& first,
-                                                      const std::string& label, Next next) {
+/// The whole list as one part, and the progress meanwhile.
+template <class List>
+[[nodiscard]] Result<Shared<List>> wholeList(Tool& tool, const Pages<List>& pages,
+                                             const std::string& label) {
   Progress progress(label);
-  List whole = *first;
-  Shared<List> part = first;
-  while (hasPosition(part->meta)) {
-    const auto fetch = next(*part);
-    if (!fetch) break;
-    progress.set(whole.items.size(), static_cast<std::size_t>(part->meta.total));
-    const auto result = tool.wait((*fetch)(), progress);
+  std::optional<List> whole;
+  while (true) {
+    const auto result = tool.wait(pages.next(), progress);
     if (const AnyError* error = result.error()) return Failure{*error};
-    const Shared<List> following = *result.value();
-    if (following->meta.offset <= part->meta.offset) break;
-    whole.items.insert(whole.items.end(), following->items.begin(), following->items.end());
-    part = following;
+    const Shared<List> part = *result.value();
+    if (part == nullptr) break;
+    if (!whole) {
+      whole = *part;
+    } else {
+      whole->items.insert(whole->items.end(), part->items.begin(), part->items.end());
+    }
+    whole->meta.total = part->meta.total;
+    progress.set(whole->items.size(), static_cast<std::size_t>(part->meta.total));
   }
-  whole.meta.total = part->meta.total;
-  whole.meta.limit = static_cast<std::int64_t>(whole.items.size());
-  return std::make_shared<const List>(std::move(whole));
+  whole->meta.limit = static_cast<std::int64_t>(whole->items.size());
+  return std::make_shared<const List>(std::move(*whole));
 }
 
-/// Fetches a list, whole if that is wanted, and answers with it. Returns the exit status.
-template <class Fetch, class Next, class Draw>
-int fetchListAndAnswer(Tool& tool, const std::string& label, bool whole, Fetch fetch, Next next,
-                       Draw draw) {
-  const auto context = tool.context();
-  if (const AnyError* error = context.error()) return tool.fail(*error);
-  auto result = tool.wait(fetch(**context.value()), label);
-  if (whole && !result.failed()) {
-    const auto follow = [&](const auto& part) { return next(**context.value(), part); };
-    result = withFollowingParts(tool, *result.value(), label, follow);
-  }
+/// Fetches the list whose first part `fetch(const Context&)` returns a future of, whole if that is
+/// wanted, and answers with it. Returns the exit status.
+template <class Fetch, class Draw>
+int fetchListAndAnswer(Tool& tool, const std::string& label, bool whole, Fetch fetch, Draw draw) {
+  const auto opened = tool.context();
+  if (const AnyError* error = opened.error()) return tool.fail(*error);
+  const auto& context = *opened.value();
+  const Pages pages(context, [&] { return fetch(std::as_const(*context)); });
+  const auto result = whole ? wholeList(tool, pages, label) : tool.wait(pages.next(), label);
   if (const AnyError* error = result.error()) return tool.fail(*error);
   const auto& list = **result.value();
   return tool.answer(toJson(list), [&](Screen& screen) { draw(screen, list); });

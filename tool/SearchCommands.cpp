@@ -37,9 +37,6 @@ int runSearch(Tool& tool, const Written& written) {
       [&](const Context& context) {
         return context.fetchSearchCollection(written.query, kind, written.paging.read());
       },
-      [](const Context& context, const SearchCollection& part) {
-        return context.nextFetchCapability(part);
-      },
       [&](Screen& screen, const SearchCollection& collection) {
         drawResults(screen, {collection}, written.query);
       });

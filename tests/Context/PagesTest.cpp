@@ -1,0 +1,265 @@
+#include <OrvoAPI/Context/Pages.h>
+#include <OrvoAPI/Network/SessionError.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tests/Context/StubbedContext.h"
+
+namespace orvo {
+namespace {
+
+constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
+
+/// One page without items; it reads as any of the four kinds.
+std::string body(const PagingMeta& meta) {
+  const auto page = Document{{"id", R"("c")"},
+                             {"type", R"("generic")"},
+                             {"collection_type", R"("films")"},
+                             {"label", R"("L")"},
+                             {"short_label", R"("L")"},
+                             {"items", "[]"},
+                             {"meta", R"({"total": )" + std::to_string(meta.total) +
+                                          R"(, "limit": )" + std::to_string(meta.limit) +
+                                          R"(, "offset": )" + std::to_string(meta.offset) + "}"}};
+  return page.with("collections", "[" + page.text() + "]").text();
+}
+
+/// The collection "c" of a context whose requests the test answers.
+struct Walked {
+  StubbedContext stubbed{};
+  Pages<ItemCollection> pages{stubbed.context, stubbed.context->collectionCapability("c")};
+
+  void answer(const PagingMeta& meta) { stubbed.answer(200, body(meta)); }
+  /// The next page, which the server answers with; null at the end.
+  Shared<ItemCollection> next(const PagingMeta& meta) {
+    const auto page = pages.next();
+    answer(meta);
+    return page.wait(kPatience).force();
+  }
+  /// Null without asking the server.
+  Shared<ItemCollection> end() {
+    const auto page = pages.next();
+    stubbed.queue->run();
+    return page.wait(kPatience).force();
+  }
+  /// What was asked for last.
+  std::string requested() {
+    return stubbed.network->request(stubbed.requests() - 1).url.text().substr(23);
+  }
+  /// Runs the queue until the condition holds.
+  template <class Condition>
+  void runUntil(Condition condition) {
+    while (!condition() && stubbed.queue->waitForJob(kPatience)) stubbed.queue->run();
+  }
+};
+
+template <class T>
+void expectTwoPages(StubbedContext& stubbed, Pages<T> pages, const std::string& first) {
+  const auto requested = [&] {
+    return stubbed.network->request(stubbed.requests() - 1).url.text().substr(23);
+  };
+  const auto one = pages.next();
+  EXPECT_EQ(requested(), first);
+  stubbed.answer(200, body({.total = 3, .limit = 2, .offset = 0}));
+  EXPECT_EQ(one.wait(kPatience).force()->meta.offset, 0);
+  EXPECT_FALSE(pages.ended());
+  const auto two = pages.next();
+  const auto mark = first.find('?') == std::string::npos ? "?" : "&";
+  EXPECT_EQ(requested(), first + mark + "offset=2&limit=2");
+  stubbed.answer(200, body({.total = 3, .limit = 2, .offset = 2}));
+  EXPECT_EQ(two.wait(kPatience).force()->meta.offset, 2);
+  EXPECT_TRUE(pages.ended());
+}
+
+TEST(Pages, FollowEachKindOfListToItsEnd) {
+  StubbedContext stubbed;
+  const auto& context = stubbed.context;
+  expectTwoPages(stubbed, Pages(context, context->collectionCapability("c")), "collections/c");
+  expectTwoPages(stubbed, Pages(context, context->playlistCapability("c")), "playlists/c");
+  const auto films = SearchCollection::ResultsKind::films;
+  expectTwoPages(stubbed, Pages(context, context->searchCapability("q", films)),
+                 "search?q=q&collection_type=films");
+  expectTwoPages(stubbed,
+                 Pages(context, context->linearProgramGuideCapability(Date(0), Date(1000))),
+                 "epg?start_time=1970-01-01T00:00:00.000Z&end_time=1970-01-01T00:00:01.000Z");
+}
+
+// The context stops the process when offset and limit add up beyond 64 bits, so the walk looks
+// first.
+TEST(Pages, EndWithAPageThatNoneCanFollow) {
+  for (const PagingMeta meta : {PagingMeta{.total = 0, .limit = 20, .offset = 0},
+                                PagingMeta{.total = kLast, .limit = 0, .offset = 0},
+                                PagingMeta{.total = kLast, .limit = -1, .offset = 5},
+                                PagingMeta{.total = kLast, .limit = 1, .offset = kLast},
+                                PagingMeta{.total = kLast, .limit = kLast, .offset = 1}}) {
+    Walked walked;
+    EXPECT_EQ(walked.next(meta)->meta, meta);
+    EXPECT_EQ(walked.end(), nullptr);
+    EXPECT_EQ(walked.stubbed.requests(), 1U);
+  }
+}
+
+TEST(Pages, EndBeforeAPageWhoseOffsetDoesNotGrow) {
+  for (const std::int64_t offset : {10, 9, -10}) {
+    Walked walked;
+    EXPECT_NE(walked.next({.total = 30, .limit = 10, .offset = 10}), nullptr);
+    EXPECT_EQ(walked.next({.total = 30, .limit = 10, .offset = offset}), nullptr) << offset;
+    EXPECT_EQ(walked.requested(), "collections/c?offset=20&limit=10");
+    EXPECT_EQ(walked.end(), nullptr);
+    EXPECT_EQ(walked.stubbed.requests(), 2U);
+  }
+}
+
+TEST(Pages, AFailureLeavesTheWalkWhereItStood) {
+  Walked walked;
+  (void)walked.next({.total = 20, .limit = 10, .offset = 0});
+  const auto failed = walked.pages.next();
+  walked.stubbed.answer(503);
+  EXPECT_TRUE(caseOf<SessionError::unexpectedStatus>(errorOf(failed)));
+  EXPECT_EQ(walked.next({.total = 20, .limit = 10, .offset = 10})->meta.offset, 10);
+  EXPECT_EQ(walked.requested(), "collections/c?offset=10&limit=10");
+}
+
+TEST(Pages, CallsBeforeThePageCameMoveTheWalkOnce) {
+  Walked walked;
+  const std::vector calls{walked.pages.next(), walked.pages.next()};
+  EXPECT_EQ(walked.stubbed.requests(), 2U);
+  for (const auto& call : calls) {
+    walked.answer({.total = 20, .limit = 10, .offset = 0});
+    EXPECT_EQ(call.wait(kPatience).force()->meta.offset, 0);
+  }
+  (void)walked.pages.next();
+  EXPECT_EQ(walked.requested(), "collections/c?offset=10&limit=10");
+}
+
+TEST(Pages, ACancelEndsTheWalkAlthoughThePageComes) {
+  Walked walked;
+  const Promise<Shared<ItemCollection>> source(walked.stubbed.queue);
+  const Pages<ItemCollection> pages(walked.stubbed.context, [&] { return source.future(); });
+  const auto cancelled = pages.next();
+  cancelled.cancel();
+  source.complete(std::make_shared<const ItemCollection>(
+      ItemCollection{.id = "c", .label = "", .meta = {.total = 30, .limit = 10, .offset = 0}}));
+  EXPECT_EQ(walked.stubbed.queue->run(), 1U);
+  EXPECT_FALSE(cancelled.didComplete());
+  EXPECT_TRUE(pages.ended());
+  EXPECT_EQ(errorOf(pages.next()).as<URLError>()->code, URLError::cancelled);
+}
+
+TEST(Pages, ACancelAfterThePageCameChangesNothing) {
+  Walked walked;
+  const auto first = walked.pages.next();
+  walked.answer({.total = 30, .limit = 10, .offset = 0});
+  (void)first.wait(kPatience).force();
+  first.cancel();
+  EXPECT_EQ(walked.next({.total = 30, .limit = 10, .offset = 10})->meta.offset, 10);
+}
+
+TEST(PagesForEach, CallsWithEachPageOnTheQueue) {
+  Walked walked;
+  std::vector<std::int64_t> offsets;
+  const auto all = walked.pages.forEach(
+      walked.stubbed.queue, [&](const auto& page) { offsets.push_back(page->meta.offset); });
+  for (const std::int64_t offset : {0, 10, 20}) {
+    walked.runUntil([&] { return walked.stubbed.requests() > walked.stubbed.answered; });
+    walked.answer({.total = 25, .limit = 10, .offset = offset});
+  }
+  walked.runUntil([&] { return all.didComplete(); });
+  EXPECT_EQ(*all.value(), true);
+  EXPECT_EQ(offsets, (std::vector<std::int64_t>{0, 10, 20}));
+}
+
+TEST(PagesForEach, EndsWithTheTaskOrAnErrorAndCanGoOn) {
+  Walked walked;
+  const auto& queue = walked.stubbed.queue;
+  const auto enough = walked.pages.forEach(queue, [](const auto&) { return false; });
+  walked.answer({.total = 50, .limit = 10, .offset = 0});
+  walked.runUntil([&] { return enough.didComplete(); });
+  EXPECT_EQ(*enough.value(), false);
+
+  const auto thrown = walked.pages.forEach(
+      queue, [](const auto&) { throw AnyError(GeneralError::elementNotFound{}); });
+  walked.answer({.total = 50, .limit = 10, .offset = 10});
+  walked.runUntil([&] { return thrown.didComplete(); });
+  EXPECT_TRUE(caseOf<GeneralError::elementNotFound>(*thrown.error()));
+
+  const auto failed = walked.pages.forEach(queue, [](const auto&) { ADD_FAILURE(); });
+  walked.stubbed.answer(404);
+  walked.runUntil([&] { return failed.didComplete(); });
+  EXPECT_TRUE(caseOf<SessionError::unexpectedStatus>(*failed.error()));
+  (void)walked.pages.next();
+  EXPECT_EQ(walked.requested(), "collections/c?offset=20&limit=10");
+}
+
+TEST(PagesForEach, ACancelEndsItWhetherAPageIsUnderWayOrBeingShown) {
+  for (const bool fromTask : {true, false}) {
+    Walked walked;
+    Future<bool> all;
+    int calls = 0;
+    const auto held = std::make_shared<int>();
+    all = walked.pages.forEach(walked.stubbed.queue, [&, held](const auto&) {
+      ++calls;
+      if (fromTask) all.cancel();
+    });
+    walked.stubbed.queue->run();  // sends the request
+    if (!fromTask) all.cancel();
+    walked.answer({.total = 50, .limit = 10, .offset = 0});
+    walked.runUntil([&] { return held.use_count() == 1; });
+    EXPECT_EQ(calls, fromTask ? 1 : 0);
+    EXPECT_FALSE(all.didComplete());
+    EXPECT_EQ(walked.stubbed.requests(), 1U);
+    EXPECT_EQ(errorOf(walked.pages.next()).as<URLError>()->code, URLError::cancelled);
+  }
+}
+
+TEST(PagesForEach, GoesWithAFetchThatNobodyCompletes) {
+  StubbedContext stubbed;
+  const auto held = std::make_shared<int>();
+  auto source = std::make_unique<Promise<Shared<ItemCollection>>>(stubbed.queue);
+  const auto all = Pages(stubbed.context, [&] {
+                     return source->future();
+                   }).forEach(stubbed.queue, [held](const auto&) {});
+  EXPECT_EQ(held.use_count(), 2);
+  source.reset();
+  EXPECT_EQ(held.use_count(), 1);
+  EXPECT_FALSE(all.didComplete());
+}
+
+/// Answers at once, with one page of a list after another.
+class ListServer final : public NetworkDataProvider {
+ public:
+  explicit ListServer(std::int64_t total) : total_(total) {}
+
+  Future<HTTPResult> fetch(const URLRequest& request) override {
+    const auto offset = offset_++;
+    return Future<HTTPResult>::completed(
+        HTTPResult{.response = {.url = request.url, .statusCode = 200},
+                   .body = Data(body({.total = total_, .limit = 1, .offset = offset}))});
+  }
+
+ private:
+  const std::int64_t total_;
+  std::int64_t offset_ = 0;  // one request follows the other
+};
+
+TEST(PagesForEach, TenThousandPagesThatAreThereAtOnceDoNotNest) {
+  constexpr int kPages = 10'000;
+  const auto session = std::make_shared<StubSessionProvider>();
+  const auto context = Context::make(
+      ConfigurationParser::parse(object(configurationBody()), Environment::staging).force(),
+      url("https://api.example/v3/"), url("https://img.example/"), session,
+      std::make_shared<ListServer>(kPages));
+  int pages = 0;
+  const auto all =
+      Pages(context, context->collectionCapability("c")).forEach([&](const auto&) { ++pages; });
+  EXPECT_EQ(all.wait(kPatience).force(), true);
+  EXPECT_EQ(pages, kPages);
+}
+
+}  // namespace
+}  // namespace orvo
