@@ -1,4 +1,5 @@
 #include <OrvoAPI/Configuration/Configuration.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "tests/support/Document.h"
@@ -44,11 +45,8 @@ TEST(ConfigurationParser, NeedsOnlyTheRequiredSections) {
   const auto& [app, device, end] = configuration.requirements;
   EXPECT_EQ(app.minBuild + app.message + device.minOsVersion + device.message, "0.1.00.1.0");
   EXPECT_FALSE(end.kill);
-  const auto& prompt = configuration.ratingPromptConfig;
-  EXPECT_EQ(prompt.sessionCountThreshold, 3);
-  EXPECT_EQ(prompt.activeSessionTimeThreshold, 3600.0);
-  EXPECT_FALSE(prompt.enabled);
-  EXPECT_EQ(prompt.repeatDelay, 25);
+  const auto& [sessions, time, enabled, delay] = configuration.ratingPromptConfig;
+  EXPECT_TRUE(sessions == 3 && time == 3600.0 && !enabled && delay == 25);
   EXPECT_FALSE(configuration.displayAd);
   const auto& [id, label, description, iconID] = configuration.linearStream;
   EXPECT_EQ(id + label + description + iconID, "streamTVOn airi");
@@ -58,13 +56,13 @@ TEST(ConfigurationParser, NeedsOnlyTheRequiredSections) {
 }
 
 TEST(ConfigurationParser, ReportsTheSectionThatFails) {
-  EXPECT_EQ(requirements(kSmallest, {"nav", "colors", "links", "linear_stream_id", "tv"}, parse),
-            "Configuration: nav, Configuration: colors, Configuration: links, "
-            "Configuration: constants, Configuration: linear_stream");
+  expectRequired("Configuration", kSmallest,
+                 {"nav", "colors", "links", "linear_stream_id=constants", "tv=linear_stream"},
+                 parse);
   const auto parseTV = [](const Document& tv) { return parse(kSmallest.with("tv", tv.text())); };
-  EXPECT_EQ(requirements(kTV, {"label", "description", "icon"}, parseTV),
-            "Configuration: linear_stream, Configuration: linear_stream, "
-            "Configuration: linear_stream");
+  expectRequired("Configuration", kTV,
+                 {"label=linear_stream", "description=linear_stream", "icon=linear_stream"},
+                 parseTV);
   EXPECT_EQ(failureOf(parse(kSmallest.with("nav", R"({"discover": {}, "x": 1})"))),
             "Configuration: nav");
   EXPECT_EQ(failureOf(parse(kSmallest.with("links", "{}"))), "Configuration: links");
@@ -94,19 +92,19 @@ TEST(ConfigurationParser, ReplacesOptionalSectionsThatCannotBeRead) {
 }
 
 TEST(ConfigurationParser, ReadsOptionalSections) {
-  const auto app = with("app_update", R"({"min_build": "2.1", "message": "A"})").requirements;
-  EXPECT_EQ(app.appVersion.minBuild + app.appVersion.message, "2.1A");
-  const auto os = with("device_update", R"({"min_os_version": "9", "message": "B"})").requirements;
-  EXPECT_EQ(os.osVersion.minOsVersion + os.osVersion.message, "9B");
-  const auto end = with("end_of_life", R"({"kill": true, "message": "C"})").requirements;
-  EXPECT_TRUE(end.killSwitch.kill);
-  const auto prompt = with("user_rating_prompt", R"({"session_interval": 1, "long_session": 2.5,
-                                                    "enable": true, "repeat_delay": 4})")
-                          .ratingPromptConfig;
-  EXPECT_EQ(prompt.sessionCountThreshold, 1);
-  EXPECT_EQ(prompt.activeSessionTimeThreshold, 2.5);
-  EXPECT_TRUE(prompt.enabled);
-  EXPECT_EQ(prompt.repeatDelay, 4);
+  const auto [app, os, end] =
+      parse(kSmallest.with("app_update", R"({"min_build": "2.1", "message": "A"})")
+                .with("device_update", R"({"min_os_version": "9", "message": "B"})")
+                .with("end_of_life", R"({"kill": true, "message": "C"})"))
+          .force()
+          .requirements;
+  EXPECT_EQ(app.minBuild + app.message + os.minOsVersion + os.message, "2.1A9B");
+  EXPECT_TRUE(end.kill && end.message == "C");
+  const auto [sessions, time, enabled, delay] =
+      with("user_rating_prompt", R"({"session_interval": 1, "long_session": 2.5, "enable": true,
+                                     "repeat_delay": 4})")
+          .ratingPromptConfig;
+  EXPECT_TRUE(sessions == 1 && time == 2.5 && enabled && delay == 4);
   const auto ad = with("display_ads", R"({"url": "a:b", "nw": "n", "prof": "p"})").displayAd;
   EXPECT_EQ(ad->server.text() + ad->network + ad->profile, "a:bnp");
   const auto events = with("upcoming_events", R"({"id": "own", "label": 1})").upcomingEvents;
@@ -115,52 +113,43 @@ TEST(ConfigurationParser, ReadsOptionalSections) {
 
 TEST(ConstantsParser, StoresMillisecondsAsSeconds) {
   const auto constants = ConstantsParser::parse(kConstants).force();
-  EXPECT_EQ(constants.hlsBaseURL.text() + constants.linearStreamID, "https://hls.example/v3stream");
-  EXPECT_EQ(constants.upNextHintTimeout, 5);
-  EXPECT_EQ(constants.playerControlsTimeout, 4);
-  EXPECT_EQ(constants.discoveryResetTimeout, 3);
-  EXPECT_EQ(constants.relaunchResumeTimeout, 2.5);
-  EXPECT_EQ(constants.countdownVisibilityTimeout, 1.5);
-  EXPECT_TRUE(constants.recentlyWatched);
+  EXPECT_EQ(constants.hlsBaseURL.text() + constants.linearStreamID + constants.shareStringTemplate,
+            "https://hls.example/v3streamWatch %@");
+  EXPECT_THAT((std::vector{constants.upNextHintTimeout, constants.playerControlsTimeout,
+                           constants.discoveryResetTimeout, constants.relaunchResumeTimeout,
+                           constants.countdownVisibilityTimeout, constants.startedMinimumTime,
+                           constants.watchedMinimumTime, constants.playbackInterruptDelay}),
+              testing::ElementsAre(5, 4, 3, 2.5, 1.5, 12, 30, 0.75));
   EXPECT_EQ(constants.startedMinimumPercent, 0.9);
-  EXPECT_EQ(constants.startedMinimumTime, 12);
   EXPECT_EQ(constants.watchedMinimumPercent, 97.5);
-  EXPECT_EQ(constants.watchedMinimumTime, 30);
-  EXPECT_EQ(constants.shareStringTemplate, "Watch %@");
+  EXPECT_TRUE(constants.recentlyWatched);
   EXPECT_EQ(constants.searchTopResultsLimit, 6);
-  EXPECT_EQ(constants.playbackInterruptDelay, 0.75);
   EXPECT_EQ(constants.adCornerBugDelay, 15) << "in no document";
 }
 
 TEST(SectionParsers, NameTheirKeysInOrder) {
-  EXPECT_EQ(requirements(kConstants,
-                         {"hls_base_url", "linear_stream_id", "up_next_hint_time",
-                          "recently_watched", "search_top_results_limit"},
-                         ConstantsParser::parse),
-            "Constants: hls_base_url, Constants: linear_stream_id, Constants: up_next_hint_time, "
-            "Constants: recently_watched, Constants: search_top_results_limit");
+  expectRequired("Constants", kConstants,
+                 {"hls_base_url", "linear_stream_id", "up_next_hint_time", "recently_watched",
+                  "search_top_results_limit"},
+                 ConstantsParser::parse);
   EXPECT_EQ(failureOf(ConstantsParser::parse(kConstants.with("search_top_results_limit", "1.5"))),
             "Constants: search_top_results_limit");
-  EXPECT_EQ(requirements(kLinks, {"imprint", "about", "privacy", "terms", "contact", "feedback"},
-                         LinksParser::parse),
-            "Links: imprint, Links: about, Links: privacy, Links: terms, Links: contact, "
-            "Links: feedback");
+  expectRequired("Links", kLinks, {"imprint", "about", "privacy", "terms", "contact", "feedback"},
+                 LinksParser::parse);
   EXPECT_EQ(failureOf(LinksParser::parse(kLinks.with("terms", R"("a b")"))), "Links: terms");
+  // The delay has always been reported misspelt.
+  expectRequired("RatingPromptConfig",
+                 {{"session_interval", "1"},
+                  {"long_session", "2"},
+                  {"enable", "false"},
+                  {"repeat_delay", "4"}},
+                 {"session_interval", "long_session", "enable", "repeat_delay=repear_delay"},
+                 RatingPromptConfigParser::parse);
   EXPECT_EQ(failureOf(AppVersionParser::parse(kTV)), "Requirements.AppVersion: min_build");
   EXPECT_EQ(failureOf(OSVersionParser::parse(kTV)), "Requirements.OSVersion: min_os_version");
   EXPECT_EQ(failureOf(KillSwitchParser::parse(kTV)), "Requirements.KillSwitch: kill");
-  EXPECT_EQ(requirements({{"url", R"("u")"}, {"nw", R"("n")"}, {"prof", R"("p")"}},
-                         {"url", "nw", "prof"}, DisplayAdParser::parse),
-            "DisplayAd: url, DisplayAd: nw, DisplayAd: prof");
-}
-
-TEST(RatingPromptConfigParser, ReportsTheDelayMisspelt) {
-  const Document rating{
-      {"session_interval", "1"}, {"long_session", "2"}, {"enable", "false"}, {"repeat_delay", "4"}};
-  EXPECT_EQ(requirements(rating, {"session_interval", "long_session", "enable", "repeat_delay"},
-                         RatingPromptConfigParser::parse),
-            "RatingPromptConfig: session_interval, RatingPromptConfig: long_session, "
-            "RatingPromptConfig: enable, RatingPromptConfig: repear_delay");
+  expectRequired("DisplayAd", {{"url", R"("u")"}, {"nw", R"("n")"}, {"prof", R"("p")"}},
+                 {"url", "nw", "prof"}, DisplayAdParser::parse);
 }
 
 }  // namespace

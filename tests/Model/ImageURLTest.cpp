@@ -2,6 +2,7 @@
 #include <OrvoAPI/Model/ImageResource.h>
 #include <OrvoAPI/Model/LineupTemplateImage.h>
 #include <OrvoAPI/Model/VideoPreview.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <limits>
@@ -22,10 +23,6 @@ constexpr auto kJPG = ImageResourceFormat::JPG;
 /// The transformation of an image's URL.
 std::string tokens(ImageSize size, const ImageURLOptions& options, double scale = 1) {
   const auto text = kImage.url(size, options, host(scale)).text();
-  return text.substr(text.rfind("im:i:") + 5);
-}
-std::string titleTokens(ImageSize size, const TitleURLOptions& options) {
-  const auto text = kImage.titleUrl(size, options, host()).text();
   return text.substr(text.rfind("im:i:") + 5);
 }
 
@@ -49,8 +46,8 @@ TEST(ImageURL, LeavesOutTokensWhoseConditionFails) {
   EXPECT_EQ(tokens({1, 1}, {.format = kPNG}), "w_1,h_1,f_png");
   EXPECT_EQ(tokens({1, 1}, {.crop = kFit, .format = kPNG}), "c_fit,w_1,h_1,f_png");
   EXPECT_EQ(tokens({1, 1}, {.crop = kFit}), "c_fit,w_1,h_1,f_jpg,q_65");
-  EXPECT_EQ(titleTokens({1, 1}, {.format = kJPG}), "e_trim,c_fill,w_1,h_1,f_jpg,q_65");
-  EXPECT_EQ(titleTokens({1, 1}, {.crop = ImageResourceCrop::Fill}), "e_trim,c_fill,w_1,h_1,f_png");
+  EXPECT_THAT(kImage.titleUrl({1, 1}, {.format = kJPG}, host()).text(),
+              testing::EndsWith("/im:i:e_trim,c_fill,w_1,h_1,f_jpg,q_65"));
 }
 
 TEST(ImageURL, CutsPixelsOffTowardsZero) {
@@ -89,8 +86,8 @@ TEST(TemplateURL, FillsInTheTransformation) {
 }
 
 TEST(TemplateURL, NeedsATemplateOfAnAbsoluteURL) {
-  EXPECT_EQ(requirements({{"template", R"("t")"}}, {"template"}, LineupTemplateImageParser::parse),
-            "LineupTemplateImage: template");
+  expectRequired("LineupTemplateImage", {{"template", R"("t")"}}, {"template"},
+                 LineupTemplateImageParser::parse);
   for (const char* text :
        {"", "a/{c_transform}", "https://t.example/{other}", "http://ü.example"}) {
     EXPECT_EQ(LineupTemplateImage{text}.url({1, 1}), std::nullopt) << text;
@@ -113,19 +110,6 @@ TEST(ResourceTable, HoldsEachKnownNameOnceInDeclarationOrder) {
   EXPECT_EQ(table, images(kSame, "id"));
   EXPECT_NE(table, images(kSame, "other"));
   EXPECT_EQ(images(R"({"n": []})", "id"), images(R"({"n": ["?"]})", "other")) << "both are empty";
-}
-
-TEST(LineupTemplateImages, KeepsOneImageForEachKey) {
-  using Key = LineupTemplateImage::ResourceKey;
-  LineupTemplateImages table;
-  for (const auto& [key, text] : {std::pair(Key::icon, "1"), std::pair(Key::banner, "2"),
-                                  std::pair(Key::square, "3"), std::pair(Key::icon, "4")}) {
-    table.insert(key, {text});
-  }
-  std::string walk;
-  for (const auto& [key, image] : table) walk.append(caseName(key)).append(image.template_);
-  EXPECT_EQ(walk, "banner2square3icon4");
-  EXPECT_EQ(table.find(Key::portrait), nullptr);
 }
 
 }  // namespace

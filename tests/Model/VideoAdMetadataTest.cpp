@@ -27,10 +27,8 @@ TEST(VideoAdMetadataParser, DropsWhatItCannotRead) {
 }
 
 TEST(VideoAdMetadataParser, ReportsEachRequiredMember) {
-  EXPECT_EQ(requirements(kBeacon, {"name", "time", "url"}, VideoBeaconParser::parse),
-            "VideoBeacon: name, VideoBeacon: time, VideoBeacon: url");
-  EXPECT_EQ(requirements(kSegment, {"ad", "start", "duration"}, VideoSegmentParser::parse),
-            "VideoSegment: ad, VideoSegment: start, VideoSegment: duration");
+  expectRequired("VideoBeacon", kBeacon, {"name", "time", "url"}, VideoBeaconParser::parse);
+  expectRequired("VideoSegment", kSegment, {"ad", "start", "duration"}, VideoSegmentParser::parse);
   for (const char* url : {R"("/relative")", R"("")", R"("http://a b")"}) {
     EXPECT_EQ(failureOf(VideoBeaconParser::parse(kBeacon.with("url", url))), "VideoBeacon: url");
   }

@@ -4,6 +4,7 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
+#include <gtest/gtest.h>
 
 #include <initializer_list>
 #include <string>
@@ -58,20 +59,19 @@ std::string failureOf(const Result<T>& result) {
   return result.failed() ? failureOf(*result.error()) : "";
 }
 
-/// The failures of `parse` when each of the members is missing, and, if they differ, when it is of
-/// another kind: "Video: id, Video: title"; "ok" where a member is not required. They are taken
-/// away from the last one on for good, so that the order of reading shows too.
+/// Expects that `parse` requires the members: that it fails with the type and the member's name
+/// when one is missing or of another kind. They are taken away from the last one on for good, so
+/// that the order of reading shows too. "action=kind" is read as "action" and reported as "kind".
 template <class Parse>
-std::string requirements(Document document, std::vector<std::string> keys, Parse parse) {
-  std::string text;
-  for (; !keys.empty(); keys.pop_back()) {
-    const auto mistyped = failureOf(parse(document.with(keys.back(), "[7]")));
-    document = document.without(keys.back());
-    const auto missing = failureOf(parse(document));
-    const auto both = missing == mistyped ? missing : missing + " / " + mistyped;
-    text.insert(0, (keys.size() > 1 ? ", " : "") + (both.empty() ? "ok" : both));
+void expectRequired(const std::string& type, Document document,
+                    const std::vector<std::string>& members, Parse parse) {
+  for (auto member = members.rbegin(); member != members.rend(); ++member) {
+    const auto key = member->substr(0, member->find('='));
+    const auto expected = type + ": " + member->substr(member->find('=') + 1);
+    EXPECT_EQ(failureOf(parse(document.with(key, "[7]"))), expected);
+    document = document.without(key);
+    EXPECT_EQ(failureOf(parse(document)), expected);
   }
-  return text;
 }
 
 /// Collects the console's lines while it lives.
