@@ -82,7 +82,8 @@ class MapState final : public DerivedState<U> {
     try {
       if constexpr (IsResult<std::decay_t<std::invoke_result_t<F&, const T&>>>::value) {
         auto result = (*transform_)(value);
-        return result.failed() ? failure(*result.error()) : result;
+        if (result.failed()) return failure(*result.error());
+        return result;
       } else {
         return (*transform_)(value);
       }

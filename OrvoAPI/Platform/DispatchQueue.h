@@ -10,7 +10,8 @@ namespace orvo {
 
 /// Runs jobs somewhere, later. Implement it to have callbacks on an event loop of your own: `post`
 /// is called from any thread, must never run the job itself, and must not throw. Held by shared
-/// pointers: whoever has work outstanding on a queue keeps it alive.
+/// pointers: whoever has work outstanding on a queue keeps it alive, jobs that wait in it included.
+/// So one whose loop has ended destroys the jobs that it has not run, and those that still come.
 ///
 /// What a job throws reaches whoever runs it. On the library's threads that stops the process; a
 /// loop of your own decides for itself.
@@ -21,7 +22,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   DispatchQueue& operator=(const DispatchQueue&) = delete;
   virtual ~DispatchQueue() = default;
 
-  /// Takes the job, to run it once and later. A queue that goes away destroys what it has not run.
+  /// Takes the job, to run it once and later.
   virtual void post(Job job) = 0;
 
   /// Posts the job when the delay has passed, by a clock that counts the time the device sleeps. A

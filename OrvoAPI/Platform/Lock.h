@@ -20,7 +20,8 @@ class ORVO_CAPABILITY("lock") Lock {
     if (!state_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire)) lockSlowly();
   }
   void unlock() ORVO_RELEASE() {
-    if (state_.exchange(kFree, std::memory_order_release) == kContended) wakeOne();
+    // In the one order of all: it is seen before `wakeOne` looks at whether anybody sleeps.
+    if (state_.exchange(kFree) == kContended) wakeOne();
   }
 
  private:

@@ -94,7 +94,7 @@ void SerialQueue::drain(const std::atomic<bool>* done) {
     ++ran;
     lock_.lock();
     if (waiters_ > 0) {
-      turn_.fetch_add(1, std::memory_order_release);
+      turn_.fetch_add(1);  // in the one order of all, so that it is seen before a look for sleepers
       turn_.notify_all();
     }
   }

@@ -86,46 +86,34 @@ TEST_F(FutureCancel, GoesUpTheChainAndCallsTheSourcesCallbacksFirst) {
   EXPECT_THAT(seen_, ElementsAre("source", "middle", "last"));
 }
 
-TEST_F(FutureCancel, DoesNotGoDownNorFromASuccessResultUp) {
+TEST_F(FutureCancel, ReachesNothingDownTheChainNorUpFromASuccessResultNorWhatHasGone) {
   const auto derived = future_.map(same);
   future_.successResult().cancel();
   EXPECT_FALSE(future_.isCancelled());
   future_.cancel();
   EXPECT_FALSE(derived.isCancelled());
+  const auto orphan = Promise<int>(queue_).future().map(same).map(same);
+  orphan.onCancel(note("orphan"));
+  orphan.cancel();
+  EXPECT_THAT(seen_, ElementsAre("orphan pending"));
 }
 
-TEST_F(FutureCancel, IsHarmlessWhenTheSourceHasGone) {
-  auto source = std::make_unique<Promise<int>>(queue_);
-  const auto derived = source->future().map(same).map(same);
-  derived.onCancel(note("derived"));
-  source.reset();
-  derived.cancel();
-  EXPECT_THAT(seen_, ElementsAre("derived pending"));
-}
-
-TEST_F(FutureCancel, DoesNotKeepATransformFromRunning) {
-  const auto derived = future_.map([this](int value) {
+TEST_F(FutureCancel, DropsWhatATransformMakesWithoutKeepingItFromRunning) {
+  const Promise<int> inner(queue_);
+  const auto mapped = future_.map([this](int value) {
     seen_.push_back("transform");
     return value;
   });
+  const auto flat = future_.flatMap([&](int) { return inner.future(); });
   promise_.success(1);
-  derived.cancel();
+  mapped.cancel();
   queue_->run();
-  EXPECT_THAT(seen_, ElementsAre("transform"));
-  EXPECT_FALSE(derived.didComplete());
-}
-
-TEST_F(FutureCancel, OfAFlatMapNeverReachesTheInnerFuture) {
-  const Promise<int> inner(queue_);
-  const auto derived = future_.flatMap([&](int) { return inner.future(); });
-  promise_.success(1);
-  queue_->run();
-  derived.cancel();
-  EXPECT_TRUE(future_.isCancelled());
-  EXPECT_FALSE(inner.future().isCancelled());
+  flat.cancel();
   inner.success(2);
   queue_->run();
-  EXPECT_FALSE(derived.didComplete());
+  EXPECT_THAT(seen_, ElementsAre("transform"));
+  EXPECT_FALSE(mapped.didComplete() || flat.didComplete());
+  EXPECT_FALSE(inner.future().isCancelled()) << "a flatMap's cancel never reaches it";
 }
 
 TEST_F(FutureCancel, KeepsAFailedSourceFromAMapButNotFromAFlatMap) {
@@ -136,17 +124,14 @@ TEST_F(FutureCancel, KeepsAFailedSourceFromAMapButNotFromAFlatMap) {
   promise_.complete(Failure{Broken{}});
   queue_->run();
   EXPECT_FALSE(mapped.didComplete());
-  ASSERT_TRUE(flat.didFail());
-  EXPECT_TRUE(flat.error()->is<Broken>());
+  EXPECT_TRUE(flat.didFail());
 }
 
 TEST_F(FutureCancel, OfACombinationReachesItsFirstFutureOnly) {
-  const Future<int> other(queue_);
-  const auto zipped = future_.zip(other);
-  zipped.cancel();
   const Future<int> first(queue_);
-  const auto all = Future<int>::concat({first, other});
-  all.cancel();
+  const Future<int> other(queue_);
+  future_.zip(other).cancel();
+  Future<int>::concat({first, other}).cancel();
   EXPECT_TRUE(future_.isCancelled() && first.isCancelled());
   EXPECT_FALSE(other.isCancelled());
 }

@@ -1,13 +1,12 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <gtest/gtest.h>
+#include <tests/support/Race.h>
 #include <tests/support/Signal.h>
 
 #include <atomic>
-#include <barrier>
 #include <memory>
 #include <optional>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 
@@ -15,64 +14,48 @@ namespace orvo {
 namespace {
 
 constexpr int kRounds = 300;
-constexpr int kThreads = 4;
-
-/// Lets several threads run `body(thread, round)`, all beginning each round at the same moment,
-/// with `between(round)` run alone before each.
-template <class Between, class Body>
-void race(Between between, Body body) {
-  int round = -1;
-  std::barrier start(kThreads, [&]() noexcept { between(++round); });
-  std::vector<std::thread> threads;
-  for (int thread = 0; thread < kThreads; ++thread) {
-    threads.emplace_back([&, thread] {
-      for (int i = 0; i < kRounds; ++i) {
-        start.arrive_and_wait();
-        body(thread, i);
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
-}
 
 TEST(FutureRace, ACallbackIsCalledOnceHoweverItMeetsSeveralCompletions) {
   std::vector<Promise<std::string>> promises(kRounds);
   std::atomic<int> wrong = 0;
   test::Signal called;
-  race([](int) {},
-       [&](int thread, int round) {
-         const auto& promise = promises[static_cast<std::size_t>(round)];
-         const auto check = [&](const std::string& value) { wrong += value.size() != 100; };
-         if (thread < 2) promise.success(std::string(100, static_cast<char>('a' + thread)));
-         promise.future().onSuccess([&, check](const std::string& value) {
-           check(value);
-           called.tell();
-         });
-         if (const auto* const value = promise.future().value()) check(*value);
-       });
-  EXPECT_TRUE(called.wait(kRounds * kThreads));
+  test::race(
+      kRounds, [](int) {},
+      [&](int thread, int round) {
+        const auto& promise = promises[static_cast<std::size_t>(round)];
+        const auto check = [&](const std::string& value) { wrong += value.size() != 100; };
+        if (thread < 2) promise.success(std::string(100, static_cast<char>('a' + thread)));
+        promise.future().onSuccess([&, check](const std::string& value) {
+          check(value);
+          called.tell();
+        });
+        if (const auto* const value = promise.future().value()) check(*value);
+      });
+  EXPECT_TRUE(called.wait(kRounds * test::kRacers));
   EXPECT_EQ(wrong, 0);
 }
 
 TEST(FutureRace, ACancelCallbackIsCalledOnceHoweverItMeetsTheCancel) {
   std::vector<Promise<int>> promises(kRounds);
   test::Signal called;
-  race([](int) {},
-       [&](int thread, int round) {
-         const auto future = promises[static_cast<std::size_t>(round)].future();
-         if (thread % 2 == 0) future.cancel();
-         future.onCancel([&](bool) { called.tell(); });
-         if (thread % 2 == 1) future.cancel();
-       });
-  EXPECT_TRUE(called.wait(kRounds * kThreads));
+  test::race(
+      kRounds, [](int) {},
+      [&](int thread, int round) {
+        const auto future = promises[static_cast<std::size_t>(round)].future();
+        if (thread % 2 == 0) future.cancel();
+        future.onCancel([&](bool) { called.tell(); });
+        if (thread % 2 == 1) future.cancel();
+      });
+  EXPECT_TRUE(called.wait(kRounds * test::kRacers));
 }
 
 TEST(FutureRace, AFutureThatMeetsTheCancelOfItsSiblingsSettlesOnce) {
   std::optional<Promise<std::string>> promise;
-  std::vector<Future<std::string>> derived(kThreads);
+  std::vector<Future<std::string>> derived(test::kRacers);
   const auto longer = [](const std::string& value) { return value + "!"; };
   test::Signal settled;
-  race(
+  test::race(
+      kRounds,
       [&](int) {
         promise.emplace();
         for (auto& future : derived) future = promise->future().map(longer);
@@ -90,11 +73,12 @@ TEST(FutureRace, AFutureThatMeetsTheCancelOfItsSiblingsSettlesOnce) {
 
 TEST(FutureRace, ASourceGoesWhileWhatWasDerivedFromItIsCancelled) {
   const auto held = std::make_shared<int>(1);
-  std::vector<Promise<int>> promises(kThreads);
-  std::vector<Future<int>> derived(kThreads);
-  race(
+  std::vector<Promise<int>> promises(test::kRacers);
+  std::vector<Future<int>> derived(test::kRacers);
+  test::race(
+      kRounds,
       [&](int) {
-        for (std::size_t i = 0; i < kThreads; ++i) {
+        for (std::size_t i = 0; i < test::kRacers; ++i) {
           promises[i] = Promise<int>();
           derived[i] = promises[i].future().map([held](int value) { return value + *held; });
         }
@@ -102,7 +86,7 @@ TEST(FutureRace, ASourceGoesWhileWhatWasDerivedFromItIsCancelled) {
       [&](int thread, int) {
         const auto own = static_cast<std::size_t>(thread);
         std::exchange(promises[own], {});
-        std::exchange(derived[(own + 1) % kThreads], {}).cancel();
+        std::exchange(derived[(own + 1) % test::kRacers], {}).cancel();
       });
   EXPECT_EQ(held.use_count(), 1);
 }
