@@ -167,6 +167,11 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   long status = 0;
   curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
   if (status == 0) return URLError{URLError::badURL, "no HTTP response"};
+  // The library takes an end within the header, or behind an interim response, for the answer's.
+  const bool interim = status < 200 && status != 101;
+  if (!headIsComplete_ || interim) {
+    return URLError{URLError::networkConnectionLost, "the connection ended within the header"};
+  }
   return HTTPResult{
       {exchange_->exchangeRequest().url, static_cast<int>(status), std::move(headers_)},
       body_.take()};
