@@ -92,8 +92,11 @@ class Fence final : public URLInterceptor {
 
   bool intercept(const URLRequest& request,
                  const std::shared_ptr<InterceptedRequest>& intercepted) override {
-    fuzz::require(request.url.scheme() == "http", "a redirect leads to no other scheme");
-    if (request.url.host() == "127.0.0.1" && request.url.port() == port_) return false;
+    fuzz::require(request.url.scheme() == "http" || request.url.scheme() == "https",
+                  "a redirect leads to no other scheme");
+    if (request.url.scheme() == "http" && request.url.host() == "127.0.0.1" &&
+        request.url.port() == port_)
+      return false;
     intercepted->respond({.url = request.url, .statusCode = 204});
     return true;
   }

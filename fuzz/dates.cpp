@@ -41,13 +41,19 @@ class Oracle {
   icu::SimpleDateFormat format_;
 };
 
+/// A zone can lead out of the years that the patterns can hold.
+bool hasFourDigits(Date date) {
+  return date >= Date(-62'135'596'800'000) && date < Date(253'402'300'800'000);
+}
+
 void compare(const DateFormatter& formatter, const Oracle& oracle, std::string_view text) {
   const auto ours = formatter.date(text);
   const auto theirs = oracle.date(text);
   if (ours) {
     fuzz::require(ours == theirs, "a date that is read is the oracle's");
     fuzz::require(formatter.string(*ours) == oracle.string(*ours), "it is written as it is there");
-    fuzz::require(formatter.date(formatter.string(*ours)) == ours, "and reads back");
+    fuzz::require(!hasFourDigits(*ours) || formatter.date(formatter.string(*ours)) == ours,
+                  "and reads back");
   } else if (theirs) {
     // The oracle also takes what it would never write: single digits, long years, other zones.
     fuzz::require(oracle.string(*theirs) != text || text.size() > formatter.pattern().size() + 8,
