@@ -557,9 +557,11 @@ int simulate(std::uint64_t operations, std::optional<std::uint64_t> seed) {
   mainQueue = &*claim;
   setConsoleSink([](std::string_view) {});
   Tally tally;
-  const std::uint64_t rounds =
-      seed ? 1 : (operations + kOperationsOfARound - 1) / kOperationsOfARound;
-  for (std::uint64_t round = 0; round < rounds; ++round) Round(seed.value_or(round), tally).run();
+  if (seed) {
+    Round(*seed, tally).run();
+  } else {
+    for (std::uint64_t next = 0; tally.operations < operations; ++next) Round(next, tally).run();
+  }
   const auto print = [](const char* what, std::uint64_t count) {
     std::printf("%-28s %10llu\n", what, static_cast<unsigned long long>(count));
   };
