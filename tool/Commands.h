@@ -38,6 +38,7 @@ void addStreamCommands(Commands& commands);
 void addListCommands(Commands& commands);
 void addSearchCommands(Commands& commands);
 void addGuideCommand(Commands& commands);
+void addMonitorCommand(Commands& commands);
 void addLineupCommand(Commands& commands);
 void addImageCommand(Commands& commands);
 void addTourCommand(Commands& commands);

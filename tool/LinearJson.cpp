@@ -59,4 +59,14 @@ Json toJson(const LinearProgramGuide& guide) {
                        {"meta", toJson(guide.meta)}});
 }
 
+Json toJson(const GuideDay& day) {
+  return Json::object({{"title", day.title}, {"programs", toJson(day.programs)}});
+}
+
+Json toJson(const GuideUpdate& update) {
+  return Json::object({{"video", toJson(*update.video)},
+                       {"program", toJson(update.program)},
+                       {"days", toJson(update.days)}});
+}
+
 }  // namespace orvo::tool

@@ -2,6 +2,7 @@
 
 #include <OrvoAPI/Configuration/Configuration.h>
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 #include <OrvoAPI/Linear/Lineup.h>
 #include <OrvoAPI/Model/ContentItem.h>
 #include <OrvoAPI/Model/ItemCollection.h>
@@ -60,6 +61,8 @@ using demo::Json;
 [[nodiscard]] Json toJson(const Lineup& lineup);
 [[nodiscard]] Json toJson(const LinearProgram& program);
 [[nodiscard]] Json toJson(const LinearProgramGuide& guide);
+[[nodiscard]] Json toJson(const GuideDay& day);
+[[nodiscard]] Json toJson(const GuideUpdate& update);
 
 /// `#rrggbb`
 [[nodiscard]] std::string hexText(const Color& color);

@@ -34,8 +34,8 @@ Terminal describe(int descriptor) {
   Terminal terminal;
   terminal.isTerminal = isatty(descriptor) == 1;
   const std::string_view kind = environment("TERM");
-  terminal.colour =
-      terminal.isTerminal && !kind.empty() && kind != "dumb" && environment("NO_COLOR").empty();
+  terminal.redraws = terminal.isTerminal && !kind.empty() && kind != "dumb";
+  terminal.colour = terminal.redraws && environment("NO_COLOR").empty();
   const std::string_view depth = environment("COLORTERM");
   terminal.trueColour = terminal.colour && (depth == "truecolor" || depth == "24bit");
   terminal.columns = columnsOf(descriptor);

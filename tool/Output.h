@@ -9,6 +9,8 @@ namespace orvo::tool {
 /// What is known of the place where text appears.
 struct Terminal {
   bool isTerminal = false;
+  /// Whether what stands there can be drawn over.
+  bool redraws = false;
   /// Whether colours are wanted: on a terminal that has them, unless NO_COLOR is set.
   bool colour = false;
   /// Whether it shows 24-bit colours and not just 256.

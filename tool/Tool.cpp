@@ -15,7 +15,8 @@ std::string documentText(const Json& json, bool forPeople) {
 
 bool Tool::startDemo() {
   if (!options_.demo || demo_) return true;
-  demo_ = std::make_unique<demo::DemoService>();
+  demo_ = std::make_unique<demo::DemoService>(
+      demo::DemoServiceOptions{.programLength = demoProgramLength_});
   if (!demo_->start()) return false;
   options_.api = URL::parse(demo_->baseURL());
   options_.resources = URL::parse(demo_->resourceURL());

@@ -35,6 +35,8 @@ class Tool {
   explicit Tool(GlobalOptions options) : options_(std::move(options)) {}
 
   [[nodiscard]] const GlobalOptions& options() const { return options_; }
+  /// How long programmes of the demo service are; to be said before it is started.
+  void setDemoProgramLength(std::chrono::seconds length) { demoProgramLength_ = length; }
 
   /// Opens a session and loads the configuration at the first call.
   [[nodiscard]] Result<std::shared_ptr<Context>> context();
@@ -76,6 +78,7 @@ class Tool {
   [[nodiscard]] bool startDemo();
 
   GlobalOptions options_;
+  std::chrono::seconds demoProgramLength_{0};  // as on television
   std::unique_ptr<demo::DemoService> demo_;
   std::shared_ptr<Context> context_;
 };

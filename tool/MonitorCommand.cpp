@@ -1,0 +1,174 @@
+#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
+#include <OrvoAPI/Platform/MainQueue.h>
+#include <poll.h>
+#include <sys/eventfd.h>
+#include <tool/Commands.h>
+#include <tool/OnAirView.h>
+#include <tool/Patience.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <csignal>
+
+namespace orvo::tool {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+struct Written {
+  std::int64_t updates = 0;
+  int days = 3;
+  int programSeconds = 5;
+};
+
+/// While it lives, Ctrl-C and a request to end do not end the process but make a descriptor
+/// readable. There is one at most.
+class Interruption {
+ public:
+  Interruption() {
+    descriptor_ = eventfd(0, EFD_CLOEXEC);
+    struct sigaction action {};
+    action.sa_handler = [](int) {
+      const int error = errno;
+      eventfd_write(descriptor_, 1);
+      errno = error;
+    };
+    action.sa_flags = SA_RESTART;
+    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &action, &before_[i]);
+  }
+  ~Interruption() {
+    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
+    close(descriptor_);
+  }
+  Interruption(const Interruption&) = delete;
+  Interruption& operator=(const Interruption&) = delete;
+
+  [[nodiscard]] int descriptor() const { return descriptor_; }
+
+ private:
+  static constexpr std::array kSignals{SIGINT, SIGTERM};
+  static inline int descriptor_ = -1;
+
+  std::array<struct sigaction, kSignals.size()> before_{};
+};
+
+/// One run of the command. It has claimed the main queue, so that all happens on one thread: the
+/// library's callbacks, the drawing, and the watch on those that may end it.
+class Watching : public std::enable_shared_from_this<Watching> {
+ public:
+  Watching(Tool& tool, const Written& written, std::shared_ptr<Context> context)
+      : tool_(tool),
+        written_(written),
+        monitor_(LinearProgramGuideMonitor::make(context)),
+        view_(context->linearStream().label) {}
+
+  /// Returns the exit status. Being interrupted is the usual end of a run without a number of
+  /// updates, and no failure.
+  int run(MainQueue::Claim& claim) {
+    const Interruption interruption;
+    monitor_->onUpdate([weak = weak_from_this()](const GuideUpdate& update) {
+      if (const auto self = weak.lock()) self->take(update);
+    });
+    load();
+    while (!exitStatus_) {
+      std::array<pollfd, 3> events{{{claim.eventDescriptor(), POLLIN, 0},
+                                    {interruption.descriptor(), POLLIN, 0},
+                                    {STDOUT_FILENO, 0, 0}}};  // tells when nobody reads any more
+      const bool timeHasPassed = poll(events.data(), events.size(), timeout()) == 0;
+      if (events[1].revents != 0 || events[2].revents != 0) return 0;
+      claim.drain();
+      if (patience_.due() && clock_->elapsed() >= *patience_.due()) loadAgain();
+      if (timeHasPassed && draws()) view_.draw();
+    }
+    return *exitStatus_;
+  }
+
+ private:
+  /// The picture shows whole seconds.
+  [[nodiscard]] bool draws() const { return !tool_.options().json && view_.moves(); }
+  [[nodiscard]] int timeout() const {
+    milliseconds wait = std::chrono::hours(1);
+    if (patience_.due()) wait = std::min(wait, *patience_.due() - clock_->elapsed());
+    if (draws())
+      wait = std::min(wait, milliseconds(1000 - clock_->now().millisecondsSince1970() % 1000));
+    return static_cast<int>(std::max(wait.count(), std::int64_t{0}));
+  }
+
+  void load() {
+    patience_.loading();
+    monitor_->load(clock_->now(), written_.days)
+        .onComplete(MainQueue::shared(), [weak = weak_from_this()](const Result<bool>& result) {
+          if (const auto self = weak.lock()) self->loaded(result);
+        });
+  }
+  void loadAgain() {
+    if (!tool_.options().json) {
+      view_.leave();
+      printDiagnostic("orvo: no update has come; loading the guide again\n");
+    }
+    load();
+  }
+  void loaded(const Result<bool>& result) {
+    patience_.loaded(clock_->elapsed());
+    if (!result.failed()) return;
+    view_.leave();
+    const int status = tool_.fail(*result.error());
+    // What fails at once is for the caller to put right.
+    if (updates_ == 0) exitStatus_ = status;
+  }
+  void take(const GuideUpdate& update) {
+    if (exitStatus_) return;
+    patience_.updated(clock_->elapsed(), update.program.endTime - clock_->now());
+    if (tool_.options().json) {
+      print(toJson(update).text() + "\n");
+    } else {
+      view_.show(update);
+    }
+    if (++updates_ == written_.updates) exitStatus_ = 0;
+  }
+
+  Tool& tool_;
+  const Written written_;
+  const std::shared_ptr<LinearProgramGuideMonitor> monitor_;
+  const std::shared_ptr<const Clock> clock_ = Clock::system();
+  OnAirView view_;
+  Patience patience_;
+  std::int64_t updates_ = 0;
+  std::optional<int> exitStatus_;
+};
+
+int runMonitor(Tool& tool, const Written& written) {
+  tool.setDemoProgramLength(std::chrono::seconds(written.programSeconds));
+  const auto context = tool.context();
+  if (const AnyError* error = context.error()) return tool.fail(*error);
+  auto claim = MainQueue::shared()->claim();
+  return std::make_shared<Watching>(tool, written, *context.value())->run(*claim);
+}
+
+}  // namespace
+
+void addMonitorCommand(Commands& commands) {
+  const auto written = std::make_shared<Written>();
+  CLI::App* command = commands.add("monitor", "What is on the linear channel now, kept up to date",
+                                   [written](Tool& tool) { return runMonitor(tool, *written); });
+  command
+      ->add_option("--updates", written->updates, "End after so many updates; 0: when interrupted")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("N")
+      ->capture_default_str();
+  command->add_option("--days", written->days, "How many days of the guide to begin with")
+      ->check(CLI::Range(1, 366))
+      ->type_name("D")
+      ->capture_default_str();
+  command
+      ->add_option("--program-seconds", written->programSeconds,
+                   "With --demo: the length of the programmes; 0: as on television")
+      ->check(CLI::Range(0, 86'400))
+      ->needs(command->get_parent()->get_option("--demo"))
+      ->capture_default_str();
+}
+
+}  // namespace orvo::tool
