@@ -24,6 +24,7 @@ void addCommands(Commands& commands) {
   addListCommands(commands);
   addSearchCommands(commands);
   addGuideCommand(commands);
+  addMonitorCommand(commands);
   addLineupCommand(commands);
   addStreamCommands(commands);
   addImageCommand(commands);
