@@ -20,6 +20,8 @@ namespace orvo {
 
 namespace detail {
 template <class>
+class FutureAwaiter;
+template <class>
 struct IsFuture : std::false_type {};
 template <class T>
 struct IsFuture<Future<T>> : std::true_type {
@@ -36,7 +38,8 @@ struct IsFuture<Future<T>> : std::true_type {
 /// reaches whoever runs its queue.
 ///
 /// Callbacks are kept until they are posted or the future goes: one that holds its own future, or
-/// one made from it, keeps it alive until somebody completes it.
+/// one made from it, keeps it alive until somebody completes it, a cancel callback until somebody
+/// cancels it.
 ///
 /// A future can be completed again: the newer result replaces the older for those who ask later, no
 /// callback runs twice, and every result lives as long as the future.
@@ -224,6 +227,8 @@ class Future {
   friend class detail::FlatMapState;
   template <class>
   friend class detail::ConcatState;
+  template <class>
+  friend class detail::FutureAwaiter;
 
   explicit Future(Core core) : core_(std::move(core)) {}
 
