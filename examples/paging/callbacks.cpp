@@ -1,0 +1,30 @@
+// All pages of a collection, one callback each.
+// Usage: callbacks API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
+#include <OrvoAPI/OrvoAPI.h>
+
+#include <chrono>
+#include <cstdio>
+
+namespace {
+
+void show(const orvo::ItemCollection& page) {
+  std::printf("%lld to %lld of %lld\n", static_cast<long long>(page.meta.offset + 1),
+              static_cast<long long>(page.meta.offset) + static_cast<long long>(page.items.size()),
+              static_cast<long long>(page.meta.total));
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  if (count != 3) return 2;
+  const auto all =
+      orvo::ContextService::context(*orvo::URL::parse(arguments[1]),
+                                    *orvo::URL::parse(arguments[2]), orvo::Client::appleTV)
+          .flatMap([](const auto& context) {
+            const orvo::Pages pages(context, context->collectionCapability("everything"));
+            return pages.forEach(orvo::MainQueue::shared(), [](const auto& page) { show(*page); });
+          })
+          .wait(std::chrono::minutes(1));
+  if (all.failed()) std::fprintf(stderr, "%s\n", all.error()->description().c_str());
+  return all.failed() ? 1 : 0;
+}

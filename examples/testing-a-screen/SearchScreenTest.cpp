@@ -1,0 +1,120 @@
+#include "SearchScreen.h"
+
+#include <OrvoAPI/Testing/ManualQueue.h>
+#include <OrvoAPI/Testing/StubInterceptor.h>
+#include <OrvoAPI/Testing/StubNetworkDataProvider.h>
+#include <OrvoAPI/Testing/StubSessionProvider.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+using namespace std::chrono_literals;
+using Rows = std::vector<std::string>;
+
+const orvo::URL kApi = *orvo::URL::parse("https://api.example/v3/");
+const orvo::URL kResources = *orvo::URL::parse("https://img.example/");
+
+/// A configuration for contexts that are made by hand.
+orvo::Configuration configuration() {
+  std::ifstream file(ANSWERS "/configuration.json");
+  const std::string body{std::istreambuf_iterator<char>(file), {}};
+  const auto document = orvo::JSONDataParser::object(orvo::Data(body)).force();
+  return orvo::ConfigurationParser::parse(document, orvo::Environment::staging).force();
+}
+
+/// The screen with a network, a session, time and a user that the test plays.
+class SearchScreenTest : public testing::Test {
+ protected:
+  /// Runs what waits on the screen's queue, and what comes to it next from the library.
+  void runNext() {
+    queue->run();
+    ASSERT_TRUE(queue->waitForJob());
+    queue->run();
+  }
+  void answer(std::size_t request, std::string_view body) {
+    network->answer(request, 200, body);
+    runNext();
+  }
+
+  const std::shared_ptr<orvo::ManualQueue> queue = std::make_shared<orvo::ManualQueue>();
+  const std::shared_ptr<orvo::StubNetworkDataProvider> network =
+      std::make_shared<orvo::StubNetworkDataProvider>(queue);
+  const std::shared_ptr<orvo::StubSessionProvider> session =
+      std::make_shared<orvo::StubSessionProvider>("token", queue);
+  const std::shared_ptr<SearchScreen> screen = std::make_shared<SearchScreen>(
+      orvo::Context::make(configuration(), kApi, kResources, session, network), queue);
+};
+
+// Time is cranked: the test takes no 300 milliseconds.
+TEST_F(SearchScreenTest, AsksOnceTheTypingRests) {
+  screen->type("t");
+  queue->advance(299ms);
+  screen->type("th");
+  queue->advance(299ms);
+  EXPECT_EQ(network->fetches.count(), 0U);
+  queue->advance(1ms);
+  ASSERT_EQ(network->fetches.count(), 1U);
+  EXPECT_EQ(network->request(0).url.text(), "https://api.example/v3/search/suggest?q=th");
+}
+
+// The answers come in the wrong order; the older one must not replace the newer.
+TEST_F(SearchScreenTest, ShowsTheAnswerToTheTextOfNow) {
+  screen->type("th");
+  queue->advance(SearchScreen::kRest);
+  screen->type("the");
+  queue->advance(SearchScreen::kRest);
+  answer(1, R"(["The Long Thaw"])");
+  EXPECT_EQ(screen->rows(), Rows{"The Long Thaw"});
+  answer(0, R"(["Thirteen", "The Long Thaw"])");
+  EXPECT_EQ(screen->rows(), Rows{"The Long Thaw"});
+}
+
+TEST_F(SearchScreenTest, SaysThatTheServiceIsAwayUntilItIsBack) {
+  screen->type("th");
+  queue->advance(SearchScreen::kRest);
+  network->fetches.fail(0, orvo::URLError{orvo::URLError::notConnectedToInternet, "offline"});
+  runNext();
+  EXPECT_EQ(screen->message(), "The service cannot be reached.");
+  screen->type("the");
+  queue->advance(SearchScreen::kRest);
+  answer(1, "[]");
+  EXPECT_EQ(screen->message(), "Nothing found.");
+}
+
+TEST_F(SearchScreenTest, IsGoneWhenItsUserIs) {
+  auto other = std::make_shared<SearchScreen>(
+      orvo::Context::make(configuration(), kApi, kResources, session, network), queue);
+  other->type("th");
+  queue->advance(SearchScreen::kRest);
+  const std::weak_ptr<SearchScreen> weak = other;
+  other.reset();
+  EXPECT_TRUE(weak.expired());
+  answer(0, R"(["The Long Thaw"])");  // comes to nobody
+}
+
+// All of the library, bootstrap and token included, but for the network.
+TEST(SearchScreenWithAnswersFromFiles, ShowsWhatTheServiceSuggests) {
+  const auto stub = std::make_shared<orvo::StubInterceptor>();
+  stub->answerFromFile("/v3/session", ANSWERS "/session.json");
+  stub->answerFromFile("/v3/configuration/tvos/v1", ANSWERS "/configuration.json");
+  stub->answerFromFile("/v3/search/suggest?q=th", ANSWERS "/suggestions.json");
+  stub->answerOthers("no such thing");
+  const auto context = orvo::ContextService::context(kApi, kResources, orvo::Client::appleTV,
+                                                     {.session = {.protocolClasses = {stub}}})
+                           .wait(10s)
+                           .force();
+
+  const auto queue = std::make_shared<orvo::ManualQueue>();
+  const auto screen = std::make_shared<SearchScreen>(context, queue);
+  screen->type("th");
+  queue->advance(SearchScreen::kRest);
+  ASSERT_TRUE(queue->waitForJob());
+  queue->run();
+  EXPECT_EQ(screen->rows(), (Rows{"The Long Thaw", "The Light at Hartsease"}));
+  EXPECT_EQ(stub->requests().back().headers.value("Authorization"), "token from a file");
+}
+
+}  // namespace
