@@ -28,24 +28,26 @@ orvo::Configuration configuration() {
 /// The screen with a network, a session, time and a user that the test plays.
 class SearchScreenTest : public testing::Test {
  protected:
-  /// Runs what waits on the screen's queue, and what comes to it next from the library.
-  void runNext() {
-    queue->run();
-    ASSERT_TRUE(queue->waitForJob());
-    queue->run();
+  /// Types, waits as long as it takes for the screen to ask, and sees it ask.
+  void search(std::string text) {
+    screen->type(std::move(text));
+    queue->advance(SearchScreen::kRest);
+    ASSERT_TRUE(network->fetches.waitForCount(++searches));
   }
-  void answer(std::size_t request, std::string_view body) {
-    network->answer(request, 200, body);
-    runNext();
+  /// Has what was answered come to the screen.
+  void arrive() {
+    ASSERT_TRUE(queue->waitForJob());
+    EXPECT_EQ(queue->run(), 1U);
   }
 
   const std::shared_ptr<orvo::ManualQueue> queue = std::make_shared<orvo::ManualQueue>();
   const std::shared_ptr<orvo::StubNetworkDataProvider> network =
-      std::make_shared<orvo::StubNetworkDataProvider>(queue);
+      std::make_shared<orvo::StubNetworkDataProvider>();
   const std::shared_ptr<orvo::StubSessionProvider> session =
-      std::make_shared<orvo::StubSessionProvider>("token", queue);
-  const std::shared_ptr<SearchScreen> screen = std::make_shared<SearchScreen>(
+      std::make_shared<orvo::StubSessionProvider>("token");
+  std::shared_ptr<SearchScreen> screen = std::make_shared<SearchScreen>(
       orvo::Context::make(configuration(), kApi, kResources, session, network), queue);
+  std::size_t searches = 0;
 };
 
 // Time is cranked: the test takes no 300 milliseconds.
@@ -53,46 +55,42 @@ TEST_F(SearchScreenTest, AsksOnceTheTypingRests) {
   screen->type("t");
   queue->advance(299ms);
   screen->type("th");
-  queue->advance(299ms);
+  EXPECT_EQ(queue->advance(299ms), 1U);  // the rest after "t", which was none
   EXPECT_EQ(network->fetches.count(), 0U);
   queue->advance(1ms);
-  ASSERT_EQ(network->fetches.count(), 1U);
+  ASSERT_TRUE(network->fetches.waitForCount(1));
   EXPECT_EQ(network->request(0).url.text(), "https://api.example/v3/search/suggest?q=th");
 }
 
 // The answers come in the wrong order; the older one must not replace the newer.
 TEST_F(SearchScreenTest, ShowsTheAnswerToTheTextOfNow) {
-  screen->type("th");
-  queue->advance(SearchScreen::kRest);
-  screen->type("the");
-  queue->advance(SearchScreen::kRest);
-  answer(1, R"(["The Long Thaw"])");
+  search("th");
+  search("the");
+  network->answer(1, 200, R"(["The Long Thaw"])");
+  arrive();
   EXPECT_EQ(screen->rows(), Rows{"The Long Thaw"});
-  answer(0, R"(["Thirteen", "The Long Thaw"])");
+  network->answer(0, 200, R"(["Thirteen", "The Long Thaw"])");
+  arrive();
   EXPECT_EQ(screen->rows(), Rows{"The Long Thaw"});
 }
 
 TEST_F(SearchScreenTest, SaysThatTheServiceIsAwayUntilItIsBack) {
-  screen->type("th");
-  queue->advance(SearchScreen::kRest);
+  search("th");
   network->fetches.fail(0, orvo::URLError{orvo::URLError::notConnectedToInternet, "offline"});
-  runNext();
+  arrive();
   EXPECT_EQ(screen->message(), "The service cannot be reached.");
-  screen->type("the");
-  queue->advance(SearchScreen::kRest);
-  answer(1, "[]");
+  search("the");
+  network->answer(1, 200, "[]");
+  arrive();
   EXPECT_EQ(screen->message(), "Nothing found.");
 }
 
-TEST_F(SearchScreenTest, IsGoneWhenItsUserIs) {
-  auto other = std::make_shared<SearchScreen>(
-      orvo::Context::make(configuration(), kApi, kResources, session, network), queue);
-  other->type("th");
-  queue->advance(SearchScreen::kRest);
-  const std::weak_ptr<SearchScreen> weak = other;
-  other.reset();
-  EXPECT_TRUE(weak.expired());
-  answer(0, R"(["The Long Thaw"])");  // comes to nobody
+TEST_F(SearchScreenTest, GoesWhenItIsLeftAlthoughAnAnswerIsUnderWay) {
+  search("th");
+  const std::weak_ptr<SearchScreen> left = std::exchange(screen, nullptr);
+  EXPECT_TRUE(left.expired());
+  network->answer(0, 200, R"(["The Long Thaw"])");
+  arrive();  // at nobody's
 }
 
 // All of the library, bootstrap and token included, but for the network.
