@@ -4,6 +4,7 @@
 #include <OrvoAPI/Futures/FutureWait.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Platform/DispatchQueue.h>
+#include <OrvoAPI/Platform/InlineQueue.h>
 #include <OrvoAPI/Platform/MainQueue.h>
 #include <OrvoAPI/Platform/URLError.h>
 
@@ -268,7 +269,7 @@ Result<T> Future<T>::wait(std::chrono::milliseconds limit) const {
   if (DispatchQueue::isBlockingRefused()) return Failure{GeneralError::unableToPerformAction{}};
   if (const auto* const present = result()) return *present;
   const auto waiter = std::make_shared<detail::Waiter>();
-  const auto queue = detail::Waiter::immediateQueue();
+  const auto queue = detail::inlineQueue();
   onComplete(queue, [waiter](const Result<T>&) { waiter->wake(Outcome::completed); });
   onCancel(queue, [waiter](bool) { waiter->wake(Outcome::cancelled); });
   const auto outcome = waiter->wait(limit);

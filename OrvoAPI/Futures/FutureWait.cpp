@@ -11,11 +11,6 @@ namespace {
 /// Longer limits wait this long: no sum overflows.
 constexpr std::chrono::hours kLongestWait{24 * 365 * 100};
 
-class ImmediateQueue final : public DispatchQueue {
- public:
-  void post(Job job) override { job(); }
-};
-
 }  // namespace
 
 struct Waiter::State {
@@ -38,11 +33,6 @@ Waiter::Outcome Waiter::wait(std::chrono::milliseconds limit) {
   state_->woken.wait_for(guard, std::min<std::chrono::milliseconds>(limit, kLongestWait),
                          [this] { return state_->outcome.has_value(); });
   return state_->outcome.value_or(Outcome::timedOut);
-}
-
-std::shared_ptr<DispatchQueue> Waiter::immediateQueue() {
-  static auto* const queue = new ImmediateQueue;
-  return {std::shared_ptr<void>(), queue};
 }
 
 }  // namespace orvo::detail

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <OrvoAPI/Platform/DispatchQueue.h>
-
 #include <chrono>
 #include <memory>
 
@@ -16,9 +14,6 @@ class Waiter {
   ~Waiter();
   void wake(Outcome outcome);
   [[nodiscard]] Outcome wait(std::chrono::milliseconds limit);
-
-  /// A queue that runs jobs at once; only for jobs that do nothing but wake a waiter.
-  [[nodiscard]] static std::shared_ptr<DispatchQueue> immediateQueue();
 
  private:
   struct State;

@@ -3,14 +3,6 @@
 #include <OrvoAPI/Storage/Store.h>
 
 namespace orvo::detail {
-namespace {
-
-class CompletingThread final : public DispatchQueue {
- public:
-  void post(Job job) override { job(); }
-};
-
-}  // namespace
 
 bool StoreCore::Box::isFresh(std::chrono::milliseconds now) const {
   // The time to live comes from a server: as a number of seconds it may be anything, also none.
@@ -46,13 +38,6 @@ std::string StoreCore::queueLabel(const std::type_info& type) {
   std::string name = readableTypeName(type);
   if (const auto scope = name.rfind("::"); scope != std::string::npos) name.erase(0, scope + 2);
   return std::string(ServiceDomainPrefix) + ".store." + name;
-}
-
-const std::shared_ptr<DispatchQueue>& StoreCore::completingThread() {
-  // Never destroyed: futures may still complete while the process exits.
-  static const auto& queue =
-      *new std::shared_ptr<DispatchQueue>(std::make_shared<CompletingThread>());
-  return queue;
 }
 
 }  // namespace orvo::detail

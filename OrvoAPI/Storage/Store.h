@@ -3,6 +3,7 @@
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Platform/BoundedCache.h>
 #include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Platform/InlineQueue.h>
 #include <OrvoAPI/Platform/Lock.h>
 #include <OrvoAPI/Platform/Shared.h>
 #include <OrvoAPI/Storage/Cacheable.h>
@@ -34,9 +35,6 @@ class StoreCore {
   void removeAll();
 
   [[nodiscard]] static std::string queueLabel(const std::type_info& type);
-  /// Runs each job within `post`, on the thread that completes a future: what is done there is done
-  /// before any callback that was registered later is posted.
-  [[nodiscard]] static const std::shared_ptr<DispatchQueue>& completingThread();
 
  private:
   struct Box {
@@ -88,7 +86,7 @@ class Store {
   /// Stores the future's value while it completes, unless the store is gone by then, and returns
   /// the future.
   Future<Shared<T>> keep(Future<Shared<T>> future, std::string_view key) {
-    future.onSuccess(detail::StoreCore::completingThread(),
+    future.onSuccess(detail::inlineQueue(),
                      [core = std::weak_ptr(core_), key = std::string(key)](const Shared<T>& value) {
                        if (const auto alive = core.lock()) store(*alive, value, key);
                      });
