@@ -65,8 +65,9 @@ TEST(DefaultSessionProvider, AFailedFetchKeepsTheOldToken) {
   p.fetches->fail(0, URLError{URLError::timedOut, ""});
   p.fetches->fail(1, URLError{URLError::timedOut, ""});
   p.queue->run();
-  EXPECT_EQ(errorOf(token).as<URLError>()->code, URLError::timedOut);
-  EXPECT_EQ(errorOf(update).as<URLError>()->code, URLError::timedOut);
+  for (const auto& error : {errorOf(token), errorOf(update)}) {
+    EXPECT_EQ(error.as<URLError>()->code, URLError::timedOut);
+  }
   EXPECT_EQ(p.provider->currentToken(), "old");
   (void)p.provider->retrieveSessionToken();
   ASSERT_EQ(p.fetches->count(), 3U);
@@ -74,13 +75,18 @@ TEST(DefaultSessionProvider, AFailedFetchKeepsTheOldToken) {
   p.queue->run();
 }
 
-TEST(DefaultSessionProvider, AFetchDoesNotKeepItAlive) {
+TEST(DefaultSessionProvider, ARetrievalKeepsItAliveAndAnUpdateDoesNot) {
   Provider p;
+  p.clock->advance(12h);
+  const std::weak_ptr<DefaultSessionProvider> watched = p.provider;
+  const auto token = p.provider->retrieveSessionToken();
   const auto update = p.provider->updateSession();
-  const std::weak_ptr<DefaultSessionProvider> gone = p.provider;
   p.provider.reset();
-  EXPECT_TRUE(gone.expired());
   p.fetches->succeed(0, {.token = "new"});
+  p.queue->run();
+  EXPECT_EQ(token.wait(kPatience).force(), "new");
+  EXPECT_TRUE(watched.expired());
+  p.fetches->succeed(1, {.token = "newer"});
   p.queue->run();
   EXPECT_FALSE(update.didComplete());
 }
@@ -88,9 +94,7 @@ TEST(DefaultSessionProvider, AFetchDoesNotKeepItAlive) {
 TEST(SessionParser, WantsATextAndReportsTheWholeDocument) {
   EXPECT_EQ(SessionParser::parse(object(R"({"token": "", "x": 1})")).force().token, "");
   const auto failed = SessionParser::parse(object(R"({"token": 5})"));
-  const auto* const details =
-      failed.error()->as<JSONParseError>()->as<JSONParseError::unableToParse>();
-  ASSERT_NE(details, nullptr);
+  const auto* const details = caseOf<JSONParseError::unableToParse>(*failed.error());
   EXPECT_EQ(std::get<JSONValue>(details->value).text(), R"({"token":5})");
 }
 
