@@ -42,6 +42,10 @@ const std::shared_ptr<SessionProvider>& Context::sessionProvider() const {
   return pipeline_->sessionProvider();
 }
 
+const std::shared_ptr<NetworkDataProvider>& Context::networkDataProvider() const {
+  return pipeline_->networkDataProvider();
+}
+
 std::vector<SystemView> Context::systemViews() const {
   std::vector<SystemView> views;
   for (const auto name : kSystemViewOrder) {

@@ -93,6 +93,7 @@ class Context final : public std::enable_shared_from_this<Context> {
 
   // What the context holds.
   [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const;
+  [[nodiscard]] const std::shared_ptr<NetworkDataProvider>& networkDataProvider() const;
   [[nodiscard]] const URLService& urlService() const { return urlService_; }
   /// What the builders of image URLs take.
   [[nodiscard]] const ResourceHost& resourceHost() const { return resourceHost_; }

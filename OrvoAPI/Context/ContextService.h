@@ -32,8 +32,8 @@ struct ContextService {
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       Environment environment, Client client, const BootstrapOptions& options = {});
 
-  /// The same for a deployment with base URLs of its own, which may be http. Both end with "/"; a
-  /// relative one stops the process.
+  /// The same for a deployment with base URLs of its own, which may be http. Both end with "/". A
+  /// relative one of the API fails with `URLService::Error::invalidInput`, and nothing is sent.
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       const URL& baseURL, const URL& resourceURL, Client client,
       const BootstrapOptions& options = {});

@@ -30,6 +30,9 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
   [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const {
     return sessionProvider_;
   }
+  [[nodiscard]] const std::shared_ptr<NetworkDataProvider>& networkDataProvider() const {
+    return networkDataProvider_;
+  }
 
  private:
   Future<Data> fetch(const URLRequest& request, bool retry, const Promise<Data>& promise,

@@ -10,30 +10,55 @@
 namespace orvo {
 namespace {
 
-std::string requested(StubbedContext& stubbed) {
-  const auto count = stubbed.requests();
-  const auto text = stubbed.network->request(count - 1).url.text();
-  return text.substr(std::string("https://api.example/v3/").size());
+TEST(ContextCapability, SendsTheRequestOfItsFetchWhenItIsCalled) {
+  StubbedContext stubbed;
+  const auto& context = *stubbed.context;
+  std::size_t sent = 0;
+  const auto requestOf = [&](const auto& capability) {
+    EXPECT_EQ(stubbed.requests(), sent++);
+    (void)capability();
+    return stubbed.requested();
+  };
+  EXPECT_EQ(requestOf(context.pageFetchCapability("a")), "products/a");
+  EXPECT_EQ(requestOf(context.videoFetchCapability("a")), "products/a");
+  EXPECT_EQ(requestOf(context.contentItemCapability("a")), "products/a");
+  EXPECT_EQ(requestOf(context.collectionCapability("a")), "collections/a");
+  EXPECT_EQ(requestOf(context.collectionFetchCapabilities({"a", "b"})[1]), "collections/b");
+  EXPECT_EQ(requestOf(context.playlistCapability("a")), "playlists/a");
+  EXPECT_EQ(requestOf(context.searchCapability("a")), "search?q=a");
+  EXPECT_EQ(requestOf(context.searchCapability("a", SearchCollection::ResultsKind::shows)),
+            "search?q=a&collection_type=shows");
+  EXPECT_EQ(requestOf(context.searchSuggestionsCapability("a")), "search/suggest?q=a");
+  EXPECT_EQ(requestOf(context.lineupCapability({.url = url("https://api.example/v3/l")})), "l");
+  EXPECT_EQ(requestOf(context.linearProgramGuideCapability(Date(0), Date(0))),
+            "epg?start_time=1970-01-01T00:00:00.000Z&end_time=1970-01-01T00:00:00.000Z");
+  EXPECT_EQ(requestOf(context.videoAdMetadataCapability("a")), "live/a/token/playlist.json?q=1");
 }
 
 TEST(ContextCapability, ANextPageIsThereUntilTheListEnds) {
   StubbedContext stubbed;
+  const auto& context = *stubbed.context;
   ItemCollection collection{.id = "c", .label = "", .shortLabel = ""};
   collection.meta = {.total = 30, .limit = 10, .offset = 10};
-  (void)(*stubbed.context->nextFetchCapability(collection))();
-  EXPECT_EQ(requested(stubbed), "collections/c?offset=20&limit=10");
+  (void)(*context.nextFetchCapability(collection))();
+  EXPECT_EQ(stubbed.requested(), "collections/c?offset=20&limit=10");
   collection.meta.offset = 20;
-  EXPECT_FALSE(stubbed.context->nextFetchCapability(collection));
+  EXPECT_FALSE(context.nextFetchCapability(collection));
+
+  Playlist playlist{.id = "p", .label = ""};
+  playlist.meta = {.total = 3, .limit = 2, .offset = 0};
+  (void)(*context.nextFetchCapability(playlist))();
+  EXPECT_EQ(stubbed.requested(), "playlists/p?offset=2&limit=2");
 
   const SearchCollection search{.query = "q",
                                 .resultsKind = SearchCollection::ResultsKind::top,
                                 .meta = {.total = 2, .limit = 1, .offset = 0}};
-  (void)(*stubbed.context->nextFetchCapability(search))();
-  EXPECT_EQ(requested(stubbed), "search?q=q&collection_type=top_results&offset=1&limit=1");
+  (void)(*context.nextFetchCapability(search))();
+  EXPECT_EQ(stubbed.requested(), "search?q=q&collection_type=top_results&offset=1&limit=1");
 
   const LinearProgramGuide guide({}, {.total = 11, .limit = 10, .offset = 0}, Date(0), Date(1000));
-  (void)(*stubbed.context->nextCapability(guide))();
-  EXPECT_EQ(requested(stubbed),
+  (void)(*context.nextCapability(guide))();
+  EXPECT_EQ(stubbed.requested(),
             "epg?start_time=1970-01-01T00:00:00.000Z&end_time=1970-01-01T00:00:01.000Z"
             "&offset=10&limit=10");
 }
@@ -47,24 +72,25 @@ TEST(ContextCapabilityDeathTest, AnOffsetBeyond64BitsStopsTheProcess) {
 
 TEST(ContextCapability, AVideoLeadsToItsPlaylist) {
   StubbedContext stubbed;
+  const auto& context = *stubbed.context;
   Video video{.id = "v", .title = "T", .shortDescription = "S"};
-  const auto alone = stubbed.context->playlistCapability(video)().wait(kPatience).force();
+  const auto alone = context.playlistCapability(video)().wait(kPatience).force();
   EXPECT_EQ(stubbed.requests(), 0U);
   EXPECT_EQ(alone->id + alone->label + alone->shortLabel, "TT");
   EXPECT_EQ(alone->meta, (PagingMeta{.total = 1, .limit = 1, .offset = 0}));
   EXPECT_EQ(alone->items, std::vector{video});
 
   video.deepLinkPlaylistID = "deep";
-  (void)stubbed.context->playlistCapability(video)();
-  EXPECT_EQ(requested(stubbed), "playlists/deep?includes=v");
+  (void)context.playlistCapability(video)();
+  EXPECT_EQ(stubbed.requested(), "playlists/deep?includes=v");
   video.playlistID = "own";
-  (void)stubbed.context->playlistCapability(video)();
-  EXPECT_EQ(requested(stubbed), "playlists/own?includes=v");
+  (void)context.playlistCapability(video)();
+  EXPECT_EQ(stubbed.requested(), "playlists/own?includes=v");
 
-  EXPECT_FALSE(stubbed.context->nextPlaylistCapability(video));
+  EXPECT_FALSE(context.nextPlaylistCapability(video));
   video.nextPlaylistID = "next";
-  (void)(*stubbed.context->nextPlaylistCapability(video))();
-  EXPECT_EQ(requested(stubbed), "playlists/next");
+  (void)(*context.nextPlaylistCapability(video))();
+  EXPECT_EQ(stubbed.requested(), "playlists/next");
 }
 
 TEST(ContextCapability, AVideosIdentifierLeadsToThePlaylistOfTheFetchedVideo) {
@@ -73,30 +99,27 @@ TEST(ContextCapability, AVideosIdentifierLeadsToThePlaylistOfTheFetchedVideo) {
   ASSERT_TRUE(stubbed.network->fetches.waitForCount(1));
   stubbed.answer(200, kVideoBody);
   ASSERT_TRUE(stubbed.network->fetches.waitForCount(2));
-  EXPECT_EQ(requested(stubbed), "playlists/list?includes=v");
+  EXPECT_EQ(stubbed.requested(), "playlists/list?includes=v");
   stubbed.answer(200, R"({"id": "list", "label": "L", "short_label": "L",
                           "meta": {"total": 0, "limit": 0, "offset": 0}, "items": []})");
   EXPECT_EQ(playlist.wait(kPatience).force()->items.front().playlistID, "list");
 }
 
-TEST(ContextCapability, SystemViewsComeInTheirFixedOrderWithTheirFetch) {
+TEST(ContextCapability, TheConfigurationsListsComeWithTheirFetch) {
   StubbedContext stubbed;
   const auto views = stubbed.context->systemViews();
   ASSERT_EQ(views.size(), 2U);
-  EXPECT_EQ(views[0].name, "discover");
-  EXPECT_EQ(views[1].label, "Channels");
+  EXPECT_EQ(views[0].name + views[0].label + views[0].id, "discoverDiscoverd");
+  EXPECT_EQ(views[1].name, "channels");
   const auto page = views[1].fetch();
-  EXPECT_EQ(requested(stubbed), "products/c");
+  EXPECT_EQ(stubbed.requested(), "products/c");
   stubbed.answer(200, kPageBody);
   EXPECT_EQ(page.wait(kPatience).force()->title, "Channels");
-}
 
-TEST(ContextCapability, UpcomingEventsKeepTheirIdentifierUnchanged) {
-  StubbedContext stubbed;
   const auto events = stubbed.context->upcomingEventsCapability();
   EXPECT_EQ(events.label, "Soon");
   (void)events.fetch();
-  EXPECT_EQ(requested(stubbed), "playlists/playlists::soon");
+  EXPECT_EQ(stubbed.requested(), "playlists/playlists::soon") << "the identifier unchanged";
 }
 
 TEST(Context, BuildsStreamAddressesWithTheCurrentToken) {
@@ -107,12 +130,6 @@ TEST(Context, BuildsStreamAddressesWithTheCurrentToken) {
   // A path cannot hold a space; an identifier from the network must not stop the process.
   EXPECT_EQ(stubbed.context->videoURL("a b").text(),
             "https://hls.example/live/a%20b/t/2%20/playlist.m3u8?q=1");
-}
-
-TEST(Context, KeepsAnyValueOfTheApps) {
-  StubbedContext stubbed;
-  stubbed.context->appValues().add(std::any(std::string("x")), "key");
-  EXPECT_EQ(std::any_cast<std::string>(*stubbed.context->appValues().element("key")), "x");
 }
 
 }  // namespace

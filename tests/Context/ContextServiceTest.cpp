@@ -3,8 +3,6 @@
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
 #include <vector>
 
 #include "tests/Context/StubbedContext.h"
@@ -25,19 +23,19 @@ struct StubbedService {
     stub->answer("/v3/session", R"({"token": "first"})");
     stub->answer("/v3/session", R"({"token": "second"})");
     stub->answer("/v3/configuration/tvos/v1", configurationBody());
+    stub->answer("/v3/products/p", kPageBody);
   }
-  [[nodiscard]] Future<std::shared_ptr<Context>> start() const {
+  [[nodiscard]] Future<std::shared_ptr<Context>> start(
+      std::string_view api = "http://api.example/v3/") const {
     return ContextService::context(
-        url("http://api.example/v3/"), url("http://img.example/"), Client::appleTV,
+        url(api), url("http://img.example/"), Client::appleTV,
         {.session = {.protocolClasses = {stub}}, .context = {.clock = clock}});
   }
-  [[nodiscard]] std::vector<std::string> tokensSentTo(std::string_view path) const {
-    std::vector<std::string> tokens;
-    for (const auto& request : stub->requests()) {
-      if (request.url.path() != path) continue;
-      tokens.emplace_back(request.headers.value("Authorization").value_or("none"));
-    }
-    return tokens;
+  /// What the start fails with, without the wrapping.
+  [[nodiscard]] AnyError failure() const {
+    const auto error = errorOf(start());
+    const auto* const wrapper = caseOf<GeneralError::underlying>(error);
+    return wrapper != nullptr ? wrapper->error : error;
   }
 };
 
@@ -59,42 +57,33 @@ TEST(ContextService, OpensASessionAndLoadsTheConfiguration) {
   }
 }
 
-TEST(ContextService, ProtocolClassesSeeEveryLaterRequest) {
-  StubbedService service;
-  service.succeed();
-  service.stub->answer("/v3/products/p", kPageBody);
-  const auto context = service.start().wait(kPatience).force();
-  EXPECT_EQ(context->fetchPage("p").wait(kPatience).force()->id, "p");
-  EXPECT_EQ(service.tokensSentTo("/v3/products/p"), std::vector<std::string>{"first"});
-}
-
 TEST(ContextService, AFailureOfTheSessionComesBeforeOneOfTheConfiguration) {
-  StubbedService service;
-  service.stub->answer("/v3/session", "[]");
-  service.stub->answer("/v3/configuration/tvos/v1", "", {.statusCode = 503});
-  const auto list = errorOf(service.start());
-  EXPECT_TRUE(
-      caseOf<JSONParseError::unexpectedType>(caseOf<GeneralError::underlying>(list)->error));
+  StubbedService list;
+  list.stub->answer("/v3/session", "[]");
+  list.stub->answer("/v3/configuration/tvos/v1", "", {.statusCode = 503});
+  EXPECT_TRUE(caseOf<JSONParseError::unexpectedType>(list.failure()));
 
-  StubbedService other;
-  other.stub->answer("/v3/session", R"({"token": "t"})");
-  other.stub->answer("/v3/configuration/tvos/v1", "", {.statusCode = 503});
-  const auto unavailable = errorOf(other.start());
-  const auto* const bad =
-      caseOf<Response::Error::badStatus>(caseOf<GeneralError::underlying>(unavailable)->error);
-  ASSERT_NE(bad, nullptr);
-  EXPECT_EQ(bad->status, 503);
+  StubbedService unavailable;
+  unavailable.stub->answer("/v3/session", R"({"token": "t"})");
+  unavailable.stub->answer("/v3/configuration/tvos/v1", "", {.statusCode = 503});
+  EXPECT_EQ(*caseOf<Response::Error::badStatus>(unavailable.failure()),
+            Response::Error::badStatus{503});
+
+  StubbedService lost;
+  lost.stub->fail("/v3/session", URLError{URLError::cannotFindHost, ""});
+  EXPECT_EQ(errorOf(lost.start()).as<URLError>()->code, URLError::cannotFindHost) << "unwrapped";
 }
 
-TEST(ContextService, TransportErrorsComeUnchanged) {
-  StubbedService service;
-  service.stub->fail("/v3/session", URLError{URLError::cannotFindHost, ""});
-  EXPECT_EQ(errorOf(service.start()).as<URLError>()->code, URLError::cannotFindHost);
+TEST(ContextService, ABaseThatNothingResolvesAgainstFailsUnsent) {
+  const StubbedService service;
+  const auto error = errorOf(service.start("v3/"));
+  EXPECT_EQ(caseOf<URLService::Error::invalidInput>(error)->input, "appleTV");
+  EXPECT_TRUE(service.stub->requests().empty());
 }
 
 // The error keeps the document for whoever looks at it, but no log line must show a token.
 TEST(ContextService, ARejectedSessionDocumentIsKeptButNotDescribed) {
-  StubbedService service;
+  const StubbedService service;
   service.stub->answer("/v3/session", R"({"tokens": "secret"})");
   const auto error = errorOf(service.start());
   const auto inner = caseOf<GeneralError::underlying>(error)->error;
@@ -105,30 +94,58 @@ TEST(ContextService, ARejectedSessionDocumentIsKeptButNotDescribed) {
   EXPECT_EQ(error.description().find("secret"), std::string::npos);
 }
 
+/// Keeps all requests and tells of those that are cancelled.
+class Silence final : public URLInterceptor {
+ public:
+  bool intercept(const URLRequest& request,
+                 const std::shared_ptr<InterceptedRequest>& kept) override {
+    kept->onCancel([this, isSession = request.url.path() == "/v3/session"] {
+      isSession ? session.tell() : configuration.tell();
+    });
+    held.push_back(kept);  // asked on one serial queue only
+    came.tell();
+    return true;
+  }
+  test::Signal came;
+  test::Signal session;
+  test::Signal configuration;
+  std::vector<std::shared_ptr<InterceptedRequest>> held;  // which hold their session
+};
+
+TEST(ContextService, CancellingReachesTheSessionsRequestOnly) {
+  const auto silence = std::make_shared<Silence>();
+  const auto start =
+      ContextService::context(url("http://api.example/v3/"), url("http://img.example/"),
+                              Client::appleTV, {.session = {.protocolClasses = {silence}}});
+  ASSERT_TRUE(silence->came.wait(2));
+  start.cancel();
+  EXPECT_TRUE(silence->session.wait());
+  EXPECT_FALSE(silence->configuration.told());
+  silence->held.clear();
+}
+
 TEST(ContextService, TheTokenIsRenewedAfterTwelveHoursWhateverTheWallClockSays) {
   StubbedService service;
   service.succeed();
-  service.stub->answer("/v3/products/p", kPageBody);
   const auto context = service.start().wait(kPatience).force();
-  const auto fetch = [&] {
+  // Protocol classes see every later request, too.
+  const auto tokenOfAFetch = [&] {
     (void)context->fetchPage("p", {.noCache = true}).wait(kPatience).force();
+    return std::string(*service.stub->requests().back().headers.value("Authorization"));
   };
   service.clock->setWall(Date(4'000'000'000'000));
-  fetch();
+  EXPECT_EQ(tokenOfAFetch(), "first");
   service.clock->setWall(Date(0));
   service.clock->advance(12h - 1ms);
-  fetch();
+  EXPECT_EQ(tokenOfAFetch(), "first");
   service.clock->advance(1ms);
-  fetch();
-  EXPECT_EQ(service.tokensSentTo("/v3/products/p"),
-            (std::vector<std::string>{"first", "first", "second"}));
+  EXPECT_EQ(tokenOfAFetch(), "second");
 }
 
 /// Drops the last reference to a context inside a callback that runs on the queue.
 void releaseOn(const std::shared_ptr<DispatchQueue>& queue) {
   StubbedService service;
   service.succeed();
-  service.stub->answer("/v3/products/p", kPageBody);
   auto context = service.start().wait(kPatience).force();
   const std::weak_ptr<Context> gone = context;
   const auto page = context->fetchPage("p");
@@ -142,13 +159,9 @@ void releaseOn(const std::shared_ptr<DispatchQueue>& queue) {
 }
 
 TEST(ContextLifetime, MayEndInACallbackOnEachOfTheLibrarysThreads) {
-  class InPlace final : public DispatchQueue {
-   public:
-    void post(Job job) override { job(); }
-  };
   releaseOn(DispatchQueue::global());
   releaseOn(MainQueue::shared());
-  releaseOn(std::make_shared<InPlace>());  // on the thread that completes the fetch
+  releaseOn(detail::inlineQueue());  // on the thread that completes the fetch
 }
 
 }  // namespace

@@ -1,5 +1,12 @@
+#include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Context/URLService.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
+
+#include <set>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace orvo {
 namespace {
@@ -14,14 +21,14 @@ std::string streamText(const std::string& id, const std::string& token) {
 }
 
 TEST(URLService, TellsTheServiceWhatAsksForASession) {
-  EXPECT_EQ(service().session(Client::iPhone).text(),
-            "https://api.example/v3/session?os_family=ios&category=smartphone");
-  EXPECT_EQ(service().session(Client::iPad).text(),
-            "https://api.example/v3/session?os_family=ios&category=tablet");
-  EXPECT_EQ(service().session(Client::appleTV).text(),
-            "https://api.example/v3/session?os_family=tvos&category=smart_tv");
-  EXPECT_EQ(service().session(Client::appleWatch).text(),
-            "https://api.example/v3/session?os_family=watchos&category=watch");
+  const std::vector<std::pair<Client, std::string>> queries{
+      {Client::iPhone, "os_family=ios&category=smartphone"},
+      {Client::iPad, "os_family=ios&category=tablet"},
+      {Client::appleTV, "os_family=tvos&category=smart_tv"},
+      {Client::appleWatch, "os_family=watchos&category=watch"}};
+  for (const auto& [client, query] : queries) {
+    EXPECT_EQ(service().session(client).text(), "https://api.example/v3/session?" + query);
+  }
   EXPECT_EQ(fromRawValue<Category>("tv"), std::nullopt);
   EXPECT_EQ(fromRawValue<Client>("iphone"), std::nullopt);
 }
@@ -36,9 +43,7 @@ TEST(URLService, FindsTheConfigurationBeneathTheBase) {
 TEST(URLService, ReportsABaseThatNothingResolvesAgainst) {
   const auto result = service("v3/").configuration(Client::appleTV);
   ASSERT_TRUE(result.failed());
-  const auto* error = result.error()->as<URLService::Error>();
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->as<URLService::Error::invalidInput>()->input, "appleTV");
+  EXPECT_EQ(result.error()->description(), "invalidInput: appleTV");
   EXPECT_DEATH((void)service("v3/").session(Client::appleTV), "session");
 }
 
@@ -64,6 +69,21 @@ TEST(URLService, EncodesWhatAPathCannotHold) {
     EXPECT_TRUE(URL::parse(absolute.text())) << absolute.text();
     EXPECT_TRUE(absolute.path().ends_with("/t/playlist.m3u8")) << absolute.text();
   }
+}
+
+TEST(Environment, ListsItsDeploymentsWithTheirHosts) {
+  std::vector<std::string_view> names;
+  std::set<std::string> hosts;
+  for (const auto environment : allEnvironments) {
+    names.push_back(name(environment));
+    EXPECT_EQ(url(environment).scheme(), "https");
+    EXPECT_EQ(url(environment).path(), "/v3/");
+    EXPECT_EQ(resourceURL(environment), resourceURL(Environment::production));
+    hosts.insert(url(environment).text());
+  }
+  EXPECT_THAT(names, testing::ElementsAre("Production", "QA", "Staging"));
+  EXPECT_EQ(hosts.size(), 3U);
+  EXPECT_EQ(resourceURL(Environment::qa).path(), "/");
 }
 
 }  // namespace

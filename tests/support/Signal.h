@@ -20,6 +20,11 @@ class Signal {
     return changed_.wait_for(guard, std::chrono::seconds(60), [&] { return told_ >= times; });
   }
 
+  [[nodiscard]] bool told() {
+    const std::lock_guard guard(mutex_);
+    return told_ > 0;
+  }
+
  private:
   std::mutex mutex_;
   std::condition_variable changed_;
