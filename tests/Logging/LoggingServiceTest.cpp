@@ -17,11 +17,10 @@ class WritesTo : public Logger {
   WritesTo(std::vector<std::string>& out, std::string name) : out_(out), name_(std::move(name)) {}
   void log(std::string_view message, LogLevel level, std::string_view subsystem,
            std::string_view category) override {
-    std::string line = name_;
+    out_.push_back(name_);
     for (const auto text : {message, rawValue(level), subsystem, category}) {
-      line.append(" ").append(text);
+      out_.back().append(" ").append(text);
     }
-    out_.push_back(std::move(line));
   }
 
  private:
@@ -31,14 +30,13 @@ class WritesTo : public Logger {
 
 TEST(LoggingService, HandsAMessageToItsLoggersInOrder) {
   std::vector<std::string> lines;
-  LoggingService service({std::make_shared<WritesTo>(lines, "first"),
-                          std::make_shared<DebugConsoleLogger>(),
-                          std::make_shared<WritesTo>(lines, "second")});
+  LoggingService service(
+      {std::make_shared<WritesTo>(lines, "1"), std::make_shared<WritesTo>(lines, "2")});
   service.log("Hello");
   service.log("Bye", LogLevel::fault, "S", "C");
-  EXPECT_THAT(lines, ElementsAre("first Hello default General General",
-                                 "second Hello default General General", "first Bye fault S C",
-                                 "second Bye fault S C"));
+  EXPECT_THAT(lines,
+              ElementsAre("1 Hello default General General", "2 Hello default General General",
+                          "1 Bye fault S C", "2 Bye fault S C"));
 }
 
 TEST(LoggingService, PrefersTheJournalAndPutsItBehindTheConsole) {

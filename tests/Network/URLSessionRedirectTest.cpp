@@ -44,13 +44,9 @@ class Delegate final : public URLSessionDelegate {
   const Decide decide_;
 };
 
-class URLSessionRedirect : public testing::Test {
- protected:
-  const HTTPServer server{redirectByPath};
+TEST(URLSessionRedirect, GoesWhereTheLocationPoints) {
+  const HTTPServer server(redirectByPath);
   URLSession session;
-};
-
-TEST_F(URLSessionRedirect, GoesWhereTheLocationPoints) {
   for (const std::string status : {"301", "302", "303", "307", "308"}) {
     const auto result =
         session.fetch({.url = server.url("/" + status + "//x?q#f")}).wait(kPatience);
@@ -62,34 +58,43 @@ TEST_F(URLSessionRedirect, GoesWhereTheLocationPoints) {
       << "a relative Location";
 }
 
-TEST_F(URLSessionRedirect, LeavesOtherAnswersAlone) {
-  const HTTPServer nowhere([](const ServedRequest&) -> ServedAnswer { return {302, "nowhere"}; });
-  EXPECT_EQ(codeOf(session.fetch({.url = server.url("/304//x")})), 304);
-  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/302/ftp://127.0.0.1/")})), "moved");
-  EXPECT_EQ(bodyOf(session.fetch({.url = nowhere.url()})), "nowhere");
+TEST(URLSessionRedirect, LeavesOtherAnswersAlone) {
+  const HTTPServer server([](const ServedRequest& request) -> ServedAnswer {
+    if (request.target == "/304") return {304, "", {{"Location", "/x"}}};
+    if (request.target == "/nowhere") return {302, "no Location"};
+    return {302, "elsewhere", {{"Location", "ftp://127.0.0.1/"}}};
+  });
+  URLSession session;
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url("/304")})), 304);
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/nowhere")})), "no Location");
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/ftp")})), "elsewhere");
 }
 
-TEST_F(URLSessionRedirect, FailsWhereTheLocationIsNoURL) {
+TEST(URLSessionRedirect, FailsWhereTheLocationIsNoURL) {
   for (const std::string location : {"http://h/a b", "/%zz", "http:///x", "//"}) {
     const HTTPServer astray([&](const ServedRequest&) -> ServedAnswer {
       return {302, "", {{"Location", location}}};
     });
-    EXPECT_EQ(codeOf(session.fetch({.url = astray.url()})), URLError::redirectToNonExistentLocation)
+    EXPECT_EQ(codeOf(URLSession().fetch({.url = astray.url()})),
+              URLError::redirectToNonExistentLocation)
         << location;
   }
 }
 
-TEST_F(URLSessionRedirect, GivesUpAfterTwenty) {
+TEST(URLSessionRedirect, GivesUpAfterTwenty) {
   const HTTPServer counting([](const ServedRequest& request) -> ServedAnswer {
     const int left = std::stoi(request.target.substr(1));
     if (left == 0) return {.body = "arrived"};
     return {302, "", {{"Location", "/" + std::to_string(left - 1)}}};
   });
+  URLSession session;
   EXPECT_EQ(bodyOf(session.fetch({.url = counting.url("/20")})), "arrived");
   EXPECT_EQ(codeOf(session.fetch({.url = counting.url("/21")})), URLError::httpTooManyRedirects);
 }
 
-TEST_F(URLSessionRedirect, KeepsOfTheRequestWhatTheStatusAllows) {
+TEST(URLSessionRedirect, KeepsOfTheRequestWhatTheStatusAllows) {
+  const HTTPServer server(redirectByPath);
+  URLSession session;
   const auto post = [&](const std::string& path) {
     return bodyOf(session.fetch({.url = server.url(path),
                                  .method = "POST",
@@ -106,9 +111,8 @@ TEST_F(URLSessionRedirect, KeepsOfTheRequestWhatTheStatusAllows) {
   EXPECT_EQ(requests[1].header("X-Kept"), "1");
 }
 
-using URLSessionRedirectDelegate = URLSessionRedirect;
-
-TEST_F(URLSessionRedirectDelegate, RefusesByWordBySilenceAndByAnotherScheme) {
+TEST(URLSessionRedirectDelegate, RefusesByWordBySilenceAndByAnotherScheme) {
+  const HTTPServer server(redirectByPath);
   const Delegate::Decide decisions[] = {[](auto&, auto next, auto&, auto& complete) {
                                           complete(std::nullopt);
                                           complete(next);
@@ -140,8 +144,9 @@ struct Undecided {
       })};
 };
 
-TEST_F(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimit) {
+TEST(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimit) {
   constexpr auto kLimit = 1s;
+  const HTTPServer server(redirectByPath);
   Undecided undecided;
   const auto slow =
       undecided.session.fetch({.url = server.url("/302//x"), .timeoutInterval = kLimit});
@@ -152,7 +157,7 @@ TEST_F(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimit) {
     EXPECT_TRUE(over.wait());
     return {};
   });
-  EXPECT_EQ(codeOf(session.fetch({.url = silent.url(), .timeoutInterval = 2 * kLimit})),
+  EXPECT_EQ(codeOf(URLSession().fetch({.url = silent.url(), .timeoutInterval = 2 * kLimit})),
             URLError::timedOut);
   over.tell();
   EXPECT_FALSE(slow.didComplete());
@@ -161,7 +166,8 @@ TEST_F(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimit) {
   EXPECT_EQ(codeOf(slow), 200);
 }
 
-TEST_F(URLSessionRedirectDelegate, IsNotWaitedForAfterAnInvalidation) {
+TEST(URLSessionRedirectDelegate, IsNotWaitedForAfterAnInvalidation) {
+  const HTTPServer server(redirectByPath);
   Undecided undecided;
   const auto fetch = undecided.session.fetch({.url = server.url("/302//x")});
   ASSERT_TRUE(undecided.asked.wait());

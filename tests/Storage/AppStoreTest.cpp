@@ -10,69 +10,47 @@ namespace {
 using namespace std::chrono_literals;
 
 template <class T>
-Shared<T> shared(T value) {
-  return std::make_shared<const T>(std::move(value));
+void put(Store<T>& store, T value, const std::string& key) {
+  store.store(std::make_shared<const T>(std::move(value)), key);
 }
 
-void fill(AppStore& store) {
-  store.systemViews.store(shared(Page{}), "key");
-  store.collections.store(shared(ItemCollection{}), "key");
-  store.playlists.store(shared(Playlist{}), "key");
-  store.pages.store(shared(Page{}), "key");
-  store.videos.store(shared(Video{}), "key");
-  store.lineups.store(shared(Lineup{}), "key");
-  store.items.store(shared(ContentItem(Page{})), "key");
-  store.guide.store(shared(LinearProgramGuide({}, {}, Date(), Date())), "key");
+void fill(AppStore& store, const std::string& key = "key") {
+  put(store.systemViews, Page{}, key);
+  put(store.collections, ItemCollection{}, key);
+  put(store.playlists, Playlist{}, key);
+  put(store.pages, Page{}, key);
+  put(store.videos, Video{}, key);
+  put(store.lineups, Lineup{}, key);
+  put(store.items, ContentItem(Page{}), key);
+  put(store.guide, LinearProgramGuide({}, {}, Date(), Date()), key);
 }
 
 int filled(AppStore& store) {
-  return (store.systemViews.element("key") != nullptr) +
-         (store.collections.element("key") != nullptr) +
-         (store.playlists.element("key") != nullptr) + (store.pages.element("key") != nullptr) +
-         (store.videos.element("key") != nullptr) + (store.lineups.element("key") != nullptr) +
-         (store.items.element("key") != nullptr) + (store.guide.element("key") != nullptr);
+  const auto count = [](auto&... stores) { return ((stores.element("key") != nullptr) + ...); };
+  return count(store.systemViews, store.collections, store.playlists, store.pages, store.videos,
+               store.lineups, store.items, store.guide);
 }
 
-TEST(AppStore, BeginsEmptyAndForgetsAllOnOneClock) {
+TEST(AppStore, ForgetsAllOnOneClockAndWhenItIsTold) {
   const auto clock = std::make_shared<ManualClock>();
   AppStore store(clock);
   EXPECT_EQ(filled(store), 0);
   fill(store);
-  EXPECT_EQ(filled(store), 8);
   clock->advance(299'999ms);
   EXPECT_EQ(filled(store), 8);
   clock->advance(1ms);
   EXPECT_EQ(filled(store), 0);
-}
-
-TEST(AppStore, CanBeEmptied) {
-  AppStore store;
   fill(store);
   store.removeAll();
   EXPECT_EQ(filled(store), 0);
 }
 
-TEST(AppStore, KeepsSystemViewsApartFromPages) {
-  AppStore store;
-  store.pages.store(shared(Page{}), "key");
-  EXPECT_EQ(filled(store), 1);
-  EXPECT_EQ(store.systemViews.element("key"), nullptr);
-}
-
 TEST(AppStore, BoundsEachStore) {
   AppStore store;
+  put(store.pages, Page{}, "key");
+  EXPECT_EQ(filled(store), 1) << "system views are kept apart from pages";
   fill(store);
-  for (int i = 0; i < 1000; ++i) {
-    const auto key = std::to_string(i);
-    store.systemViews.store(shared(Page{}), key);
-    store.collections.store(shared(ItemCollection{}), key);
-    store.playlists.store(shared(Playlist{}), key);
-    store.pages.store(shared(Page{}), key);
-    store.videos.store(shared(Video{}), key);
-    store.lineups.store(shared(Lineup{}), key);
-    store.items.store(shared(ContentItem(Page{})), key);
-    store.guide.store(shared(LinearProgramGuide({}, {}, Date(), Date())), key);
-  }
+  for (int i = 0; i < 1000; ++i) fill(store, std::to_string(i));
   EXPECT_EQ(filled(store), 0);
 }
 

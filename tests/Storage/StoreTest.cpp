@@ -35,22 +35,19 @@ class StoreTest : public testing::Test {
   Store<Element> store{2, clock};
 };
 
-TEST_F(StoreTest, ForgetsAnElementExactlyAfterItsTimeToLive) {
-  store.store(element(1, 300), "a");
+TEST_F(StoreTest, ForgetsAnElementExactlyAfterItsTimeToLiveWhateverTheWallClockSays) {
+  store.store(element(1, 10), "a");
+  clock->advance(9s);
+  store.store(element(2, 300), "a");
+  clock->setWall(Date(0));
   clock->advance(299'999ms);
-  EXPECT_EQ(numberUnder("a"), 1);
+  EXPECT_EQ(numberUnder("a"), 2);
+  clock->setWall(Date(4'000'000'000'000));
+  EXPECT_EQ(numberUnder("a"), 2);
   clock->advance(1ms);
   EXPECT_EQ(numberUnder("a"), 0);
   EXPECT_EQ(numberUnder("a"), 0);
   EXPECT_EQ(numberUnder("b"), 0);
-}
-
-TEST_F(StoreTest, DoesNotCareForTheWallClock) {
-  store.store(element(1, 300), "a");
-  clock->setWall(Date(0));
-  EXPECT_EQ(numberUnder("a"), 1);
-  clock->setWall(Date(4'000'000'000'000));
-  EXPECT_EQ(numberUnder("a"), 1);
 }
 
 TEST_F(StoreTest, TakesAnyTimeToLive) {
@@ -58,11 +55,9 @@ TEST_F(StoreTest, TakesAnyTimeToLive) {
   for (const double seconds :
        {0.0, -1.0, -kInfinity, std::numeric_limits<double>::quiet_NaN(), 1e-320}) {
     store.store(element(1, seconds), "a");
-    clock->advance(1ms);
+    if (seconds > 0) clock->advance(1ms);
     EXPECT_EQ(numberUnder("a"), 0) << seconds;
   }
-  store.store(element(1, 0), "a");
-  EXPECT_EQ(numberUnder("a"), 0);
   for (const double seconds : {kInfinity, std::numeric_limits<double>::max(), 1e15}) {
     store.store(element(1, seconds), "a");
     clock->advance(24h * 365 * 1000);
@@ -78,17 +73,6 @@ TEST_F(StoreTest, CountsMillisecondsExactly) {
     clock->advance(1ms);
     ASSERT_EQ(numberUnder("a"), 0) << milliseconds;
   }
-}
-
-TEST_F(StoreTest, ReplacesAnElementAndItsExpiry) {
-  store.store(element(1, 10), "a");
-  clock->advance(9s);
-  store.store(element(2, 10), "a");
-  clock->advance(9s);
-  EXPECT_EQ(numberUnder("a"), 2);
-  store.store(element(3, 1), "a");
-  clock->advance(1s);
-  EXPECT_EQ(numberUnder("a"), 0);
 }
 
 TEST_F(StoreTest, DropsWhatWasUsedLeastRecently) {
@@ -125,7 +109,7 @@ TEST_F(StoreTest, LetsADestructorUseItAgain) {
   EXPECT_EQ(destroyed, 3);
 }
 
-TEST_F(StoreTest, IsLabelledAfterItsElements) {
+TEST_F(StoreTest, TellsWhatItIsCalled) {
   EXPECT_EQ(store.accessQueueLabel(), "tv.orvo.api.store.Element");
 }
 
@@ -173,12 +157,6 @@ TEST_F(StoreTest, AccessStoresBeforeAnyLaterCallbackIsPosted) {
   EXPECT_EQ(*future.value(), *promise.future().value());
   (void)store.access("a", fallback);
   EXPECT_EQ(asked, 1);
-}
-
-TEST_F(StoreTest, AccessTakesACompletedFuture) {
-  const auto done = Future<Shared<Element>>::completed(element(7));
-  EXPECT_TRUE(store.access("a", [&] { return done; }).didSucceed());
-  EXPECT_EQ(numberUnder("a"), 7);
 }
 
 TEST_F(StoreTest, AccessStoresNoFailureAndNoCancelledValue) {
