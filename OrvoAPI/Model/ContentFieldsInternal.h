@@ -57,6 +57,9 @@ template <class Parser, class Item, class... Arguments>
   std::vector<Item> items;
   reserve(items, elements.size());
   for (const JSONObject& element : elements) {
+    // It lacks what every item requires. To make an error of each would let a body of "{}" cost
+    // many times as much as one of items.
+    if (element.empty()) continue;
     auto parsed = Parser::parse(element, arguments...);
     if (Item* item = parsed.value()) items.push_back(std::move(*item));
   }

@@ -32,10 +32,12 @@ bool RequiredMembers::boolean(std::string_view key) {
 }
 
 URL RequiredMembers::url(std::string_view key) {
-  static const URL placeholder = *URL::parse("/");
-  auto found = URL::parse(text(key));
-  if (!found) fail(key);
-  return found ? *std::move(found) : placeholder;
+  // There is no empty URL; what was read after a failure is not used.
+  static const URL unused = *URL::parse("/");
+  const auto found = text(key);
+  auto url = failed() ? std::nullopt : URL::parse(found);
+  if (!url) fail(key);
+  return url ? *std::move(url) : unused;
 }
 
 std::optional<JSONObjects> RequiredMembers::objects(std::string_view key) {

@@ -350,6 +350,8 @@ std::size_t JSONObject::size() const {
   return static_cast<std::size_t>(std::ranges::distance(begin(), end()));
 }
 
+bool JSONObject::empty() const { return detail::objectOf(node_).size() == 0; }
+
 // --- the members of an object
 
 namespace {

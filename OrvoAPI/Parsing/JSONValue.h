@@ -93,6 +93,7 @@ class JSONObject {
   [[nodiscard]] std::default_sentinel_t end() const { return {}; }
   /// How many different keys there are; counts them.
   [[nodiscard]] std::size_t size() const;
+  [[nodiscard]] bool empty() const;
 
   [[nodiscard]] JSONValue asValue() const { return JSONValue(node_); }
 
