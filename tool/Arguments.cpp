@@ -9,14 +9,15 @@ namespace orvo::tool {
 
 namespace {
 
-/// A check that says what was wanted when `read` gives nothing.
+/// A check that says what was wanted when `read` gives nothing. The help does not name it: that
+/// says what is wanted already.
 template <class Read>
-CLI::Validator reads(Read read, const std::string& wanted, const std::string& name) {
+CLI::Validator reads(Read read, const std::string& wanted) {
   return CLI::Validator(
       [read, wanted](std::string& text) {
         return read(text) ? std::string() : "\"" + text + "\" is not " + wanted;
       },
-      name);
+      "");
 }
 
 std::optional<double> pixels(std::string_view text) {
@@ -61,15 +62,13 @@ std::optional<ImageSize> imageSize(std::string_view text) {
 }
 
 CLI::Validator isBaseURL() {
-  return reads(baseURL, "an absolute http or https URL without a query", "base URL");
+  return reads(baseURL, "an absolute http or https URL without a query");
 }
 
-CLI::Validator isAbsoluteURL() {
-  return reads(absoluteURL, "an absolute http or https URL", "absolute URL");
-}
+CLI::Validator isAbsoluteURL() { return reads(absoluteURL, "an absolute http or https URL"); }
 
-CLI::Validator isDate() { return reads(date, "a date like 2017-05-01T00:00:00.000Z", "date"); }
+CLI::Validator isDate() { return reads(date, "a date like 2017-05-01T00:00:00.000Z"); }
 
-CLI::Validator isImageSize() { return reads(imageSize, "a size like 600x400", "size"); }
+CLI::Validator isImageSize() { return reads(imageSize, "a size like 600x400"); }
 
 }  // namespace orvo::tool

@@ -2,6 +2,7 @@
 #include <fmt/format.h>
 #include <tool/Arguments.h>
 #include <tool/CommandLine.h>
+#include <tool/Text.h>
 
 namespace orvo::tool {
 
@@ -9,11 +10,28 @@ namespace {
 
 constexpr int kWrongUsage = 2;
 
+/// Breaks long descriptions where narrow terminals end.
+class HelpFormatter : public CLI::Formatter {
+ public:
+  std::string make_option_desc(const CLI::Option* option) const override {
+    std::string description;
+    for (const std::string& line : wrapped(Formatter::make_option_desc(option), kWidth)) {
+      description += (description.empty() ? "" : "\n") + line;
+    }
+    return description;
+  }
+
+  static constexpr std::size_t kColumn = 26;
+
+ private:
+  static constexpr std::size_t kWidth = 80 - kColumn;
+};
+
 std::shared_ptr<CLI::Formatter> helpFormatter() {
-  auto formatter = std::make_shared<CLI::Formatter>();
+  auto formatter = std::make_shared<HelpFormatter>();
   formatter->label("SUBCOMMAND", "COMMAND");
   formatter->label("REQUIRED", "");
-  formatter->column_width(26);
+  formatter->column_width(HelpFormatter::kColumn);
   return formatter;
 }
 

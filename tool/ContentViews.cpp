@@ -162,7 +162,8 @@ std::string extentText(const PagingMeta& meta, std::size_t shown) {
   if (count == 0) return total + ", none shown";
   // A video that was put in front is not among those that the service counts.
   if (count > meta.total) return fmt::format("{}, {} shown", total, countText(count));
-  return fmt::format("{}, {} from {} on", total, countText(count), positionText(meta.offset, 0));
+  return fmt::format("{}, {} shown from {} on", total, countText(count),
+                     positionText(meta.offset, 0));
 }
 
 }  // namespace orvo::tool

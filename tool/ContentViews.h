@@ -22,7 +22,7 @@ void draw(Screen& screen, const ContentItem& item);
 void drawItems(Screen& screen, const std::vector<ContentItem>& items, std::int64_t offset);
 void drawItems(Screen& screen, const std::vector<Video>& videos, std::int64_t offset);
 
-/// `306 items, 21 to 40 shown`
+/// `306 items, 20 shown from 21 on`
 [[nodiscard]] std::string extentText(const PagingMeta& meta, std::size_t shown);
 
 }  // namespace orvo::tool

@@ -1,6 +1,7 @@
 #include <OrvoAPI/Model/ImageResource.h>
 #include <tool/Arguments.h>
 #include <tool/Commands.h>
+#include <tool/Wording.h>
 
 namespace orvo::tool {
 
@@ -38,15 +39,20 @@ void addImageCommand(Commands& commands) {
   CLI::App* command = commands.add("image", "The address of an image; nothing is sent",
                                    [written](Tool& tool) { return runImage(tool, *written); });
   command->add_option("ID", written->id, "The video, page or programme")->required();
-  command->add_option("KEY", written->key, "The rendition: landscape, coverSquare, …")
+  const auto keys = caseNames<ImageResourceKey>();
+  command->add_option("KEY", written->key, "The rendition: " + joined(keys))
       ->required()
-      ->check(CLI::IsMember(caseNames<ImageResourceKey>()));
+      ->check(CLI::IsMember(keys).description(""));
   command->add_option("--size", written->size, "Width and height in points; 0 leaves a side open")
       ->required()
       ->type_name("WxH")
       ->check(isImageSize());
-  command->add_option("--crop", written->crop)->check(CLI::IsMember({"fill", "fit"}));
-  command->add_option("--format", written->format)->check(CLI::IsMember({"png", "jpg"}));
+  command->add_option("--crop", written->crop, "How it is fitted into the size")
+      ->type_name("C")
+      ->check(CLI::IsMember({"fill", "fit"}));
+  command->add_option("--format", written->format, "What the file is")
+      ->type_name("F")
+      ->check(CLI::IsMember({"png", "jpg"}));
   command->add_flag("--title", written->title, "Cut off the empty border, as titles want it");
 }
 

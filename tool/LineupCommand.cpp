@@ -108,23 +108,23 @@ void drawGrid(Screen& screen, const Lineup& lineup, Date now) {
 }
 
 void drawList(Screen& screen, const Lineup& lineup, Date now) {
+  std::vector<Section> days;
   for (const LineupDay& day : lineup.days) {
-    Table table{.columns = {{}, {}, {.least = 20}, {.right = true}, {.least = 20}}};
+    days.push_back({.heading = dayText(day.startTime)});
     for (const LineupHour& hour : day.hours) {
       for (const LineupSlot& slot : hour.slots) {
         const bool onAir = slot.start <= now && now < slot.end;
         const Style style = slot.end <= now ? Style::faint : Style::plain;
         const auto length = static_cast<double>((slot.end - slot.start).count()) / 1000;
-        table.rows.push_back({onAir ? Cell{"▶", Style::good} : Cell{},
-                              {clockText(slot.start), style},
-                              {slot.title, onAir ? Style::strong : style},
-                              {durationText(length), style},
-                              {slot.channelName, Style::faint}});
+        days.back().rows.push_back({onAir ? Cell{"▶", Style::good} : Cell{},
+                                    {clockText(slot.start), style},
+                                    {slot.title, onAir ? Style::strong : style},
+                                    {durationText(length), style},
+                                    {slot.channelName, Style::faint}});
       }
     }
-    screen.heading(dayText(day.startTime));
-    screen.table(table);
   }
+  screen.tables({{}, {}, {.least = 20}, {.right = true}, {.least = 20}}, days);
 }
 
 void drawLineup(Screen& screen, const Lineup& lineup, const std::string& display) {

@@ -4,6 +4,7 @@
 #include <tool/Commands.h>
 #include <tool/ErrorReport.h>
 #include <tool/Parse.h>
+#include <tool/Wording.h>
 #include <unistd.h>
 
 #include <array>
@@ -84,9 +85,7 @@ void addParseCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
   CLI::App* command = commands.add("parse", "Run one parser over a document on standard input",
                                    [written](Tool& tool) { return runParse(tool, *written); });
-  std::string kinds;
-  for (const std::string& kind : parseKinds()) kinds += (kinds.empty() ? "" : ", ") + kind;
-  command->add_option("KIND", written->kind, "What the document is: " + kinds)
+  command->add_option("KIND", written->kind, "What the document is: " + joined(parseKinds()))
       ->required()
       ->check(CLI::IsMember(parseKinds()).description(""));
   const auto text = [&](const char* name, auto& value, const char* description) {

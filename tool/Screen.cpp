@@ -16,11 +16,11 @@ constexpr std::size_t kWidestParagraph = 96;
 /// The width that marks a column as left out.
 constexpr std::size_t kLeftOut = std::string::npos;
 
-/// What a table takes whose columns have these widths.
+/// What a table takes whose columns have these widths; an empty one takes its gap nevertheless.
 std::size_t totalWidth(const std::vector<std::size_t>& widths) {
-  std::size_t total = kIndent;
+  std::size_t total = 0;
   for (const std::size_t width : widths) {
-    if (width != kLeftOut) total += width + (total > kIndent ? kGap : 0);
+    if (width != kLeftOut) total += (total == 0 ? kIndent : kGap) + width;
   }
   return total;
 }
@@ -148,6 +148,18 @@ void Screen::table(const Table& table) {
                                   [](const Cell& cell) { return !cell.text.empty(); });
   if (titled) row(table.columns, columnWidths, titles);
   for (const auto& cells : table.rows) row(table.columns, columnWidths, cells);
+}
+
+void Screen::tables(const std::vector<Column>& columns, const std::vector<Section>& sections) {
+  Table all{.columns = columns};
+  for (const Section& section : sections) {
+    all.rows.insert(all.rows.end(), section.rows.begin(), section.rows.end());
+  }
+  const std::vector<std::size_t> columnWidths = widths(all);
+  for (const Section& section : sections) {
+    heading(section.heading);
+    for (const auto& cells : section.rows) row(columns, columnWidths, cells);
+  }
 }
 
 }  // namespace orvo::tool

@@ -30,6 +30,12 @@ struct Table {
   std::vector<std::vector<Cell>> rows{};
 };
 
+/// Some rows of a table under a heading of their own.
+struct Section {
+  std::string heading;
+  std::vector<std::vector<Cell>> rows{};
+};
+
 /// A text for people that grows from top to bottom, laid out for the terminal's width. Texts that
 /// come from the service are made printable here. Used by one thread.
 class Screen {
@@ -49,6 +55,9 @@ class Screen {
   void field(std::string_view name, std::string_view value, Style style = Style::plain);
   /// Columns of equal width; titles only when there are some, and nothing without rows.
   void table(const Table& table);
+  /// Tables without titles, each under its heading, whose columns are those of `columns` and stand
+  /// in line.
+  void tables(const std::vector<Column>& columns, const std::vector<Section>& sections);
   void blank() { text_ += '\n'; }
   /// A line that is laid out already.
   void line(std::string_view text) { text_.append(text).append("\n"); }

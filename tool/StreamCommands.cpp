@@ -19,9 +19,11 @@ void drawStrip(Screen& screen, const std::vector<VideoSegment>& segments) {
   const std::size_t width = screen.columns() - 4;
   std::string strip;
   for (std::size_t column = 0; column < width; ++column) {
-    const double time = end * (static_cast<double>(column) + 0.5) / static_cast<double>(width);
+    const double share = end / static_cast<double>(width);
+    const double from = share * static_cast<double>(column);
+    // However short an ad is, it shows.
     const bool ad = std::any_of(segments.begin(), segments.end(), [&](const auto& segment) {
-      return segment.ad && segment.contains(time);
+      return segment.ad && segment.start < from + share && from < segment.start + segment.duration;
     });
     strip += ad ? screen.in(Style::warning, "█") : screen.in(Style::faint, "─");
   }
