@@ -4,10 +4,8 @@
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
-#include <memory>
 #include <random>
 #include <string>
-#include <vector>
 
 namespace orvo {
 namespace {
@@ -48,10 +46,6 @@ class Oracle {
   icu::SimpleDateFormat format_;
 };
 
-std::vector<DateFormatter> allFormatters() {
-  return {iso8601Formatter(), startResourceDateFormatter(), epgFromDateFormatter()};
-}
-
 /// Instants of the years 1 to 9999, half of them within a century of 1970, and at days' edges.
 Date someDate(std::mt19937_64& random) {
   const auto span = random() % 2 == 0 ? 3'155'760'000'000 : 62'135'596'800'000;
@@ -66,52 +60,40 @@ DateFormatError::stringDoesNotMatchFormat mismatch(const Result<Date>& result) {
   return *result.error()->as<DateFormatError>()->as<DateFormatError::stringDoesNotMatchFormat>();
 }
 
-TEST(DateFormatter, WritesAndReadsBackWhatTheOracleDoes) {
+/// The text with one to three characters changed, added or taken away.
+std::string damaged(std::string text, std::mt19937_64& random) {
+  const std::string_view characters = "0123456789:+-.TZ tz\xC3\xA9";
+  for (auto faults = random() % 3 + 1; faults-- > 0;) {
+    const auto place = random() % text.size();
+    const auto kind = random() % 8;
+    const char character = characters[random() % characters.size()];
+    text.replace(place, kind == 0 ? 0 : 1, kind == 1 ? 0 : 1, character);
+  }
+  return text;
+}
+
+TEST(DateFormatter, WritesAndReadsWhatTheOracleDoesAndNoMore) {
   std::mt19937_64 random(7);
-  for (const auto& formatter : allFormatters()) {
+  int accepted = 0;
+  for (const auto& formatter :
+       {iso8601Formatter(), startResourceDateFormatter(), epgFromDateFormatter()}) {
     Oracle oracle(formatter);
     for (int i = 0; i < 8000; ++i) {
       const Date date = someDate(random);
       const auto text = formatter.string(date);
       ASSERT_EQ(text, oracle.string(date)) << date.millisecondsSince1970();
       ASSERT_EQ(formatter.date(text), oracle.date(text)) << text;
-    }
-  }
-}
-
-TEST(DateFormatter, ReadsNoDamagedTextThatTheOracleRefusesOrReadsDifferently) {
-  std::mt19937_64 random(11);
-  const std::string_view characters = "0123456789:+-.TZ tz\xC3\xA9";
-  int accepted = 0;
-  for (const auto& formatter : allFormatters()) {
-    Oracle oracle(formatter);
-    for (int i = 0; i < 8000; ++i) {
-      std::string text = formatter.string(someDate(random));
-      for (auto faults = random() % 3 + 1; faults-- > 0;) {
-        const auto place = random() % text.size();
-        const char character = characters[random() % characters.size()];
-        switch (random() % 8) {
-          case 0:
-            text.insert(place, 1, character);
-            break;
-          case 1:
-            text.erase(place, 1);
-            break;
-          default:
-            text[place] = character;
-        }
-      }
-      const auto date = formatter.date(text);
-      if (!date) continue;
+      const auto other = damaged(text, random);
+      if (!formatter.date(other)) continue;
       ++accepted;
-      ASSERT_EQ(date, oracle.date(text)) << text;
+      ASSERT_EQ(formatter.date(other), oracle.date(other)) << other;
     }
   }
   EXPECT_GT(accepted, 1000);
 }
 
 TEST(DateFormatter, TakesTheWholeTextOrNothing) {
-  const auto reads = [](std::string_view text) {
+  const auto reads = [](const std::string& text) {
     return iso8601Formatter().date(text).has_value();
   };
   for (const char* text :
@@ -119,34 +101,18 @@ TEST(DateFormatter, TakesTheWholeTextOrNothing) {
         "2000-02-29T00:00:00Z", "0001-01-01T00:00:00Z", "9999-12-31T23:59:59+2359"}) {
     EXPECT_TRUE(reads(text)) << text;
   }
-  for (const char* text : {"",
-                           "2017",
-                           "2017-05-01T10:00:00",
-                           " 2017-05-01T10:00:00Z",
-                           "2017-05-01T10:00:00Z ",
-                           "2017-02-29T10:00:00Z",
-                           "1900-02-29T10:00:00Z",
-                           "2017-04-31T10:00:00Z",
-                           "2017-00-01T10:00:00Z",
-                           "2017-13-01T10:00:00Z",
-                           "2017-05-00T10:00:00Z",
-                           "2017-05-01T24:00:00Z",
-                           "2017-05-01T10:60:00Z",
-                           "2017-05-01T10:00:60Z",
-                           "0000-01-01T00:00:00Z",
-                           "2017-5-1T10:00:00Z",
-                           "17-05-01T10:00:00Z",
-                           "2017-05-01t10:00:00Z",
-                           "2017-05-01T10:00:00z",
-                           "2017-05-01T10:00:00+01:00",
-                           "2017-05-01T10:00:00+01",
-                           "2017-05-01T10:00:00+2400",
-                           "2017-05-01T10:00:00+0060",
-                           "2017-05-01T10:00:00GMT",
-                           "2017-05-01T10:00:00.000Z",
-                           "+2017-05-01T10:00:00Z",
-                           "2017-05-01T10:00:0\xC2\xB2Z"}) {
-    EXPECT_FALSE(reads(text)) << text;
+  for (const std::string day :
+       {"2017-02-29", "1900-02-29", "2017-04-31", "2017-00-01", "2017-13-01", "2017-05-00",
+        "0000-01-01", "2017-5-1", "17-05-01", " 2017-05-01", "+2017-05-01", ""}) {
+    EXPECT_FALSE(reads(day + "T10:00:00Z")) << day;
+  }
+  for (const std::string time :
+       {"", "T24:00:00", "T10:60:00", "T10:00:60", "t10:00:00", " 10:00:00", "T10:00:0\xC2\xB2"}) {
+    EXPECT_FALSE(reads("2017-05-01" + time + "Z")) << time;
+  }
+  for (const std::string zone :
+       {"", "Z ", "z", "+01:00", "+01", "+2400", "+0060", "GMT", ".000Z"}) {
+    EXPECT_FALSE(reads("2017-05-01T10:00:00" + zone)) << zone;
   }
 }
 
