@@ -3,6 +3,7 @@
 #include <tests/support/Fetched.h>
 #include <tests/support/ScriptedServer.h>
 
+#include <atomic>
 #include <chrono>
 #include <string>
 #include <thread>
@@ -49,6 +50,19 @@ TEST(URLSessionFault, HasTheCodeOfWhatWentWrong) {
     connection.reset();
   });
   EXPECT_EQ(codeOf(session.fetch({.url = resetting.url()})), URLError::networkConnectionLost);
+}
+
+TEST(URLSessionFault, OfOneAnswerReachesNoEarlierOne) {
+  std::atomic<int> answers{0};
+  const ScriptedServer server([&](Connection& connection) {
+    connection.readHead();
+    connection.send(answers++ == 0 ? "HTTP/1.1 200 OK\r\nX-Last: x\r\nContent-Length: 0\r\n\r\n"
+                                   : "HTTP/1.1 200 OK\r\n folded\r\nContent-Length: 0\r\n\r\n");
+  });
+  URLSession session;
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), URLError::badServerResponse)
+      << "a header cannot begin in the middle of a field";
 }
 
 TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
