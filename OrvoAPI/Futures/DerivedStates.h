@@ -153,7 +153,8 @@ class FlatMapState final : public DerivedState<U> {
 
 /// Collects the values of its inputs, in their order: it waits for one after another, each on that
 /// input's own callback queue, and lets go of an input when it begins to wait for it: that input's
-/// list owns it from then on. Its cancellation reaches the first input only.
+/// list owns it from then on. Its cancellation reaches the first input only, and only until that
+/// one's result has come.
 template <class T>
 class ConcatState final : public DerivedState<std::vector<T>> {
  public:
@@ -170,6 +171,7 @@ class ConcatState final : public DerivedState<std::vector<T>> {
   void run() override {
     auto self = CoreRef<ConcatState>::adopt(this);
     const auto* result = static_cast<const Result<T>*>(this->sourceResult());
+    this->leaveSource();
     for (;;) {
       if (result->failed()) return finish(Failure{*result->error()});
       values_.push_back(*result->value());

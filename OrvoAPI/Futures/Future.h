@@ -196,7 +196,8 @@ class Future {
   }
 
   /// The values of all futures, in their order; the first failure in that order, as soon as all
-  /// before it are done. Cancelling it reaches the first future only.
+  /// before it are done. Cancelling it reaches the first future only, while that one's result is
+  /// not there.
   [[nodiscard]] static Future<std::vector<T>> concat(std::vector<Future> futures) {
     if (futures.empty()) return Future<std::vector<T>>::succeeded({});
     const auto first = futures.front().core_;

@@ -156,6 +156,11 @@ class FutureCore {
   [[nodiscard]] const void* currentResult() const {
     return result_.load(std::memory_order_acquire);
   }
+  /// Cancelling this future goes no further from now on.
+  void leaveSource() noexcept {
+    auto* const source = source_.exchange(nullptr, std::memory_order_acq_rel);
+    if (source != nullptr) releaseWeakly(source);
+  }
   /// Makes `result` the current one and posts the callbacks.
   void publish(const void* result) noexcept;
   /// True for the first caller only: he may build the result in the block.

@@ -127,13 +127,18 @@ TEST_F(FutureCancel, KeepsAFailedSourceFromAMapButNotFromAFlatMap) {
   EXPECT_TRUE(flat.didFail());
 }
 
-TEST_F(FutureCancel, OfACombinationReachesItsFirstFutureOnly) {
+TEST_F(FutureCancel, OfACombinationReachesItsFirstFutureOnlyAndThatUntilItIsDone) {
   const Future<int> first(queue_);
+  const Future<int> done(queue_);
   const Future<int> other(queue_);
+  const auto halfway = Future<int>::concat({done, other});
+  done.success(1);
+  queue_->run();
+  halfway.cancel();
   future_.zip(other).cancel();
   Future<int>::concat({first, other}).cancel();
   EXPECT_TRUE(future_.isCancelled() && first.isCancelled());
-  EXPECT_FALSE(other.isCancelled());
+  EXPECT_FALSE(other.isCancelled() || done.isCancelled());
 }
 
 TEST_F(FutureCancel, LetsAnExceptionOutAndDropsTheCallbacksThatWereToFollow) {
