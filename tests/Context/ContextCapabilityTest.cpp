@@ -35,34 +35,6 @@ TEST(ContextCapability, SendsTheRequestOfItsFetchWhenItIsCalled) {
   EXPECT_EQ(requestOf(context.videoAdMetadataCapability("a")), "live/a/token/playlist.json?q=1");
 }
 
-TEST(ContextCapability, ANextPageIsThereUntilTheListEnds) {
-  StubbedContext stubbed;
-  const auto& context = *stubbed.context;
-  ItemCollection collection{.id = "c", .label = "", .shortLabel = ""};
-  collection.meta = {.total = 30, .limit = 10, .offset = 10};
-  (void)(*context.nextFetchCapability(collection))();
-  EXPECT_EQ(stubbed.requested(), "collections/c?offset=20&limit=10");
-  collection.meta.offset = 20;
-  EXPECT_FALSE(context.nextFetchCapability(collection));
-
-  Playlist playlist{.id = "p", .label = ""};
-  playlist.meta = {.total = 3, .limit = 2, .offset = 0};
-  (void)(*context.nextFetchCapability(playlist))();
-  EXPECT_EQ(stubbed.requested(), "playlists/p?offset=2&limit=2");
-
-  const SearchCollection search{.query = "q",
-                                .resultsKind = SearchCollection::ResultsKind::top,
-                                .meta = {.total = 2, .limit = 1, .offset = 0}};
-  (void)(*context.nextFetchCapability(search))();
-  EXPECT_EQ(stubbed.requested(), "search?q=q&collection_type=top_results&offset=1&limit=1");
-
-  const LinearProgramGuide guide({}, {.total = 11, .limit = 10, .offset = 0}, Date(0), Date(1000));
-  (void)(*context.nextCapability(guide))();
-  EXPECT_EQ(stubbed.requested(),
-            "epg?start_time=1970-01-01T00:00:00.000Z&end_time=1970-01-01T00:00:01.000Z"
-            "&offset=10&limit=10");
-}
-
 TEST(ContextCapabilityDeathTest, AnOffsetBeyond64BitsStopsTheProcess) {
   StubbedContext stubbed;
   Playlist playlist{.id = "p", .label = ""};

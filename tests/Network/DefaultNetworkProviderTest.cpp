@@ -4,11 +4,12 @@
 #include <gtest/gtest.h>
 #include <tests/support/Fetched.h>
 #include <tests/support/HTTPServer.h>
+#include <tests/support/Race.h>
 
+#include <array>
 #include <map>
 #include <memory>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace orvo::test {
@@ -83,13 +84,13 @@ TEST_F(DefaultNetworkProviderTest, FinishesARedirectWhenItIsGone) {
 }
 
 TEST_F(DefaultNetworkProviderTest, MakesOneSessionForAllThreads) {
-  std::vector<std::shared_ptr<URLSession>> sessions(8);
-  std::vector<std::thread> threads;
-  for (auto& session : sessions) {
-    threads.emplace_back([&] { session = provider_.urlSession(); });
-  }
-  for (auto& thread : threads) thread.join();
-  for (const auto& session : sessions) EXPECT_EQ(session, sessions.front());
+  std::array<std::shared_ptr<URLSession>, kRacers> sessions;
+  const auto make = [&](int racer, int) {
+    sessions.at(static_cast<std::size_t>(racer)) = provider_.urlSession();
+  };
+  race(
+      1, [](int) {}, make);
+  for (const auto& session : sessions) EXPECT_EQ(session, sessions[0]);
   const auto stub = std::make_shared<StubInterceptor>();
   stub->answerOthers("stubbed");
   provider_.setURLSession(std::make_shared<URLSession>(

@@ -1,10 +1,10 @@
 #include <OrvoAPI/Storage/KeyedStore.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <tests/support/Race.h>
 
 #include <any>
 #include <memory>
-#include <thread>
 
 namespace orvo {
 namespace {
@@ -63,19 +63,15 @@ TEST(KeyedStore, LetsItsElementsUseItAgain) {
 
 TEST(KeyedStore, IsWrittenAndReadByManyThreads) {
   KeyedStore<int> store;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < 200; ++i) {
-        const auto key = store.add(i);
-        store.add(i, "shared");
+  test::race(
+      200, [](int) {},
+      [&](int racer, int round) {
+        const auto key = store.add(round);
+        store.add(round, "shared");
         (void)store.elements();
-        if (i % 4 != t) store.remove(key);
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
-  EXPECT_EQ(store.elements().size(), 4 * 50 + 1U);
+        if (round % test::kRacers != racer) store.remove(key);
+      });
+  EXPECT_EQ(store.elements().size(), 201U);
 }
 
 }  // namespace

@@ -3,9 +3,9 @@
 #include <OrvoAPI/Storage/Store.h>
 #include <OrvoAPI/Testing/ManualClock.h>
 #include <gtest/gtest.h>
+#include <tests/support/Race.h>
 
 #include <limits>
-#include <thread>
 #include <vector>
 
 namespace orvo {
@@ -185,18 +185,14 @@ TEST(StoreLifetime, AccessDoesNotKeepTheStore) {
 TEST(StoreThreads, WriteReadAndEmptyAtOnce) {
   Store<Element> store(8);
   std::atomic<int> hits = 0;
-  std::vector<std::thread> threads;
-  for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([&, t] {
-      for (int i = 0; i < 500; ++i) {
-        const auto key = std::to_string((i * 7 + t) % 12);
-        store.store(element(i + 1), key);
+  test::race(
+      500, [](int) {},
+      [&](int racer, int round) {
+        const auto key = std::to_string((round * 7 + racer) % 12);
+        store.store(element(round + 1), key);
         if (const auto found = store.element(key)) hits += found->number > 0;
-        if (i % 100 == 99) store.removeAll();
-      }
-    });
-  }
-  for (auto& thread : threads) thread.join();
+        if (round % 100 == 99) store.removeAll();
+      });
   EXPECT_GT(hits, 0);
 }
 
