@@ -108,28 +108,22 @@ TEST_F(SerialQueueTest, ASynchronousCallWaitsForItsTurnWhileAnotherThreadRunsJob
   EXPECT_EQ(ran_, (std::vector{1, 2, 3, 4}));
 }
 
-TEST_F(SerialQueueDeathTest, ASynchronousCallFromItsOwnJobStopsTheProcess) {
+TEST_F(SerialQueueDeathTest, ASynchronousCallFromItsOwnJobStopsTheProcessAndSoDoesAJobThatThrows) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(queue_->sync([this] { queue_->sync([] {}); }), "own jobs");
-}
-
-TEST_F(SerialQueueDeathTest, AJobThatThrowsStopsTheProcessWhoeverRunsIt) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
   const auto thrower = [] { throw std::runtime_error("nobody's"); };
-  EXPECT_DEATH(
-      {
-        try {
-          queue_->sync(thrower);
-        } catch (...) {
-        }
-      },
-      "nobody's");
-  EXPECT_DEATH(
-      {
-        queue_->post(thrower);
-        (void)test::Signal().wait();
-      },
-      "nobody's");
+  const auto runItself = [&] {
+    try {
+      queue_->sync(thrower);
+    } catch (...) {
+    }
+  };
+  const auto leaveItToAWorker = [&] {
+    queue_->post(thrower);
+    (void)test::Signal().wait();
+  };
+  EXPECT_DEATH(runItself(), "nobody's");
+  EXPECT_DEATH(leaveItToAWorker(), "nobody's");
 }
 
 }  // namespace
