@@ -167,6 +167,7 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   long status = 0;
   curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
   if (status == 0) return URLError{URLError::badURL, "no HTTP response"};
+  if (status < 100 || status > 999) return URLError{URLError::badServerResponse, "no status"};
   // The library takes an end within the header, or behind an interim response, for the answer's.
   const bool interim = status < 200 && status != 101;
   if (!headIsComplete_ || interim) {

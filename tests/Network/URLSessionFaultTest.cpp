@@ -35,6 +35,7 @@ TEST(URLSessionFault, HasTheCodeOfWhatWentWrong) {
       {"HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\nzz\r\n",
        URLError::networkConnectionLost},
       {"\x01\x02 garbage \xff\r\n\r\n", URLError::badServerResponse},
+      {"HTTP/2 9013\r\n\r\n", URLError::badServerResponse},
       {"<html>an answer without a head</html>", URLError::badServerResponse},
       {"HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\nnot gzip", URLError::cannotDecodeRawData},
       {"HTTP/1.1 200 OK\r\nContent-Encoding: wishful\r\n\r\nx", URLError::cannotDecodeRawData},
