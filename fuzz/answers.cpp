@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <fuzz/FuzzTarget.h>
 #include <netinet/in.h>
+#include <strings.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -92,16 +93,19 @@ class Fence final : public URLInterceptor {
 
   bool intercept(const URLRequest& request,
                  const std::shared_ptr<InterceptedRequest>& intercepted) override {
-    fuzz::require(request.url.scheme() == "http" || request.url.scheme() == "https",
-                  "a redirect leads to no other scheme");
-    if (request.url.scheme() == "http" && request.url.host() == "127.0.0.1" &&
-        request.url.port() == port_)
-      return false;
+    const bool isHTTP = hasScheme(request.url, "http");
+    fuzz::require(isHTTP || hasScheme(request.url, "https"), "a redirect leads to no other scheme");
+    if (isHTTP && request.url.host() == "127.0.0.1" && request.url.port() == port_) return false;
     intercepted->respond({.url = request.url, .statusCode = 204});
     return true;
   }
 
  private:
+  static bool hasScheme(const URL& url, std::string_view scheme) {
+    return url.scheme().size() == scheme.size() &&
+           strncasecmp(url.scheme().data(), scheme.data(), scheme.size()) == 0;
+  }
+
   const int port_;
 };
 

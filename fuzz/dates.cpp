@@ -5,6 +5,7 @@
 #include <unicode/gregocal.h>
 #include <unicode/smpdtfmt.h>
 
+#include <cmath>
 #include <memory>
 
 using namespace orvo;
@@ -33,6 +34,7 @@ class Oracle {
     icu::ParsePosition position(0);
     const UDate read = format_.parse(text, position);
     if (position.getErrorIndex() >= 0 || position.getIndex() != text.length()) return std::nullopt;
+    if (std::abs(read) > 1e17) return std::nullopt;  // years that no type here can hold
     return Date(static_cast<std::int64_t>(read));
   }
 
@@ -55,8 +57,8 @@ void compare(const DateFormatter& formatter, const Oracle& oracle, std::string_v
     fuzz::require(!hasFourDigits(*ours) || formatter.date(formatter.string(*ours)) == ours,
                   "and reads back");
   } else if (theirs) {
-    // The oracle also takes what it would never write: single digits, long years, other zones.
-    fuzz::require(oracle.string(*theirs) != text || text.size() > formatter.pattern().size() + 8,
+    // The oracle also takes what it would never write: single digits, other zones.
+    fuzz::require(!hasFourDigits(*theirs) || oracle.string(*theirs) != text,
                   "a date is read in the form in which it is written");
   }
 }

@@ -70,7 +70,8 @@ void checkQuery(std::string_view query) {
   const auto found = stubbed.context->fetchSearchCollection(
       query, SearchCollection::ResultsKind::top, {.page = PageRequest{.offset = 1, .limit = 2}});
   fuzz::require(stubbed.requests() == 1, "every text can be searched for");
-  auto items = *stubbed.network->request(0).url.query();
+  const URL url = stubbed.network->request(0).url;
+  auto items = *url.query();
   const auto item = fuzz::takePiece(items, '&');
   fuzz::require(item.starts_with("q=") && percentDecoded(item.substr(2)) == query,
                 "the server sees the text that was searched for");
