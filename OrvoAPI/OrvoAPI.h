@@ -14,6 +14,7 @@
 #include <OrvoAPI/Platform/Fatal.h>
 #include <OrvoAPI/Platform/HTTPHeaders.h>
 #include <OrvoAPI/Platform/HTTPURLResponse.h>
+#include <OrvoAPI/Platform/InlineQueue.h>
 #include <OrvoAPI/Platform/Job.h>
 #include <OrvoAPI/Platform/Lock.h>
 #include <OrvoAPI/Platform/MainQueue.h>
