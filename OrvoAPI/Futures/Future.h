@@ -31,7 +31,8 @@ struct IsFuture<Future<T>> : std::true_type {
 }  // namespace detail
 
 /// A result that will be there later. A cheap handle to shared state: copies are the same future,
-/// which lives as long as somebody holds one. Safe to use from any thread.
+/// which lives as long as somebody holds one; one that was moved from can only be assigned to or
+/// destroyed. Safe to use from any thread.
 ///
 /// Callbacks run on the queue named at registration, else on the future's `callbackQueue`, never
 /// from inside the call that registers them. They are posted in the order in which they were

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Platform/SerialQueue.h>
 #include <gtest/gtest.h>
 #include <tests/support/Race.h>
 #include <tests/support/Signal.h>
@@ -15,23 +16,32 @@ namespace {
 
 constexpr int kRounds = 300;
 
-TEST(FutureRace, ACallbackIsCalledOnceHoweverItMeetsSeveralCompletions) {
+TEST(FutureRace, CallbacksAreCalledOnceAndInOrderHoweverTheyMeetSeveralCompletions) {
+  struct Racer {
+    std::shared_ptr<SerialQueue> queue = SerialQueue::make("racer");
+    int called = 0;  // on the queue
+  };
   std::vector<Promise<std::string>> promises(kRounds);
+  std::vector<Racer> racers(test::kRacers);
   std::atomic<int> wrong = 0;
   test::Signal called;
+  const auto check = [&](const std::string& value) { wrong += value.size() != 100; };
   test::race(
       kRounds, [](int) {},
-      [&](int thread, int round) {
+      [&](int racer, int round) {
         const auto& promise = promises[static_cast<std::size_t>(round)];
-        const auto check = [&](const std::string& value) { wrong += value.size() != 100; };
-        if (thread < 2) promise.success(std::string(100, static_cast<char>('a' + thread)));
-        promise.future().onSuccess([&, check](const std::string& value) {
-          check(value);
-          called.tell();
-        });
+        auto& own = racers[static_cast<std::size_t>(racer)];
+        if (racer < 2) promise.success(std::string(100, static_cast<char>('a' + racer)));
+        for (const int turn : {0, 1}) {
+          promise.future().onSuccess(own.queue, [&, turn](const std::string& value) {
+            check(value);
+            wrong += own.called++ % 2 != turn;
+            called.tell();
+          });
+        }
         if (const auto* const value = promise.future().value()) check(*value);
       });
-  EXPECT_TRUE(called.wait(kRounds * test::kRacers));
+  EXPECT_TRUE(called.wait(2 * kRounds * test::kRacers));
   EXPECT_EQ(wrong, 0);
 }
 
