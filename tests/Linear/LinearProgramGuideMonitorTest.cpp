@@ -9,6 +9,7 @@
 #include <mutex>
 #include <optional>
 #include <thread>
+#include <utility>
 
 #include "tests/Context/StubbedContext.h"
 #include "tests/support/Signal.h"
@@ -84,54 +85,49 @@ class Channel final : public NetworkDataProvider {
   std::mutex lock_;
 };
 
-class Messages final : public Logger {
- public:
-  void log(std::string_view message, LogLevel level, std::string_view subsystem,
-           std::string_view category) override {
-    lines.push_back(std::string(subsystem) + "/" + std::string(category) + " " +
-                    std::string(caseName(level)) + ": " + std::string(message));
-  }
-  Texts lines;
-};
-
 /// A monitor of that channel, with time and the main queue in the test's hands.
-struct OnAir {
+struct OnAir final : Logger {
   explicit OnAir(Date now, std::function<milliseconds()> delayAfterEnd = {})
       : clock(std::make_shared<ManualClock>(now)),
         context(Context::make(
             ConfigurationParser::parse(object(configurationBody()), Environment::staging).force(),
             url("https://api.example/v3/"), url("https://img.example/"),
             std::make_shared<StubSessionProvider>(), channel,
-            {.logger = messages, .clock = clock})),
+            {.logger = {std::shared_ptr<void>(), this}, .clock = clock})),
         monitor(LinearProgramGuideMonitor::make(
             context, {.mainQueue = queue, .delayAfterEnd = std::move(delayAfterEnd)})) {
     monitor->onUpdate([this](const GuideUpdate& update) {
-      ids.push_back(update.program.id);
-      times.push_back(clock->now());
+      heard.push_back(seen(update.program.id, update.program.startTime, clock->now()));
     });
   }
+  /// How an update is noted down: `138300 +300`, with the milliseconds since the programme's start.
+  static std::string seen(const std::string& id, Date start, Date now) {
+    return id + " +" + std::to_string((now - start).count());
+  }
+  void log(std::string_view message, LogLevel level, std::string_view subsystem,
+           std::string_view category) override {
+    heard.push_back(std::string(subsystem) + "/" + std::string(category) + " " +
+                    std::string(caseName(level)) + ": " + std::string(message));
+  }
 
-  /// Runs the main queue until there were so many updates and messages of failures.
-  void arrive(std::size_t events) {
-    for (; ids.size() + messages->lines.size() < events; queue->run()) {
+  /// Runs the main queue until so much was heard.
+  void arrive(std::size_t count) {
+    for (; heard.size() < count; queue->run()) {
       if (!queue->waitForJob()) throw std::runtime_error("nothing comes");
     }
   }
   void load() {
-    const auto before = ids.size() + messages->lines.size();
+    const auto before = heard.size();
     EXPECT_TRUE(monitor->load(clock->now(), 3).wait(kPatience).force());
     arrive(before + 1);
   }
   /// Lets time pass until the next wait ends, and what follows has come.
   void goOn() {
-    const auto before = ids.size() + messages->lines.size();
+    const auto before = heard.size();
     queue->advanceToNext();
     arrive(before + 1);
   }
   [[nodiscard]] bool isIdle() const { return queue->waiting() + queue->delayed() == 0; }
-  [[nodiscard]] std::string current() const {
-    return std::to_string(Channel::numberAt(clock->now()));
-  }
   [[nodiscard]] std::string days() const {
     std::string text;
     for (const auto& day : monitor->lastUpdate()->days) {
@@ -144,12 +140,10 @@ struct OnAir {
 
   std::shared_ptr<ManualClock> clock;
   std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>("main", clock);
-  std::shared_ptr<Messages> messages = std::make_shared<Messages>();
   std::shared_ptr<Channel> channel = std::make_shared<Channel>(clock);
   std::shared_ptr<Context> context;
   std::shared_ptr<LinearProgramGuideMonitor> monitor;
-  Texts ids;
-  std::vector<Date> times;
+  Texts heard;  // updates and messages
 };
 
 int localDay(Date date) {
@@ -164,8 +158,7 @@ TEST(LinearProgramGuideMonitor, FollowsTwoWeeksAcrossMidnightsAndAChangeOfTheClo
   OnAir tv(start);
   tv.channel->videoLatency = 300ms;
 
-  Texts ids;
-  std::vector<Date> times;
+  Texts updates;
   Texts loads{epgFromDateFormatter().string(start)};
   auto number = Channel::numberAt(start), last = number + 9;
   const auto look = [&](Date now, std::int64_t first) {
@@ -174,25 +167,23 @@ TEST(LinearProgramGuideMonitor, FollowsTwoWeeksAcrossMidnightsAndAChangeOfTheClo
     last = first + 9;
   };
   for (Date time = start + 300ms; time < start + 14 * 24h; ++number) {
-    ids.push_back(std::to_string(number));
-    times.push_back(time);
+    const Date begin = Channel::begin(number);
+    updates.push_back(OnAir::seen(std::to_string(number), begin, time));
     const Date end = Channel::begin(number + 1);
     const Date early = end - (end - time) % 1s;  // waits are whole seconds, then what is left
     look(early, number);
     time = early + 300ms;
     // Since midnight it is yesterday's: the first of today is the next one already.
-    if (localDay(early) != localDay(Channel::begin(number))) continue;
-    ids.push_back(std::to_string(number));
-    times.push_back(early);
+    if (localDay(early) != localDay(begin)) continue;
+    updates.push_back(OnAir::seen(std::to_string(number), begin, early));
     look(end, number + 1);
     time = end + 300ms;
   }
 
   tv.load();
-  while (tv.ids.size() < ids.size()) tv.goOn();
-  EXPECT_EQ(ids.size(), 210U) << "two for each of 112 programmes, 14 of which run over midnight";
-  EXPECT_EQ(tv.ids, ids);
-  EXPECT_EQ(tv.times, times);
+  while (tv.heard.size() < updates.size()) tv.goOn();
+  EXPECT_EQ(updates.size(), 210U) << "112 programmes, 14 of which run over midnight";
+  EXPECT_EQ(tv.heard, updates);
   for (auto& query : tv.channel->queries) query = query.substr(query.find('=') + 1, 24);
   EXPECT_EQ(tv.channel->queries, loads);
   EXPECT_EQ(tv.queue->delayed(), 1U);
@@ -203,7 +194,7 @@ TEST(LinearProgramGuideMonitor, WaitsForWhatIsLeftOfTheLastSecond) {
   tv.load();
   EXPECT_EQ(tv.queue->advance(599ms), 0U) << "no look at the guide, again and again, till the end";
   tv.goOn();
-  EXPECT_EQ(tv.times, (std::vector{kNoon - 600ms, kNoon}));
+  EXPECT_EQ(tv.heard, Texts({"138299 +10799400", "138300 +0"}));
 }
 
 TEST(LinearProgramGuideMonitor, KeepsTheWaitsOfEarlierLoads) {
@@ -212,7 +203,7 @@ TEST(LinearProgramGuideMonitor, KeepsTheWaitsOfEarlierLoads) {
   tv.load();
   tv.goOn();
   tv.arrive(4);
-  EXPECT_EQ(tv.ids, Texts({"138300", "138300", "138301", "138301"}));
+  EXPECT_EQ(tv.heard, Texts({"138300 +0", "138300 +0", "138301 +0", "138301 +0"}));
   EXPECT_EQ(tv.queue->delayed(), 2U);
 }
 
@@ -221,12 +212,12 @@ TEST(LinearProgramGuideMonitor, IsIdleAfterAVideoFailsUntilTheNextLoad) {
   tv.load();
   tv.channel->fails = true;
   tv.goOn();
-  EXPECT_EQ(tv.messages->lines, Texts({"epg/epg error: Unable to update video for EPG"}));
-  EXPECT_EQ(tv.monitor->lastUpdate()->program.endTime, tv.clock->now());
+  EXPECT_EQ(tv.heard.back(), "epg/epg error: Unable to update video for EPG");
+  EXPECT_EQ(tv.monitor->lastUpdate()->program.id, "138300");
   EXPECT_TRUE(tv.isIdle());
   tv.channel->fails = false;
   tv.load();
-  EXPECT_EQ(tv.ids.back(), tv.current());
+  EXPECT_EQ(tv.heard.back(), "138301 +0");
 }
 
 TEST(LinearProgramGuideMonitor, IsIdleAfterAReloadFailsUntilTheNextLoad) {
@@ -237,11 +228,13 @@ TEST(LinearProgramGuideMonitor, IsIdleAfterAReloadFailsUntilTheNextLoad) {
   tv.channel->fails = true;
   tv.queue->advanceToNext();
   ASSERT_TRUE(tv.channel->guideAsked.wait(2)) << "for with this end four programmes are left";
+  EXPECT_NE(tv.channel->queries.back().find("T06:00:00.000Z&end_time=2017-05-05T06:00:00.000Z"),
+            std::string::npos);
   EXPECT_TRUE(tv.monitor->load(tv.clock->now(), 3).wait(kPatience).failed());
   EXPECT_TRUE(tv.isIdle());
   tv.channel->fails = false;
   tv.load();
-  EXPECT_EQ(tv.ids.back(), tv.current());
+  EXPECT_EQ(tv.heard.back(), "138306 +0");
 }
 
 TEST(LinearProgramGuideMonitor, WaitsAnewWhenTheClockIsSet) {
@@ -255,23 +248,18 @@ TEST(LinearProgramGuideMonitor, WaitsAnewWhenTheClockIsSet) {
   tv.queue->run();
   EXPECT_EQ(tv.queue->advance(3h), 2U) << "the jobs of the waits given up find nothing to do";
   tv.goOn();
-  EXPECT_EQ(tv.times, (std::vector{kNoon, kNoon + 3h, kNoon + 6h}));
+  EXPECT_EQ(tv.heard, Texts({"138300 +0", "138301 +0", "138302 +0"}));
   EXPECT_EQ(tv.queue->delayed(), 1U);
-}
-
-TEST(LinearProgramGuideMonitor, FindsThePresentWhenABoxThatBootedIn1970IsSet) {
-  OnAir tv(Date(5'000));
-  tv.load();
-  tv.clock->setWall(kNoon);
-  tv.arrive(2);
-  EXPECT_EQ(tv.ids, Texts({"0", tv.current()}));
+  tv.clock->setWall(at("2027-01-01T00:00:10Z"));
+  tv.arrive(4);
+  EXPECT_EQ(tv.heard.back(), "166552 +10000") << "at once, from a guide that is loaded anew";
 }
 
 TEST(LinearProgramGuideMonitor, WaitsLongerThanToTheEndWhenToldTo) {
   OnAir tv(kNoon + 500ms, [] { return 7001ms; });
   tv.load();
   tv.goOn();
-  EXPECT_EQ(tv.times.back(), kNoon + 3h + 7001ms);
+  EXPECT_EQ(tv.heard, Texts({"138300 +500", "138301 +7001"}));
   std::map<milliseconds, int> delays;
   for (int i = 0; i < 400; ++i) ++delays[randomDelayUpTo(3ms)()];
   EXPECT_EQ(delays.size(), 4U);
@@ -283,11 +271,14 @@ TEST(LinearProgramGuideMonitor, StopsWhenReleased) {
   OnAir tv(kNoon);
   tv.load();
   const auto loadNext = *tv.monitor->loadNext();
-  const std::weak_ptr probe = tv.monitor;
-  while (tv.monitor.use_count() > 1) std::this_thread::yield();  // a page is just applied
-  tv.monitor.reset();
-  EXPECT_TRUE(probe.expired());
+  tv.channel->holds = true;
+  const auto pending = tv.monitor->load(kNoon, 4);
+  ASSERT_TRUE(tv.channel->guideAsked.wait(2));
+  const std::weak_ptr probe = std::exchange(tv.monitor, nullptr);
+  for (int i = 0; i < 1'000'000 && !probe.expired(); ++i) std::this_thread::yield();
+  EXPECT_TRUE(probe.expired()) << "but for the moment in which a page is taken in";
   loadNext();
+  tv.channel->promise.success(*tv.channel->held);
   EXPECT_EQ(tv.queue->advanceToNext(), 1U);
   EXPECT_TRUE(tv.isIdle());
 }
@@ -353,22 +344,25 @@ TEST(LinearProgramGuideMonitorLoad, GroupsByTheDaysOfTheDevice) {
   add("mon", 7 * 24h);
   add("wed+7", 9 * 24h);
   tv.load();
-  EXPECT_EQ(tv.ids, Texts({"next"}));
+  EXPECT_EQ(tv.monitor->lastUpdate()->program.id, "next");
   EXPECT_EQ(tv.days(),
             "TODAY: next late; TOMORROW: tomorrow; SUNDAY: yesterday's; "
             "WEDNESDAY: wed wed+7; MONDAY: mon; ");
 }
 
-TEST(LinearProgramGuideMonitorLoad, TakesALatePageOfAnEarlierOneIn) {
+TEST(LinearProgramGuideMonitorLoad, DropsTheLoaderOfAnEarlierOneButTakesItsLatePageIn) {
   OnAir tv(kNoon);
   tv.channel->items = Channel::program("a", kNoon, kNoon + 1h);
+  tv.load();
+  EXPECT_TRUE(tv.monitor->loadNext());
   tv.channel->holds = true;
-  const auto early = tv.monitor->load(kNoon, 3);
-  ASSERT_TRUE(tv.channel->guideAsked.wait());
-  EXPECT_TRUE(tv.monitor->load(kNoon, 4).wait(kPatience).force());
+  const auto late = tv.monitor->load(kNoon, 4);
+  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append pages of the range before";
+  ASSERT_TRUE(tv.channel->guideAsked.wait(2));
+  tv.load();
   tv.channel->promise.success(*tv.channel->held);
-  EXPECT_TRUE(early.wait(kPatience).force());
-  tv.arrive(2);
+  EXPECT_TRUE(late.wait(kPatience).force());
+  tv.arrive(3);
   EXPECT_EQ(tv.days(), "TODAY: a a; ");
 }
 
@@ -393,23 +387,11 @@ TEST(LinearProgramGuideMonitorPaging, GoesOnAfterAFailureAndEndsWithTheFinalPage
   for (const std::int64_t offset : {10, 20}) {
     tv.channel->meta = {24, 10, offset};
     (*tv.monitor->loadNext())();
-    tv.arrive(tv.ids.size() + 1);
+    tv.arrive(tv.heard.size() + 1);
     EXPECT_TRUE(tv.channel->queries.back().ends_with(std::to_string(offset) + "&limit=10"));
   }
   EXPECT_FALSE(tv.monitor->loadNext()) << "it would append the final page again and again";
   EXPECT_EQ(tv.days(), "TODAY: a a a; ");
-}
-
-TEST(LinearProgramGuideMonitorPaging, EndsWithAFreshLoad) {
-  OnAir tv(kNoon);
-  tv.load();
-  EXPECT_TRUE(tv.monitor->loadNext());
-  tv.channel->holds = true;
-  const auto loaded = tv.monitor->load(kNoon, 4);
-  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append pages of the range before";
-  ASSERT_TRUE(tv.channel->guideAsked.wait(2));
-  tv.channel->promise.success(*tv.channel->held);
-  EXPECT_TRUE(loaded.wait(kPatience).force());
 }
 
 TEST(LinearProgramGuideMonitorPaging, EndsWhereOffsetsEndOrDoNotGrow) {

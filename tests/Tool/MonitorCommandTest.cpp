@@ -71,6 +71,8 @@ TEST(MonitorCommand, PrintsAnObjectForEachUpdateAndEndsAfterTheLast) {
   }
   ASSERT_EQ(ids.size(), 3U);
   EXPECT_LT(ids.front(), ids.back()) << "another programme";
+  EXPECT_NE(runTool({"--demo", "monitor", "--updates", "1"}).output.find("  on air  "),
+            std::string::npos);
 }
 
 TEST(MonitorCommand, EndsWhileIdleWhenInterruptedOrNoLongerRead) {
