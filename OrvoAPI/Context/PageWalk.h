@@ -30,9 +30,9 @@ concept Paged = std::same_as<T, ItemCollection> || std::same_as<T, Playlist> ||
 
 namespace orvo::detail {
 
-/// Where a walk stands. Fetches under way hold it; it holds none of them.
+/// Where a walk stands. It holds no fetch that is under way, and is held weakly by that.
 template <Paged T>
-class PageWalk {
+class PageWalk : public std::enable_shared_from_this<PageWalk<T>> {
   using Fetch = std::shared_ptr<const Capability<Shared<T>>>;
 
  public:
@@ -40,18 +40,24 @@ class PageWalk {
       : context_(std::move(context)),
         upcoming_(std::make_shared<const Capability<Shared<T>>>(std::move(first))) {}
 
-  [[nodiscard]] static Future<Shared<T>> next(const std::shared_ptr<PageWalk>& walk) {
-    LockGuard guard(walk->lock_);
-    const auto fetch = walk->upcoming_;
-    const auto offset = walk->offset_;
-    const bool cancelled = walk->cancelled_;
+  [[nodiscard]] Future<Shared<T>> next() {
+    LockGuard guard(lock_);
+    const auto fetch = upcoming_;
+    const auto offset = offset_;
+    const bool cancelled = cancelled_;
     guard.unlock();
     if (cancelled) return Future<Shared<T>>::failed(URLError{URLError::cancelled, "cancelled"});
     if (fetch == nullptr) return Future<Shared<T>>::succeeded(nullptr);
-    auto page =
-        (*fetch)().map([walk, offset](const Shared<T>& came) { return walk->take(came, offset); });
-    page.onCancel([walk](bool completed) {
-      if (!completed) walk->cancel();
+    const auto weak = this->weak_from_this();
+    auto page = (*fetch)().map([weak, offset](const Shared<T>& came) {
+      const bool isFurther = came != nullptr && (!offset || came->meta.offset > *offset);
+      const auto walk = weak.lock();
+      if (walk != nullptr) walk->move(offset, isFurther ? came.get() : nullptr);
+      return isFurther ? came : nullptr;
+    });
+    page.onCancel([weak](bool completed) {
+      const auto walk = weak.lock();
+      if (walk != nullptr && !completed) walk->cancel();
     });
     return page;
   }
@@ -69,19 +75,14 @@ class PageWalk {
   }
 
  private:
-  /// The page, asked for when the walk stood at `offset`, and the step on to it; null, and the end,
-  /// when it does not lie further on.
-  Shared<T> take(const Shared<T>& page, std::optional<std::int64_t> offset) {
-    const bool isFurther = page != nullptr && (!offset || page->meta.offset > *offset);
-    Fetch following = isFurther ? fetchAfter(*page) : nullptr;
-    LockGuard guard(lock_);
+  /// From `offset`, where the walk stood when it asked, on to the page; to the end without one.
+  void move(std::optional<std::int64_t> offset, const T* page) {
+    Fetch following = page != nullptr ? fetchAfter(*page) : nullptr;
+    const LockGuard guard(lock_);
     // Of several calls for one page the first moves the walk.
-    if (!cancelled_ && offset_ == offset) {
-      if (isFurther) offset_ = page->meta.offset;
-      upcoming_.swap(following);
-    }
-    guard.unlock();
-    return isFurther ? page : nullptr;
+    if (cancelled_ || offset_ != offset) return;
+    if (page != nullptr) offset_ = page->meta.offset;
+    upcoming_.swap(following);
   }
 
   /// Nothing after the last page. The context stops the process when offset and limit add up beyond
@@ -128,7 +129,7 @@ class PageLoop : public std::enable_shared_from_this<PageLoop<T, F>> {
 
  private:
   void askForNext() {
-    PageWalk<T>::next(walk_).onComplete(
+    walk_->next().onComplete(
         queue_, [self = this->shared_from_this()](const auto& page) { self->take(page); });
   }
   void take(const Result<Shared<T>>& page) {

@@ -38,7 +38,7 @@ class Pages {
   /// A failure leaves the walk where it stood: a further call asks for the same page again. So does
   /// one that is made before the last call has its page. Cancelling the future before it has its
   /// page drops that page and ends the walk for good: further calls fail with `URLError` -999.
-  [[nodiscard]] Future<Shared<T>> next() const { return detail::PageWalk<T>::next(walk_); }
+  [[nodiscard]] Future<Shared<T>> next() const { return walk_->next(); }
 
   /// Whether there is nothing more to ask for. That a list has stopped growing shows only when its
   /// next page is asked for.
