@@ -15,6 +15,11 @@
 namespace orvo::test {
 namespace {
 
+const std::map<std::string, std::string> kRedirects = {{"/videos/x", "/videos/y"},
+                                                       {"/videos/x2", "/videos/y?b=2"},
+                                                       {"/videos/x3", "/videos/y?"},
+                                                       {"/chain", "/videos/x"}};
+
 class DefaultNetworkProviderTest : public testing::Test {
  protected:
   /// Fetches with the token that the session had when the request was made.
@@ -22,19 +27,15 @@ class DefaultNetworkProviderTest : public testing::Test {
     return provider_.fetch({.url = server_.url(target), .headers = {{"Authorization", "old"}}});
   }
 
-  const HTTPServer server_{[this](const ServedRequest& request) -> ServedAnswer {
+  const HTTPServer server_{[](const ServedRequest& request) -> ServedAnswer {
     const auto question = request.target.find('?');
-    const auto found = redirects.find(request.target.substr(0, question));
-    if (found == redirects.end()) return {404, "not found"};
+    const auto found = kRedirects.find(request.target.substr(0, question));
+    if (found == kRedirects.end()) return {404, "not found"};
     return {302, "moved", {{"Location", found->second}}};
   }};
   const std::shared_ptr<StubSessionProvider> session_ =
       std::make_shared<StubSessionProvider>("new");
   DefaultNetworkProvider provider_{session_};
-  const std::map<std::string, std::string> redirects = {{"/videos/x", "/videos/y"},
-                                                        {"/videos/x2", "/videos/y?b=2"},
-                                                        {"/videos/x3", "/videos/y?"},
-                                                        {"/chain", "/videos/x"}};
 };
 
 TEST_F(DefaultNetworkProviderTest, CarriesTheQueryOverAndSendsOneTokenOnEachHop) {
