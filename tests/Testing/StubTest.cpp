@@ -1,7 +1,6 @@
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <OrvoAPI/Testing/StubNetworkDataProvider.h>
-#include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -43,22 +42,6 @@ TEST(StubNetworkDataProvider, WaitsForRequestsOfOtherThreads) {
   thread.join();
   EXPECT_TRUE(network.fetches.isCancelled(0));
   EXPECT_FALSE(network.fetches.waitForCount(2, std::chrono::milliseconds(0)));
-}
-
-TEST(StubSessionProvider, GivesTokensAtOnceUntilTheyAreHeld) {
-  StubSessionProvider session("first");
-  const auto token = session.retrieveSessionToken();
-  EXPECT_EQ(*token.value(), "first");
-  session.setToken("second");
-  EXPECT_EQ(session.currentToken(), "second");
-  session.holdTokens();
-  const auto held = session.retrieveSessionToken();
-  const auto renewed = session.updateSession();
-  EXPECT_FALSE(held.didComplete());
-  session.retrievals.succeed(1, "third");
-  session.updates.succeed(0, false);
-  EXPECT_EQ(*held.value(), "third");
-  EXPECT_EQ(*renewed.value(), false);
 }
 
 /// Keeps what a request was answered with.
