@@ -58,19 +58,22 @@ JSONNode node(const JSONNode& neighbour, dom::element element) {
   return {neighbour.document(), positionOf(element)};
 }
 
-std::optional<std::string_view> string(dom::element element) {
+// The elements as values of a kind, or nothing when they are of another; containers share the
+// document of the neighbour.
+
+std::optional<std::string_view> string(const JSONNode&, dom::element element) {
   std::string_view found;
   if (element.get_string().get(found)) return std::nullopt;
   return found;
 }
 
-std::optional<double> number(dom::element element) {
+std::optional<double> number(const JSONNode&, dom::element element) {
   double found{};
   if (element.get_double().get(found)) return std::nullopt;  // integers convert
   return found;
 }
 
-std::optional<std::int64_t> integer(dom::element element) {
+std::optional<std::int64_t> integer(const JSONNode&, dom::element element) {
   if (std::int64_t found{}; !element.get_int64().get(found)) return found;
   double found{};
   if (!element.is_double() || element.get_double().get(found)) return std::nullopt;
@@ -79,7 +82,7 @@ std::optional<std::int64_t> integer(dom::element element) {
   return static_cast<std::int64_t>(found);
 }
 
-std::optional<bool> boolean(dom::element element) {
+std::optional<bool> boolean(const JSONNode&, dom::element element) {
   bool found{};
   if (element.get_bool().get(found)) return std::nullopt;
   return found;
@@ -103,6 +106,10 @@ std::optional<JSONArrayOf<Element>> arrayOf(const JSONNode& neighbour, dom::elem
 std::optional<JSONObject> object(const JSONNode& neighbour, dom::element element) {
   if (!element.is_object()) return std::nullopt;
   return JSONObject(node(neighbour, element));
+}
+
+std::optional<JSONValue> value(const JSONNode& neighbour, dom::element element) {
+  return JSONValue(node(neighbour, element));
 }
 
 }  // namespace
@@ -219,10 +226,12 @@ Result<JSONValue> JSONDataParser::value(const Data& data) {
 
 namespace {
 
-/// The element of a node that was read, or nothing for a value that never was.
-std::optional<dom::element> elementIn(const detail::JSONNode& node) {
+/// What `read` makes of the node's element; nothing for a value that never was read.
+template <class Value>
+std::optional<Value> as(const detail::JSONNode& node,
+                        std::optional<Value> (*read)(const detail::JSONNode&, dom::element)) {
   if (!node.document()) return std::nullopt;
-  return detail::elementOf(node);
+  return read(node, detail::elementOf(node));
 }
 
 }  // namespace
@@ -248,37 +257,17 @@ JSONValue::Kind JSONValue::kind() const {
   return Kind::null;
 }
 
-std::optional<std::string_view> JSONValue::string() const {
-  const auto element = elementIn(node_);
-  return element ? detail::string(*element) : std::nullopt;
-}
-std::optional<double> JSONValue::number() const {
-  const auto element = elementIn(node_);
-  return element ? detail::number(*element) : std::nullopt;
-}
-std::optional<std::int64_t> JSONValue::integer() const {
-  const auto element = elementIn(node_);
-  return element ? detail::integer(*element) : std::nullopt;
-}
-std::optional<bool> JSONValue::boolean() const {
-  const auto element = elementIn(node_);
-  return element ? detail::boolean(*element) : std::nullopt;
-}
-std::optional<JSONObject> JSONValue::object() const {
-  const auto element = elementIn(node_);
-  return element ? detail::object(node_, *element) : std::nullopt;
-}
-std::optional<JSONArray> JSONValue::array() const {
-  const auto element = elementIn(node_);
-  return element ? detail::arrayOf<JSONValue>(node_, *element) : std::nullopt;
-}
+std::optional<std::string_view> JSONValue::string() const { return as(node_, detail::string); }
+std::optional<double> JSONValue::number() const { return as(node_, detail::number); }
+std::optional<std::int64_t> JSONValue::integer() const { return as(node_, detail::integer); }
+std::optional<bool> JSONValue::boolean() const { return as(node_, detail::boolean); }
+std::optional<JSONObject> JSONValue::object() const { return as(node_, detail::object); }
+std::optional<JSONArray> JSONValue::array() const { return as(node_, detail::arrayOf<JSONValue>); }
 std::optional<JSONObjects> JSONValue::objects() const {
-  const auto element = elementIn(node_);
-  return element ? detail::arrayOf<JSONObject>(node_, *element) : std::nullopt;
+  return as(node_, detail::arrayOf<JSONObject>);
 }
 std::optional<JSONStrings> JSONValue::strings() const {
-  const auto element = elementIn(node_);
-  return element ? detail::arrayOf<std::string_view>(node_, *element) : std::nullopt;
+  return as(node_, detail::arrayOf<std::string_view>);
 }
 
 std::string JSONValue::text() const {
@@ -304,44 +293,41 @@ std::optional<dom::element> find(const detail::JSONNode& object, std::string_vie
   return std::nullopt;
 }
 
+template <class Value>
+std::optional<Value> memberAs(const detail::JSONNode& object, std::string_view key,
+                              std::optional<Value> (*read)(const detail::JSONNode&, dom::element)) {
+  const auto found = find(object, key);
+  return found ? read(object, *found) : std::nullopt;
+}
+
 }  // namespace
 
 std::optional<JSONValue> JSONObject::value(std::string_view key) const {
-  const auto found = find(node_, key);
-  if (!found) return std::nullopt;
-  return JSONValue(detail::node(node_, *found));
+  return memberAs(node_, key, detail::value);
 }
 std::optional<std::string_view> JSONObject::string(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::string(*found) : std::nullopt;
+  return memberAs(node_, key, detail::string);
 }
 std::optional<double> JSONObject::number(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::number(*found) : std::nullopt;
+  return memberAs(node_, key, detail::number);
 }
 std::optional<std::int64_t> JSONObject::integer(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::integer(*found) : std::nullopt;
+  return memberAs(node_, key, detail::integer);
 }
 std::optional<bool> JSONObject::boolean(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::boolean(*found) : std::nullopt;
+  return memberAs(node_, key, detail::boolean);
 }
 std::optional<JSONObject> JSONObject::object(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::object(node_, *found) : std::nullopt;
+  return memberAs(node_, key, detail::object);
 }
 std::optional<JSONArray> JSONObject::array(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::arrayOf<JSONValue>(node_, *found) : std::nullopt;
+  return memberAs(node_, key, detail::arrayOf<JSONValue>);
 }
 std::optional<JSONObjects> JSONObject::objects(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::arrayOf<JSONObject>(node_, *found) : std::nullopt;
+  return memberAs(node_, key, detail::arrayOf<JSONObject>);
 }
 std::optional<JSONStrings> JSONObject::strings(std::string_view key) const {
-  const auto found = find(node_, key);
-  return found ? detail::arrayOf<std::string_view>(node_, *found) : std::nullopt;
+  return memberAs(node_, key, detail::arrayOf<std::string_view>);
 }
 
 JSONObject::Iterator JSONObject::begin() const { return Iterator(node_); }
