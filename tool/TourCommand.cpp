@@ -97,7 +97,7 @@ int runTour(Tool& tool) {
 }  // namespace
 
 void addTourCommand(Commands& commands) {
-  commands.add("tour", "A short walk: the first page, a video on it, and its stream", runTour);
+  commands.add("tour", "A short walk: a page, a video on it, and its stream", runTour);
 }
 
 }  // namespace orvo::tool

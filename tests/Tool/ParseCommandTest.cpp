@@ -1,10 +1,8 @@
 #include "RunTool.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 
 namespace orvo::tool {
@@ -66,32 +64,32 @@ TEST(ParseCommand, PrintsTheExactModelOfALineup) {
 }
 
 TEST(ParseCommand, PassesOnWhatIsNotInTheDocument) {
-  const std::string meta = R"("meta": {"total": 1, "limit": 1, "offset": 0})";
+  const std::string meta = R"("meta":{"total":1,"limit":1,"offset":0})";
   const std::string collection = R"({"type": "generic", "collection_type": "top_results",
       "label": "L", "short_label": "S", "items": [], )" +
                                  meta + "}";
   const std::string parsed =
-      R"({"query":"q","label":"L","shortLabel":"S","kind":"generic","contentsKind":"mixed",)"
-      R"("resultsKind":"top","meta":{"total":1,"limit":1,"offset":0},"items":[]})";
-  expectAnswers(
-      {{{"search-collection", "--query", "q"}, collection, R"({"ok":)" + parsed + "}"},
-       {{"search-results", "--query", "q"},
-        R"({"collections": [)" + collection + ", {}]}",
-        R"({"ok":[)" + parsed + "]}"},
-       {{"linear-program-guide", "--start", "2017-05-01T00:00:00.000Z"},
-        "{" + meta + "}",
-        R"({"ok":{"startDate":"2017-05-01T00:00:00.000Z","endDate":"1970-01-01T00:00:00.000Z",)"
-        R"("items":[],"meta":{"total":1,"limit":1,"offset":0}}})"}},
-      0);
+      R"([{"query":"q","label":"L","shortLabel":"S","kind":"generic","contentsKind":"mixed",)"
+      R"("resultsKind":"top",)" +
+      meta + R"(,"items":[]}])";
+  expectAnswers({{{"search-results", "--query", "q"},
+                  R"({"collections": [)" + collection + ", {}]}",
+                  R"({"ok":)" + parsed + "}"},
+                 {{"linear-program-guide", "--start", "2017-05-01T00:00:00.000Z"},
+                  "{" + meta + "}",
+                  R"({"ok":{"startDate":"2017-05-01T00:00:00.000Z",)"
+                  R"("endDate":"1970-01-01T00:00:00.000Z","items":[],)" +
+                      meta + "}}"}},
+                0);
 }
 
 TEST(ParseCommand, ReadsBareDatesWithOrWithoutALineEnd) {
-  expectAnswers(
-      {{{"event-date"}, "2017-05-01T10:00:00+01:00\n", R"({"ok":"2017-05-01T09:00:00.000Z"})"},
-       {{"iso8601-date"}, "2017-05-01T10:00:00Z\r\n", R"({"ok":"2017-05-01T10:00:00.000Z"})"},
-       {{"resource-date"}, "2017-05-01T10:00:00.250Z", R"({"ok":"2017-05-01T10:00:00.250Z"})"},
-       {{"resource-date"}, "yesterday", R"({"ok":null})"}},
-      0);
+  const std::string nine = R"({"ok":"2017-05-01T09:00:00.000Z"})";
+  expectAnswers({{{"event-date"}, "2017-05-01T10:00:00+01:00\n", nine},
+                 {{"iso8601-date"}, "2017-05-01T09:00:00Z\r\n", nine},
+                 {{"resource-date"}, "2017-05-01T09:00:00.000Z", nine},
+                 {{"resource-date"}, "yesterday", R"({"ok":null})"}},
+                0);
 }
 
 TEST(ParseCommand, PrintsEachErrorWithItsPayload) {
@@ -115,15 +113,12 @@ TEST(ParseCommand, PrintsEachErrorWithItsPayload) {
 }
 
 TEST(ParseCommand, KeepsConsoleLinesOutOfTheDocument) {
-  char path[] = "/tmp/orvo-include-XXXXXX";
-  const int file = mkstemp(path);
-  const std::string video = R"({"id": "v", "title": "T", "short_description": "S"})";
-  ASSERT_EQ(write(file, video.data(), video.size()), static_cast<ssize_t>(video.size()));
-  close(file);
+  const std::string path = testing::TempDir() + "orvo-included-video";
+  std::ofstream(path) << R"({"id": "v", "title": "T", "short_description": "S"})";
   const ToolRun run = runTool({"parse", "playlist", "--include", path},
                               R"({"id": "p", "label": "L", "short_label": "S", "items": [],
                               "meta": {"total": 0, "limit": 1, "offset": 0}})");
-  std::remove(path);
+  std::remove(path.c_str());
   EXPECT_EQ(run.output.find(R"({"ok":{"id":"p")"), 0U);
   EXPECT_NE(run.output.find(R"("items":[{"id":"v")"), std::string::npos);
   EXPECT_EQ(run.error, "Prepending video to playlist\n");

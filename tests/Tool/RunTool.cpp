@@ -8,6 +8,8 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <iterator>
+#include <sstream>
 
 namespace orvo::tool {
 
@@ -75,6 +77,11 @@ int spawnTool(const std::vector<std::string>& arguments, int in, int out, int er
 }
 
 }  // namespace
+
+std::vector<std::string> words(const std::string& text) {
+  std::istringstream stream(text);
+  return {std::istream_iterator<std::string>(stream), {}};
+}
 
 ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input) {
   const MemoryFile in(input);

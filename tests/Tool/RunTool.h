@@ -13,6 +13,9 @@ struct ToolRun {
   std::string error;
 };
 
+/// The words of a command line, between spaces.
+[[nodiscard]] std::vector<std::string> words(const std::string& text);
+
 /// Runs the tool without a locale, without a terminal and without colours.
 [[nodiscard]] ToolRun runTool(const std::vector<std::string>& arguments,
                               const std::string& input = "");
