@@ -102,7 +102,10 @@ struct OnAir final : Logger {
   }
   /// How an update is noted down: `138300 +300`, with the milliseconds since the programme's start.
   static std::string seen(const std::string& id, Date start, Date now) {
-    return id + " +" + std::to_string((now - start).count());
+    // Unsigned, for clocks that stand at the end of time.
+    const auto since = static_cast<std::uint64_t>(now.millisecondsSince1970()) -
+                       static_cast<std::uint64_t>(start.millisecondsSince1970());
+    return id + " +" + std::to_string(static_cast<std::int64_t>(since));
   }
   void log(std::string_view message, LogLevel level, std::string_view subsystem,
            std::string_view category) override {
