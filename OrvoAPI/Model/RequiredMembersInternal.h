@@ -16,7 +16,8 @@ namespace orvo {
 
 /// Reads an object's required members one after the other and remembers the first that is missing
 /// or of the wrong kind; from then on every read gives an empty value ("/" for a URL). Ask `failed`
-/// before using what was read, or end with `result`. Used by one thread; the object must outlive it.
+/// before using what was read, or end with `result`. Used by one thread; the object must outlive
+/// it.
 class RequiredMembers {
  public:
   /// `type` names the record in the failure; a literal.
