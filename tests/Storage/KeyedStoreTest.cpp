@@ -40,6 +40,7 @@ TEST(KeyedStore, ReplacesAndRemovesByKey) {
 struct Busy {
   explicit Busy(KeyedStore<Busy>& itsStore) : store(&itsStore) {}
   Busy(const Busy& other) : store(other.store) { store->remove("unknown"); }
+  Busy& operator=(const Busy&) = default;
   KeyedStore<Busy>* store;
 };
 
