@@ -8,3 +8,16 @@ function(orvo_options target)
     target_compile_options(${target} PRIVATE -Werror)
   endif()
 endfunction()
+
+# For programs that people run: what the compiler and the linker can do so that a fault in memory
+# ends the program instead of being of use to somebody.
+function(orvo_harden target)
+  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-fstack-protector-strong>
+    $<$<CONFIG:Release>:-fstack-clash-protection>)
+  target_compile_definitions(${target} PRIVATE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>
+    $<$<CONFIG:Release>:_GLIBCXX_ASSERTIONS>)
+  get_target_property(type ${target} TYPE)
+  if(type STREQUAL EXECUTABLE)
+    target_link_options(${target} PRIVATE -pie -Wl,-z,relro,-z,now)
+  endif()
+endfunction()

@@ -41,6 +41,7 @@ std::shared_ptr<NetworkSession> NetworkSession::make(URLSessionConfiguration con
 
 bool CurlSession::open() {
   if (pool_ != nullptr) return true;
+  if (!NetworkThread::shared().isUsable()) return false;
   pool_ = CurlPool::of(configuration_.certificateAuthorityFile.value_or(""));
   share_ = curl_share_init();
   if (pool_ == nullptr || share_ == nullptr) return false;

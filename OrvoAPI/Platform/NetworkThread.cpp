@@ -50,39 +50,37 @@ bool NetworkThread::post(Command command) {
 }
 
 void NetworkThread::begin() {
-  const auto end = [] { shared().shutDown(); };
-  // Counted: a host that uses the same library does not notice.
-  const bool initialised = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  // Once in its turn among the library's threads, and once, by its own entry, before the TLS
-  // library takes itself apart: that one has registered its end just now.
-  atProcessExit(ExitStage::network, end);
-  std::atexit(end);
+  atProcessExit(ExitStage::network, [] { shared().shutDown(); });
   epoll_ = epoll_create1(EPOLL_CLOEXEC);
   wakeup_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   epoll_event event{};
   event.events = EPOLLIN;
   event.data.fd = wakeup_;
-  running_.add();
-  if (initialised && epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeup_, &event) == 0 &&
-      startThread("orvo-network", [] { shared().run(); })) {
-    state_ = State::running;
-    return;
+  if (epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeup_, &event) == 0) {
+    thread_ = startJoinableThread("orvo-network", [] { shared().run(); });
   }
-  running_.remove();
-  state_ = State::failed;
+  state_ = thread_ ? State::running : State::failed;
 }
 
 void NetworkThread::shutDown() {
   if (isForkedChild()) return;
+  std::optional<pthread_t> thread;
   {
     const LockGuard guard(lock_);
     if (state_ == State::running) eventfd_write(wakeup_, 1);
     state_ = State::ended;
+    thread.swap(thread_);
   }
-  running_.waitUntilAtMost(0, kExitPatience);
+  if (thread) joinWithin(*thread, kExitPatience);
 }
 
 void NetworkThread::run() {
+  // Here, for it takes a while, and leaves something behind with its thread. Counted: a host that
+  // uses the same library does not notice.
+  isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  // A second entry, to end before the TLS library takes itself apart: that one has just registered
+  // its end.
+  std::atexit([] { shared().shutDown(); });
   now_ = std::chrono::steady_clock::now();
   while (runCommands()) {
     // By index: ending an exchange may end a session and its pool.
@@ -94,7 +92,6 @@ void NetworkThread::run() {
   for (const auto& session : std::exchange(sessions_, {})) session->close();
   ::close(wakeup_);
   ::close(epoll_);
-  running_.remove();
 }
 
 /// False when the process is ending; the commands that came before that have been run.

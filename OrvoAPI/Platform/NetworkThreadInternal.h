@@ -96,6 +96,8 @@ class NetworkThread {
 
   // On the network thread, for the pools.
 
+  /// False when the HTTP library could not be initialised.
+  [[nodiscard]] bool isUsable() const { return isUsable_; }
   /// The time at which the thread last woke up.
   [[nodiscard]] NetworkTime now() const { return now_; }
   void add(NetworkPool& pool);
@@ -132,11 +134,12 @@ class NetworkThread {
   Lock lock_;
   State state_ ORVO_GUARDED_BY(lock_) = State::unused;
   std::vector<Command> commands_ ORVO_GUARDED_BY(lock_);
-  ThreadCount running_;
-  int epoll_ = -1;   // set before the thread starts
-  int wakeup_ = -1;  // likewise
+  std::optional<pthread_t> thread_ ORVO_GUARDED_BY(lock_);  // until somebody joins it
+  int epoll_ = -1;                                          // set before the thread starts
+  int wakeup_ = -1;                                         // likewise
 
   // Of the network thread.
+  bool isUsable_ = false;
   NetworkTime now_;
   std::vector<Command> taken_;
   std::vector<std::shared_ptr<NetworkSession>> sessions_;  // those started and not yet closed

@@ -8,6 +8,7 @@
 #include <array>
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 
 namespace orvo::detail {
 namespace {
@@ -57,6 +58,12 @@ void endAll() {
 }  // namespace
 
 bool startThread(const char* name, void (*body)()) {
+  const auto thread = startJoinableThread(name, body);
+  if (thread) pthread_detach(*thread);
+  return thread.has_value();
+}
+
+std::optional<pthread_t> startJoinableThread(const char* name, void (*body)()) {
   sigset_t blocked;
   sigset_t before;
   sigfillset(&blocked);
@@ -65,15 +72,20 @@ bool startThread(const char* name, void (*body)()) {
   }
   pthread_sigmask(SIG_SETMASK, &blocked, &before);
   auto* const start = new Start{name, body};
-  pthread_attr_t attributes;
-  pthread_attr_init(&attributes);
-  pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
   pthread_t thread{};
-  const bool started = pthread_create(&thread, &attributes, enter, start) == 0;
+  const bool started = pthread_create(&thread, nullptr, enter, start) == 0;
   if (!started) delete start;
-  pthread_attr_destroy(&attributes);
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
-  return started;
+  return started ? std::optional(thread) : std::nullopt;
+}
+
+void joinWithin(pthread_t thread, std::chrono::milliseconds patience) {
+  timespec until{};
+  clock_gettime(CLOCK_REALTIME, &until);
+  const auto nanoseconds = std::chrono::nanoseconds(patience).count() + until.tv_nsec;
+  until.tv_sec += nanoseconds / 1'000'000'000;
+  until.tv_nsec = nanoseconds % 1'000'000'000;
+  pthread_timedjoin_np(thread, nullptr, &until);
 }
 
 bool isForkedChild() { return owner != 0 && owner != getpid(); }

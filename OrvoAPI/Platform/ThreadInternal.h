@@ -1,8 +1,11 @@
 #pragma once
 
+#include <pthread.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 
 namespace orvo::detail {
 
@@ -11,6 +14,12 @@ namespace orvo::detail {
 /// instruction raises are not, so that the host's crash reports are complete. What `body` throws
 /// stops the process. False when the system has no thread to give.
 [[nodiscard]] bool startThread(const char* name, void (*body)());
+
+/// As `startThread`, for a thread that somebody joins.
+[[nodiscard]] std::optional<pthread_t> startJoinableThread(const char* name, void (*body)());
+/// Waits until the thread is gone, with all that libraries keep for it, or the time has passed, or
+/// not at all on the thread itself. To be called once.
+void joinWithin(pthread_t thread, std::chrono::milliseconds patience);
 
 /// True on a thread that `startThread` started.
 [[nodiscard]] bool isLibraryThread();
