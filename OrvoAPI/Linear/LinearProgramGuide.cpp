@@ -18,7 +18,7 @@ std::vector<LinearProgram> programs(const JSONObject& json) {
     auto parsed = LinearProgramParser::parse(item);
     if (LinearProgram* program = parsed.value()) {
       programs.push_back(std::move(*program));
-    } else {
+    } else if (!isConsoleSilent()) {
       printToConsole("BAILED ON Linearprogram " + parsed.error()->description());
     }
   }

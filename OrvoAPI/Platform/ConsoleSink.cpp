@@ -1,5 +1,6 @@
 #include <OrvoAPI/Platform/ConsoleSink.h>
 
+#include <atomic>
 #include <cstdio>
 #include <memory>
 #include <mutex>
@@ -10,6 +11,7 @@ namespace orvo {
 namespace {
 
 struct Current {
+  std::atomic<bool> silent{false};
   std::mutex mutex;
   // Shared, so that a line is handed over outside the lock and a sink may replace itself.
   std::shared_ptr<const ConsoleSink> sink;
@@ -27,9 +29,15 @@ void setConsoleSink(ConsoleSink sink) {
   auto next = sink ? std::make_shared<const ConsoleSink>(std::move(sink)) : nullptr;
   const std::lock_guard lock(current().mutex);
   current().sink.swap(next);
+  current().silent = false;
 }
 
+void silenceConsole() { current().silent = true; }
+
+bool isConsoleSilent() { return current().silent.load(std::memory_order_relaxed); }
+
 void printToConsole(std::string_view line) {
+  if (isConsoleSilent()) return;
   std::string text;
   text.reserve(line.size() + 1);
   text.append(line).push_back('\n');

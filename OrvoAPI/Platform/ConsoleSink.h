@@ -13,6 +13,11 @@ using ConsoleSink = std::function<void(std::string_view line)>;
 /// line in one write. Safe from any thread; a line on its way may still reach the earlier sink.
 void setConsoleSink(ConsoleSink sink);
 
+/// Drops the lines, before they are made, until a sink is set: a guide of nothing but bad
+/// programmes has a line for each. Safe from any thread.
+void silenceConsole();
+[[nodiscard]] bool isConsoleSilent();
+
 /// Hands `line` and a newline to the sink.
 void printToConsole(std::string_view line);
 

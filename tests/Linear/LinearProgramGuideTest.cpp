@@ -67,6 +67,10 @@ TEST(LinearProgramGuideParser, DropsAndPrintsWhatItCannotRead) {
   EXPECT_EQ(console.lines.find("BAILED ON Linearprogram "), 0U) << console.lines;
   EXPECT_NE(console.lines.find("end_time"), std::string::npos) << console.lines;
   EXPECT_EQ(console.lines.find('\n'), console.lines.size() - 1);
+  const auto lines = console.lines;
+  silenceConsole();
+  EXPECT_FALSE(LinearProgramGuideParser::parse(document, Date(1), Date(2)).failed());
+  EXPECT_EQ(console.lines, lines);
 }
 
 TEST(LinearProgramGuide, SortsByStart) {
