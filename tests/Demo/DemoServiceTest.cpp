@@ -1,4 +1,3 @@
-#include <OrvoAPI/Configuration/Configuration.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <demo/DemoService.h>
 #include <gtest/gtest.h>
@@ -19,16 +18,12 @@ class Visit {
   }
 
   [[nodiscard]] const DemoService& service() const { return service_; }
-  std::string body(const std::string& path, const std::string& token = "") {
-    return get(path, token)->body;
-  }
   int status(const std::string& path, const std::string& token = "") {
     return get(path, token)->status;
   }
   std::string openSession() {
-    const auto json =
-        JSONDataParser::object(Data(body("/v3/session?os_family=ios&category=tablet")));
-    return std::string(json.force().string("token").value());
+    const auto body = get("/v3/session?os_family=ios&category=tablet", "")->body;
+    return std::string(*JSONDataParser::object(Data(body)).force().string("token"));
   }
 
  private:
@@ -49,15 +44,6 @@ TEST(DemoService, TakesAFreePortAndFreesIt) {
     EXPECT_EQ(first.status("/v3/configuration/ios/v1"), 200);
   }
   EXPECT_TRUE(DemoService({.port = port}).start());
-}
-
-TEST(DemoServiceTokens, AreNeededForContentOnly) {
-  Visit visit;
-  EXPECT_EQ(visit.status("/v3/products/welcome"), 401);
-  EXPECT_EQ(visit.status("/v3/products/welcome", "made up"), 401);
-  EXPECT_EQ(visit.status("/v3/products/welcome", visit.openSession()), 200);
-  EXPECT_EQ(visit.status("/lineups/grid.json"), 200);
-  EXPECT_EQ(visit.status("/resources/welcome/orvo_cover_art_square/im:i:f_png"), 200);
 }
 
 TEST(DemoServiceTokens, ExpireAfterTheirRequests) {
@@ -89,23 +75,17 @@ TEST(DemoServiceLog, HasALinePerRequestAndNoToken) {
   EXPECT_EQ(log.find(token), std::string::npos) << log;
 }
 
-TEST(DemoService, NamesItsOwnAddresses) {
-  Visit visit;
-  const std::string root = "http://127.0.0.1:" + std::to_string(visit.service().port()) + "/";
-  EXPECT_EQ(visit.service().baseURL(), root + "v3/");
-  EXPECT_EQ(visit.service().lineupURL("grid"), root + "lineups/grid.json");
-  const auto json = JSONDataParser::object(Data(visit.body("/v3/configuration/ios/v1"))).force();
-  EXPECT_EQ(ConstantsParser::parse(json).force().hlsBaseURL.text(), root + "hls");
-}
-
-TEST(DemoService, RefusesWhatMakesNoSense) {
+TEST(DemoService, AsksForATokenForContentOnlyAndRefusesWhatMakesNoSense) {
   Visit visit;
   const std::string token = visit.openSession();
+  EXPECT_EQ(visit.status("/v3/products/welcome"), 401);
+  EXPECT_EQ(visit.status("/v3/products/welcome", "made up"), 401);
+  EXPECT_EQ(visit.status("/lineups/grid.json"), 200);
+  EXPECT_EQ(visit.status("/resources/welcome/orvo_cover_art_square/im:i:f_png"), 200);
   EXPECT_EQ(visit.status("/v3/products/nobody", token), 404);
   EXPECT_EQ(visit.status("/v3/collections/everything?limit=-1", token), 400);
   EXPECT_EQ(visit.status("/v3/epg?start_time=now&end_time=then", token), 400);
   EXPECT_EQ(visit.status("/hls/welcome/made-up/playlist.m3u8"), 403);
-  EXPECT_EQ(visit.status("/"), 404);
 }
 
 }  // namespace
