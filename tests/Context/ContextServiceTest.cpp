@@ -3,9 +3,8 @@
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <gtest/gtest.h>
 
-#include <vector>
-
 #include "tests/Context/StubbedContext.h"
+#include "tests/support/ScriptedServer.h"
 #include "tests/support/Signal.h"
 
 namespace orvo {
@@ -15,21 +14,18 @@ using namespace std::chrono_literals;
 
 struct StubbedService {
   std::shared_ptr<StubInterceptor> stub = std::make_shared<StubInterceptor>();
-  std::shared_ptr<ManualClock> clock = std::make_shared<ManualClock>();
 
   StubbedService() { stub->answerOthers("", {.statusCode = 404}); }
 
   void succeed() {
     stub->answer("/v3/session", R"({"token": "first"})");
-    stub->answer("/v3/session", R"({"token": "second"})");
     stub->answer("/v3/configuration/tvos/v1", configurationBody());
     stub->answer("/v3/products/p", kPageBody);
   }
   [[nodiscard]] Future<std::shared_ptr<Context>> start(
       std::string_view api = "http://api.example/v3/") const {
-    return ContextService::context(
-        url(api), url("http://img.example/"), Client::appleTV,
-        {.session = {.protocolClasses = {stub}}, .context = {.clock = clock}});
+    return ContextService::context(url(api), url("http://img.example/"), Client::appleTV,
+                                   {.session = {.protocolClasses = {stub}}});
   }
   /// What the start fails with, without the wrapping.
   [[nodiscard]] AnyError failure() const {
@@ -94,52 +90,19 @@ TEST(ContextService, ARejectedSessionDocumentIsKeptButNotDescribed) {
   EXPECT_EQ(error.description().find("secret"), std::string::npos);
 }
 
-/// Keeps all requests and tells of those that are cancelled.
-class Silence final : public URLInterceptor {
- public:
-  bool intercept(const URLRequest& request,
-                 const std::shared_ptr<InterceptedRequest>& kept) override {
-    kept->onCancel([this, isSession = request.url.path() == "/v3/session"] {
-      isSession ? session.tell() : configuration.tell();
-    });
-    held.push_back(kept);  // asked on one serial queue only
-    came.tell();
-    return true;
-  }
-  test::Signal came;
-  test::Signal session;
-  test::Signal configuration;
-  std::vector<std::shared_ptr<InterceptedRequest>> held;  // which hold their session
-};
-
 TEST(ContextService, CancellingReachesTheSessionsRequestOnly) {
-  const auto silence = std::make_shared<Silence>();
-  const auto start =
-      ContextService::context(url("http://api.example/v3/"), url("http://img.example/"),
-                              Client::appleTV, {.session = {.protocolClasses = {silence}}});
-  ASSERT_TRUE(silence->came.wait(2));
+  test::Signal asked, sessionLeft, otherLeft;
+  const test::ScriptedServer server([&](test::Connection& connection) {
+    const bool isSession = connection.readHead().starts_with("GET /v3/session");
+    asked.tell();
+    connection.waitForClose();
+    (isSession ? sessionLeft : otherLeft).tell();
+  });
+  const auto start = ContextService::context(server.url("/v3/"), server.url(), Client::appleTV);
+  ASSERT_TRUE(asked.wait(2));
   start.cancel();
-  EXPECT_TRUE(silence->session.wait());
-  EXPECT_FALSE(silence->configuration.told());
-  silence->held.clear();
-}
-
-TEST(ContextService, TheTokenIsRenewedAfterTwelveHoursWhateverTheWallClockSays) {
-  StubbedService service;
-  service.succeed();
-  const auto context = service.start().wait(kPatience).force();
-  // Protocol classes see every later request, too.
-  const auto tokenOfAFetch = [&] {
-    (void)context->fetchPage("p", {.noCache = true}).wait(kPatience).force();
-    return std::string(*service.stub->requests().back().headers.value("Authorization"));
-  };
-  service.clock->setWall(Date(4'000'000'000'000));
-  EXPECT_EQ(tokenOfAFetch(), "first");
-  service.clock->setWall(Date(0));
-  service.clock->advance(12h - 1ms);
-  EXPECT_EQ(tokenOfAFetch(), "first");
-  service.clock->advance(1ms);
-  EXPECT_EQ(tokenOfAFetch(), "second");
+  EXPECT_TRUE(sessionLeft.wait());
+  EXPECT_FALSE(otherLeft.told());
 }
 
 /// Drops the last reference to a context inside a callback that runs on the queue.
