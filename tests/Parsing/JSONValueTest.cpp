@@ -10,7 +10,6 @@ namespace orvo {
 namespace {
 
 using testing::ElementsAre;
-using Kind = JSONValue::Kind;
 
 /// "key=value" for each member, in the order of the walk.
 std::vector<std::string> members(const JSONObject& object) {
@@ -20,30 +19,17 @@ std::vector<std::string> members(const JSONObject& object) {
 }
 
 TEST(JSONValue, ConvertsBetweenNoKinds) {
-  const auto document =
-      object(R"({"b": true, "n": 1, "s": "1", "a": [], "o": {}, "z": null, "e": ""})");
-  const auto answers = [&](std::string_view key) {
-    const auto value = document.value(key).value();
-    return std::vector<bool>{value.boolean().has_value(), value.number().has_value(),
-                             value.string().has_value(), value.array().has_value(),
-                             value.object().has_value()};
-  };
-  EXPECT_THAT(answers("b"), ElementsAre(true, false, false, false, false));
-  EXPECT_THAT(answers("n"), ElementsAre(false, true, false, false, false));
-  EXPECT_THAT(answers("s"), ElementsAre(false, false, true, false, false));
-  EXPECT_THAT(answers("a"), ElementsAre(false, false, false, true, false));
-  EXPECT_THAT(answers("o"), ElementsAre(false, false, false, false, true));
-  EXPECT_THAT(answers("z"), ElementsAre(false, false, false, false, false));
-  EXPECT_EQ(document.value("z")->kind(), Kind::null);
-  EXPECT_EQ(document.value("missing").has_value(), false);
-  EXPECT_FALSE(document.integer("b") || document.integer("s") || document.string("n"));
-}
-
-TEST(JSONValue, IsNullUntilItIsRead) {
-  const JSONValue value;
-  EXPECT_EQ(value.kind(), Kind::null);
-  EXPECT_FALSE(value.string() || value.number() || value.object() || value.strings());
-  EXPECT_EQ(value.text(), "null");
+  const auto document = object(R"({"b": true, "n": 1, "s": "1", "a": [], "o": {}, "z": null})");
+  for (const auto& [key, value] : document) {
+    EXPECT_EQ(value.boolean().has_value(), key == "b") << key;
+    EXPECT_EQ(value.number().has_value(), key == "n") << key;
+    EXPECT_EQ(value.integer().has_value(), key == "n") << key;
+    EXPECT_EQ(value.string().has_value(), key == "s") << key;
+    EXPECT_EQ(value.array().has_value(), key == "a") << key;
+    EXPECT_EQ(value.object().has_value(), key == "o") << key;
+    EXPECT_EQ(value.kind() == JSONValue::Kind::null, key == "z") << key;
+  }
+  EXPECT_EQ(JSONValue().text(), "null") << "until it is read";
 }
 
 TEST(JSONValue, TakesWholeNumbersInRangeForIntegers) {
@@ -90,14 +76,7 @@ TEST(JSONObject, WalksManyMembersInTheirOrder) {
 TEST(JSONArray, IsOfAKindOnlyWhenEveryElementIs) {
   const auto document = object(R"({"objects":[{"i":1},{"i":2}], "strings":["a","b"],
       "mixed":["a",{}], "nulls":["a",null], "empty":[]})");
-  std::vector<std::int64_t> integers;
-  const auto objects = document.objects("objects").value();
-  for (const auto& each : objects) integers.push_back(each.integer("i").value());
-  EXPECT_THAT(integers, ElementsAre(1, 2));
-  const auto strings = document.strings("strings").value();
-  std::string joined;
-  for (const auto each : strings) joined += each;
-  EXPECT_EQ(joined, "ab");
+  EXPECT_EQ(document.objects("objects")->size() + document.strings("strings")->size(), 4U);
   for (const char* key : {"mixed", "nulls"}) {
     EXPECT_FALSE(document.strings(key) || document.objects(key)) << key;
     EXPECT_EQ(document.array(key)->size(), 2U);
