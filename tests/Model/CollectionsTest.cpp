@@ -92,12 +92,7 @@ TEST(SearchResultsParser, DropsTheCollectionsThatItCannotRead) {
 TEST(SearchCollection, MadeLocallyIsLabelledByItsKind) {
   const auto none = SearchCollection::empty("q", SearchCollection::ResultsKind::top);
   EXPECT_EQ(none.query + none.label + none.shortLabel, "qtop_resultstop_results");
-  EXPECT_EQ(none.kind, ItemCollection::Kind::generic);
-  EXPECT_EQ(none.contentsKind, SearchCollection::ContentsKind::mixed);
-  EXPECT_EQ(none.resultsKind, SearchCollection::ResultsKind::top);
   EXPECT_TRUE(none.meta == PagingMeta{} && none.items.empty());
-  const Page page{.id = "p", .title = "T"};
-  EXPECT_EQ(SearchCollection::create("q", none.resultsKind, {page}).items[0], ContentItem(page));
 }
 
 TEST(PlaylistParser, ReportsEachRequiredMember) {
