@@ -99,9 +99,5 @@ TEST_F(DefaultNetworkProviderTest, MakesOneSessionForAllThreads) {
   EXPECT_EQ(bodyOf(provider_.fetch({.url = server_.url()})), "stubbed");
 }
 
-TEST(DefaultNetworkProviderDeathTest, StopsTheProcessWithoutASessionProvider) {
-  EXPECT_DEATH(DefaultNetworkProvider(nullptr), "session provider");
-}
-
 }  // namespace
 }  // namespace orvo::test

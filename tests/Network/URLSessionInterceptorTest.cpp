@@ -12,8 +12,6 @@
 namespace orvo::test {
 namespace {
 
-ServedAnswer fromNetwork(const ServedRequest&) { return {.body = "from the network"}; }
-
 /// Takes everything and keeps it.
 class Keeper final : public URLInterceptor {
  public:
@@ -38,17 +36,18 @@ class Keeper final : public URLInterceptor {
 };
 
 TEST(URLSessionInterceptor, FirstThatTakesARequestAnswersIt) {
-  const HTTPServer server(fromNetwork);
+  const HTTPServer server([](const ServedRequest&) -> ServedAnswer { return {.body = "real"}; });
   const auto watching = std::make_shared<StubInterceptor>();
   const auto first = std::make_shared<StubInterceptor>();
   const auto second = std::make_shared<StubInterceptor>();
+  first->answer("/a", "once");
   first->answer("/a", "first");
   second->answer("/a", "second");
   second->fail("/b", {URLError::networkConnectionLost, ""});
   URLSession session({.protocolClasses = {watching, first, second}});
-  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/a")})), "first");
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/a")})), "once");
   EXPECT_EQ(codeOf(session.fetch({.url = server.url("/b")})), URLError::networkConnectionLost);
-  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/c")})), "from the network");
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/c")})), "real");
   EXPECT_EQ(bodyOf(session.fetch({.url = *URL::parse("invented://host/a")})), "first");
   EXPECT_EQ(watching->requests().size(), 4U);
   EXPECT_EQ(second->requests().size(), 2U);

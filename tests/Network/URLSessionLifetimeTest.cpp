@@ -103,15 +103,6 @@ TEST(URLSessionInvalidate, FailsWhatIsUnderWayAndWhatComesLater) {
   EXPECT_TRUE(first.didComplete()) << "it was the session that was cancelled, not the future";
 }
 
-TEST(URLSessionFlood, EndsAllOfTenThousandFetches) {
-  const HTTPServer server([](const ServedRequest&) -> ServedAnswer { return {}; });
-  URLSession session;
-  std::vector<Future<HTTPResult>> fetches;
-  for (int i = 0; i < 10'000; ++i) fetches.push_back(session.fetch({.url = server.url()}));
-  for (std::size_t i = 1; i < fetches.size(); i += 2) fetches[i].cancel();
-  for (std::size_t i = 0; i < fetches.size(); i += 2) ASSERT_EQ(codeOf(fetches[i]), 200);
-}
-
 std::vector<Future<HTTPResult>>* underWay = nullptr;
 
 /// Runs when the library has come to its end: 3 if every fetch was told so.

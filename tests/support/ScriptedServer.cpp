@@ -11,24 +11,6 @@
 #include <utility>
 
 namespace orvo::test {
-namespace {
-
-/// Bound to a free port, not yet listening.
-std::pair<int, int> boundSocket() {
-  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  if (bind(fd, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("no loopback port to be had");
-  }
-  return {fd, ntohs(address.sin_port)};
-}
-
-}  // namespace
-
 std::string Connection::readHead() {
   constexpr std::string_view kEnd = "\r\n\r\n";
   std::array<char, 4096> buffer;
@@ -71,8 +53,17 @@ void Connection::reset() {
 }
 
 ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {
-  std::tie(listener_, port_) = boundSocket();
-  listen(listener_, 128);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  if (bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
+      listen(listener_, 128) != 0 ||
+      getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    throw std::runtime_error("no loopback port to be had");
+  }
+  port_ = ntohs(address.sin_port);
   accepting_ = std::thread([this] { accept(); });
 }
 
@@ -119,12 +110,6 @@ void ScriptedServer::serve(int socket) {
   const std::lock_guard guard(mutex_);
   std::erase(sockets_, socket);
   close(socket);
-}
-
-int closedPort() {
-  const auto [socket, port] = boundSocket();
-  close(socket);
-  return port;
 }
 
 }  // namespace orvo::test

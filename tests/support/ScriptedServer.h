@@ -67,7 +67,4 @@ class ScriptedServer {
   std::thread accepting_;
 };
 
-/// A port of this machine on which nobody listens.
-int closedPort();
-
 }  // namespace orvo::test
