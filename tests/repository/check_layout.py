@@ -32,16 +32,6 @@ MAY_PRINT_OR_STOP = {
 # System or third-party headers outside Platform and the JSON reader, with the reason.
 FOREIGN = {("Futures/AnyError.cpp", "cxxabi.h"): "the compiler's own, to name a type readably"}
 
-STANDARD = set("""
-algorithm any array atomic barrier bit bitset cassert cctype cerrno cfenv cfloat charconv chrono
-cinttypes climits clocale cmath codecvt compare complex concepts condition_variable coroutine
-csetjmp csignal cstdarg cstddef cstdint cstdio cstdlib cstring ctime cuchar cwchar cwctype deque
-exception execution filesystem forward_list fstream functional future initializer_list iomanip ios
-iosfwd iostream istream iterator latch limits list locale map memory memory_resource mutex new
-numbers numeric optional ostream queue random ranges ratio regex scoped_allocator semaphore set
-shared_mutex source_location span sstream stack stdexcept stop_token streambuf string string_view
-syncstream system_error thread tuple type_traits typeindex typeinfo unordered_map unordered_set
-utility valarray variant vector version""".split())
 TOO_HEAVY_FOR_HEADERS = {"future", "iostream", "regex"}
 
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
@@ -54,18 +44,14 @@ PRINTS_OR_STOPS = re.compile(
 
 
 def without_text(source):
-    """The source without comments and literals, lines kept."""
-    return TEXT.sub(lambda match: "\n" * match.group().count("\n") or " ", source)
-
-
-def without_comments(source):
-    """Comments only: an include's name looks like a literal."""
-    return TEXT.sub(lambda match: "\n" * match.group().count("\n")
-                    if match.group().startswith(("//", "/*")) else match.group(), source)
+    """The source without comments and literals."""
+    return TEXT.sub(" ", source)
 
 
 def includes(source):
-    return INCLUDE.findall(without_comments(source))
+    # Without comments only: an include's name looks like a literal.
+    return INCLUDE.findall(TEXT.sub(
+        lambda match: "" if match.group().startswith(("//", "/*")) else match.group(), source))
 
 
 def rank_of(name):
@@ -88,10 +74,6 @@ def is_private(name):
     return name.endswith("Internal.h")
 
 
-def is_header(name):
-    return name.endswith(".h")
-
-
 class Layout:
     def __init__(self, root):
         self.root = pathlib.Path(root)
@@ -99,7 +81,7 @@ class Layout:
         library = self.root / "OrvoAPI"
         self.sources = {path.relative_to(library).as_posix(): path.read_text(encoding="utf-8")
                         for pattern in ("*.h", "*.cpp") for path in library.rglob(pattern)}
-        self.headers = {name for name in self.sources if is_header(name)}
+        self.headers = {name for name in self.sources if name.endswith(".h")}
         self.headers |= {path.name.removesuffix(".in") for path in library.glob("*.h.in")}
 
     def fault(self, path, text):
@@ -120,7 +102,7 @@ class Layout:
 
     def check_library_file(self, name):
         path, source = f"OrvoAPI/{name}", self.sources[name]
-        if is_header(name) and "#pragma once" not in source:
+        if name.endswith(".h") and "#pragma once" not in source:
             self.fault(path, "no #pragma once")
         for mark, target in includes(source):
             if mark == '"':
@@ -138,18 +120,18 @@ class Layout:
         if target.startswith("Testing/") or target not in self.headers:
             self.fault(path, f"<OrvoAPI/{target}> is no header of the library")
             return
-        if is_header(name) and not is_private(name) and is_private(target):
+        if name.endswith(".h") and not is_private(name) and is_private(target):
             self.fault(path, f"an installed header includes the private {target}")
         if target.rsplit(".", 1)[0] not in LEAVES and rank_of(target) > rank_of(name):
             self.fault(path, f"includes {target}, which stands after it in the order")
 
     def check_foreign_include(self, name, target):
         path = f"OrvoAPI/{name}"
-        if target in STANDARD:
-            if is_header(name) and target in TOO_HEAVY_FOR_HEADERS:
+        if re.fullmatch("[a-z_]+", target):  # the standard library's
+            if name.endswith(".h") and target in TOO_HEAVY_FOR_HEADERS:
                 self.fault(path, f"<{target}> is too heavy for a header")
             return
-        platform = name.startswith("Platform/") and (not is_header(name) or is_private(name))
+        platform = name.startswith("Platform/") and (not name.endswith(".h") or is_private(name))
         reader = name.startswith("Parsing/") and name.endswith(".cpp") and target == "simdjson.h"
         if not platform and not reader and (name, target) not in FOREIGN:
             self.fault(path, f"<{target}> is allowed in Platform's sources only")
