@@ -40,17 +40,6 @@ class MainQueueTest : public testing::Test {
 
 using MainQueueDeathTest = MainQueueTest;
 
-TEST_F(MainQueueTest, IsRunByAThreadOfItsOwnWhileNobodyClaimsIt) {
-  std::thread::id thread;
-  kQueue->post([&] {
-    thread = std::this_thread::get_id();
-    EXPECT_TRUE(kQueue->isCurrent());
-  });
-  letFallbackRun();
-  EXPECT_NE(thread, std::this_thread::get_id());
-  EXPECT_FALSE(kQueue->isCurrent());
-}
-
 TEST_F(MainQueueTest, RunsInAClaimUntilItIsStopped) {
   auto claim = kQueue->claim();
   claim->stop();
@@ -105,16 +94,6 @@ TEST_F(MainQueueTest, AClaimWaitsForTheJobThatTheFallbackRuns) {
   EXPECT_EQ(claim->drain(), 1U);
 }
 
-TEST_F(MainQueueTest, GoesBackToTheFallbackWithTheJobsThatWait) {
-  std::optional claim = kQueue->claim();
-  kQueue->post([&] { claim->stop(); });
-  for (int i = 1; i <= 3; ++i) kQueue->post(note(i));
-  claim->run();
-  std::thread([last = std::move(claim)] {}).join();  // it may end on any thread
-  letFallbackRun();
-  EXPECT_THAT(ran_, ElementsAre(1, 2, 3));
-}
-
 TEST_F(MainQueueTest, HasOneClaimAtATimeAndNoneFromItsJobs) {
   std::optional claim = kQueue->claim();
   EXPECT_FALSE(kQueue->claim().has_value());
@@ -133,7 +112,7 @@ TEST_F(MainQueueTest, AJobThatThrowsLeavesDrainAndTheNextOneRuns) {
   EXPECT_THROW(claim->drain(), std::runtime_error);
   EXPECT_THROW(claim->run(), std::runtime_error);
   EXPECT_TRUE(readable(claim->eventDescriptor()));
-  claim.reset();
+  std::thread([last = std::move(claim)] {}).join();  // it may end on any thread
   letFallbackRun();
   EXPECT_THAT(ran_, ElementsAre(1));
 }

@@ -1,16 +1,21 @@
+#include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Platform/SerialQueue.h>
 #include <gtest/gtest.h>
 #include <tests/support/Signal.h>
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <latch>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace orvo {
 namespace {
+
+using namespace std::chrono_literals;
 
 class SerialQueueTest : public testing::Test {
  protected:
@@ -91,23 +96,6 @@ TEST_F(SerialQueueTest, WorkersThatAllWaitForItDoNotLockEachOtherOut) {
   queue_->sync([&] { EXPECT_EQ(count, 2 * kMany); });
 }
 
-TEST_F(SerialQueueTest, ASynchronousCallWaitsForItsTurnWhileAnotherThreadRunsJobs) {
-  test::Signal begun;
-  std::latch proceed(1);
-  queue_->post([&] {
-    begun.tell();
-    proceed.wait();
-    ran_.push_back(1);
-  });
-  ASSERT_TRUE(begun.wait());
-  queue_->post([this] { ran_.push_back(2); });
-  std::thread other([&] { queue_->sync([this] { ran_.push_back(3); }); });
-  proceed.count_down();
-  other.join();
-  queue_->sync([this] { ran_.push_back(4); });
-  EXPECT_EQ(ran_, (std::vector{1, 2, 3, 4}));
-}
-
 TEST_F(SerialQueueDeathTest, ASynchronousCallFromItsOwnJobStopsTheProcessAndSoDoesAJobThatThrows) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_DEATH(queue_->sync([this] { queue_->sync([] {}); }), "own jobs");
@@ -124,6 +112,35 @@ TEST_F(SerialQueueDeathTest, ASynchronousCallFromItsOwnJobStopsTheProcessAndSoDo
   };
   EXPECT_DEATH(runItself(), "nobody's");
   EXPECT_DEATH(leaveItToAWorker(), "nobody's");
+}
+
+TEST(DelayedJobs, ComeInTheOrderOfTheirTimesAndNotTooEarly) {
+  const auto queue = SerialQueue::make("test");
+  const auto clock = Clock::system();
+  const auto begun = clock->elapsed();
+  std::vector<std::pair<int, bool>> ran;
+  test::Signal done;
+  const auto job = [&](std::chrono::milliseconds delay) {
+    return [&, delay] {
+      ran.emplace_back(delay.count(), clock->elapsed() - begun >= delay);
+      done.tell();
+    };
+  };
+  queue->postAfter(std::chrono::milliseconds::max(), [] { ADD_FAILURE(); });
+  for (const auto delay : {30ms, 10ms, 20ms, 10ms, 0ms}) queue->postAfter(delay, job(delay));
+  ASSERT_TRUE(done.wait(5));
+  using Ran = decltype(ran);
+  EXPECT_EQ(ran, (Ran{{0, true}, {10, true}, {10, true}, {20, true}, {30, true}}));
+}
+
+TEST(DelayedJobs, KeepTheirQueueUntilThen) {
+  test::Signal done;
+  auto queue = SerialQueue::make("test");
+  const std::weak_ptr probe = queue;
+  queue->postAfter(1ms, [&] { done.tell(); });
+  queue.reset();
+  EXPECT_TRUE(done.wait());
+  while (!probe.expired()) std::this_thread::yield();
 }
 
 }  // namespace

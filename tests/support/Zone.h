@@ -8,23 +8,28 @@
 
 namespace orvo {
 
-/// Puts the device into a zone while it lives.
-class Zone {
+/// Sets a variable of the environment while it lives.
+class Variable {
  public:
-  explicit Zone(const char* name) {
-    if (const char* before = std::getenv("TZ")) before_ = before;
-    set(name);
+  Variable(const char* name, const std::string& value) : name_(name) {
+    if (const char* before = std::getenv(name)) before_ = before;
+    setenv(name, value.c_str(), 1);
   }
-  Zone(const Zone&) = delete;
-  Zone& operator=(const Zone&) = delete;
-  ~Zone() { set(before_ ? before_->c_str() : nullptr); }
-
- private:
-  static void set(const char* name) {
-    name ? setenv("TZ", name, 1) : unsetenv("TZ");
+  Variable(const Variable&) = delete;
+  Variable& operator=(const Variable&) = delete;
+  ~Variable() {
+    before_ ? setenv(name_, before_->c_str(), 1) : unsetenv(name_);
     tzset();
   }
+
+ private:
+  const char* name_;
   std::optional<std::string> before_;
+};
+
+/// Puts the device into a zone while it lives.
+struct Zone : Variable {
+  explicit Zone(const char* name) : Variable("TZ", name) { tzset(); }
 };
 
 }  // namespace orvo
