@@ -3,6 +3,10 @@
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <gtest/gtest.h>
 
+#include <string>
+#include <utility>
+#include <vector>
+
 #include "tests/Context/StubbedContext.h"
 #include "tests/support/ScriptedServer.h"
 #include "tests/support/Signal.h"
@@ -125,6 +129,43 @@ TEST(ContextLifetime, MayEndInACallbackOnEachOfTheLibrarysThreads) {
   releaseOn(DispatchQueue::global());
   releaseOn(MainQueue::shared());
   releaseOn(detail::inlineQueue());  // on the thread that completes the fetch
+}
+
+const URLService kService{.baseURL = url("https://api.example/v3/"),
+                          .resourceURL = url("https://images.example/")};
+
+std::string streamText(const std::string& id, const std::string& token) {
+  return kService.videoURL(id)(token).text();
+}
+
+TEST(URLService, TellsTheServiceWhatAsksForASession) {
+  const std::vector<std::pair<Client, std::string>> queries{
+      {Client::iPhone, "os_family=ios&category=smartphone"},
+      {Client::iPad, "os_family=ios&category=tablet"},
+      {Client::appleTV, "os_family=tvos&category=smart_tv"},
+      {Client::appleWatch, "os_family=watchos&category=watch"}};
+  for (const auto& [client, query] : queries) {
+    EXPECT_EQ(kService.session(client).text(), "https://api.example/v3/session?" + query);
+  }
+}
+
+// A stray character in what a server names must not stop the app.
+TEST(URLService, EncodesWhatAPathCannotHold) {
+  EXPECT_EQ(streamText("a b?c#d", "\xC3\xA4%41%zz[\n"),
+            "a%20b%3Fc%23d/%C3%A4%41%25zz%5B%0A/playlist.m3u8");
+  EXPECT_EQ(streamText("a/b", "c/d=="), "a/b/c/d==/playlist.m3u8");
+  EXPECT_EQ(streamText("urn:1", "t:2@x"), "urn:1/t:2@x/playlist.m3u8");
+  EXPECT_EQ(streamText("", ""), "//playlist.m3u8");
+  EXPECT_EQ(streamText(std::string(2 << 20, 'x'), "t").size(), (2U << 20) + 16);
+
+  const auto base = url("https://video.example/hls/?k=v");
+  for (const std::string id : {"1:2", "//a:b", "@@//", ":"}) {
+    const auto relative = kService.videoURL(id)("t");
+    EXPECT_TRUE(URL::parse(relative.text())) << relative.text();
+    const auto absolute = base.appendingPathComponent(relative.text());
+    EXPECT_TRUE(URL::parse(absolute.text())) << absolute.text();
+    EXPECT_TRUE(absolute.path().ends_with("/t/playlist.m3u8")) << absolute.text();
+  }
 }
 
 }  // namespace

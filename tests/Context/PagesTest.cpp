@@ -115,20 +115,6 @@ TEST(Pages, CallsBeforeThePageCameMoveTheWalkOnce) {
   EXPECT_EQ(walked.stubbed.requested(), "collections/c?offset=10&limit=10");
 }
 
-TEST(Pages, ACancelEndsTheWalkAlthoughThePageComes) {
-  Walked walked;
-  const Promise<Shared<ItemCollection>> source(walked.stubbed.queue);
-  const Pages<ItemCollection> pages(walked.stubbed.context, [&] { return source.future(); });
-  const auto cancelled = pages.next();
-  cancelled.cancel();
-  source.complete(std::make_shared<const ItemCollection>(
-      ItemCollection{.id = "c", .label = "", .meta = {.total = 30, .limit = 10, .offset = 0}}));
-  EXPECT_EQ(walked.stubbed.queue->run(), 1U);
-  EXPECT_FALSE(cancelled.didComplete());
-  EXPECT_TRUE(pages.ended());
-  EXPECT_EQ(errorOf(pages.next()).as<URLError>()->code, URLError::cancelled);
-}
-
 TEST(Pages, ACancelAfterThePageCameChangesNothing) {
   Walked walked;
   const auto first = walked.pages.next();

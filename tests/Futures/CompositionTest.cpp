@@ -63,21 +63,6 @@ TEST_F(Composition, MapWrapsWhatItsTransformRaisesAndNothingElse) {
   EXPECT_EQ(codeOf(wrapped(passedOn.error())), 1) << "wrapped once";
 }
 
-TEST_F(Composition, MapMovesTheResultThatItsTransformReturns) {
-  struct Counted {
-    explicit Counted(int& count) : copies(&count) {}
-    Counted(const Counted& other) : copies(other.copies) { ++*copies; }
-    Counted(Counted&&) = default;
-    int* copies;
-  };
-  int copies = 0;
-  const auto mapped = first_.future().map([&](int) -> Result<Counted> { return Counted(copies); });
-  first_.success(1);
-  queue_->run();
-  EXPECT_TRUE(mapped.didSucceed());
-  EXPECT_EQ(copies, 0);
-}
-
 TEST_F(Composition, FlatMapGoesOnWithTheInnerFutureOnThatOnesQueue) {
   const auto innerQueue = std::make_shared<ManualQueue>();
   const Promise<int> inner(innerQueue);

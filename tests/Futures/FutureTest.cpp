@@ -2,17 +2,20 @@
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <tests/support/Signal.h>
 
+#include <chrono>
 #include <functional>
 #include <memory>
-#include <string>
+#include <optional>
+#include <thread>
 #include <vector>
 
 namespace orvo {
 namespace {
 
+using namespace std::chrono_literals;
 using testing::ElementsAre;
-using testing::MatchesRegex;
 
 struct Broken {};
 
@@ -74,13 +77,9 @@ TEST_F(FutureCompletion, PostsInTheOrderOfRegistrationEvenWhenAQueueMeddlesMeanw
 TEST_F(FutureCompletion, TellsSuccessFromFailure) {
   const auto success = [this](int value) { seen_.emplace_back(1, value); };
   const auto failure = [this](const AnyError& error) { seen_.emplace_back(2, error.is<Broken>()); };
-  EXPECT_FALSE(future_.didComplete() || future_.value() || future_.error());
   future_.onSuccess(success).onFailure(failure);
   promise_.failure(Broken{});
-  const auto completed = Future<int>::completed(3);
-  EXPECT_TRUE(future_.didFail() && !future_.didSucceed());
-  EXPECT_TRUE(completed.didSucceed() && !completed.didFail());
-  completed.onSuccess(queue_, success).onFailure(queue_, failure);
+  Future<int>::completed(3).onSuccess(queue_, success).onFailure(queue_, failure);
   queue_->run();
   EXPECT_THAT(seen_, ElementsAre(Seen(2, 1), Seen(1, 3)));
 }
@@ -114,12 +113,55 @@ TEST_F(FutureTest, OneThatIsSettledAlreadyIsNeverCompleteOnReturn) {
   EXPECT_FALSE(cancelled.didComplete());
 }
 
-TEST_F(FutureTest, HasALabelOfItsOwn) {
-  const auto label = future_.internalCallbackQueueLabel();
-  EXPECT_THAT(label, MatchesRegex(".+[.]internal_callback_queue_"
-                                  "[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}"));
-  EXPECT_EQ(future_.internalCallbackQueueLabel(), label);
-  EXPECT_NE(Future<int>().internalCallbackQueueLabel(), label);
+/// A wait that a test expects to end before its time.
+constexpr std::chrono::milliseconds kLong = 60s;
+
+int urlErrorCode(const Result<int>& result) { return result.error()->as<URLError>()->code; }
+bool isRefused(const Result<int>& result) {
+  const auto* const error = result.failed() ? result.error()->as<GeneralError>() : nullptr;
+  return error != nullptr && error->is<GeneralError::unableToPerformAction>();
+}
+
+TEST(FutureWait, EndsWithTheResultOfAnotherThread) {
+  const Promise<int> promise;
+  std::thread other([&] { promise.success(7); });
+  EXPECT_EQ(promise.future().wait(std::chrono::milliseconds::max()).force(), 7);
+  other.join();
+}
+
+TEST(FutureWait, EndsAtItsTimeLimitUnlessAResultIsThere) {
+  const Promise<int> promise(std::make_shared<ManualQueue>());
+  EXPECT_EQ(urlErrorCode(promise.future().wait(1ms)), URLError::timedOut);
+  EXPECT_EQ(urlErrorCode(promise.future().wait(-1ms)), URLError::timedOut);
+  promise.success(1);
+  EXPECT_EQ(promise.future().wait(0ms).force(), 1) << "no queue has to be run";
+}
+
+TEST(FutureWait, IsEndedByACancel) {
+  const Promise<int> promise;
+  std::thread other([&] { promise.future().cancel(); });
+  EXPECT_EQ(urlErrorCode(promise.future().wait(kLong)), URLError::cancelled);
+  other.join();
+  EXPECT_EQ(urlErrorCode(promise.future().wait(kLong)), URLError::cancelled);
+  promise.complete(5);
+  EXPECT_EQ(promise.future().wait(kLong).force(), 5);
+}
+
+TEST(FutureWait, IsRefusedOnTheLibrarysThreadsAndOnTheOneThatHasClaimedTheMainQueue) {
+  const Promise<int> promise;
+  const auto settled = Future<int>::succeeded(1);
+  for (const std::shared_ptr<DispatchQueue>& queue :
+       {DispatchQueue::global(), std::shared_ptr<DispatchQueue>(MainQueue::shared())}) {
+    test::Signal refused;
+    queue->post([&] {
+      if (isRefused(promise.future().wait(kLong))) refused.tell();
+    });
+    EXPECT_TRUE(refused.wait());
+  }
+  std::optional claim = MainQueue::shared()->claim();
+  EXPECT_TRUE(isRefused(settled.wait(kLong)));
+  claim.reset();
+  EXPECT_EQ(settled.wait(kLong).force(), 1) << "nobody's claim is in the way";
 }
 
 }  // namespace

@@ -54,10 +54,8 @@ TEST(AnyError, HoldsTheEnumerationOfACase) {
 TEST(AnyError, FindsACaughtExceptionByItsBaseClasses) {
   const auto result = Result<int>::calling([]() -> int { throw std::out_of_range("too far"); });
   const auto copy = *result.error();
-  EXPECT_NE(copy.as<std::out_of_range>(), nullptr);
   EXPECT_STREQ(copy.as<std::exception>()->what(), "too far");
   EXPECT_EQ(copy.as<std::domain_error>(), nullptr);
-  EXPECT_EQ(copy.description(), "too far");
 }
 
 }  // namespace

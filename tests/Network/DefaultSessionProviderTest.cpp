@@ -56,23 +56,6 @@ TEST(DefaultSessionProvider, EachStaleRetrievalFetchesAndTheLastToFinishDecides)
   EXPECT_EQ(p.provider->currentToken(), "a");
 }
 
-TEST(DefaultSessionProvider, AFailedFetchKeepsTheOldToken) {
-  Provider p;
-  p.clock->advance(12h);
-  const auto token = p.provider->retrieveSessionToken();
-  const auto update = p.provider->updateSession();
-  for (const std::size_t fetch : {0U, 1U}) {
-    p.fetches->fail(fetch, URLError{URLError::timedOut, ""});
-  }
-  p.queue->run();
-  EXPECT_TRUE(errorOf(token).is<URLError>() && errorOf(update).is<URLError>());
-  EXPECT_EQ(p.provider->currentToken(), "old");
-  (void)p.provider->retrieveSessionToken();
-  ASSERT_EQ(p.fetches->count(), 3U);
-  p.fetches->succeed(2, {.token = "new"});  // left pending it would hold the queue that it holds
-  p.queue->run();
-}
-
 TEST(DefaultSessionProvider, ARetrievalKeepsItAliveAndAnUpdateDoesNot) {
   Provider p;
   p.clock->advance(12h);

@@ -11,18 +11,6 @@
 namespace orvo {
 namespace {
 
-TEST(GlobalQueue, RunsJobsAtTheSameTime) {
-  const auto meeting = std::make_shared<std::latch>(2);
-  test::Signal met;
-  for (int i = 0; i < 2; ++i) {
-    DispatchQueue::global()->post([&, meeting] {
-      meeting->arrive_and_wait();
-      met.tell();
-    });
-  }
-  EXPECT_TRUE(met.wait(2));
-}
-
 TEST(GlobalQueue, LeavesSignalsToTheHostsThreadsButForCrashes) {
   sigset_t blocked{};
   test::Signal done;

@@ -109,13 +109,5 @@ TEST(URLAppend, PutsExactlyOneSlashBetweenTheParts) {
   EXPECT_EQ(url("http://h/x?q=/#f").appendingPathComponent("a").text(), "http://h/x/a?q=/#f");
 }
 
-TEST(URLQuery, IsReplacedWhenItIsOne) {
-  EXPECT_EQ(url("http://h/a#f").withQuery("x=1")->text(), "http://h/a?x=1#f");
-  EXPECT_EQ(url("http://h/a?old").withQuery("")->text(), "http://h/a?");
-  EXPECT_EQ(url("http://h/a").withQuery("x y"), std::nullopt);
-  EXPECT_EQ(url("http://h/a").withQuery("x#y"), std::nullopt);
-  EXPECT_EQ(url("http://h/a").withQuery("%2"), std::nullopt);
-}
-
 }  // namespace
 }  // namespace orvo
