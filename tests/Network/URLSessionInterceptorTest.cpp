@@ -1,38 +1,30 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <gtest/gtest.h>
-#include <tests/support/Fetched.h>
 #include <tests/support/HTTPServer.h>
+#include <tests/support/Outcome.h>
 #include <tests/support/Signal.h>
 
 #include <memory>
-#include <mutex>
 #include <string>
+#include <utility>
 
 namespace orvo::test {
 namespace {
 
 /// Takes everything and keeps it.
-class Keeper final : public URLInterceptor {
- public:
+struct Keeper final : URLInterceptor {
   bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
-    const std::lock_guard guard(mutex_);
-    kept_ = request;
+    kept = request;
     request->onCancel([this] { cancelled.tell(); });
     taken.tell();
     return true;
   }
-  std::shared_ptr<InterceptedRequest> release() {
-    const std::lock_guard guard(mutex_);
-    return std::exchange(kept_, nullptr);
-  }
+  std::shared_ptr<InterceptedRequest> release() { return std::exchange(kept, nullptr); }
 
   Signal taken;
   Signal cancelled;
-
- private:
-  std::mutex mutex_;
-  std::shared_ptr<InterceptedRequest> kept_;  // guarded by mutex_
+  std::shared_ptr<InterceptedRequest> kept;  // read when it was taken
 };
 
 TEST(URLSessionInterceptor, FirstThatTakesARequestAnswersIt) {

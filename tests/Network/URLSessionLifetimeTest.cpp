@@ -1,8 +1,8 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <gtest/gtest.h>
 #include <signal.h>
-#include <tests/support/Fetched.h>
 #include <tests/support/HTTPServer.h>
+#include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
 #include <tests/support/Signal.h>
 #include <unistd.h>

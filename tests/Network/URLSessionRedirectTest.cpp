@@ -1,7 +1,7 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <gtest/gtest.h>
-#include <tests/support/Fetched.h>
 #include <tests/support/HTTPServer.h>
+#include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
 #include <tests/support/Signal.h>
 
@@ -29,19 +29,14 @@ ServedAnswer redirectByPath(const ServedRequest& request) {
 using Completion = URLSessionDelegate::RedirectCompletion;
 
 /// Gives the word to a function.
-class Delegate final : public URLSessionDelegate {
- public:
-  using Decide =
-      std::function<void(const HTTPURLResponse&, URLRequest, const URLRequest&, const Completion&)>;
-  explicit Delegate(Decide decide) : decide_(std::move(decide)) {}
-  void willPerformHTTPRedirection(const HTTPURLResponse& response, const URLRequest& newRequest,
-                                  const URLRequest& originalRequest,
-                                  Completion completionHandler) override {
-    decide_(response, newRequest, originalRequest, completionHandler);
+struct Delegate final : URLSessionDelegate {
+  using Decide = std::function<void(URLRequest, const Completion&)>;
+  explicit Delegate(Decide decision) : decide(std::move(decision)) {}
+  void willPerformHTTPRedirection(const HTTPURLResponse&, const URLRequest& newRequest,
+                                  const URLRequest&, Completion completionHandler) override {
+    decide(newRequest, completionHandler);
   }
-
- private:
-  const Decide decide_;
+  const Decide decide;
 };
 
 TEST(URLSessionRedirect, GoesWhereTheLocationPoints) {
@@ -113,12 +108,12 @@ TEST(URLSessionRedirect, KeepsOfTheRequestWhatTheStatusAllows) {
 
 TEST(URLSessionRedirectDelegate, RefusesByWordBySilenceAndByAnotherScheme) {
   const HTTPServer server(redirectByPath);
-  const Delegate::Decide decisions[] = {[](auto&, auto next, auto&, auto& complete) {
+  const Delegate::Decide decisions[] = {[](auto next, auto& complete) {
                                           complete(std::nullopt);
                                           complete(next);
                                         },
-                                        [](auto&, auto, auto&, auto&) {},
-                                        [](auto&, URLRequest next, auto&, auto& complete) {
+                                        [](auto, auto&) {},
+                                        [](URLRequest next, auto& complete) {
                                           next.url = *URL::parse("ftp://127.0.0.1/");
                                           complete(next);
                                         }};
@@ -136,8 +131,7 @@ TEST(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimitButNotThanTheSessi
   const HTTPServer server(redirectByPath);
   Signal asked;
   std::pair<std::optional<URLRequest>, Completion> pending;
-  URLSession session({},
-                     std::make_shared<Delegate>([&](auto&, URLRequest next, auto&, auto& complete) {
+  URLSession session({}, std::make_shared<Delegate>([&](URLRequest next, auto& complete) {
                        pending = {std::move(next), complete};
                        asked.tell();
                      }));

@@ -63,28 +63,15 @@ TEST(URLParse, TellsThePartsApart) {
 }
 
 TEST(URLResolve, FollowsTheStandardsExamples) {
-  const std::vector<std::pair<std::string, std::string>> examples = {
-      {"g:h", "g:h"},
-      {"./g", "http://a/b/c/g"},
-      {"g/", "http://a/b/c/g/"},
-      {"/g", "http://a/g"},
-      {"//g", "http://g"},
-      {"?y", "http://a/b/c/d;p?y"},
-      {"#s", "http://a/b/c/d;p?q#s"},
-      {"g?y#s", "http://a/b/c/g?y#s"},
-      {".", "http://a/b/c/"},
-      {"..", "http://a/b/"},
-      {"../..", "http://a/"},
-      {"../../../g", "http://a/g"},
-      {"/../g", "http://a/g"},
-      {"..g", "http://a/b/c/..g"},
-      {"./g/.", "http://a/b/c/g/"},
-      {"g/../h", "http://a/b/c/h"},
-      {"g;x=1/../y", "http://a/b/c/y"},
-      {"g?y/../x", "http://a/b/c/g?y/../x"},
-      {"http:g", "http:g"}};
-  for (const auto& [reference, expected] : examples) {
-    EXPECT_EQ(resolved(reference, "http://a/b/c/d;p?q"), expected) << reference;
+  for (const std::string example :
+       {"g:h > g:h", "./g > http://a/b/c/g", "g/ > http://a/b/c/g/", "/g > http://a/g",
+        "//g > http://g", "?y > http://a/b/c/d;p?y", "#s > http://a/b/c/d;p?q#s",
+        "g?y#s > http://a/b/c/g?y#s", ". > http://a/b/c/", ".. > http://a/b/", "../.. > http://a/",
+        "../../../g > http://a/g", "/../g > http://a/g", "..g > http://a/b/c/..g",
+        "./g/. > http://a/b/c/g/", "g/../h > http://a/b/c/h", "g;x=1/../y > http://a/b/c/y",
+        "g?y/../x > http://a/b/c/g?y/../x", "http:g > http:g"}) {
+    const auto arrow = example.find(" > ");
+    EXPECT_EQ(resolved(example.substr(0, arrow), "http://a/b/c/d;p?q"), example.substr(arrow + 3));
   }
   EXPECT_EQ(resolved("x", "relative/base"), "invalid");
 }

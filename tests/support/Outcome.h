@@ -1,9 +1,12 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Platform/HTTPURLResponse.h>
+#include <OrvoAPI/Platform/URLError.h>
 
 #include <chrono>
 #include <stdexcept>
+#include <string>
 
 namespace orvo {
 
@@ -23,4 +26,21 @@ const Case* caseOf(const AnyError& error) {
   return whole != nullptr ? whole->template as<Case>() : nullptr;
 }
 
+namespace test {
+
+/// The status of the answer, or the negative code of the `URLError`; 0 for any other failure.
+inline int codeOf(const Result<HTTPResult>& result) {
+  if (const auto* const success = result.value()) return success->response.statusCode;
+  const auto* const error = result.error()->as<URLError>();
+  return error != nullptr ? error->code : 0;
+}
+inline int codeOf(const Future<HTTPResult>& future) { return codeOf(future.wait(kPatience)); }
+
+/// The answer's body, or what went wrong.
+inline std::string bodyOf(const Future<HTTPResult>& future) {
+  const auto result = future.wait(kPatience);
+  return result.failed() ? result.error()->description() : std::string(result.value()->body.view());
+}
+
+}  // namespace test
 }  // namespace orvo
