@@ -16,11 +16,12 @@ struct ToolRun {
 /// The words of a command line, between spaces.
 [[nodiscard]] std::vector<std::string> words(const std::string& text);
 
-/// Runs the tool without a locale, without a terminal and without colours.
+/// Runs the tool without a locale, without a terminal and without colours. Nothing here may hold a
+/// single quote.
 [[nodiscard]] ToolRun runTool(const std::vector<std::string>& arguments,
                               const std::string& input = "");
 
-/// The same, with a standard output whose reader has gone away.
-[[nodiscard]] ToolRun runToolUnread(const std::vector<std::string>& arguments);
+/// The exit status of a script for which `$orvo` is the tool.
+[[nodiscard]] int bash(const std::string& script);
 
 }  // namespace orvo::tool

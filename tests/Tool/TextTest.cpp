@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 #include <tool/Screen.h>
 #include <tool/Text.h>
+#include <tool/TimeAxis.h>
 
 namespace orvo::tool {
 namespace {
+
+using namespace std::chrono_literals;
+const Date kNoon(1'493'640'000'000);  // 2017-05-01T12:00:00Z
 
 TEST(ToolText, MeasuresColumnsNotBytes) {
   EXPECT_EQ(displayWidth("夜の市場"), 8U);
@@ -13,12 +17,10 @@ TEST(ToolText, MeasuresColumnsNotBytes) {
 }
 
 TEST(ToolText, CutsBetweenCharactersAndKeepsMarksWithThem) {
-  EXPECT_EQ(cut("夜の市場", 8), "夜の市場");
   EXPECT_EQ(cut("夜の市場", 7), "夜の市…");
   EXPECT_EQ(padded("夜の市場", 6), "夜の… ");
   EXPECT_EQ(cut("n\u0303n\u0303n\u0303", 2), "n\u0303…");
   EXPECT_EQ(cut("abc", 0), "");
-  EXPECT_EQ(paddedLeft("7", 3), "  7");
 }
 
 TEST(ToolText, DisarmsWhatTerminalsWouldObey) {
@@ -36,24 +38,20 @@ TEST(ToolText, BreaksLinesAtSpacesOrElseAnywhere) {
   EXPECT_TRUE(wrapped("  ", 5).empty());
 }
 
-class ScreenTable : public testing::Test {
- protected:
-  std::string drawn(std::size_t columns, bool isTerminal = true) {
-    Screen screen({.isTerminal = isTerminal, .columns = columns});
-    screen.table({.columns = {{.right = true}, {.least = 6}, {.optional = 1}, {}},
-                  .rows = {{{"1"}, {"夜の市場 at night"}, {"optional"}, {"id-1"}},
-                           {{"12"}, {"short"}, {""}, {"id-22"}}}});
-    return screen.text();
-  }
-};
-
-TEST_F(ScreenTable, AlignsWideCharacters) {
-  EXPECT_EQ(drawn(60),
-            "   1  夜の市場 at night  optional  id-1\n"
-            "  12  short                        id-22\n");
+std::string drawn(std::size_t columns, bool isTerminal = true) {
+  Screen screen({.isTerminal = isTerminal, .columns = columns});
+  screen.table({.columns = {{.right = true}, {.least = 6}, {.optional = 1}, {}},
+                .rows = {{{"1"}, {"夜の市場 at night"}, {"optional"}, {"id-1"}},
+                         {{"12"}, {"short"}, {""}, {"id-22"}}}});
+  return screen.text();
 }
 
-TEST_F(ScreenTable, ShrinksThenLeavesOptionalColumnsOut) {
+TEST(ScreenTable, ShrinksThenLeavesOptionalColumnsOutOnATerminal) {
+  const std::string whole =
+      "   1  夜の市場 at night  optional  id-1\n"
+      "  12  short                        id-22\n";
+  EXPECT_EQ(drawn(60), whole);
+  EXPECT_EQ(drawn(10, false), whole) << "no terminal";
   EXPECT_EQ(drawn(34),
             "   1  夜の市場 a…  optional  id-1\n"
             "  12  short                  id-22\n");
@@ -62,7 +60,7 @@ TEST_F(ScreenTable, ShrinksThenLeavesOptionalColumnsOut) {
             "  12  short      id-22\n");
 }
 
-TEST(ScreenTables, StandInLineAndFitThoughAColumnIsEmpty) {
+TEST(ScreenTable, StandsInLineWithOthersThoughAColumnIsEmpty) {
   Screen screen({.isTerminal = true, .columns = 20});
   screen.tables({{}, {.least = 4}, {}}, {{"One", {{{}, {"a title"}, {"id-1"}}}},
                                          {"Two", {{{}, {"夜の市場 at night"}, {"2"}}}}});
@@ -71,7 +69,25 @@ TEST(ScreenTables, StandInLineAndFitThoughAColumnIsEmpty) {
             "\nTwo\n    夜の市場 …  2\n");
 }
 
-TEST_F(ScreenTable, CutsNothingWhereNoTerminalIs) { EXPECT_EQ(drawn(10, false), drawn(60)); }
+TEST(ToolTimeAxis, KeepsInstantsInItsColumnsAndItsStepsRound) {
+  const TimeAxis axis(kNoon, 2h, 60);
+  EXPECT_EQ(axis.column(kNoon + 30min), 15U);
+  EXPECT_EQ(axis.column(kNoon - 1h), 0U);
+  EXPECT_EQ(axis.column(kNoon + 5h), 60U);
+  EXPECT_EQ(roundStep(7min), 10min);
+  EXPECT_EQ(roundStep(30min), 30min);
+}
+
+TEST(ToolTimeAxis, BoxesAreCutToTheirTimes) {
+  const Screen screen({.columns = 40});
+  const TimeAxis axis(kNoon, 4h, 40);
+  EXPECT_EQ(boxLine(screen, axis,
+                    {{kNoon - 1h, kNoon + 1h, "begun before"},
+                     {kNoon + 30min, kNoon + 2h, "overlapping"},
+                     {kNoon + 150min, kNoon + 154min, "too short"},
+                     {kNoon + 3h, kNoon + 9h, "夜の市場 goes on"}}),
+            "│begun be…│overlapp…          │夜の市場…");
+}
 
 }  // namespace
 }  // namespace orvo::tool
