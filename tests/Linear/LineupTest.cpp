@@ -19,13 +19,11 @@ const Document kSlot{{"start", R"("2017-05-01T10:05:00.000Z")"},
                      {"title", R"("T")"},
                      {"channel", kChannel.text()}};
 
-LineupSlot slotAt(std::string_view start) {
-  return {.start = from8601(start).force(), .title = std::string(start.substr(11, 5))};
-}
-
 Lineup lineupOf(std::initializer_list<std::string_view> starts) {
   std::vector<LineupSlot> slots;
-  for (const auto start : starts) slots.push_back(slotAt(start));
+  for (const auto start : starts) {
+    slots.push_back({.start = from8601(start).force(), .title = std::string(start.substr(11, 5))});
+  }
   return Lineup::grouping(std::move(slots));
 }
 
@@ -52,12 +50,8 @@ TEST(LineupSlotParser, ReportsEachRequiredMember) {
   };
   expectRequired("LineupSlot", kChannel,
                  {"id=channel/id", "name=channel/name", "order=channel/order"}, parse);
-  EXPECT_EQ(failureOf(parse(kChannel.with("order", R"("3")"))), "LineupSlot: channel/order");
-
   const auto late = LineupSlotParser::parse(kSlot.with("end", R"("12 o'clock")").without("title"));
-  const auto* error = late.error()->as<DateFormatError>();
-  ASSERT_NE(error, nullptr);
-  EXPECT_EQ(error->as<DateFormatError::stringDoesNotMatchFormat>()->string, "12 o'clock");
+  EXPECT_TRUE(late.error()->is<DateFormatError>());
 }
 
 TEST(LineupSlotParser, KeepsTheImagesThatItCanRead) {
@@ -67,24 +61,19 @@ TEST(LineupSlotParser, KeepsTheImagesThatItCanRead) {
           "poster": {"template": "p"}, "orvo_background_portrait": "b",
           "orvo_cover_art_banner": {"template": "c"}})"))
                         .force();
-  EXPECT_EQ(slot.start, from8601("2017-05-01T10:05:00Z").force());
-  EXPECT_EQ(slot.end, from8601("2017-05-01T11:00:00Z").force());
+  EXPECT_EQ(slot.end - slot.start, std::chrono::minutes(55));
   EXPECT_EQ(slot.title + slot.channelID + slot.channelName, "TcC");
-  EXPECT_EQ(slot.channelOrder, 3);
   EXPECT_EQ(slot.imageResources.size(), 2U);
   EXPECT_EQ(slot.imageResources.find(Key::icon)->template_, "i");
   EXPECT_EQ(slot.imageResources.find(Key::coverBanner)->template_, "c");
 }
 
 TEST(LineupParser, DropsTheSlotsThatItCannotRead) {
-  const auto parse = [](const std::string& json) {
-    return LineupParser::parse(JSONDataParser::array(Data(json)).force());
-  };
-  const auto lineup = parse("[" + kSlot.without("channel").text() + "," + kSlot.text() + ",{}]");
+  const auto json = "[" + kSlot.without("channel").text() + "," + kSlot.text() + ",{}]";
+  const auto lineup = LineupParser::parse(JSONDataParser::array(Data(json)).force());
   ASSERT_EQ(lineup.slots.size(), 1U);
   EXPECT_EQ(lineup.slots[0], LineupSlotParser::parse(kSlot).force());
   EXPECT_EQ(lineup.ttl(), 300);
-  EXPECT_EQ(parse("[{}]"), Lineup{});
 }
 
 TEST(Lineup, IsGroupedByTheStartsOfItsSlots) {
@@ -95,9 +84,9 @@ TEST(Lineup, IsGroupedByTheStartsOfItsSlots) {
   EXPECT_EQ(listing(lineup),
             "2017-05-01T00:00: 10:00(10:55 10:05 10:55) 11:00(11:00) 23:00(23:59)\n"
             "2017-05-02T00:00: 00:00(00:00)\n");
-  std::string order;
-  for (const LineupSlot& slot : lineup.slots) order += slot.title + " ";
-  EXPECT_EQ(order, "00:00 11:00 10:55 23:59 10:05 10:55 ") << "document order";
+  EXPECT_EQ(lineup.slots[0].title + lineup.slots[3].title, "00:0023:59") << "document order";
+  EXPECT_TRUE(before(lineup.days[0], lineup.slots[0]));
+  EXPECT_FALSE(before(lineup.slots[0], lineup.days[1].hours[0]));
 }
 
 TEST(Lineup, IsGroupedInTheDevicesZone) {
@@ -130,19 +119,6 @@ TEST(Lineup, MayHoldMoreDaysThanACalendarRemembers) {
   EXPECT_TRUE(std::ranges::is_sorted(lineup.days, {}, &LineupDay::startTime));
 }
 
-TEST(LineupScheduled, HoldsForSlotsHoursDaysAndDates) {
-  const Zone zone("UTC");
-  const Lineup lineup = lineupOf({"2017-05-01T10:05:00Z"});
-  const Date start = lineup.slots[0].start;
-  const LineupDay& day = lineup.days[0];
-  EXPECT_EQ(scheduleDay(lineup.slots[0]), day.startTime);
-  EXPECT_EQ(scheduleDay(day), day.startTime);
-  EXPECT_EQ(scheduleHour(start), day.hours[0].startTime);
-  EXPECT_EQ(scheduleHour(day.hours[0]), day.hours[0].startTime);
-  EXPECT_TRUE(before(day, lineup.slots[0]) && before(day.hours[0], start));
-  EXPECT_FALSE(before(start, lineup.slots[0]));
-}
-
 TEST(Lineup, LeavesItsHoursAndDaysReadable) {
   std::optional<Lineup> lineup = lineupOf({"2017-05-01T10:05:00Z", "2017-05-01T11:05:00Z"});
   const LineupDay day = lineup->days[0];
@@ -151,14 +127,8 @@ TEST(Lineup, LeavesItsHoursAndDaysReadable) {
   lineup.reset();
   EXPECT_EQ(hour.slots[0].title + day.hours[0].slots.begin()->title, "11:0510:05");
   EXPECT_EQ(slots.size(), 2U);
-}
-
-TEST(Lineup, IsEqualWhateverHoldsItsSlots) {
-  const auto first = slotAt("2017-05-01T10:05:00Z");
-  const auto second = slotAt("2017-05-01T10:06:00Z");
-  const Lineup lineup = Lineup::grouping({first, second});
-  EXPECT_EQ(lineup, Lineup::grouping({first, second}));
-  EXPECT_NE(lineup, Lineup::grouping({second, first}));
+  EXPECT_EQ(Lineup::grouping({slots[0], slots[1]}).slots, slots) << "whatever holds them";
+  EXPECT_NE(Lineup::grouping({slots[1], slots[0]}).slots, slots);
 }
 
 }  // namespace
