@@ -8,8 +8,7 @@ namespace orvo {
 namespace {
 
 const std::string kMilliseconds = "yyyy-MM-dd'T'HH:mm:ss.SSSZ";
-/// 2017-05-01 10:00:00 UTC.
-constexpr Date kMay(1'493'632'800'000);
+constexpr Date kMay(1'493'632'800'000);  // 2017-05-01T10:00:00Z
 
 DateFormatError::stringDoesNotMatchFormat mismatch(const Result<Date>& result) {
   return *result.error()->as<DateFormatError>()->as<DateFormatError::stringDoesNotMatchFormat>();

@@ -1,4 +1,3 @@
-#include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <gtest/gtest.h>
 
@@ -7,6 +6,8 @@
 #include <thread>
 #include <utility>
 #include <vector>
+
+#include "tests/support/Document.h"
 
 namespace orvo {
 namespace {
@@ -23,6 +24,12 @@ std::optional<Code> refusal(std::string_view body) {
 
 std::string nested(std::size_t levels, std::string_view innermost) {
   return std::string(levels, '[').append(innermost) + std::string(levels, ']');
+}
+
+template <class T>
+bool isUnexpected(const Result<T>& result) {
+  const auto* error = result.failed() ? result.error()->template as<JSONParseError>() : nullptr;
+  return error && error->template is<JSONParseError::unexpectedType>();
 }
 
 TEST(JSONReader, NamesWhatItRefuses) {
@@ -110,6 +117,33 @@ TEST(JSONReader, ReadsOnManyThreadsAtOnce) {
     });
   }
   for (auto& thread : threads) thread.join();
+}
+
+TEST(JSONDataParser, ReadsOneShapeAndRefusesAnyOtherAsAWhole) {
+  EXPECT_EQ(JSONDataParser::object(Data(R"({"a":1})")).force().size(), 1U);
+  EXPECT_EQ(JSONDataParser::array(Data("[{},{}]")).force().size(), 2U);
+  EXPECT_EQ(JSONDataParser::stringArray(Data(R"(["a","b"])")).force()[1], "b");
+  for (const char* body : {"[1,2]", "\"text\"", "null"}) {
+    EXPECT_TRUE(isUnexpected(JSONDataParser::object(Data(body)))) << body;
+  }
+  for (const char* body : {"\"text\"", "{}", "[{},1]", "[[]]"}) {
+    EXPECT_TRUE(isUnexpected(JSONDataParser::array(Data(body)))) << body;
+  }
+  for (const char* body : {R"(["a", 1])", "[null]", "{}"}) {
+    EXPECT_TRUE(isUnexpected(JSONDataParser::stringArray(Data(body)))) << body;
+  }
+  const auto broken = JSONDataParser::stringArray(Data("["));
+  EXPECT_TRUE(broken.error()->is<JSONReaderError>());
+}
+
+TEST(JSONParseError, NamesTypeAndKeyButNoValue) {
+  EXPECT_EQ(unableToParse("Video", "title").error.description(),
+            R"(unableToParse: Video, "title")");
+  const auto dictionary = object(R"({"token":"secret"})").asValue();
+  const AnyError error(JSONParseError::unableToParse{"Session", dictionary});
+  EXPECT_EQ(error.description(), "unableToParse: Session");
+  const auto& payload = error.as<JSONParseError>()->as<JSONParseError::unableToParse>()->value;
+  EXPECT_EQ(std::get<JSONValue>(payload).text(), R"({"token":"secret"})");
 }
 
 }  // namespace

@@ -46,26 +46,21 @@ void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
 namespace orvo {
 namespace {
 
-enum class Outcome { read, typedError, badAlloc };
-
-/// Reads the body while the allocation of that number is refused, and all later ones if `forEver`.
-Outcome readRefusing(long allocation, const Data& body, bool forEver) {
+/// What comes of reading the body while the allocation of that number is refused, and all later
+/// ones if `forEver`.
+std::string readRefusing(long allocation, const Data& body, bool forEver) {
   refusedAny = false;
   refusesForEver = forEver;
   allocationsLeft = allocation;
-  Outcome outcome = Outcome::read;
   try {
     const auto result = JSONDataParser::array(body);
     allocationsLeft = -1;
-    if (result.failed()) outcome = Outcome::typedError;
-    if (const auto* error = result.failed() ? result.error()->as<JSONReaderError>() : nullptr) {
-      EXPECT_EQ(error->code, JSONReaderError::Code::outOfMemory);
-    }
+    const auto* error = result.failed() ? result.error()->as<JSONReaderError>() : nullptr;
+    return error && error->code == JSONReaderError::Code::outOfMemory ? "outOfMemory" : "read";
   } catch (const std::bad_alloc&) {
-    outcome = Outcome::badAlloc;
+    allocationsLeft = -1;
+    return "bad_alloc";
   }
-  allocationsLeft = -1;
-  return outcome;
 }
 
 /// A body that needs new memory of each kind: larger than what is kept, and with an integer that
@@ -80,9 +75,9 @@ TEST(JSONReaderOutOfMemory, IsATypedErrorOrAnExceptionWhenThatCannotBeMadeEither
     for (const std::size_t size : {10U, 1000U, 300'000U}) {
       const Data body = demandingBody(size);
       for (long allocation = 0;; ++allocation, ++refusals) {
-        const Outcome outcome = readRefusing(allocation, body, forEver);
+        const auto outcome = readRefusing(allocation, body, forEver);
         if (!refusedAny) break;
-        EXPECT_EQ(outcome, forEver ? Outcome::badAlloc : Outcome::typedError) << allocation;
+        EXPECT_EQ(outcome, forEver ? "bad_alloc" : "outOfMemory") << allocation;
         EXPECT_FALSE(JSONDataParser::array(body).failed()) << "and the next reading works again";
       }
     }
