@@ -57,7 +57,7 @@ TEST(PageParser, DividesLinksIntoActionsAndSiblings) {
   EXPECT_EQ(page.appActions[0].kind, AppAction::Kind::view);
 }
 
-TEST(Page, IsEqualByIdTitleKindAndStatus) {
+TEST(Page, DiffersByItsStatusNotByWhatDescribesIt) {
   const Page page{.id = "p", .title = "T"};
   Page other{.id = "p", .title = "T", .shortDescription = "S", .iconID = "i"};
   EXPECT_EQ(page, other);
