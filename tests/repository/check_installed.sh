@@ -12,7 +12,7 @@ trap 'kill ${server:-} 2>/dev/null || true; rm -rf "$work"' EXIT
 cmake --install "$build" --prefix "$work/prefix" >"$work/log"
 cp -r "$here/consumer" "$work/consumer"
 program=$work/consumer/program.cpp
-"$here/snippet.sh" "$source/README.md" first-program >"$program"
+sed -n '/^```cpp first-program$/,/^```$/{//!p}' "$source/README.md" >"$program"
 (($(wc -l <"$program") < 20)) || { echo "README's first program is not under 20 lines"; exit 1; }
 
 cmake -S "$work/consumer" -B "$work/by-cmake" -G Ninja -DCMAKE_PREFIX_PATH="$work/prefix" \

@@ -6,6 +6,7 @@ header is complete.
 Usage: check_layout.py ROOT; prints one line per fault, exit status 1 when there is one.
 """
 
+import graphlib
 import pathlib
 import re
 import sys
@@ -41,11 +42,6 @@ PRINTS_OR_STOPS = re.compile(
     r"\b(?:printf|fprintf|vprintf|vfprintf|puts|fputs|putchar|putc|fputc|fwrite|perror"
     r"|abort|_?exit|_Exit|quick_exit|terminate|assert)\s*\(|\bstd::(?:cout|cerr|clog)\b"
     r"|\b(?:stdout|stderr)\b")
-
-
-def without_text(source):
-    """The source without comments and literals."""
-    return TEXT.sub(" ", source)
 
 
 def includes(source):
@@ -94,7 +90,9 @@ class Layout:
                 self.fault(f"OrvoAPI/{name}", f"{folder} is no folder of the library")
                 continue
             self.check_library_file(name)
-        self.check_json_reader()
+        users = [name for name, source in self.sources.items() if "simdjson.h>" in source]
+        if len(users) > 1:
+            self.fault("OrvoAPI", f"simdjson.h is included by more than one source: {users}")
         self.check_cycles()
         self.check_umbrella()
         self.check_users()
@@ -112,7 +110,7 @@ class Layout:
             else:
                 self.check_foreign_include(name, target)
         if name not in MAY_PRINT_OR_STOP:
-            for call in PRINTS_OR_STOPS.findall(without_text(source)):
+            for call in PRINTS_OR_STOPS.findall(TEXT.sub(" ", source)):
                 self.fault(path, f"library code must not call {call.rstrip('( ')}")
 
     def check_own_include(self, name, target):
@@ -136,32 +134,14 @@ class Layout:
         if not platform and not reader and (name, target) not in FOREIGN:
             self.fault(path, f"<{target}> is allowed in Platform's sources only")
 
-    def check_json_reader(self):
-        users = [name for name, source in sorted(self.sources.items())
-                 if ("<", "simdjson.h") in includes(source)]
-        if len(users) > 1:
-            self.fault("OrvoAPI", f"simdjson.h is included by more than one source: {users}")
-
     def check_cycles(self):
         graph = {name: [target.removeprefix("OrvoAPI/") for _, target in includes(source)
                         if target.startswith("OrvoAPI/")]
                  for name, source in self.sources.items()}
-        done, trail = set(), []
-
-        def visit(name):
-            if name in trail:
-                ring = trail[trail.index(name):] + [name]
-                self.fault("OrvoAPI", "files include each other: " + " -> ".join(ring))
-                return
-            if name in done or name not in graph:
-                return
-            trail.append(name)
-            for target in graph[name]:
-                visit(target)
-            done.add(trail.pop())
-
-        for name in sorted(graph):
-            visit(name)
+        try:
+            graphlib.TopologicalSorter(graph).prepare()
+        except graphlib.CycleError as error:
+            self.fault("OrvoAPI", "files include each other: " + " -> ".join(error.args[1]))
 
     def check_umbrella(self):
         listed = {target.removeprefix("OrvoAPI/")
@@ -189,13 +169,7 @@ class Layout:
                         self.fault(name, f"<{target}> is no installed header")
 
 
-def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
-    faults = Layout(sys.argv[1]).check()
-    print("\n".join(faults) if faults else "layout: no fault")
-    sys.exit(1 if faults else 0)
-
-
 if __name__ == "__main__":
-    main()
+    found = Layout(sys.argv[1]).check()
+    print("\n".join(found) if found else "layout: no fault")
+    sys.exit(1 if found else 0)

@@ -13,8 +13,6 @@ BLOCK = re.compile(r"^```cpp (examples/\S+)\n(.*?)^```$", re.M | re.S)
 
 
 def main():
-    if len(sys.argv) != 2:
-        sys.exit(__doc__)
     root = pathlib.Path(sys.argv[1])
     faults, blocks = [], 0
     for document in [root / "README.md", *sorted((root / "docs").glob("*.md"))]:
