@@ -57,15 +57,12 @@ struct RequestCase {
 
 const std::vector<RequestCase> kRequests{
     {"products/a/b", [](auto& c) { return outcome(c.fetchPage("a/b")); }, Cached::yes},
-    {"products/a", [](auto& c) { return outcome(c.fetchPage("a", {.noCache = true})); },
-     Cached::no},
     {"products/a?x=1", [](auto& c) { return outcome(c.fetchVideo("a?x=1", {.playlistID = "p"})); },
      Cached::yes},
     {"products/a", [](auto& c) { return outcome(c.fetchVideo("a", {.noCache = true})); },
      Cached::no},
     {"products/a", [](auto& c) { return outcome(c.fetchContentItem("a")); }, Cached::yes},
     {"products/a", [](auto& c) { return outcome(c.fetchSystemView("a", "L")); }, Cached::yes, 15s},
-    {"collections/a", [](auto& c) { return outcome(c.fetchItemCollection("a")); }, Cached::yes},
     {"collections/a?x=1&offset=20&limit=10",
      [](auto& c) { return outcome(c.fetchItemCollection("a?x=1", kPage)); }, Cached::yes},
     {"playlists/playlists::a", [](auto& c) { return outcome(c.fetchPlaylist("playlists::a")); },
@@ -82,9 +79,6 @@ const std::vector<RequestCase> kRequests{
      [](auto& c) { return outcome(c.fetchSearchCollection("a", Kind::top, kPage)); }, Cached::no},
     {"search/suggest?q=", [](auto& c) { return outcome(c.fetchSearchSuggestions("")); },
      Cached::no},
-    {"epg?start_time=2017-05-01T10:00:00.000Z&end_time=2017-05-02T10:00:00.000Z",
-     [](auto& c) { return outcome(c.fetchLinearProgramGuide("not sent", kStart, kEnd)); },
-     Cached::yes, 60s, kStandard},
     {"epg?start_time=2017-05-01T10:00:00.000Z&end_time=2017-05-02T10:00:00.000Z"
      "&offset=20&limit=10",
      [](auto& c) { return outcome(c.fetchLinearProgramGuide("not sent", kStart, kEnd, kPage)); },

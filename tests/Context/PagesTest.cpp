@@ -115,15 +115,6 @@ TEST(Pages, CallsBeforeThePageCameMoveTheWalkOnce) {
   EXPECT_EQ(walked.stubbed.requested(), "collections/c?offset=10&limit=10");
 }
 
-TEST(Pages, ACancelAfterThePageCameChangesNothing) {
-  Walked walked;
-  const auto first = walked.pages.next();
-  walked.answer({.total = 30, .limit = 10, .offset = 0});
-  (void)first.wait(kPatience).force();
-  first.cancel();
-  EXPECT_EQ(walked.next({.total = 30, .limit = 10, .offset = 10})->meta.offset, 10);
-}
-
 TEST(PagesForEach, EndsWithTheTaskOrAnErrorAndCanGoOn) {
   Walked walked;
   const auto& queue = walked.stubbed.queue;

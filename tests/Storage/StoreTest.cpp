@@ -1,12 +1,15 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Platform/MainQueue.h>
 #include <OrvoAPI/Storage/AppStore.h>
+#include <OrvoAPI/Storage/KeyedStore.h>
 #include <OrvoAPI/Storage/Store.h>
 #include <OrvoAPI/Testing/ManualClock.h>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <tests/support/Race.h>
 
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -14,6 +17,8 @@ namespace orvo {
 namespace {
 
 using namespace std::chrono_literals;
+using testing::MatchesRegex;
+using testing::UnorderedElementsAre;
 
 struct Element {
   int number = 0;
@@ -226,6 +231,45 @@ TEST(AppStore, BoundsItsStoresAndForgetsAllOnOneClockAndWhenItIsTold) {
   fill(store);
   for (int i = 0; i < 1000; ++i) fill(store, std::to_string(i));
   EXPECT_EQ(filled(store), 0);
+}
+
+TEST(KeyedStore, MakesKeysReplacesAndRemoves) {
+  KeyedStore<std::string> store;
+  const auto first = store.add("one");
+  EXPECT_THAT(first, MatchesRegex("[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-"
+                                  "[0-9A-F]{12}"));
+  EXPECT_NE(first, store.add("two"));
+  store.add("three", first);
+  store.remove("unknown");
+  EXPECT_THAT(store.elements(), UnorderedElementsAre("three", "two"));
+  store.remove(first);
+  EXPECT_FALSE(store.element(first));
+}
+
+TEST(KeyedStore, LetsADestructorUseItAgain) {
+  KeyedStore<std::shared_ptr<int>> store;
+  bool sawItself = true;
+  store.add(std::shared_ptr<int>(new int,
+                                 [&](const int* gone) {
+                                   sawItself = store.element("a").has_value();
+                                   delete gone;
+                                 }),
+            "a");
+  store.remove("a");
+  EXPECT_FALSE(sawItself);
+}
+
+TEST(KeyedStore, IsWrittenAndReadByManyThreads) {
+  KeyedStore<int> store;
+  test::race(
+      200, [](int) {},
+      [&](int racer, int round) {
+        const auto key = store.add(round);
+        store.add(round, "shared");
+        (void)store.elements();
+        if (round % test::kRacers != racer) store.remove(key);
+      });
+  EXPECT_EQ(store.elements().size(), 201U);
 }
 
 }  // namespace
