@@ -2,53 +2,19 @@
 
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <fuzz/FuzzTarget.h>
-#include <unicode/gregocal.h>
-#include <unicode/smpdtfmt.h>
 
-#include <cmath>
-#include <memory>
+#include "tests/support/DateOracle.h"
 
 using namespace orvo;
 
 namespace {
-
-class Oracle {
- public:
-  explicit Oracle(const DateFormatter& formatter)
-      : format_(icu::UnicodeString::fromUTF8(std::string(formatter.pattern())),
-                icu::Locale("en_US_POSIX"), status_) {
-    icu::GregorianCalendar calendar(*icu::TimeZone::getGMT(), status_);
-    calendar.setGregorianChange(-1e17, status_);
-    format_.setCalendar(calendar);
-    format_.setLenient(false);
-  }
-
-  [[nodiscard]] std::string string(Date date) const {
-    icu::UnicodeString text;
-    std::string utf8;
-    format_.format(static_cast<UDate>(date.millisecondsSince1970()), text).toUTF8String(utf8);
-    return utf8;
-  }
-  [[nodiscard]] std::optional<Date> date(std::string_view string) const {
-    const auto text = icu::UnicodeString::fromUTF8(std::string(string));
-    icu::ParsePosition position(0);
-    const UDate read = format_.parse(text, position);
-    if (position.getErrorIndex() >= 0 || position.getIndex() != text.length()) return std::nullopt;
-    if (std::abs(read) > 1e17) return std::nullopt;  // years that no type here can hold
-    return Date(static_cast<std::int64_t>(read));
-  }
-
- private:
-  UErrorCode status_ = U_ZERO_ERROR;
-  icu::SimpleDateFormat format_;
-};
 
 /// A zone can lead out of the years that the patterns can hold.
 bool hasFourDigits(Date date) {
   return date >= Date(-62'135'596'800'000) && date < Date(253'402'300'800'000);
 }
 
-void compare(const DateFormatter& formatter, const Oracle& oracle, std::string_view text) {
+void compare(const DateFormatter& formatter, const DateOracle& oracle, std::string_view text) {
   const auto ours = formatter.date(text);
   const auto theirs = oracle.date(text);
   if (ours) {
@@ -66,8 +32,8 @@ void compare(const DateFormatter& formatter, const Oracle& oracle, std::string_v
 void check(std::string_view text) {
   static const DateFormatter formatters[] = {iso8601Formatter(), startResourceDateFormatter(),
                                              epgFromDateFormatter()};
-  static const Oracle oracles[] = {Oracle(formatters[0]), Oracle(formatters[1]),
-                                   Oracle(formatters[2])};
+  static const DateOracle oracles[] = {DateOracle(formatters[0]), DateOracle(formatters[1]),
+                                       DateOracle(formatters[2])};
   for (std::size_t index = 0; index < std::size(formatters); ++index) {
     compare(formatters[index], oracles[index], text);
   }

@@ -2,7 +2,10 @@
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
+
+#include "tests/support/DateOracle.h"
 
 namespace orvo {
 namespace {
@@ -12,6 +15,22 @@ constexpr Date kMay(1'493'632'800'000);  // 2017-05-01T10:00:00Z
 
 DateFormatError::stringDoesNotMatchFormat mismatch(const Result<Date>& result) {
   return *result.error()->as<DateFormatError>()->as<DateFormatError::stringDoesNotMatchFormat>();
+}
+
+TEST(DateFormatter, WritesAndReadsBackWhatTheOracleDoes) {
+  std::mt19937_64 random(7);
+  for (const auto& formatter :
+       {iso8601Formatter(), startResourceDateFormatter(), epgFromDateFormatter()}) {
+    const DateOracle oracle(formatter);
+    for (int i = 0; i < 8000; ++i) {
+      // The years 1 to 3938, half of them within a century of 1970.
+      const auto span = random() % 2 == 0 ? 3'155'760'000'000 : 62'135'596'800'000;
+      const Date date(std::uniform_int_distribution<std::int64_t>(-span, span)(random));
+      const auto text = formatter.string(date);
+      ASSERT_EQ(text, oracle.string(date)) << date.millisecondsSince1970();
+      ASSERT_EQ(formatter.date(text), oracle.date(text)) << text;
+    }
+  }
 }
 
 TEST(DateFormatter, TakesTheWholeTextOrNothing) {
