@@ -124,7 +124,8 @@ struct Fault {
 
 const std::vector<Fault>& faults() {
   using E = URLError;
-  static const std::vector<Fault> all{
+  // Never destroyed: the server's threads go on while the process ends.
+  static const auto& all = *new std::vector<Fault>{
       {"none",
        [](Peer& peer, unsigned number) { return peer.send(answer(body(number % 70'000))); },
        {200}},
@@ -228,7 +229,7 @@ const std::vector<Fault>& faults() {
        {E::dataLengthExceedsMaximum}},
       {"bomb",
        [](Peer& peer, unsigned) {
-         static const std::string packed = gzip(body(20U << 20));
+         static const auto& packed = *new std::string(gzip(body(20U << 20)));
          return peer.send(answer(packed, "Content-Encoding: gzip\r\n"));
        },
        {E::dataLengthExceedsMaximum}},
