@@ -64,17 +64,13 @@ class StandInLog {
     std::map<std::string, std::string> fields;
     for (std::size_t at = 0; at < text.size();) {
       const auto nameEnd = text.find_first_of("=\n", at);
-      const auto name = text.substr(at, nameEnd - at);
-      std::size_t begin = nameEnd + 1;
-      std::size_t size = text.find('\n', begin) - begin;
-      if (text.at(nameEnd) == '\n') {
-        size = 0;
-        for (int i = 7; i >= 0; --i) {
-          size = size << 8 | static_cast<unsigned char>(text.at(begin + static_cast<unsigned>(i)));
-        }
-        begin += 8;
+      const bool isBinary = text.at(nameEnd) == '\n';
+      const auto begin = nameEnd + (isBinary ? 9 : 1);
+      auto size = isBinary ? 0 : text.find('\n', begin) - begin;
+      for (auto i = begin - 1; isBinary && i > nameEnd; --i) {
+        size = size << 8 | static_cast<unsigned char>(text.at(i));
       }
-      fields[name] = text.substr(begin, size);
+      fields[text.substr(at, nameEnd - at)] = text.substr(begin, size);
       if (text.at(begin + size) != '\n') abort();
       at = begin + size + 1;
     }

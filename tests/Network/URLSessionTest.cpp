@@ -10,7 +10,6 @@
 #include <chrono>
 #include <set>
 #include <string>
-#include <thread>
 #include <utility>
 #include <vector>
 

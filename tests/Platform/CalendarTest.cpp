@@ -6,7 +6,6 @@
 
 #include <clocale>
 #include <cstdlib>
-#include <memory>
 #include <random>
 #include <string>
 

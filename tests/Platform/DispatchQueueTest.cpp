@@ -125,17 +125,15 @@ TEST(DelayedJobs, ComeInTheOrderOfTheirTimesAndNotTooEarly) {
   const auto begun = clock->elapsed();
   std::vector<std::pair<int, bool>> ran;
   test::Signal done;
-  const auto job = [&](std::chrono::milliseconds delay) {
-    return [&, delay] {
+  queue->postAfter(std::chrono::milliseconds::max(), [] { ADD_FAILURE(); });
+  for (const auto delay : {30ms, 10ms, 20ms, 10ms, 0ms}) {
+    queue->postAfter(delay, [&, delay] {
       ran.emplace_back(delay.count(), clock->elapsed() - begun >= delay);
       done.tell();
-    };
-  };
-  queue->postAfter(std::chrono::milliseconds::max(), [] { ADD_FAILURE(); });
-  for (const auto delay : {30ms, 10ms, 20ms, 10ms, 0ms}) queue->postAfter(delay, job(delay));
+    });
+  }
   ASSERT_TRUE(done.wait(5));
-  using Ran = decltype(ran);
-  EXPECT_EQ(ran, (Ran{{0, true}, {10, true}, {10, true}, {20, true}, {30, true}}));
+  EXPECT_EQ(ran, (decltype(ran){{0, true}, {10, true}, {10, true}, {20, true}, {30, true}}));
 }
 
 TEST(DelayedJobs, KeepTheirQueueUntilThen) {
