@@ -111,7 +111,7 @@ std::shared_ptr<LinearProgramGuideMonitor> LinearProgramGuideMonitor::make(
     std::shared_ptr<const Context> context, LinearProgramGuideMonitorOptions options) {
   if (options.mainQueue == nullptr) options.mainQueue = MainQueue::shared();
   if (options.clock == nullptr) options.clock = context->clock();
-  const std::shared_ptr<LinearProgramGuideMonitor> monitor(
+  std::shared_ptr<LinearProgramGuideMonitor> monitor(
       new LinearProgramGuideMonitor(std::move(context), std::move(options)));
   const auto waitAnew = [weak = std::weak_ptr(monitor)] {
     if (const auto self = weak.lock()) self->waitAnew();

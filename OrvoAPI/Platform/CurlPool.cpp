@@ -20,7 +20,7 @@ std::shared_ptr<CurlPool> CurlPool::of(const std::string& authorityFile) {
   if (auto pool = known.lock()) return pool;
   CURLM* const multi = curl_multi_init();
   if (multi == nullptr) return nullptr;
-  const std::shared_ptr<CurlPool> pool(new CurlPool(multi, authorityFile));
+  std::shared_ptr<CurlPool> pool(new CurlPool(multi, authorityFile));
   known = pool;
   return pool;
 }

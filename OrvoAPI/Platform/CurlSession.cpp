@@ -32,7 +32,8 @@ URLError cancelled() { return {URLError::cancelled, "cancelled"}; }
 
 std::shared_ptr<NetworkSession> NetworkSession::make(URLSessionConfiguration configuration) {
   if (!configuration.certificateAuthorityFile) {
-    const char* const file = std::getenv("SSL_CERT_FILE");
+    // As everybody who reads the environment: safe as long as the host does not write to it.
+    const char* const file = std::getenv("SSL_CERT_FILE");  // NOLINT(concurrency-mt-unsafe)
     if (file != nullptr && *file != '\0') configuration.certificateAuthorityFile = file;
   }
   configuration.maximumConnectionsPerHost = std::max(configuration.maximumConnectionsPerHost, 1U);

@@ -1,3 +1,4 @@
+#include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Platform/URLError.h>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <vector>
 
 #include "tests/Context/StubbedContext.h"
+#include "tests/support/HTTPServer.h"
 
 namespace orvo {
 namespace {
@@ -82,7 +84,9 @@ const std::vector<RequestCase> kRequests{
      [](auto& c) { return outcome(c.fetchLinearProgramGuide("not sent", kStart, kEnd, kPage)); },
      Cached::yes, 60s, kStandard},
     {"lineup?d=1",
-     [](auto& c) { return outcome(c.fetchLineup(url("https://lineups.example/lineup?d=1"))); },
+     [](auto& c) {
+       return outcome(c.fetchLineup(*URL::parse("lineup?d=1", c.urlService().baseURL)));
+     },
      Cached::yes,
      10s,
      kIgnoring,
@@ -106,6 +110,24 @@ TEST(ContextFetch, SendsEachRequestAndKeepsWhatIsToBeKept) {
     EXPECT_TRUE(first() && second()) << target;
     (void)fetch(*stubbed.context);
     EXPECT_EQ(stubbed.requests(), cached == Cached::yes ? 2U : 3U) << target;
+  }
+}
+
+TEST(ContextFetch, TheSameGoesOverTheWire) {
+  const test::HTTPServer server([](const test::ServedRequest& request) {
+    return test::ServedAnswer{.body = std::string(documentFor(request.target.substr(4)))};
+  });
+  const auto session = std::make_shared<StubSessionProvider>("token");
+  const auto context =
+      makeContext(server.url("/v3/"), configurationBody(server.url("/v3/live?q=1").text()), session,
+                  std::make_shared<DefaultNetworkProvider>(session));
+  for (const auto& [target, fetch, cached, timeout, policy, tokens] : kRequests) {
+    context->store().removeAll();
+    EXPECT_TRUE(fetch(*context)()) << target;
+    const auto request = server.requests().back();
+    EXPECT_EQ(request.method + " " + request.target, "GET /v3/" + target);
+    EXPECT_EQ(request.headers.values("Authorization"), tokens) << target;
+    EXPECT_EQ(request.header("Cache-Control"), "(none)") << target;
   }
 }
 
