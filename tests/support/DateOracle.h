@@ -29,7 +29,13 @@ class DateOracle {
     format_.format(static_cast<UDate>(date.millisecondsSince1970()), text).toUTF8String(utf8);
     return utf8;
   }
+  /// Not for more digits in a row than a date has: it divides by what a long fraction overflows to.
   [[nodiscard]] std::optional<Date> date(std::string_view string) const {
+    std::size_t digits = 0;
+    for (const char c : string) {
+      digits = c >= '0' && c <= '9' ? digits + 1 : 0;
+      if (digits > 9) return std::nullopt;
+    }
     const auto text = icu::UnicodeString::fromUTF8(std::string(string));
     icu::ParsePosition position(0);
     const UDate read = format_.parse(text, position);
