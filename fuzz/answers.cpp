@@ -2,11 +2,10 @@
 // the other, separated by a byte 0xFF.
 
 #include <OrvoAPI/Network/URLSession.h>
-#include <arpa/inet.h>
 #include <fuzz/FuzzTarget.h>
-#include <netinet/in.h>
 #include <strings.h>
 #include <sys/socket.h>
+#include <tests/support/Loopback.h>
 #include <unistd.h>
 
 #include <array>
@@ -14,6 +13,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <tuple>
 
 using namespace orvo;
 
@@ -26,15 +26,7 @@ constexpr int kMaximumRequests = 21;
 class Server {
  public:
   Server() {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    fuzz::require(bind(listener_, reinterpret_cast<sockaddr*>(&address), size) == 0 &&
-                      listen(listener_, 64) == 0 &&
-                      getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) == 0,
-                  "there is a loopback port");
-    port_ = ntohs(address.sin_port);
+    std::tie(listener_, port_) = test::listenOnLoopback();
     std::thread([this] {
       while (true) serve(accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC));
     }).detach();
@@ -79,7 +71,7 @@ class Server {
     close(socket);
   }
 
-  const int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  int listener_ = -1;
   int port_ = 0;
   std::mutex lock_;
   std::string answers_;  // guarded by lock_

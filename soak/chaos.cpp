@@ -7,10 +7,9 @@
 // they were.
 
 #include <OrvoAPI/Network/URLSession.h>
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <tests/support/Loopback.h>
 #include <unistd.h>
 #include <zlib.h>
 
@@ -27,6 +26,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 namespace orvo::soak {
@@ -241,17 +241,7 @@ const std::vector<Fault>& faults() {
 class Server {
  public:
   Server() {
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    socklen_t size = sizeof address;
-    if (bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-        listen(listener_, 512) != 0 ||
-        getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-      std::perror("no loopback port");
-      std::exit(2);
-    }
-    port_ = ntohs(address.sin_port);
+    std::tie(listener_, port_) = test::listenOnLoopback();
     for (int count = 0; count < 2 * kInFlight; ++count) std::thread([this] { serve(); }).detach();
   }
   [[nodiscard]] int port() const { return port_; }
@@ -269,7 +259,7 @@ class Server {
     }
   }
 
-  const int listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  int listener_ = -1;
   int port_ = 0;
 };
 

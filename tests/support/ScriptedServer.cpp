@@ -1,16 +1,16 @@
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
+#include <tests/support/Loopback.h>
 #include <tests/support/ScriptedServer.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <stdexcept>
+#include <tuple>
 #include <utility>
 
 namespace orvo::test {
+
 std::string Connection::readHead() {
   constexpr std::string_view kEnd = "\r\n\r\n";
   std::array<char, 4096> buffer;
@@ -53,17 +53,7 @@ void Connection::reset() {
 }
 
 ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {
-  sockaddr_in address{};
-  address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof address;
-  listener_ = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  if (bind(listener_, reinterpret_cast<sockaddr*>(&address), size) != 0 ||
-      listen(listener_, 128) != 0 ||
-      getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
-    throw std::runtime_error("no loopback port to be had");
-  }
-  port_ = ntohs(address.sin_port);
+  std::tie(listener_, port_) = listenOnLoopback();
   accepting_ = std::thread([this] { accept(); });
 }
 

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+
+#include <stdexcept>
+#include <utility>
+
+namespace orvo::test {
+
+/// A socket that listens on a free port of this machine only, and the port.
+inline std::pair<int, int> listenOnLoopback() {
+  const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in address{};
+  address.sin_family = AF_INET;
+  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof address;
+  if (bind(fd, reinterpret_cast<sockaddr*>(&address), size) != 0 || listen(fd, 512) != 0 ||
+      getsockname(fd, reinterpret_cast<sockaddr*>(&address), &size) != 0) {
+    throw std::runtime_error("no loopback port to be had");
+  }
+  return {fd, ntohs(address.sin_port)};
+}
+
+}  // namespace orvo::test
