@@ -3,8 +3,9 @@
 #include <OrvoAPI/OrvoAPI.h>
 
 #include <chrono>
-#include <cstdio>
 #include <thread>
+
+#include "Film.h"
 
 int main(int count, char** arguments) {
   if (count != 3) return 2;
@@ -13,19 +14,10 @@ int main(int count, char** arguments) {
   const auto queue = orvo::MainQueue::shared();
   auto claim = queue->claim();
 
-  orvo::ContextService::context(*orvo::URL::parse(arguments[1]), *orvo::URL::parse(arguments[2]),
-                                orvo::Client::appleTV)
-      .flatMap([](const auto& context) { return context->fetchVideo("film-long-thaw"); })
-      .onSuccess(queue,
-                 [&](const auto& video) {
-                   std::puts(video->title.c_str());
-                   status = 0;
-                   running = false;
-                 })
-      .onFailure(queue, [&](const auto& error) {
-        std::fprintf(stderr, "%s\n", error.description().c_str());
-        running = false;
-      });
+  filmTitle(arguments).onComplete(queue, [&](const auto& title) {
+    status = print(title);
+    running = false;
+  });
 
   while (running) {
     claim->drain();

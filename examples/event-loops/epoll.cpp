@@ -4,7 +4,7 @@
 #include <sys/epoll.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include "Film.h"
 
 int main(int count, char** arguments) {
   if (count != 3) return 2;
@@ -16,19 +16,10 @@ int main(int count, char** arguments) {
   epoll_event event{.events = EPOLLIN, .data = {.fd = claim->eventDescriptor()}};
   if (epoll_ctl(loop, EPOLL_CTL_ADD, claim->eventDescriptor(), &event) != 0) return 1;
 
-  orvo::ContextService::context(*orvo::URL::parse(arguments[1]), *orvo::URL::parse(arguments[2]),
-                                orvo::Client::appleTV)
-      .flatMap([](const auto& context) { return context->fetchVideo("film-long-thaw"); })
-      .onSuccess(queue,
-                 [&](const auto& video) {
-                   std::puts(video->title.c_str());
-                   status = 0;
-                   running = false;
-                 })
-      .onFailure(queue, [&](const auto& error) {
-        std::fprintf(stderr, "%s\n", error.description().c_str());
-        running = false;
-      });
+  filmTitle(arguments).onComplete(queue, [&](const auto& title) {
+    status = print(title);
+    running = false;
+  });
 
   while (running) {
     // More descriptors may be watched; this one says that jobs wait.

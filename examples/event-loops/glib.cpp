@@ -3,7 +3,7 @@
 #include <OrvoAPI/OrvoAPI.h>
 #include <glib-unix.h>
 
-#include <cstdio>
+#include "Film.h"
 
 int main(int count, char** arguments) {
   if (count != 3) return 2;
@@ -17,19 +17,10 @@ int main(int count, char** arguments) {
   };
   const guint watch = g_unix_fd_add(claim->eventDescriptor(), G_IO_IN, drain, &*claim);
 
-  orvo::ContextService::context(*orvo::URL::parse(arguments[1]), *orvo::URL::parse(arguments[2]),
-                                orvo::Client::appleTV)
-      .flatMap([](const auto& context) { return context->fetchVideo("film-long-thaw"); })
-      .onSuccess(queue,
-                 [&](const auto& video) {
-                   std::puts(video->title.c_str());
-                   status = 0;
-                   g_main_loop_quit(loop);
-                 })
-      .onFailure(queue, [&](const auto& error) {
-        std::fprintf(stderr, "%s\n", error.description().c_str());
-        g_main_loop_quit(loop);
-      });
+  filmTitle(arguments).onComplete(queue, [&](const auto& title) {
+    status = print(title);
+    g_main_loop_quit(loop);
+  });
 
   g_main_loop_run(loop);
   g_source_remove(watch);

@@ -4,7 +4,8 @@
 
 #include <QCoreApplication>
 #include <QSocketNotifier>
-#include <cstdio>
+
+#include "Film.h"
 
 int main(int count, char** arguments) {
   QCoreApplication app(count, arguments);
@@ -14,18 +15,8 @@ int main(int count, char** arguments) {
   QSocketNotifier notifier(claim->eventDescriptor(), QSocketNotifier::Read);
   QObject::connect(&notifier, &QSocketNotifier::activated, [&] { claim->drain(); });
 
-  orvo::ContextService::context(*orvo::URL::parse(arguments[1]), *orvo::URL::parse(arguments[2]),
-                                orvo::Client::appleTV)
-      .flatMap([](const auto& context) { return context->fetchVideo("film-long-thaw"); })
-      .onSuccess(queue,
-                 [](const auto& video) {
-                   std::puts(video->title.c_str());
-                   QCoreApplication::quit();
-                 })
-      .onFailure(queue, [](const auto& error) {
-        std::fprintf(stderr, "%s\n", error.description().c_str());
-        QCoreApplication::exit(1);
-      });
+  filmTitle(arguments).onComplete(queue,
+                                  [](const auto& title) { QCoreApplication::exit(print(title)); });
 
   return QCoreApplication::exec();
 }
