@@ -13,15 +13,13 @@ std::vector<LinearProgram> programs(const JSONObject& json) {
   std::vector<LinearProgram> programs;
   const auto items = json.objects("items");
   if (!items) return programs;
+  if (isConsoleSilent()) return detail::parsedItems<LinearProgramParser, LinearProgram>(*items);
   detail::reserve(programs, items->size());
-  const bool silent = isConsoleSilent();
   for (const JSONObject& item : *items) {
-    // Without a line to print, nobody needs an error of each "{}".
-    if (silent && item.empty()) continue;
     auto parsed = LinearProgramParser::parse(item);
     if (LinearProgram* program = parsed.value()) {
       programs.push_back(std::move(*program));
-    } else if (!silent) {
+    } else {
       printToConsole("BAILED ON Linearprogram " + parsed.error()->description());
     }
   }
