@@ -54,7 +54,7 @@ struct RequestCase {
   Cached cached;
   std::chrono::milliseconds timeout = 10s;
   CachePolicy policy = kIgnoring;
-  std::vector<std::string_view> tokens = {"token"};
+  std::vector<std::string_view> tokens = {kToken};
 };
 
 const std::vector<RequestCase> kRequests{
@@ -91,7 +91,7 @@ const std::vector<RequestCase> kRequests{
      10s,
      kIgnoring,
      {}},
-    {"live/v%201/token/playlist.json?q=1",
+    {"live/v%201/" + kToken + "/playlist.json?q=1",
      [](auto& c) { return outcome(c.fetchVideoAdMetadata("v 1")); }, Cached::no}};
 
 TEST(ContextFetch, SendsEachRequestAndKeepsWhatIsToBeKept) {
@@ -117,7 +117,7 @@ TEST(ContextFetch, TheSameGoesOverTheWire) {
   const test::HTTPServer server([](const test::ServedRequest& request) {
     return test::ServedAnswer{.body = std::string(documentFor(request.target.substr(4)))};
   });
-  const auto session = std::make_shared<StubSessionProvider>("token");
+  const auto session = std::make_shared<StubSessionProvider>(kToken);
   const auto context =
       makeContext(server.url("/v3/"), configurationBody(server.url("/v3/live?q=1").text()), session,
                   std::make_shared<DefaultNetworkProvider>(session));
@@ -233,7 +233,8 @@ TEST(ContextCapability, SendsTheRequestOfItsFetchWhenItIsCalled) {
   EXPECT_EQ(requestOf(context.searchCapability("a")), "search?q=a");
   EXPECT_EQ(requestOf(context.searchSuggestionsCapability("a")), "search/suggest?q=a");
   EXPECT_EQ(requestOf(context.lineupCapability({.url = url("https://api.example/v3/l")})), "l");
-  EXPECT_EQ(requestOf(context.videoAdMetadataCapability("a")), "live/a/token/playlist.json?q=1");
+  EXPECT_EQ(requestOf(context.videoAdMetadataCapability("a")),
+            "live/a/" + kToken + "/playlist.json?q=1");
 }
 
 TEST(ContextCapabilityDeathTest, AnOffsetBeyond64BitsStopsTheProcess) {
@@ -296,7 +297,7 @@ TEST(ContextCapability, TheConfigurationsListsComeWithTheirFetch) {
 TEST(Context, BuildsStreamAddressesWithTheCurrentToken) {
   StubbedContext stubbed;
   EXPECT_EQ(stubbed.context->videoURL("v").text(),
-            "https://hls.example/live/v/token/playlist.m3u8?q=1");
+            "https://hls.example/live/v/" + kToken + "/playlist.m3u8?q=1");
   stubbed.session->setToken("t/2 ");
   // A path cannot hold a space; an identifier from the network must not stop the process.
   EXPECT_EQ(stubbed.context->videoURL("a b").text(),

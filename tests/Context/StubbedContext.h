@@ -12,6 +12,7 @@
 
 #include "tests/support/Document.h"
 #include "tests/support/Outcome.h"
+#include "tests/support/Token.h"
 
 namespace orvo {
 
@@ -43,6 +44,7 @@ inline std::shared_ptr<Context> makeContext(const URL& api, const std::string& c
                                             std::shared_ptr<SessionProvider> session,
                                             std::shared_ptr<NetworkDataProvider> network,
                                             ContextOptions options = {}) {
+  if (options.logger == nullptr) options.logger = std::make_shared<PrintingLogger>();
   return Context::make(
       ConfigurationParser::parse(object(configuration), Environment::staging).force(), api,
       url("https://img.example/"), std::move(session), std::move(network), std::move(options));
@@ -57,7 +59,7 @@ struct StubbedContext {
   std::shared_ptr<StubNetworkDataProvider> network =
       std::make_shared<StubNetworkDataProvider>(callbackQueue);
   std::shared_ptr<StubSessionProvider> session =
-      std::make_shared<StubSessionProvider>("token", callbackQueue);
+      std::make_shared<StubSessionProvider>(kToken, callbackQueue);
   std::shared_ptr<Context> context = makeContext(
       url("https://api.example/v3/"), configurationBody(), session, network, {.clock = clock});
   std::size_t answered = 0;

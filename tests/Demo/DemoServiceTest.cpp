@@ -2,6 +2,7 @@
 #include <demo/DemoService.h>
 #include <gtest/gtest.h>
 #include <httplib.h>
+#include <tests/support/Token.h>
 
 #include <mutex>
 #include <string>
@@ -21,7 +22,9 @@ struct Visit {
   }
   std::string openSession() {
     const auto body = get("/v3/session?os_family=ios&category=tablet", "")->body;
-    return std::string(*JSONDataParser::object(Data(body)).force().string("token"));
+    std::string token(*JSONDataParser::object(Data(body)).force().string("token"));
+    EXPECT_TRUE(token.starts_with(kToken));
+    return token;
   }
   httplib::Result get(const std::string& path, const std::string& token) {
     return httplib::Client("127.0.0.1", service.port())
@@ -64,6 +67,7 @@ TEST(DemoServiceLog, HasALinePerRequestAndNoToken) {
     visit.status("/hls/welcome/" + visit.openSession() + "/playlist.m3u8");
     visit.status("/v3/search?q=%1B%5B31m", "made up");
   }
+  EXPECT_EQ(log.find(kToken), std::string::npos);
   EXPECT_NE(log.find("200 GET /hls/welcome/(token)/playlist.m3u8\n"), std::string::npos) << log;
   EXPECT_NE(log.find("401 GET /v3/search?q=%1B%5B31m (unknown token)\n"), std::string::npos) << log;
 }

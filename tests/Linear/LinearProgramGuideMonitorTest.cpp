@@ -92,7 +92,7 @@ struct OnAir final : Logger {
         context(Context::make(
             ConfigurationParser::parse(object(configurationBody()), Environment::staging).force(),
             url("https://api.example/v3/"), url("https://img.example/"),
-            std::make_shared<StubSessionProvider>(), channel,
+            std::make_shared<StubSessionProvider>(kToken), channel,
             {.logger = {std::shared_ptr<void>(), this}, .clock = clock})),
         monitor(LinearProgramGuideMonitor::make(
             context, {.mainQueue = queue, .delayAfterEnd = std::move(delayAfterEnd)})) {

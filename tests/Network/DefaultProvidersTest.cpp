@@ -23,6 +23,9 @@ namespace {
 
 using namespace std::chrono_literals;
 
+const std::string kOld = kToken + "-old";
+const std::string kNew = kToken + "-new";
+
 const std::map<std::string, std::string> kRedirects = {{"/videos/x", "/videos/y"},
                                                        {"/videos/x2", "/videos/y?b=2"},
                                                        {"/videos/x3", "/videos/y?"},
@@ -32,7 +35,7 @@ class DefaultNetworkProviderTest : public testing::Test {
  protected:
   /// Fetches with the token that the session had when the request was made.
   Future<HTTPResult> authorized(std::string_view target) {
-    return provider_.fetch({.url = server_.url(target), .headers = {{"Authorization", "old"}}});
+    return provider_.fetch({.url = server_.url(target), .headers = {{"Authorization", kOld}}});
   }
 
   const HTTPServer server_{[](const ServedRequest& request) -> ServedAnswer {
@@ -41,8 +44,7 @@ class DefaultNetworkProviderTest : public testing::Test {
     if (found == kRedirects.end()) return {404, "not found"};
     return {302, "moved", {{"Location", found->second}}};
   }};
-  const std::shared_ptr<StubSessionProvider> session_ =
-      std::make_shared<StubSessionProvider>("new");
+  const std::shared_ptr<StubSessionProvider> session_ = std::make_shared<StubSessionProvider>(kNew);
   DefaultNetworkProvider provider_{session_};
 };
 
@@ -56,7 +58,7 @@ TEST_F(DefaultNetworkProviderTest, CarriesTheQueryOverAndSendsOneTokenOnEachHop)
   EXPECT_EQ(requests[6].target, "/videos/y?") << "an empty query is one";
   for (const int hop : {0, 1, 2}) {
     EXPECT_EQ(requests[static_cast<std::size_t>(hop)].headers.values("Authorization"),
-              std::vector<std::string_view>{hop == 0 ? "old" : "new"});
+              (std::vector<std::string_view>{hop == 0 ? kOld : kNew}));
   }
 }
 
@@ -84,12 +86,12 @@ TEST_F(DefaultNetworkProviderTest, FinishesARedirectWhenItIsGone) {
   session_->holdTokens();
   auto provider = std::make_unique<DefaultNetworkProvider>(session_);
   const auto future =
-      provider->fetch({.url = server_.url("/videos/x"), .headers = {{"Authorization", "old"}}});
+      provider->fetch({.url = server_.url("/videos/x"), .headers = {{"Authorization", kOld}}});
   ASSERT_TRUE(session_->retrievals.waitForCount(1));
   provider.reset();
-  session_->retrievals.succeed(0, "new");
+  session_->retrievals.succeed(0, kNew);
   EXPECT_EQ(codeOf(future), 404);
-  EXPECT_EQ(server_.requests()[1].header("Authorization"), "new");
+  EXPECT_EQ(server_.requests()[1].header("Authorization"), kNew);
 }
 
 TEST_F(DefaultNetworkProviderTest, MakesOneSessionForAllThreads) {
@@ -112,7 +114,7 @@ struct Provider {
   std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>();
   std::shared_ptr<PendingCalls<Session>> fetches = std::make_shared<PendingCalls<Session>>(queue);
   std::shared_ptr<DefaultSessionProvider> provider = DefaultSessionProvider::make(
-      1, {.token = "old", .date = clock->elapsed()}, [calls = fetches] { return calls->add(); },
+      1, {.token = kOld, .date = clock->elapsed()}, [calls = fetches] { return calls->add(); },
       DefaultSessionProvider::makeAccessQueue(), clock);
 };
 
@@ -120,17 +122,17 @@ TEST(DefaultSessionProvider, ATokenIsFreshForTwelveHoursWhateverTimeoutAndWallCl
   Provider p;
   p.clock->advance(12h - 1ms);
   p.clock->setWall(Date(4'000'000'000'000));
-  EXPECT_EQ(p.provider->retrieveSessionToken().wait(kPatience).force(), "old");
+  EXPECT_EQ(p.provider->retrieveSessionToken().wait(kPatience).force(), kOld);
   EXPECT_EQ(p.fetches->count(), 0U);
   p.clock->setWall(Date(0));
   p.clock->advance(1ms);
   const auto token = p.provider->retrieveSessionToken();
   ASSERT_EQ(p.fetches->count(), 1U);
-  p.fetches->succeed(0, {.token = "new"});
+  p.fetches->succeed(0, {.token = kNew});
   p.queue->run();
-  EXPECT_EQ(token.wait(kPatience).force(), "new");
+  EXPECT_EQ(token.wait(kPatience).force(), kNew);
   p.clock->advance(12h - 1ms);
-  EXPECT_EQ(p.provider->retrieveSessionToken().wait(kPatience).force(), "new");
+  EXPECT_EQ(p.provider->retrieveSessionToken().wait(kPatience).force(), kNew);
 }
 
 TEST(DefaultSessionProvider, EachStaleRetrievalFetchesAndTheLastToFinishDecides) {
@@ -155,9 +157,9 @@ TEST(DefaultSessionProvider, ARetrievalKeepsItAliveAndAnUpdateDoesNot) {
   const auto token = p.provider->retrieveSessionToken();
   const auto update = p.provider->updateSession();
   p.provider.reset();
-  p.fetches->succeed(0, {.token = "new"});
+  p.fetches->succeed(0, {.token = kNew});
   p.queue->run();
-  EXPECT_EQ(token.wait(kPatience).force(), "new");
+  EXPECT_EQ(token.wait(kPatience).force(), kNew);
   EXPECT_TRUE(watched.expired());
   p.fetches->succeed(1, {.token = "newer"});
   p.queue->run();

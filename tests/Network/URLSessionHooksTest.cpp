@@ -64,7 +64,7 @@ TEST(URLSessionRedirect, LeavesOtherAnswersAlone) {
 }
 
 TEST(URLSessionRedirect, FailsWhereTheLocationIsNoURL) {
-  for (const std::string location : {"http://h/a b", "/%zz", "http:///x", "//"}) {
+  for (const std::string location : {"http://h/secret-token b", "/%zz", "http:///x", "//"}) {
     const HTTPServer astray([&](const ServedRequest&) -> ServedAnswer {
       return {302, "", {{"Location", location}}};
     });

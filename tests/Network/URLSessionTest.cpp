@@ -1,6 +1,7 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Version.h>
 #include <gtest/gtest.h>
+#include <openssl/ssl.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
@@ -8,6 +9,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <set>
 #include <string>
 #include <utility>
@@ -90,7 +92,7 @@ TEST(URLSessionFetch, RefusesRequestsThatWouldBeOthersOnTheWire) {
   using namespace std::string_view_literals;
   const HTTPServer server(echo);
   URLSession session;
-  for (const auto& field : {HTTPHeaders::Field{"Authorization", "a\r\nX: y"},
+  for (const auto& field : {HTTPHeaders::Field{"Authorization", kToken + "\r\nX: y"},
                             {"A", "a\n"},
                             {"A", "a\0b"sv},
                             {"A: b\r\nC", "x"},
@@ -100,25 +102,27 @@ TEST(URLSessionFetch, RefusesRequestsThatWouldBeOthersOnTheWire) {
   EXPECT_EQ(codeOf(session.fetch({.url = server.url(), .method = "GET / HTTP/1.1\r\n"})),
             URLError::badURL);
   for (const auto& [text, code] :
-       {std::pair("relative", URLError::badURL), std::pair("http:///nohost", URLError::badURL),
+       {std::pair("relative", URLError::badURL),
+        std::pair("http:///secret-token", URLError::badURL),
         std::pair("http://h:70000/", URLError::badURL),
-        std::pair("ftp://127.0.0.1/", URLError::unsupportedURL),
+        std::pair("ftp://127.0.0.1/secret-token", URLError::unsupportedURL),
         std::pair("file:///etc/passwd", URLError::unsupportedURL)}) {
     EXPECT_EQ(codeOf(session.fetch({.url = *URL::parse(text)})), code) << text;
   }
   EXPECT_EQ(server.targets(), "");
 }
 
+/// "hello", by gzip.
+const std::string kPacked(
+    "\x1f\x8b\x08\x00\x00\x00\x00\x00\x00\x03\xcb\x48\xcd\xc9\xc9\x07\x00\x86\xa6\x10\x36\x05"
+    "\x00\x00\x00",
+    25);
+
 TEST(URLSessionFetch, DecodesAndSkipsInterimResponses) {
-  // "hello", by gzip.
-  const std::string packed(
-      "\x1f\x8b\x08\x00\x00\x00\x00\x00\x00\x03\xcb\x48\xcd\xc9\xc9\x07\x00\x86\xa6\x10\x36\x05"
-      "\x00\x00\x00",
-      25);
   const ScriptedServer server(
       "HTTP/1.1 103 Early\r\nX: early\r\n\r\nHTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n"
       "Transfer-Encoding: chunked\r\nY:  final \r\n\r\n19\r\n" +
-      packed + "\r\n0\r\nTrailer: t\r\n\r\n");
+      kPacked + "\r\n0\r\nTrailer: t\r\n\r\n");
   URLSession session;
   const auto result = session.fetch({.url = server.url()}).wait(kPatience);
   ASSERT_FALSE(result.failed());
@@ -198,7 +202,7 @@ TEST(URLSessionFault, HasTheCodeOfWhatWentWrong) {
   URLSession session;
   for (const auto& [answer, code] : answers) {
     const ScriptedServer server(answer);
-    EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), code) << answer;
+    EXPECT_EQ(codeOf(session.fetch({.url = server.url("/" + kToken)})), code) << answer;
   }
 }
 
@@ -217,12 +221,11 @@ TEST(URLSessionFault, OfOneAnswerReachesNoEarlierOne) {
 
 TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
   URLSession session;
-  constexpr std::string_view closed = "http://127.0.0.1:1/secret?token=t";
-  const auto refused = session.fetch({.url = *URL::parse(closed)}).wait(kPatience);
-  EXPECT_EQ(codeOf(refused), URLError::cannotConnectToHost);
-  EXPECT_EQ(refused.error()->description().find("secret"), std::string::npos);
-  EXPECT_EQ(codeOf(session.fetch({.url = *URL::parse("http://nowhere.invalid/")})),
-            URLError::cannotFindHost);
+  for (const auto& [host, code] : {std::pair("127.0.0.1:1", URLError::cannotConnectToHost),
+                                   std::pair("nowhere.invalid", URLError::cannotFindHost)}) {
+    const auto url = *URL::parse("http://" + std::string(host) + "/" + kToken);
+    EXPECT_EQ(codeOf(session.fetch({.url = url, .headers = {{"Authorization", kToken}}})), code);
+  }
 }
 
 TEST(URLSessionTimeout, ComesSoonAfterTheServerFallsSilent) {
@@ -252,79 +255,112 @@ TEST(URLSessionTimeout, DoesNotComeWhileHeaderAndBodyTrickle) {
   EXPECT_GT(Clock::now() - start, kLimit + kLimit) << "the server was too fast to tell";
 }
 
+/// The code of the server's answer, in a session that is made so.
+int codeOfAnswer(const std::string& answer, const URLSessionConfiguration& configuration = {}) {
+  const ScriptedServer server(answer);
+  URLSession session(configuration);
+  return codeOf(session.fetch({.url = server.url()}));
+}
+
 TEST(URLSessionBound, StopsABodyOfOneByteTooMany) {
-  const auto codeFor = [](const std::string& fieldsAndBody) {
-    const ScriptedServer server("HTTP/1.1 200 OK\r\n" + fieldsAndBody);
-    URLSession session({.maximumBodySize = 1000});
-    return codeOf(session.fetch({.url = server.url()}));
+  const auto codeFor = [](const std::string& fieldsAndBody, std::size_t bound = 1000) {
+    return codeOfAnswer("HTTP/1.1 200 OK\r\n" + fieldsAndBody, {.maximumBodySize = bound});
   };
   constexpr int kTooLong = URLError::dataLengthExceedsMaximum;
   EXPECT_EQ(codeFor("Content-Length: 1000\r\n\r\n" + std::string(1000, 'x')), 200);
   EXPECT_EQ(codeFor("\r\n" + std::string(1000, 'x')), 200);
   EXPECT_EQ(codeFor("\r\n" + std::string(1001, 'x')), kTooLong);
   EXPECT_EQ(codeFor("Content-Length: 1001\r\n\r\nx"), kTooLong);
+  const auto packed = "Content-Encoding: gzip\r\n\r\n" + kPacked;
+  EXPECT_EQ(codeFor(packed, 5), 200) << "it is the decoded size that counts";
+  EXPECT_EQ(codeFor(packed, 4), kTooLong);
 }
 
-TEST(URLSessionBound, StopsAHeaderThatIsTooLong) {
-  const auto codeFor = [](const std::string& line, int times) {
-    const ScriptedServer server([&](Connection& connection) {
-      connection.readHead();
-      if (!line.starts_with("HTTP/")) connection.send("HTTP/1.1 200 OK\r\n");
-      for (int i = 0; i < times; ++i) connection.send(line);
-      connection.send("\r\n");
-    });
-    URLSession session;
-    return codeOf(session.fetch({.url = server.url()}));
+TEST(URLSessionBound, StopsAHeaderOfOneByteTooMany) {
+  constexpr int kTooLong = URLError::dataLengthExceedsMaximum;
+  constexpr std::size_t kDefault = 65'536;
+  // With an interim response, and one field that fills the rest.
+  const auto head = [](std::size_t size) {
+    const std::string rest = "HTTP/1.1 103 Early\r\n\r\nHTTP/1.1 200 OK\r\nX: \r\n\r\n";
+    return std::string(rest).insert(rest.size() - 4, size - rest.size(), 'x');
   };
-  EXPECT_EQ(codeFor("X: " + std::string(60'000, 'x') + "\r\n", 1), 200);
-  EXPECT_EQ(codeFor(std::string(1000, 'x'), 10'000), URLError::dataLengthExceedsMaximum);
-  EXPECT_EQ(codeFor("HTTP/1.1 100 Continue\r\n\r\n", 10'000), URLError::dataLengthExceedsMaximum);
+  EXPECT_EQ(codeOfAnswer(head(kDefault)), 200);
+  EXPECT_EQ(codeOfAnswer(head(kDefault + 1)), kTooLong);
+  EXPECT_EQ(codeOfAnswer(head(kDefault + 1), {.maximumHeaderSize = kDefault + 1}), 200);
+  EXPECT_EQ(codeOfAnswer("HTTP/1.1 200 OK\r\n" + std::string(10'000'000, 'x')), kTooLong)
+      << "a line without an end";
 }
-
-ServedAnswer greet(const ServedRequest&) { return {.body = "hello"}; }
 
 class URLSessionTLS : public testing::Test {
  protected:
-  /// The code of a fetch from a server with this certificate, by a client that trusts the
-  /// authority. What is refused must not have been told anything.
-  int codeWith(const CertificateOptions& options) { return codeWith(options, authority_); }
-  int codeWith(const CertificateOptions& options, const CertificateAuthority& issuer) {
-    const HTTPServer server(greet, issuer.issue(options));
-    const auto code = codeOf(fetch(server.url("/secret"), authority_.file()));
-    EXPECT_EQ(server.targets(), code == 200 ? "/secret" : "");
-    return code;
+  /// What came of a request with a token, and what the server heard of it.
+  struct Exchange {
+    int code = 0;
+    std::string heard;
+  };
+  Exchange with(const std::function<std::string(Connection&)>& hear) {
+    Exchange exchange;
+    const ScriptedServer server([&](Connection& connection) { exchange.heard = hear(connection); });
+    URLSession session({.certificateAuthorityFile = authority_.file()});
+    const auto url = "https://127.0.0.1:" + std::to_string(server.port()) + "/private";
+    exchange.code =
+        codeOf(session.fetch({.url = *URL::parse(url), .headers = {{"Authorization", kToken}}}));
+    return exchange;
   }
-  static Future<HTTPResult> fetch(const URL& url, const std::string& trusted) {
-    URLSession session({.certificateAuthorityFile = trusted});
-    return session.fetch({.url = url, .headers = {{"Authorization", "token"}}});
+  Exchange with(const Certificate& certificate, int newestVersion = TLS1_3_VERSION) {
+    return with([&](Connection& connection) {
+      return answerSecurely(connection, certificate, newestVersion);
+    });
   }
 
   const CertificateAuthority authority_;
 };
 
-TEST_F(URLSessionTLS, RefusesWhatIsNotToBeTrustedEachWithItsCode) {
-  EXPECT_EQ(codeWith({}), 200);
-  EXPECT_EQ(codeWith({.validTo = -1h}), URLError::serverCertificateHasBadDate);
-  EXPECT_EQ(codeWith({.validFrom = 1h, .validTo = 2h}), URLError::serverCertificateNotYetValid);
-  EXPECT_EQ(codeWith({.selfSigned = true}), URLError::serverCertificateUntrusted);
-  EXPECT_EQ(codeWith({.address = "127.0.0.2"}), URLError::serverCertificateUntrusted);
-  EXPECT_EQ(codeWith({}, CertificateAuthority()), URLError::serverCertificateHasUnknownRoot);
+TEST_F(URLSessionTLS, TellsNothingToWhomItDoesNotTrust) {
+  const CertificateAuthority stranger;
+  for (const int version : {TLS1_2_VERSION, TLS1_3_VERSION}) {
+    const auto trusted = with(authority_.issue(), version);
+    EXPECT_EQ(trusted.code, 200);
+    EXPECT_NE(trusted.heard.find(kToken), std::string::npos) << "the server is no witness";
+    for (const auto& [certificate, code] :
+         {std::pair(authority_.issue({.validTo = -1h}), URLError::serverCertificateHasBadDate),
+          std::pair(authority_.issue({.validFrom = 1h, .validTo = 2h}),
+                    URLError::serverCertificateNotYetValid),
+          std::pair(authority_.issue({.selfSigned = true}), URLError::serverCertificateUntrusted),
+          std::pair(authority_.issue({.address = "127.0.0.2"}),
+                    URLError::serverCertificateUntrusted),
+          std::pair(stranger.issue(), URLError::serverCertificateHasUnknownRoot)}) {
+      const auto refused = with(certificate, version);
+      EXPECT_EQ(refused.code, code);
+      EXPECT_EQ(refused.heard, "") << code;
+    }
+  }
+  const auto old = with(authority_.issue(), TLS1_1_VERSION);
+  EXPECT_EQ(old.code, URLError::secureConnectionFailed);
+  EXPECT_EQ(old.heard, "");
 }
 
-TEST_F(URLSessionTLS, FailsWhereNoHandshakeIsDone) {
-  const auto secure = [](const ScriptedServer& server) {
-    return *URL::parse("https://127.0.0.1:" + std::to_string(server.port()) + "/");
-  };
-  // The last is the head of a handshake by a version of the protocol that is broken.
-  for (const auto& said : {std::string(), std::string("220 hello\r\n"),
-                           std::string("\x15\x03\x01\x00\x02\x02\x46", 7)}) {
-    const ScriptedServer server([&](Connection& connection) { connection.send(said); });
-    EXPECT_EQ(codeOf(fetch(secure(server), authority_.file())), URLError::secureConnectionFailed);
+TEST_F(URLSessionTLS, TellsNothingWhereNoHandshakeIsDone) {
+  using namespace std::string_literals;
+  // Takes a version that was not offered.
+  const auto hello =
+      "\x16\x03\x02\x00\x2a\x02\x00\x00\x26\x03\x02"s + std::string(32, 'r') + "\x00\xc0\x13\x00"s;
+  for (const auto& said : {""s, "220 hello\r\n"s, hello, hello.substr(0, 20),
+                           "\x15\x03\x01\x00\x02\x02\x46"s /* no such version */}) {
+    const auto failed = with([&](Connection& connection) {
+      connection.send(said);
+      connection.finish();
+      return connection.waitForClose();
+    });
+    EXPECT_EQ(failed.code, URLError::secureConnectionFailed) << said;
+    EXPECT_EQ(failed.heard.front(), '\x16') << "a handshake begins so";
+    EXPECT_EQ(failed.heard.find(kToken), std::string::npos);
+    EXPECT_EQ(failed.heard.find("/private"), std::string::npos);
   }
 }
 
 TEST_F(URLSessionTLS, KeepsItsConnectionsAndRefusesADowngrade) {
-  const HTTPServer plain(greet);
+  const ScriptedServer plain([](Connection& connection) { connection.waitForClose(); });
   const HTTPServer server(
       [&](const ServedRequest& request) -> ServedAnswer {
         if (request.target != "/down") return {};
@@ -333,10 +369,11 @@ TEST_F(URLSessionTLS, KeepsItsConnectionsAndRefusesADowngrade) {
       authority_.issue());
   URLSession session({.certificateAuthorityFile = authority_.file()});
   EXPECT_EQ(codeOf(session.fetch({.url = server.url("/")})), 200);
-  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/down")})), "stay");
+  const URLRequest down{.url = server.url("/down"), .headers = {{"Authorization", kToken}}};
+  EXPECT_EQ(bodyOf(session.fetch(down)), "stay");
   const auto requests = server.requests();
   EXPECT_EQ(requests[0].clientPort, requests[1].clientPort);
-  EXPECT_EQ(plain.targets(), "");
+  EXPECT_EQ(plain.connections(), 0);
 }
 
 }  // namespace

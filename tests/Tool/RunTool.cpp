@@ -2,8 +2,10 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <tests/support/Token.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -44,7 +46,14 @@ ToolRun runTool(const std::vector<std::string>& arguments, const std::string& in
   for (const std::string& argument : arguments) command += " '" + argument + "'";
   const int status = run(command + " <" + files + ".in >" + files + ".out 2>" + files + ".error");
   std::remove((files + ".in").c_str());
-  return {status, taken(files + ".out"), taken(files + ".error")};
+  ToolRun run{status, taken(files + ".out"), taken(files + ".error")};
+  // Only the address of a stream shows what the player needs.
+  const bool showsStream = std::any_of(arguments.begin(), arguments.end(), [](const auto& word) {
+    return word == "stream" || word == "tour";
+  });
+  EXPECT_EQ((showsStream ? run.error : run.output + run.error).find(kToken), std::string::npos)
+      << command;
+  return run;
 }
 
 int bash(const std::string& script) {

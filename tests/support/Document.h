@@ -6,6 +6,7 @@
 #include <OrvoAPI/Platform/ConsoleSink.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <initializer_list>
 #include <string>
 #include <string_view>
@@ -78,7 +79,10 @@ void expectRequired(const std::string& type, Document document,
 class CapturedConsole {
  public:
   CapturedConsole() {
-    setConsoleSink([this](std::string_view line) { lines += line; });
+    setConsoleSink([this](std::string_view line) {
+      lines += line;
+      std::fwrite(line.data(), 1, line.size(), stdout);  // for ctest to look at
+    });
   }
   CapturedConsole(const CapturedConsole&) = delete;
   CapturedConsole& operator=(const CapturedConsole&) = delete;

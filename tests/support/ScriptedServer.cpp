@@ -1,4 +1,5 @@
 #include <netinet/tcp.h>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
 #include <tests/support/Loopback.h>
 #include <tests/support/ScriptedServer.h>
@@ -6,6 +7,7 @@
 
 #include <algorithm>
 #include <array>
+#include <memory>
 #include <tuple>
 #include <utility>
 
@@ -41,15 +43,45 @@ void Connection::trickle(std::string_view bytes, std::chrono::milliseconds pause
   }
 }
 
-void Connection::waitForClose() {
+std::string Connection::waitForClose() {
   std::array<char, 4096> buffer;
-  while (recv(socket_, buffer.data(), buffer.size(), 0) > 0) {
+  std::string heard;
+  for (;;) {
+    const auto count = recv(socket_, buffer.data(), buffer.size(), 0);
+    if (count <= 0) return heard;
+    heard.append(buffer.data(), static_cast<std::size_t>(count));
   }
 }
+
+void Connection::finish() { shutdown(socket_, SHUT_WR); }
 
 void Connection::reset() {
   const linger atOnce{1, 0};
   setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+}
+
+std::string answerSecurely(Connection& connection, const Certificate& certificate,
+                           int newestVersion) {
+  const std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context(SSL_CTX_new(TLS_server_method()),
+                                                             SSL_CTX_free);
+  SSL_CTX_set_security_level(context.get(), 0);  // old versions count as no security at all
+  SSL_CTX_set_min_proto_version(context.get(), TLS1_VERSION);
+  SSL_CTX_set_max_proto_version(context.get(), newestVersion);
+  SSL_CTX_use_certificate(context.get(), certificate.certificate.get());
+  SSL_CTX_use_PrivateKey(context.get(), certificate.key.get());
+  const std::unique_ptr<SSL, void (*)(SSL*)> tls(SSL_new(context.get()), SSL_free);
+  SSL_set_fd(tls.get(), connection.socket_);
+  if (SSL_accept(tls.get()) != 1) return connection.waitForClose();
+  std::array<char, 4096> buffer;
+  std::string request;
+  while (!request.ends_with("\r\n\r\n")) {
+    const int count = SSL_read(tls.get(), buffer.data(), static_cast<int>(buffer.size()));
+    if (count <= 0) return request;
+    request.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  constexpr std::string_view kAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+  SSL_write(tls.get(), kAnswer.data(), static_cast<int>(kAnswer.size()));
+  return request;
 }
 
 ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {

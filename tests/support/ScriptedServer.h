@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Platform/URL.h>
+#include <tests/support/HTTPServer.h>
 
 #include <atomic>
 #include <chrono>
@@ -23,16 +24,25 @@ class Connection {
   void send(std::string_view bytes);
   /// One byte after another, with a pause before each.
   void trickle(std::string_view bytes, std::chrono::milliseconds pause);
-  /// Says nothing until the client goes.
-  void waitForClose();
+  /// Says nothing until the client goes; returns what came from it meanwhile.
+  std::string waitForClose();
+  /// Tells the client that nothing more will come, but still hears it.
+  void finish();
   /// Closes so that the client's system reports an error.
   void reset();
 
  private:
   friend class ScriptedServer;
+  friend std::string answerSecurely(Connection&, const Certificate&, int);
   int socket_;
   std::string received_;
 };
+
+/// Shakes hands through TLS, in no newer version than this one of OpenSSL's numbers, and answers a
+/// request with an empty 200. Returns what the client said: its request, or, where it turned the
+/// handshake down, all that came after that.
+std::string answerSecurely(Connection& connection, const Certificate& certificate,
+                           int newestVersion);
 
 /// A server on a free loopback port that does exactly what its script says, however wrong. Each
 /// connection has a thread; going away ends them.
