@@ -31,6 +31,7 @@ TEST(URLParse, RefusesWhatTheGrammarDoesNotKnow) {
     EXPECT_FALSE(URL::parse(text)) << text.substr(0, 40);
     EXPECT_FALSE(URL::parse(text, url("http://h/"))) << text.substr(0, 40);
   }
+  EXPECT_TRUE(URL::parse(std::string(URL::kMaximumLength, 'a')));
 }
 
 TEST(URLParse, TellsThePartsApart) {
