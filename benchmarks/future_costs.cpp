@@ -1,36 +1,17 @@
-// Does the same piece of work with futures many times over, for callgrind to count its instructions
-// (the difference between two numbers of times, as benchmarks/run does). Built with
-// ORVO_COUNT_ALLOCATIONS it prints how many allocations one piece costs.
-//
-// usage: future_costs promise|callback|map TIMES
+// What futures cost, in counts: a promise with its future, a callback, a hop of a chain of maps,
+// and whether a hop of a long chain costs more than one of a short chain.
 
 #include <OrvoAPI/Futures/Promise.h>
+#include <benchmarks/support/Instructions.h>
+#include <benchmarks/support/Measure.h>
 
 #include <atomic>
-#include <cstdio>
-#include <cstdlib>
-#include <new>
-#include <string_view>
-
-#ifdef ORVO_COUNT_ALLOCATIONS
-namespace {
-std::atomic<std::size_t> allocations = 0;
-}  // namespace
-
-void* operator new(std::size_t size) {
-  allocations.fetch_add(1, std::memory_order_relaxed);
-  if (void* const memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
-#endif
+#include <string>
 
 namespace {
 
+using namespace orvo::benchmarks;
 using orvo::Promise;
-
-constexpr unsigned long kMapsPerChain = 10;
 
 std::atomic<bool> done = false;
 
@@ -40,8 +21,8 @@ void finish() {
 }
 
 /// Promises and their futures, created and dropped.
-void makePromises(unsigned long left) {
-  for (; left > 0; --left) {
+void makePromises(int times) {
+  for (; times > 0; --times) {
     const Promise<int> promise;
     const auto future = promise.future();
   }
@@ -49,45 +30,63 @@ void makePromises(unsigned long left) {
 }
 
 /// A promise with a callback, completed; the callback goes on with the next.
-void runCallbacks(unsigned long left) {
-  if (left == 0) return finish();
+void runCallbacks(int times) {
+  if (times == 0) return finish();
   const Promise<int> promise;
-  promise.future().onComplete([left](const auto&) { runCallbacks(left - 1); });
+  promise.future().onComplete([times](const auto&) { runCallbacks(times - 1); });
   promise.success(1);
 }
 
 /// A chain of maps, completed; a callback at its end goes on with the next.
-void runMaps(unsigned long left) {
-  if (left == 0) return finish();
+template <int hops>
+void runMaps(int times) {
+  if (times == 0) return finish();
   const Promise<int> promise;
   auto future = promise.future();
-  for (auto hop = kMapsPerChain; hop > 0; --hop) {
+  for (int hop = 0; hop < hops; ++hop) {
     future = future.map([](int value) { return value + 1; });
   }
-  future.onComplete([left](const auto&) { runMaps(left - kMapsPerChain); });
+  future.onComplete([times](const auto&) { runMaps<hops>(times - 1); });
   promise.success(1);
+}
+
+/// Has a worker do the work and waits until it is finished.
+void run(void (*work)(int), int times) {
+  done.store(false);
+  orvo::DispatchQueue::global()->post([=] { work(times); });
+  done.wait(false);
+}
+
+/// What `work(times)` costs for each of its times and each of the units of one time: the
+/// difference between two runs, of which the shorter has all that is done but once.
+Counts costOf(void (*work)(int), int units = 1) {
+  constexpr int kFew = 100, kMany = 1100;
+  run(work, kFew);  // the worker is started, the allocator's lists are filled
+  const auto few = countsOf([&] { run(work, kFew); });
+  const auto many = countsOf([&] { run(work, kMany); });
+  const double all = static_cast<double>(kMany - kFew) * units;
+  return {(many.instructions - few.instructions) / all, (many.allocations - few.allocations) / all};
+}
+
+void report(const char* what, Counts cost, double instructions, double allocations) {
+  print(
+      Row{.name = what, .unit = "instructions", .ours = cost.instructions, .bound = instructions});
+  print(Row{.name = what, .unit = "allocations", .ours = cost.allocations, .bound = allocations});
 }
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  const std::string_view mode = argc == 3 ? argv[1] : "";
-  void (*const work)(unsigned long) = mode == "promise"    ? makePromises
-                                      : mode == "callback" ? runCallbacks
-                                      : mode == "map"      ? runMaps
-                                                           : nullptr;
-  const auto times = work == nullptr ? 0 : std::strtoul(argv[2], nullptr, 10);
-  if (times == 0 || times % kMapsPerChain != 0) {
-    std::fprintf(stderr, "usage: future_costs promise|callback|map TIMES, in tens\n");
-    return 2;
-  }
-#ifdef ORVO_COUNT_ALLOCATIONS
-  const auto before = allocations.load();
-#endif
-  orvo::DispatchQueue::global()->post([&] { work(times); });
-  done.wait(false);
-#ifdef ORVO_COUNT_ALLOCATIONS
-  const auto made = static_cast<double>(allocations.load() - before);
-  std::printf("%.2f\n", made / static_cast<double>(times));
-#endif
+int main(int, char** argv) {
+  runUnderCallgrind(argv);
+  report("create a promise and its future", costOf(makePromises), 250, 1);
+  report("callback, completed", costOf(runCallbacks), 700, 2);
+  const auto hop = costOf(runMaps<10>, 10);
+  report("map hop", hop, 600, 1.2);
+  // With the promise before the first hop and the callback behind the last.
+  const double small = costOf(runMaps<1>).instructions;
+  const double big = costOf(runMaps<1000>, 1000).instructions;
+  const std::string name = "each hop of a chain of 1,000";
+  print(Row{name, "instructions", big, "of 1", small, big / small, Goal::atMost, 1.3});
+  print(Row{name, "instructions", big, "of 10", hop.instructions, big / hop.instructions,
+            Goal::atMost, 1.3});
 }

@@ -27,16 +27,16 @@ NodeList<Node> reversed(Node* newest) {
   return list;
 }
 
-CancelCallback* asNode(std::uintptr_t cancelCallback) {
+CancelCallback* asCancelCallback(std::uintptr_t cancelCallback) {
   return reinterpret_cast<CancelCallback*>(cancelCallback);  // NOLINT(performance-no-int-to-ptr)
 }
 
 }  // namespace
 
 void FutureCore::dropCallbacks() noexcept {
-  const auto unposted = inOrder(callbacks_.load(std::memory_order_relaxed));
+  const auto unposted = reversed(asNode(callbacks_.load(std::memory_order_relaxed)));
   const auto cancelCallbacks = cancelCallbacks_.load(std::memory_order_relaxed);
-  const auto uncalled = reversed(asNode(cancelCallbacks & ~kCancelled));
+  const auto uncalled = reversed(asCancelCallback(cancelCallbacks & ~kCancelled));
 }
 
 void FutureCore::releaseWeakly(FutureCore* core) noexcept {
@@ -94,7 +94,7 @@ std::string FutureCore::queueLabel() {
   return *label;
 }
 
-void FutureCore::post(Continuation* callback, FutureCore& source, const void* result) {
+inline void FutureCore::post(Continuation* callback, FutureCore& source, const void* result) {
   source.retain();
   callback->source_ = &source;
   callback->result_ = result;
@@ -103,9 +103,9 @@ void FutureCore::post(Continuation* callback, FutureCore& source, const void* re
   queue->post(Job(callback));
 }
 
-JobList FutureCore::inOrder(std::uintptr_t callbacks) {
+JobNode* FutureCore::asNode(std::uintptr_t callbacks) {
   const auto newest = callbacks & ~(kPosting | kPosted);
-  return reversed(reinterpret_cast<JobNode*>(newest));  // NOLINT(performance-no-int-to-ptr)
+  return reinterpret_cast<JobNode*>(newest);  // NOLINT(performance-no-int-to-ptr)
 }
 
 void FutureCore::publish(const void* result) noexcept {
@@ -113,16 +113,26 @@ void FutureCore::publish(const void* result) noexcept {
   auto callbacks = callbacks_.load(std::memory_order_acquire);
   do {
     if ((callbacks & (kPosting | kPosted)) != 0) return;
-  } while (!callbacks_.compare_exchange_weak(callbacks, kPosting, std::memory_order_acq_rel,
-                                             std::memory_order_acquire));
+  } while (!callbacks_.compare_exchange_weak(callbacks, callbacks == 0 ? kPosted : kPosting,
+                                             std::memory_order_acq_rel, std::memory_order_acquire));
+  if (callbacks == 0) return;
   for (;;) {
-    const auto* const current = currentResult();
-    for (auto batch = inOrder(callbacks); !batch.empty();) {
-      post(static_cast<Continuation*>(batch.pop()), *this, current);
+    auto* const newest = asNode(callbacks);
+    if (newest->next == nullptr) {
+      post(static_cast<Continuation*>(newest), *this, currentResult());
+    } else {
+      postInOrder(newest);
     }
     callbacks = kPosting;
     if (callbacks_.compare_exchange_strong(callbacks, kPosted, std::memory_order_acq_rel)) return;
     callbacks = callbacks_.exchange(kPosting, std::memory_order_acq_rel);
+  }
+}
+
+void FutureCore::postInOrder(JobNode* newest) {
+  const auto* const result = currentResult();
+  for (auto batch = reversed(newest); !batch.empty();) {
+    post(static_cast<Continuation*>(batch.pop()), *this, result);
   }
 }
 
@@ -145,7 +155,7 @@ void FutureCore::add(CancelCallback* callback, DispatchQueue& queue) {
     if (newest == kCancelled) {
       return queue.post(callback->intoJob(CoreRef<FutureCore>::retain(this)));
     }
-    callback->next = asNode(newest);
+    callback->next = asCancelCallback(newest);
   } while (!cancelCallbacks_.compare_exchange_weak(
       newest, reinterpret_cast<std::uintptr_t>(callback), std::memory_order_acq_rel,
       std::memory_order_acquire));
@@ -169,7 +179,8 @@ void FutureCore::cancel() {
     const auto callbacks = core.cancelCallbacks_.exchange(kCancelled, std::memory_order_acq_rel);
     const bool completed = core.isCompleted();
     auto* const source = core.source_.exchange(nullptr, std::memory_order_acq_rel);
-    chain.push_back({std::move(future), reversed(asNode(callbacks & ~kCancelled)), completed});
+    chain.push_back(
+        {std::move(future), reversed(asCancelCallback(callbacks & ~kCancelled)), completed});
     if (source == nullptr) break;
     future = lock(source);
     releaseWeakly(source);

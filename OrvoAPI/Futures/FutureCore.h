@@ -189,12 +189,14 @@ class FutureCore {
   static void destroy(FutureCore* core) noexcept;
   void dropCallbacks() noexcept;
   static void post(Continuation* callback, FutureCore& source, const void* result);
+  /// Posts more than one, in the order in which they were registered.
+  [[gnu::noinline]] void postInOrder(JobNode* newest);
 
   /// The newest callback that waits, if any, with the mark of a thread that is posting others; or
   /// that all were posted and the next may be posted at once.
   static constexpr std::uintptr_t kPosting = 1;
   static constexpr std::uintptr_t kPosted = 2;
-  [[nodiscard]] static JobList inOrder(std::uintptr_t callbacks);
+  [[nodiscard]] static JobNode* asNode(std::uintptr_t callbacks);
   /// The newest cancel callback that waits, if any; or that the future is cancelled.
   static constexpr std::uintptr_t kCancelled = 1;
 

@@ -28,15 +28,9 @@ class FutureState : public FutureCore {
 
   /// Takes the result in any case.
   void complete(Result<T>&& result) {
-    if (this->claimFirstResult()) {
-      std::construct_at(&first_.result, std::move(result));
-      this->publish(&first_.result);
-    } else {
-      auto* const later = new Later{std::move(result), later_.load(std::memory_order_relaxed)};
-      while (!later_.compare_exchange_weak(later->older, later, std::memory_order_acq_rel)) {
-      }
-      this->publish(&later->result);
-    }
+    if (!this->claimFirstResult()) return replace(std::move(result));
+    std::construct_at(&first_.result, std::move(result));
+    this->publish(&first_.result);
   }
   /// Takes the result unless the future is cancelled.
   void settle(Result<T>&& result) {
@@ -55,7 +49,13 @@ class FutureState : public FutureCore {
     Result<T> result;
     Later* older;
   };
-  /// Apart, for it is rare.
+  // Apart, for they are rare.
+  [[gnu::noinline]] void replace(Result<T>&& result) {
+    auto* const later = new Later{std::move(result), later_.load(std::memory_order_relaxed)};
+    while (!later_.compare_exchange_weak(later->older, later, std::memory_order_acq_rel)) {
+    }
+    this->publish(&later->result);
+  }
   [[gnu::noinline]] static void destroyLater(Later* later) {
     while (later != nullptr) {
       const std::unique_ptr<Later> last(std::exchange(later, later->older));

@@ -4,19 +4,30 @@
 
 namespace orvo::benchmarks {
 
-/// Goes on under callgrind, with the same arguments, when the process does not run under it yet.
-/// Call it first in `main`. Exit status 2 when callgrind cannot be started.
+/// Runs the program again under callgrind, with the same arguments, and ends this process with its
+/// exit status; goes on when it is that second run. What stands before it is run twice, but for
+/// what asks `underCallgrind`.
 void runUnderCallgrind(char** argv);
+[[nodiscard]] bool underCallgrind();
+
+struct Counts {
+  double instructions;  // in user mode
+  double allocations;   // by `operator new`
+};
 
 void startCounting();
-/// Instructions in user mode since `startCounting`, of all threads.
-double stopCounting();
+/// What all threads did since `startCounting`.
+Counts stopCounting();
 
 template <std::invocable Work>
-double instructionsOf(Work&& work) {
+Counts countsOf(Work&& work) {
   startCounting();
   work();
   return stopCounting();
+}
+template <std::invocable Work>
+double instructionsOf(Work&& work) {
+  return countsOf(work).instructions;
 }
 
 }  // namespace orvo::benchmarks

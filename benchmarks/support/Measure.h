@@ -98,7 +98,7 @@ struct Row {
   std::string name;
   std::string unit;
   double ours = kNothing;
-  std::string peer;
+  std::string peer = {};
   double theirs = kNothing;
   double ratio = kNothing;
   Goal goal = Goal::atMost;
