@@ -82,7 +82,7 @@ class Round {
   std::shared_ptr<Wire> wire_ = std::make_shared<Wire>();
   std::shared_ptr<Sessions> sessions_;
   std::shared_ptr<Context> context_;
-  std::string token_ = "t0";
+  std::string token_ = kToken;
   int expectedUpdates_ = 0;
   std::vector<std::unique_ptr<Operation>> operations_;
 };
@@ -117,6 +117,8 @@ void Round::watch(Operation& operation, const Future<T>& future, IsRight isRight
                                                    slow_};
   future.onComplete(queues[pick(3)], [&operation, isRight](const Result<T>& result) {
     operation.outcome = outcomeOf(result.error());
+    if (result.failed() && result.error()->description().find(kToken) != std::string::npos)
+      operation.outcome = "an error that tells the token";
     if (!result.failed() && !isRight(**result.value())) operation.outcome = "another's value";
     ++operation.callbacks;
   });
@@ -307,7 +309,7 @@ void Round::arriveAtSession(Operation& operation, const Promise<Session>& promis
         promise.failure(URLError{URLError::cannotConnectToHost, "simulated"});
       });
     }
-    token_ = "t" + std::to_string(tally_.renewals);
+    token_ = kToken + std::to_string(tally_.renewals);
     // A renewal is for the second request, and nobody is left to send that for.
     operation.lost = context_ == nullptr && operation.requests == 1;
     advance(operation, [&] { promise.success(Session{token_}); });
@@ -328,7 +330,7 @@ void Round::run() {
   context_ = Context::make(
       ConfigurationParser::parse(object(configurationBody()), Environment::qa).force(),
       url("https://api.example/v3/"), url("https://img.example/"), sessions_, wire_,
-      {.clock = clock_});
+      {.logger = std::make_shared<PrintingLogger>(), .clock = clock_});
   for (int number = 0; number < kOperationsOfARound; ++number)
     later(std::chrono::milliseconds(pick(10'000)), [this] { start(); });
   // In some rounds the device sleeps for half a day, or the app loses interest.
@@ -384,7 +386,11 @@ void Round::verify() {
 int simulate(std::uint64_t operations, std::optional<std::uint64_t> seed) {
   auto claim = MainQueue::shared()->claim();
   mainQueue = &*claim;
-  setConsoleSink([](std::string_view) {});
+  setConsoleSink([](std::string_view line) {
+    if (line.find(kToken) == std::string_view::npos) return;
+    std::fputs("the console shows a token\n", stderr);
+    std::exit(1);
+  });
   Tally tally;
   if (seed) {
     Round(*seed, tally).run();

@@ -1,0 +1,409 @@
+// What a program that uses the library can rely on for its own life. Each scene is a process of its
+// own that talks to the demo service in this one:
+//
+//     host [CONTEXTS]
+//
+// Contexts that are made and dropped leave nothing behind; what belongs to the host stays as it is;
+// a program that it starts inherits nothing; and however the process ends, it ends soon, with no
+// thread of the library left (and no leak, where the sanitizer looks for one).
+
+#include <OrvoAPI/Context/ContextService.h>
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <curl/curl.h>
+#include <demo/DemoService.h>
+#include <malloc.h>
+#include <signal.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <tests/support/Loopback.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
+#include <clocale>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <locale>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+namespace orvo::soak {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kPatience = 60s;
+/// A scene that takes longer hangs, and is ended by its alarm.
+constexpr unsigned kSecondsOfAScene = 300;
+constexpr int kUnderWay = 20;
+constexpr int kThreads = 4;
+/// What it waits with, and what wakes it.
+constexpr int kDescriptorsOfTheNetworkThread = 2;
+/// Libcurl marks them for no other program, but not these, with which it wakes itself.
+constexpr int kDescriptorsOfLibcurl = 2;
+/// A smaller leak goes unseen, but for the sanitizer: the allocator's threads keep what they like.
+constexpr std::ptrdiff_t kBytesKept = 64 * 1024;
+constexpr std::ptrdiff_t kBytesOfAContext = 200;
+
+void require(bool holds, const std::string& what) {
+  if (holds) return;
+  std::fprintf(stderr, "%s\n", what.c_str());
+  _exit(1);
+}
+
+/// Waits, within reason, for what comes by itself.
+void settle(const std::string& what, const std::function<bool()>& condition) {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (!condition()) {
+    require(std::chrono::steady_clock::now() < end, what);
+    std::this_thread::sleep_for(1ms);
+  }
+}
+
+std::size_t entries(const char* folder) {
+  return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator(folder),
+                                                std::filesystem::directory_iterator()));
+}
+
+/// The library's threads, but for the one that asks.
+std::size_t libraryThreads() {
+  std::size_t count = 0;
+  std::error_code gone;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", gone)) {
+    std::string name;
+    std::ifstream(task.path() / "comm") >> name;
+    count += name.starts_with("orvo-") && task.path().filename() != std::to_string(gettid());
+  }
+  return count;
+}
+
+/// Destroyed after everything else that this program has made.
+struct LastWord {
+  bool isNeeded = false;
+  LastWord() = default;
+  LastWord(const LastWord&) = delete;
+  LastWord& operator=(const LastWord&) = delete;
+  ~LastWord() {
+    // A thread that the library no longer waits for needs a moment to vanish.
+    const auto end = std::chrono::steady_clock::now() + 1s;
+    while (isNeeded && libraryThreads() > 0) {
+      require(std::chrono::steady_clock::now() < end, "a thread runs into destruction");
+    }
+  }
+} lastWord;
+
+/// What the scenes talk to.
+struct Service {
+  URL api;
+  URL resources;
+  URL silent;  // takes connections and says nothing
+
+  [[nodiscard]] std::shared_ptr<Context> open() const {
+    return ContextService::context(api, resources, Client::appleTV).wait(kPatience).force();
+  }
+};
+
+void fetch(const Context& context) {
+  const auto page = context.fetchPage("view-discover", {.noCache = true});
+  const auto video = context.fetchVideo("welcome", {.noCache = true});
+  require(page.wait(kPatience).force()->id == "view-discover", "another page");
+  require(video.wait(kPatience).force()->id == "welcome", "another video");
+}
+
+/// Leaves requests under way, half of which get no answer.
+void leaveUnderWay(const Context& context, const URL& silent) {
+  for (int i = 0; i < kUnderWay; ++i) {
+    (void)context.fetchPage("view-discover", {.noCache = true});
+    (void)context.fetchLineup(*URL::parse(silent.text() + std::to_string(i)));
+  }
+}
+
+// ---- Contexts that come and go
+
+void visit(const Service& service, int number) {
+  const auto context = service.open();
+  const auto page = context->fetchPage("view-discover");
+  if (number % 3 == 0) return page.cancel();
+  if (number % 3 == 1) fetch(*context);
+  (void)context->fetchVideoAdMetadata("welcome");  // goes on without it
+}
+
+void visitOften(const Service& service, int count) {
+  std::vector<std::thread> threads;
+  for (int first = 0; first < kThreads; ++first) {
+    threads.emplace_back([&service, first, count] {
+      for (int number = first; number < count; number += kThreads) visit(service, number);
+    });
+  }
+  for (auto& thread : threads) thread.join();
+}
+
+void makeAndDropContexts(const Service& service, int count) {
+  const auto descriptors = entries("/proc/self/fd") + kDescriptorsOfTheNetworkThread;
+  const auto isBack = [&] { return entries("/proc/self/fd") <= descriptors; };
+  visitOften(service, count);  // after which the allocator has what it wants
+  settle("descriptors stay open after the first contexts", isBack);
+  const auto threads = entries("/proc/self/task");
+  const auto bytes = mallinfo2().uordblks;
+  visitOften(service, count);
+  settle("descriptors stay open", isBack);
+  settle("threads stay", [&] { return entries("/proc/self/task") <= threads; });
+  const auto more = static_cast<std::ptrdiff_t>(mallinfo2().uordblks - bytes);
+  std::printf("%d contexts: %zu descriptors and %zu threads as before, %td more bytes\n", count,
+              descriptors, threads, more);
+  std::fflush(stdout);
+  require(more < kBytesKept + kBytesOfAContext * count, "memory stays");
+}
+
+// ---- What belongs to the host
+
+std::atomic<int> handled{0};
+void handle(int) { ++handled; }
+
+std::string signalsIn(const sigset_t& set) {
+  std::string numbers;
+  for (int signal = 1; signal < NSIG; ++signal) {
+    if (sigismember(&set, signal) == 1) numbers += std::to_string(signal) + " ";
+  }
+  return numbers;
+}
+
+/// What the library must leave alone, by name.
+std::map<std::string, std::string> surroundings() {
+  std::map<std::string, std::string> all{
+      {"the locale", std::setlocale(LC_ALL, nullptr)},
+      {"the decimal point", std::localeconv()->decimal_point},
+      {"the locale of streams", std::locale().name()},
+      {"the zone", std::string(tzname[0]) + " " + tzname[1] + " " + std::to_string(timezone)},
+      {"the folder", std::filesystem::current_path()}};
+  for (char** variable = environ; *variable != nullptr; ++variable) {
+    all["the environment"].append(*variable).append("\n");
+  }
+  for (int signal = 1; signal < NSIG; ++signal) {
+    struct sigaction action {};
+    if (sigaction(signal, nullptr, &action) != 0) continue;
+    // The two kinds of handlers share their place.
+    all["signal " + std::to_string(signal)] =
+        std::to_string(reinterpret_cast<std::uintptr_t>(action.sa_handler)) + " " +
+        std::to_string(action.sa_flags) + " " + signalsIn(action.sa_mask);
+  }
+  sigset_t blocked{};
+  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+  all["blocked signals"] = signalsIn(blocked);
+  rlimit files{};
+  getrlimit(RLIMIT_NOFILE, &files);
+  all["the limit of descriptors"] = std::to_string(files.rlim_cur);
+  return all;
+}
+
+/// The host's own use of the HTTP library.
+class OwnTransfers {
+ public:
+  explicit OwnTransfers(const URL& url) {
+    curl_global_init(CURL_GLOBAL_DEFAULT);
+    handle_ = curl_easy_init();
+    curl_easy_setopt(handle_, CURLOPT_URL, url.text().c_str());
+    curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, &OwnTransfers::ignore);
+  }
+  OwnTransfers(const OwnTransfers&) = delete;
+  OwnTransfers& operator=(const OwnTransfers&) = delete;
+  ~OwnTransfers() {
+    curl_easy_cleanup(handle_);
+    curl_global_cleanup();
+  }
+  /// On a connection that is kept from one time to the next.
+  void work() {
+    long status = 0;
+    require(curl_easy_perform(handle_) == CURLE_OK, "the host's own transfer fails");
+    curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+    require(status == 200, "the host's own transfer is answered otherwise");
+  }
+
+ private:
+  static std::size_t ignore(char*, std::size_t size, std::size_t count, void*) {
+    return size * count;
+  }
+  CURL* handle_;
+};
+
+/// A locale that writes 1000.5 as "1.000,5", made here where the system has none.
+void enterCommaLocale() {
+  const std::string folder = std::filesystem::temp_directory_path() / "orvo-host-locales";
+  const std::string make = "mkdir -p " + folder + " && localedef -i de_DE -f UTF-8 " + folder +
+                           "/de_DE.UTF-8 2>/dev/null";
+  require(std::system(make.c_str()) == 0, "needs localedef and its sources (locales)");
+  setenv("LOCPATH", folder.c_str(), 1);
+  require(std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr, "no locale with a comma");
+  std::locale::global(std::locale("de_DE.UTF-8"));
+  std::filesystem::remove_all(folder);
+  require(std::strtod("1,5", nullptr) == 1.5, "the locale has no comma");
+}
+
+void leaveTheHostAlone(const Service& service, int) {
+  enterCommaLocale();
+  setenv("TZ", "Asia/Kathmandu", 1);
+  tzset();
+  struct sigaction own {};
+  own.sa_handler = handle;
+  for (const int signal : {SIGPIPE, SIGTERM, SIGCHLD, SIGUSR1, SIGWINCH}) {
+    sigaction(signal, &own, nullptr);
+  }
+  std::optional<OwnTransfers> transfers(std::in_place,
+                                        service.api.appendingPathComponent("configuration/ios/v1"));
+  const auto before = surroundings();
+  transfers->work();
+  auto context = service.open();
+  transfers->work();
+  fetch(*context);
+  const auto part = context->fetchItemCollection("everything", {.page = PageRequest{1000, 10}})
+                        .wait(kPatience)
+                        .force();
+  require(part->meta.offset == 1000, "numbers are written otherwise");
+  const auto numbers = JSONDataParser::object(Data(R"({"a": 1.5, "b": 1234567.25})")).force();
+  require(numbers.asValue().text() == R"({"a":1.5,"b":1234567.25})" && numbers.number("a") == 1.5,
+          "numbers are read otherwise: " + numbers.asValue().text());
+  kill(getpid(), SIGUSR1);
+  settle("the host's signal does not arrive", [] { return handled == 1; });
+  transfers->work();
+  context.reset();
+  transfers->work();
+  for (const auto& [what, after] : surroundings()) {
+    require(before.at(what) == after, what + " changed");
+  }
+  transfers.reset();
+  fetch(*service.open());
+}
+
+// ---- Other processes
+
+void leaveNothingToPrograms(const Service& service, int) {
+  const auto inherited = [] {
+    const pid_t child = fork();
+    if (child == 0) {
+      execl("/proc/self/exe", "host", "descriptors", nullptr);
+      _exit(127);
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    require(WIFEXITED(status) && WEXITSTATUS(status) != 127, "no program could be started");
+    return WEXITSTATUS(status);
+  };
+  const int before = inherited();
+  const auto context = service.open();
+  leaveUnderWay(*context, service.silent);
+  const int after = inherited();
+  std::printf("a program inherits %d descriptors more\n", after - before);
+  require(after <= before + kDescriptorsOfLibcurl, "a program inherits descriptors");
+  fetch(*context);
+}
+
+// ---- The end
+
+std::shared_ptr<Context> early;  // destroyed after everything that comes later
+
+void endWithAStaticMadeEarly(const Service& service, int) {
+  early = service.open();
+  leaveUnderWay(*early, service.silent);
+}
+
+void endWithAStaticMadeLate(const Service& service, int) {
+  static const auto late = service.open();
+  leaveUnderWay(*late, service.silent);
+}
+
+void endWhileOthersFetch(const Service& service, int) {
+  const auto& kept = *new std::shared_ptr<Context>(service.open());
+  static std::atomic<int> fetches{0};
+  for (int i = 0; i < kThreads; ++i) {
+    std::thread([&kept] {
+      for (;;) {
+        (void)kept->fetchPage("view-discover", {.noCache = true}).wait(1s);
+        ++fetches;
+      }
+    }).detach();
+  }
+  settle("nobody fetches", [] { return fetches > 20; });
+}
+
+void endAndUseItAgain(const Service& service, int) {
+  static const auto silent = service.silent;
+  // Registered before the library is used at all: it runs when that has ended.
+  std::atexit([] { leaveUnderWay(*early, silent); });
+  early = service.open();
+}
+
+struct Scene {
+  const char* name;
+  void (*play)(const Service& service, int contexts);
+};
+constexpr Scene kScenes[] = {{"contexts come and go", makeAndDropContexts},
+                             {"the host's own is left alone", leaveTheHostAlone},
+                             {"programs inherit nothing", leaveNothingToPrograms},
+                             {"ends with a static made early", endWithAStaticMadeEarly},
+                             {"ends with a static made late", endWithAStaticMadeLate},
+                             {"ends while others fetch", endWhileOthersFetch},
+                             {"is used after its end", endAndUseItAgain}};
+
+/// One scene in a process of its own.
+bool play(std::size_t scene, const Service& service, const std::string& contexts) {
+  const auto start = std::chrono::steady_clock::now();
+  const auto number = std::to_string(scene);
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/proc/self/exe", "host", number.c_str(), service.api.text().c_str(),
+          service.resources.text().c_str(), service.silent.text().c_str(), contexts.c_str(),
+          nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
+  std::printf("%-32s %s after %.2f s\n", kScenes[scene].name, status == 0 ? "well" : "FAILED",
+              took.count());
+  std::fflush(stdout);
+  if (WIFSIGNALED(status)) std::fprintf(stderr, "ended by signal %d\n", WTERMSIG(status));
+  return status == 0;
+}
+
+int playAll(const std::string& contexts) {
+  demo::DemoService demo;
+  require(demo.start(), "the demo service does not start");
+  const auto [listener, port] = test::listenOnLoopback();
+  const Service service{*URL::parse(demo.baseURL()), *URL::parse(demo.resourceURL()),
+                        *URL::parse("http://127.0.0.1:" + std::to_string(port) + "/")};
+  bool well = true;
+  for (std::size_t scene = 0; scene < std::size(kScenes); ++scene) {
+    well = play(scene, service, contexts) && well;
+  }
+  close(listener);
+  return well ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace orvo::soak
+
+int main(int argc, char** argv) {
+  using namespace orvo::soak;
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  if (words.size() < 2 && (words.empty() || words[0] != "descriptors")) {
+    return playAll(words.empty() ? "300" : words[0]);
+  }
+  // The folder that is looked into is open meanwhile.
+  if (words.size() < 2) return static_cast<int>(entries("/proc/self/fd"));
+  alarm(kSecondsOfAScene);
+  lastWord.isNeeded = true;
+  const Service service{*orvo::URL::parse(words[1]), *orvo::URL::parse(words[2]),
+                        *orvo::URL::parse(words[3])};
+  kScenes[std::stoul(words[0])].play(service, std::stoi(words[4]));
+  return 0;
+}
