@@ -183,7 +183,8 @@ std::map<std::string, std::string> surroundings() {
   std::map<std::string, std::string> all{
       {"the locale", std::setlocale(LC_ALL, nullptr)},
       {"the decimal point", std::localeconv()->decimal_point},
-      {"the locale of streams", std::locale().name()},
+      {"the locale of streams",
+       {1, std::use_facet<std::numpunct<char>>(std::locale()).decimal_point()}},
       {"the zone", std::string(tzname[0]) + " " + tzname[1] + " " + std::to_string(timezone)},
       {"the folder", std::filesystem::current_path()}};
   for (char** variable = environ; *variable != nullptr; ++variable) {
@@ -236,7 +237,13 @@ class OwnTransfers {
   CURL* handle_;
 };
 
-/// A locale that writes 1000.5 as "1.000,5", made here where the system has none.
+struct CommaNumbers final : std::numpunct<char> {
+  char do_decimal_point() const override { return ','; }
+  char do_thousands_sep() const override { return '.'; }
+  std::string do_grouping() const override { return "\3"; }
+};
+
+/// A locale that writes 1000.5 as "1.000,5": C's made here, C++'s by hand.
 void enterCommaLocale() {
   const std::string folder = std::filesystem::temp_directory_path() / "orvo-host-locales";
   const std::string make = "mkdir -p " + folder + " && localedef -i de_DE -f UTF-8 " + folder +
@@ -244,7 +251,7 @@ void enterCommaLocale() {
   require(std::system(make.c_str()) == 0, "needs localedef and its sources (locales)");
   setenv("LOCPATH", folder.c_str(), 1);
   require(std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr, "no locale with a comma");
-  std::locale::global(std::locale("de_DE.UTF-8"));
+  std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
   std::filesystem::remove_all(folder);
   require(std::strtod("1,5", nullptr) == 1.5, "the locale has no comma");
 }

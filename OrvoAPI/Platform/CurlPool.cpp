@@ -136,7 +136,12 @@ int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self,
     return 0;
   }
   auto* const transfer = CurlTransfer::from(handle);
-  if (transfer != nullptr) transfer->place().socket = socket;
+  if (transfer != nullptr) {
+    // One whose connection broke goes on with another. The earlier socket is forgotten: it may
+    // outlive the transfer.
+    const int earlier = std::exchange(transfer->place().socket, socket);
+    if (earlier >= 0 && earlier != socket) thread.forgetContext(earlier, transfer);
+  }
   const std::uint32_t events = ((what & CURL_POLL_IN) != 0 ? std::uint32_t{EPOLLIN} : 0U) |
                                ((what & CURL_POLL_OUT) != 0 ? std::uint32_t{EPOLLOUT} : 0U);
   thread.watch(socket, events, *static_cast<CurlPool*>(self), transfer);
