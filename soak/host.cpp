@@ -411,6 +411,10 @@ int main(int argc, char** argv) {
   lastWord.isNeeded = true;
   const Service service{*orvo::URL::parse(words[1]), *orvo::URL::parse(words[2]),
                         *orvo::URL::parse(words[3])};
-  kScenes[std::stoul(words[0])].play(service, std::stoi(words[4]));
+  try {
+    kScenes[std::stoul(words[0])].play(service, std::stoi(words[4]));
+  } catch (const orvo::AnyError& error) {
+    require(false, error.description());
+  }
   return 0;
 }
