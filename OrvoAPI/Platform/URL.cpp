@@ -132,6 +132,23 @@ bool isPlainAddress(std::string_view text) {
   return at == text.size();
 }
 
+/// Whether the text is a path, perhaps with a query, that resolving only puts behind the base's
+/// path: it could not be taken for anything else, and no segment is empty, "." or "..".
+bool isPlainPath(std::string_view text) {
+  bool firstSegment = true, segmentBegins = true;
+  std::size_t at = 0;
+  for (; at < text.size() && text[at] != '?'; ++at) {
+    const char c = text[at];
+    if (segmentBegins && (c == '/' || c == '.')) return false;
+    if (firstSegment && c == ':') return false;
+    if (!isIn(c, kPath) && !isPercentTripleAt(text, at)) return false;
+    segmentBegins = c == '/';
+    firstSegment = firstSegment && c != '/';
+  }
+  return at > 0 && text.size() <= URL::kMaximumLength &&
+         (at == text.size() || isQueryText(text.substr(at + 1)));
+}
+
 }  // namespace
 
 // The text is known to be valid, so that a few delimiters tell its parts.
@@ -171,7 +188,39 @@ std::optional<URL> URL::parse(std::string_view text) {
   return URL(std::string(text));
 }
 
+/// Whether resolving a plain path leaves all before the last "/" of this one's path as it is.
+bool URL::isPlainBase() const {
+  const auto name = host();
+  const auto afterName = part(hostEnd_, pathBegin_);
+  return (scheme() == "https" || scheme() == "http") && hostBegin_ == schemeEnd_ + 3 &&
+         !name.empty() &&
+         std::all_of(name.begin(), name.end(), [](char c) { return isIn(c, kHostName); }) &&
+         afterName != ":" && path().starts_with('/') &&
+         path().find("/.") == std::string_view::npos && path().find("//") == std::string_view::npos;
+}
+
+URL::URL(const URL& base, std::string_view plainPath)
+    : schemeEnd_(base.schemeEnd_),
+      hostBegin_(base.hostBegin_),
+      hostEnd_(base.hostEnd_),
+      pathBegin_(base.pathBegin_) {
+  const auto kept = base.part(0, base.pathBegin_ + base.path().rfind('/') + 1);
+  text_.reserve(kept.size() + plainPath.size());
+  text_.append(kept).append(plainPath);
+  queryEnd_ = static_cast<std::uint32_t>(text_.size());
+  pathEnd_ = queryEnd_;
+  if (const auto mark = plainPath.find('?'); mark != std::string_view::npos) {
+    pathEnd_ = static_cast<std::uint32_t>(kept.size() + mark);
+  }
+}
+
 std::optional<URL> URL::parse(std::string_view reference, const URL& base) {
+  // As each fetch asks for; the parser takes ten times as long for the same.
+  if (isPlainPath(reference) && base.isPlainBase()) {
+    URL url(base, reference);
+    if (url.text_.size() > kMaximumLength) return std::nullopt;
+    return url;
+  }
   const ParsedURI parsedReference(reference);
   if (!parsedReference.valid() || !base.isAbsolute()) return std::nullopt;
   const ParsedURI parsedBase(base.text_);

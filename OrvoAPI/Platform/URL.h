@@ -63,6 +63,8 @@ class URL {
 
  private:
   explicit URL(std::string validText);
+  URL(const URL& base, std::string_view plainPath);
+  [[nodiscard]] bool isPlainBase() const;
 
   [[nodiscard]] std::string_view part(std::size_t begin, std::size_t end) const {
     return std::string_view(text_).substr(begin, end - begin);
