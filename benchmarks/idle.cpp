@@ -1,9 +1,9 @@
-// What a process that waits costs: the context switches of its threads in ten seconds, by name,
-// while it holds a context, while a monitor waits for a distant end, and while one follows
-// programmes of five seconds. The service is another process. Exit status 1 when one that only
-// waits is woken.
+// What a process that waits costs: the context switches of its threads in ten seconds, while it
+// holds a context, while a monitor waits for a distant end, and while one follows programmes of
+// five seconds. The service is another process.
 
 #include <OrvoAPI/OrvoAPI.h>
+#include <benchmarks/support/Measure.h>
 #include <demo/DemoService.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -77,24 +77,19 @@ std::map<std::string, long> switches() {
 }
 
 /// Prints what the next ten seconds bring; this thread sleeps through them and does not count.
-long measure(const char* what) {
+void measure(const char* what, double goal) {
   std::this_thread::sleep_for(3s);  // what has just been done comes to rest
   const auto before = switches();
   std::this_thread::sleep_for(10s);
-  const auto after = switches();
   const auto self = std::to_string(getpid());
   long sum = 0;
-  std::string parts;
-  for (const auto& [name, count] : after) {
+  for (const auto& [name, count] : switches()) {
     if (name.ends_with(" " + self)) continue;
     const auto found = before.find(name);
-    const long woken = count - (found == before.end() ? 0 : found->second);
-    sum += woken;
-    parts += "  " + name.substr(0, name.find(' ')) + " " + std::to_string(woken);
+    sum += count - (found == before.end() ? 0 : found->second);
   }
-  std::printf("%-44s %4ld %s\n", what, sum, parts.c_str());
-  std::fflush(stdout);
-  return sum;
+  orvo::benchmarks::print(
+      {.name = what, .unit = "switches", .ours = static_cast<double>(sum), .bound = goal});
 }
 
 std::shared_ptr<orvo::Context> open(const Service& service) {
@@ -118,12 +113,11 @@ int main() {
   const Service quick(5s);
   const auto context = open(television);
   (void)context->fetchVideo("welcome").wait(30s).force();
-  const long holding = measure("a context that has fetched a video");
+  measure("10 s with one Context held", 0);
   auto monitor = watch(context);
-  const long waiting = measure("and a monitor that waits for a distant end");
+  measure("10 s with a monitor that waits for a distant end", 0);
   monitor.reset();
   const auto other = open(quick);
   monitor = watch(other);
-  measure("a monitor of programmes of five seconds");
-  return holding + waiting == 0 ? 0 : 1;
+  measure("10 s with a monitor of programmes of 5 s", orvo::benchmarks::kNothing);
 }
