@@ -306,8 +306,10 @@ void leaveNothingToPrograms(const Service& service, int) {
     return WEXITSTATUS(status);
   };
   const int before = inherited();
+  const auto own = entries("/proc/self/fd");
   const auto context = service.open();
   leaveUnderWay(*context, service.silent);
+  settle("there are no connections", [&] { return entries("/proc/self/fd") > own + 10; });
   const int after = inherited();
   std::printf("a program inherits %d descriptors more\n", after - before);
   require(after <= before + kDescriptorsOfLibcurl, "a program inherits descriptors");
