@@ -124,9 +124,7 @@ void CurlPool::checkDeadlines() {
       nextDeadline_ = std::min(nextDeadline_, deadline);
     }
   }
-  for (auto* const transfer : silent) {
-    transfer->end(URLError{URLError::timedOut, "the server is silent"});
-  }
+  for (auto* const transfer : silent) transfer->giveUp();
 }
 
 int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*) {

@@ -36,6 +36,8 @@ class CurlPool final : public NetworkPool {
   void add(std::unique_ptr<CurlTransfer> transfer);
   /// Ends all transfers of the owner.
   void endAll(const CurlTransferOwner& owner, const URLError& error);
+  /// Ends those whose deadline has passed, as soon as the library can bear it.
+  void checkDeadlinesSoon() { nextDeadline_ = NetworkTime::min(); }
   /// Gives the transfer back, aborting what has not ended.
   [[nodiscard]] std::unique_ptr<CurlTransfer> remove(CurlTransfer& transfer);
 

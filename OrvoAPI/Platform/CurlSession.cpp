@@ -13,14 +13,6 @@ constexpr std::size_t kStreamsPerHost = 100;
 constexpr std::size_t kIdleTransfersKept = 16;
 constexpr std::size_t kUnusedHostsKept = 16;
 
-/// Whether a handle can be used again. Before 8.2 it remembered the last header field of its
-/// earlier answer, freed by then, and wrote into that when the next answer began with a folded
-/// line.
-bool handlesAreReusable() {
-  static const bool reusable = curl_version_info(CURLVERSION_NOW)->version_num >= 0x080200;
-  return reusable;
-}
-
 std::string_view hostName(const URL& url) {
   const std::string_view text = url.text();
   return text.substr(0, static_cast<std::size_t>(url.path().data() - text.data()));
@@ -122,7 +114,7 @@ void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
   auto ended = pool_->remove(transfer);
   exchange->transfer_ = nullptr;
   ended->clear();
-  if (handlesAreReusable() && idle_.size() < kIdleTransfersKept) idle_.push_back(std::move(ended));
+  if (idle_.size() < kIdleTransfersKept) idle_.push_back(std::move(ended));
   admitWaiting(host);
   releaseIfUnused(host);
   exchange->exchangeDidEnd(std::move(outcome));

@@ -45,6 +45,7 @@ class CurlSession final : public NetworkSession, private CurlTransferOwner {
 
  private:
   void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) override;
+  void transferDidFail() override { pool_->checkDeadlinesSoon(); }
   [[nodiscard]] bool open();
   void admitWaiting(CurlHost& host);
   void admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host);

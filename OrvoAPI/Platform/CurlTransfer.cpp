@@ -17,6 +17,15 @@ namespace {
 constexpr std::size_t kUsualFields = 16;
 constexpr std::size_t kUsualFieldBytes = 384;
 
+/// Before 8.2 a handle remembers the last header field of its earlier answer, freed by then, and
+/// writes into that when the next answer's header begins with a folded line.
+bool handlesRememberFields() {
+  static const bool remember = curl_version_info(CURLVERSION_NOW)->version_num < 0x080200;
+  return remember;
+}
+
+bool isFolded(std::string_view line) { return line.starts_with(' ') || line.starts_with('\t'); }
+
 CURL* makeHandle() {
   CURL* const handle = curl_easy_init();
   if (handle == nullptr) throw std::bad_alloc();
@@ -70,6 +79,8 @@ void CurlTransfer::setCallbacks() {
   set(CURLOPT_HEADERDATA, this);
   set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
   set(CURLOPT_WRITEDATA, this);
+  set(CURLOPT_DEBUGFUNCTION, &CurlTransfer::onTrace);
+  set(CURLOPT_DEBUGDATA, this);
   set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
 }
 
@@ -150,11 +161,16 @@ void CurlTransfer::setHeaders(const URLRequest& request) {
 }
 
 NetworkTime CurlTransfer::deadline() const {
+  if (failure_) return NetworkTime::min();
   const auto timeout = exchange_->exchangeRequest().timeoutInterval;
   if (timeout <= timeout.zero() || timeout > std::chrono::hours(24 * 365)) {
     return NetworkTime::max();
   }
   return lastActivity_ + timeout;
+}
+
+void CurlTransfer::giveUp() {
+  end(failure_ ? *failure_ : URLError{URLError::timedOut, "the server is silent"});
 }
 
 HTTPOutcome CurlTransfer::outcome(CURLcode code) {
@@ -207,6 +223,7 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
     multiplexed_ = line.starts_with("HTTP/2");
     headIsComplete_ = false;
     headers_ = {};
+    if (handlesRememberFields()) set(CURLOPT_VERBOSE, 1L);
     return true;
   }
   const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
@@ -260,6 +277,20 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
   return transfer->receive({bytes, size * count}, [transfer](std::string_view body) {
     return transfer->receiveBody(body);
   });
+}
+
+/// Sees the line behind the status before the library does, and nothing else: a trace of all would
+/// cost more than the transfer. To pause is what keeps the library from the line.
+int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size,
+                          void* self) {
+  if (kind != CURLINFO_HEADER_IN) return 0;
+  curl_easy_setopt(handle, CURLOPT_VERBOSE, 0L);
+  if (!isFolded({bytes, size})) return 0;
+  curl_easy_pause(handle, CURLPAUSE_RECV);
+  auto* const transfer = static_cast<CurlTransfer*>(self);
+  transfer->failure_ = URLError{URLError::badServerResponse, "a folded line"};
+  transfer->owner_->transferDidFail();
+  return 0;
 }
 
 /// As the library's own, but for the flag that keeps the socket from programs that the host starts.

@@ -22,6 +22,8 @@ class CurlTransferOwner {
  public:
   /// The owner takes it back from the pool.
   virtual void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) = 0;
+  /// A transfer has failed where the library does not see it: soon its deadline has passed.
+  virtual void transferDidFail() = 0;
 
  protected:
   ~CurlTransferOwner() = default;
@@ -46,12 +48,14 @@ class CurlTransfer {
   /// Ends by the library's verdict.
   void end(CURLcode code) { end(outcome(code)); }
   void end(HTTPOutcome outcome) { owner_->transferDidEnd(*this, std::move(outcome)); }
+  /// Ends because of its own failure, or else of the silence.
+  void giveUp();
   /// Lets go of the exchange and of all that it needed.
   void clear();
 
   /// Bytes have come or gone: the silence is over.
   void noteActivity() { lastActivity_ = NetworkThread::shared().now(); }
-  /// When the silence has lasted too long.
+  /// When the silence has lasted too long; long ago when it has failed.
   [[nodiscard]] NetworkTime deadline() const;
 
   [[nodiscard]] const CurlTransferOwner* owner() const { return owner_; }
@@ -89,6 +93,7 @@ class CurlTransfer {
   [[nodiscard]] std::size_t receive(std::string_view bytes, Receive&& receive);
   [[nodiscard]] bool failTooLong(const char* message);
 
+  static int onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size, void* self);
   static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
   static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
   static curl_socket_t onOpenSocket(void* self, curlsocktype purpose, curl_sockaddr* address);

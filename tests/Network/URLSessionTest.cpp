@@ -211,7 +211,7 @@ TEST(URLSessionFault, OfOneAnswerReachesNoEarlierOne) {
   const ScriptedServer server([&](Connection& connection) {
     connection.readHead();
     connection.send(answers++ == 0 ? "HTTP/1.1 200 OK\r\nX-Last: x\r\nContent-Length: 0\r\n\r\n"
-                                   : "HTTP/1.1 200 OK\r\n folded\r\nContent-Length: 0\r\n\r\n");
+                                   : "HTTP/1.1 200 OK\r\n folded: y\r\nContent-Length: 0\r\n\r\n");
   });
   URLSession session;
   EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
