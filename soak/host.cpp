@@ -8,6 +8,7 @@
 // thread of the library left (and no leak, where the sanitizer looks for one).
 
 #include <OrvoAPI/Context/ContextService.h>
+#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <curl/curl.h>
 #include <demo/DemoService.h>
@@ -52,7 +53,7 @@ constexpr int kDescriptorsOfTheNetworkThread = 2;
 /// Libcurl marks them for no other program, but not these, with which it wakes itself.
 constexpr int kDescriptorsOfLibcurl = 2;
 /// A smaller leak goes unseen, but for the sanitizer: the allocator's threads keep what they like.
-constexpr std::ptrdiff_t kBytesKept = 64 * 1024;
+constexpr std::ptrdiff_t kBytesKept = 128 * 1024;
 constexpr std::ptrdiff_t kBytesOfAContext = 200;
 
 void require(bool holds, const std::string& what) {
@@ -279,6 +280,9 @@ void leaveTheHostAlone(const Service& service, int) {
   const auto numbers = JSONDataParser::object(Data(R"({"a": 1.5, "b": 1234567.25})")).force();
   require(numbers.asValue().text() == R"({"a":1.5,"b":1234567.25})" && numbers.number("a") == 1.5,
           "numbers are read otherwise: " + numbers.asValue().text());
+  auto monitor = LinearProgramGuideMonitor::make(context);
+  require(monitor->load(Clock::system()->now(), 2).wait(kPatience).force(), "no guide");
+  monitor.reset();
   kill(getpid(), SIGUSR1);
   settle("the host's signal does not arrive", [] { return handled == 1; });
   transfers->work();

@@ -10,6 +10,7 @@
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 #include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <soak/SimulatedService.h>
 
@@ -189,7 +190,7 @@ void Round::start() {
   }
   advance(operation, [&] { call(operation); });
   if (pick(8) == 0) {
-    later(std::chrono::milliseconds(pick(2000)), [this, &operation] {
+    later(std::chrono::milliseconds(pick(2000)), [&operation] {
       operation.cancelled = operation.cancelled || !operation.ended;
       operation.cancel();
     });
