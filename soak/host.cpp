@@ -246,7 +246,8 @@ struct CommaNumbers final : std::numpunct<char> {
 
 /// A locale that writes 1000.5 as "1.000,5": C's made here, C++'s by hand.
 void enterCommaLocale() {
-  const std::string folder = std::filesystem::temp_directory_path() / "orvo-host-locales";
+  const std::string folder =
+      std::filesystem::temp_directory_path() / ("orvo-host-locales-" + std::to_string(getpid()));
   const std::string make = "mkdir -p " + folder + " && localedef -i de_DE -f UTF-8 " + folder +
                            "/de_DE.UTF-8 2>/dev/null";
   require(std::system(make.c_str()) == 0, "needs localedef and its sources (locales)");
