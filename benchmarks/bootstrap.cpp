@@ -28,7 +28,7 @@ class SlowLine {
     std::thread([this, listener = listener] {
       while (true) {
         const int client = accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
-        const int server = connected();
+        const int server = test::connectToLoopback(target_);
         std::thread([=] { pass(client, server, false); }).detach();
         std::thread([=] { pass(server, client, true); }).detach();
       }
@@ -37,17 +37,6 @@ class SlowLine {
   [[nodiscard]] int port() const { return port_; }
 
  private:
-  [[nodiscard]] int connected() const {
-    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(target_));
-    if (connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0) {
-      std::perror("connect");
-    }
-    return socket;
-  }
   /// An answer that comes in several pieces is delayed once.
   static void pass(int from, int to, bool delayed) {
     std::array<char, 65536> buffer;

@@ -25,6 +25,11 @@ namespace orvo::soak {
 constexpr int kInFlight = 50;
 constexpr std::size_t kMaximumBodySize = 1U << 20;
 
+/// A number of the command line.
+inline std::uint64_t argument(int argc, char** argv, int index, std::uint64_t otherwise) {
+  return argc > index ? std::strtoull(argv[index], nullptr, 10) : otherwise;
+}
+
 /// What the process holds, to compare.
 struct Holdings {
   std::size_t descriptors = 0;

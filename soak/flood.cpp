@@ -83,5 +83,5 @@ int flood(std::size_t fetches) {
 }  // namespace orvo::soak
 
 int main(int argc, char** argv) {
-  return orvo::soak::flood(argc > 1 ? std::strtoull(argv[1], nullptr, 10) : 10'000);
+  return orvo::soak::flood(orvo::soak::argument(argc, argv, 1, 10'000));
 }

@@ -75,8 +75,6 @@ int cause(std::uint64_t requests, std::uint64_t seed) {
 }  // namespace orvo::soak
 
 int main(int argc, char** argv) {
-  const auto number = [&](int index, std::uint64_t otherwise) {
-    return argc > index ? std::strtoull(argv[index], nullptr, 10) : otherwise;
-  };
-  return orvo::soak::cause(number(1, 10'000), number(2, 1));
+  using orvo::soak::argument;
+  return orvo::soak::cause(argument(argc, argv, 1, 10'000), argument(argc, argv, 2, 1));
 }

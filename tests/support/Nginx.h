@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <signal.h>  // kill
 #include <sys/prctl.h>
-#include <sys/socket.h>
 #include <sys/wait.h>
 #include <tests/support/Loopback.h>
 #include <unistd.h>
@@ -107,14 +106,9 @@ class Nginx {
     if (std::system(command.c_str()) != 0) throw std::runtime_error("no certificate");
   }
   [[nodiscard]] bool answers() const {
-    const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(static_cast<std::uint16_t>(http2Port));
-    const bool is = connect(socket, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0;
-    close(socket);
-    return is;
+    const int socket = connectToLoopback(http2Port);
+    if (socket >= 0) close(socket);
+    return socket >= 0;
   }
 
   std::string folder_;
