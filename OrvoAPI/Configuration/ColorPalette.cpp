@@ -7,9 +7,11 @@ namespace orvo {
 
 Result<ColorResource> ColorResourceParser::parse(const JSONObject& json,
                                                  std::string_view fallback) {
-  RequiredMembers required(json, "ColorResource");
-  const auto hex = required.text("hex");
-  const auto transform = required.text("transform");
+  static constexpr detail::TextIndex kKeys({"hex", "transform"});
+  const detail::JSONMembers<kKeys> members(json);
+  RequiredMembers required("ColorResource");
+  const auto hex = required.text(members["hex"]);
+  const auto transform = required.text(members["transform"]);
   if (required.failed()) return required.failure();
   auto color = Color::fromHexString(hex);
   if (!color) color = Color::fromHexString(fallback);

@@ -4,10 +4,12 @@
 namespace orvo {
 
 Result<DisplayAd> DisplayAdParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "DisplayAd");
-  return required.result(DisplayAd{.server = required.url("url"),
-                                   .network = required.string("nw"),
-                                   .profile = required.string("prof")});
+  static constexpr detail::TextIndex kKeys({"url", "nw", "prof"});
+  const detail::JSONMembers<kKeys> members(json);
+  RequiredMembers required("DisplayAd");
+  return required.result(DisplayAd{.server = required.url(members["url"]),
+                                   .network = required.string(members["nw"]),
+                                   .profile = required.string(members["prof"])});
 }
 
 }  // namespace orvo

@@ -4,13 +4,16 @@
 namespace orvo {
 
 Result<Links> LinksParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "Links");
-  return required.result(Links{.imprint = required.url("imprint"),
-                               .about = required.url("about"),
-                               .privacy = required.url("privacy"),
-                               .terms = required.url("terms"),
-                               .contact = required.url("contact"),
-                               .feedback = required.url("feedback")});
+  static constexpr detail::TextIndex kKeys(
+      {"imprint", "about", "privacy", "terms", "contact", "feedback"});
+  const detail::JSONMembers<kKeys> members(json);
+  RequiredMembers required("Links");
+  return required.result(Links{.imprint = required.url(members["imprint"]),
+                               .about = required.url(members["about"]),
+                               .privacy = required.url(members["privacy"]),
+                               .terms = required.url(members["terms"]),
+                               .contact = required.url(members["contact"]),
+                               .feedback = required.url(members["feedback"])});
 }
 
 }  // namespace orvo

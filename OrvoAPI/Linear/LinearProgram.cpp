@@ -1,41 +1,43 @@
 #include <OrvoAPI/Linear/LinearProgram.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
+#include <OrvoAPI/Linear/LinearReadersInternal.h>
+#include <OrvoAPI/Model/ContentFieldsInternal.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 
-#include <string_view>
-
 namespace orvo {
-namespace {
 
-Date time(RequiredMembers& required, std::string_view key) {
-  const auto date = iso8601Formatter().date(required.text(key));
-  if (!date) required.fail(key);
-  return date.value_or(Date());
+namespace detail {
+
+LinearProgramReader::LinearProgramReader(const JSONObject& json)
+    : RequiredMembers("LinearProgram"),
+      members_(json),
+      id_(text(members_["id"])),
+      title_(text(members_["title"])),
+      startTime_(time(members_["start_time"])),
+      endTime_(time(members_["end_time"])) {}
+
+Date LinearProgramReader::time(const JSONMember& member) {
+  const auto date = failed() ? std::nullopt : iso8601Formatter().date(text(member));
+  return found(date, member.key());
 }
 
-}  // namespace
+LinearProgram LinearProgramReader::record() const {
+  using PlaybackStatus = LinearProgram::PlaybackStatus;
+  return {.id = std::string(id_),
+          .title = std::string(title_),
+          .subheading = members_["subheading"].text(),
+          .shortDescription = members_["short_description"].text(),
+          .playbackStatus = members_["playable"].boolean() == true ? PlaybackStatus::available
+                                                                   : PlaybackStatus::unavailable,
+          .imageResources = ContentResources(members_["resources"], id_).images,
+          .startTime = startTime_,
+          .endTime = endTime_,
+          .duration = members_["duration"].number()};
+}
+
+}  // namespace detail
 
 Result<LinearProgram> LinearProgramParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "LinearProgram");
-  const auto id = required.text("id");
-  const auto title = required.text("title");
-  const auto startTime = time(required, "start_time");
-  const auto endTime = time(required, "end_time");
-  if (required.failed()) return required.failure();
-
-  LinearProgram program{.id = std::string(id), .title = std::string(title)};
-  program.subheading = json.string("subheading");
-  program.shortDescription = json.string("short_description");
-  if (json.boolean("playable") == true) {
-    program.playbackStatus = LinearProgram::PlaybackStatus::available;
-  }
-  if (const auto resources = json.strings("resources")) {
-    program.imageResources = ImageResourceParser::parse(*resources, id);
-  }
-  program.startTime = startTime;
-  program.endTime = endTime;
-  program.duration = json.number("duration");
-  return program;
+  return detail::parsed<detail::LinearProgramReader>(json);
 }
 
 }  // namespace orvo

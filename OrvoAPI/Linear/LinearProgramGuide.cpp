@@ -1,6 +1,5 @@
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
-#include <OrvoAPI/Model/ContentFieldsInternal.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
+#include <OrvoAPI/Linear/LinearReadersInternal.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 
 #include <algorithm>
@@ -9,21 +8,14 @@
 namespace orvo {
 namespace {
 
-std::vector<LinearProgram> programs(const JSONObject& json) {
-  std::vector<LinearProgram> programs;
-  const auto items = json.objects("items");
-  if (!items) return programs;
-  if (isConsoleSilent()) return detail::parsedItems<LinearProgramParser, LinearProgram>(*items);
-  detail::reserve(programs, items->size());
-  for (const JSONObject& item : *items) {
-    auto parsed = LinearProgramParser::parse(item);
-    if (LinearProgram* program = parsed.value()) {
-      programs.push_back(std::move(*program));
-    } else {
-      printToConsole("BAILED ON Linearprogram " + parsed.error()->description());
-    }
-  }
-  return programs;
+std::vector<LinearProgram> programs(const detail::JSONMember& items) {
+  using Reader = detail::LinearProgramReader;
+  const auto objects = items.objects();
+  if (!objects) return {};
+  return detail::parsedItems<Reader>(*objects, [silent = isConsoleSilent()](const Reader& reader) {
+    if (silent) return;
+    printToConsole("BAILED ON Linearprogram " + reader.failure().error.description());
+  });
 }
 
 }  // namespace
@@ -39,10 +31,12 @@ LinearProgramGuide::LinearProgramGuide(std::vector<LinearProgram> programs, Pagi
 
 Result<LinearProgramGuide> LinearProgramGuideParser::parse(const JSONObject& json, Date start,
                                                            Date end) {
-  RequiredMembers required(json, "LinearProgramGuide");
-  const auto meta = required.meta("meta details");
+  static constexpr detail::TextIndex kKeys({"meta", "items"});
+  const detail::JSONMembers<kKeys> members(json);
+  RequiredMembers required("LinearProgramGuide");
+  const auto meta = required.meta(members["meta"], "meta details");
   if (required.failed()) return required.failure();
-  return LinearProgramGuide(programs(json), meta, start, end);
+  return LinearProgramGuide(programs(members["items"]), meta, start, end);
 }
 
 }  // namespace orvo

@@ -1,6 +1,6 @@
+#include <OrvoAPI/Linear/LinearReadersInternal.h>
 #include <OrvoAPI/Linear/Lineup.h>
 #include <OrvoAPI/Linear/LineupScheduled.h>
-#include <OrvoAPI/Model/ContentFieldsInternal.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -61,7 +61,7 @@ Lineup Lineup::grouping(std::vector<LineupSlot> slots) {
 }
 
 Lineup LineupParser::parse(const JSONObjects& json) {
-  return Lineup::grouping(detail::parsedItems<LineupSlotParser, LineupSlot>(json));
+  return Lineup::grouping(detail::parsedItems<detail::LineupSlotReader>(json));
 }
 
 }  // namespace orvo

@@ -1,60 +1,81 @@
+#include <OrvoAPI/Linear/LinearReadersInternal.h>
 #include <OrvoAPI/Linear/LineupSlot.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
-#include <OrvoAPI/Parsing/JSONParseError.h>
 
-#include <string_view>
+#include <iterator>
 #include <utility>
 
 namespace orvo {
+
+namespace detail {
 namespace {
 
-constexpr std::string_view kType = "LineupSlot";
+using ImageKey = LineupTemplateImage::ResourceKey;
 
-Result<Date> date(const JSONObject& json, std::string_view key) {
-  const auto text = json.string(key);
-  if (!text) return unableToParse(kType, key);
-  return fromEventDate(*text);
-}
-
-LineupTemplateImages images(const JSONObject& json) {
+LineupTemplateImages images(const JSONMember& member) {
+  static constexpr TextIndex kTemplateKeys({"template"});
   LineupTemplateImages images;
-  const auto members = json.object("images");
-  if (!members) return images;
-  for (const auto& [name, value] : *members) {
-    const auto key = fromRawValue<LineupTemplateImage::ResourceKey>(name);
-    const auto object = key ? value.object() : std::nullopt;
-    if (!object) continue;
-    auto image = LineupTemplateImageParser::parse(*object);
-    if (auto* found = image.value()) images.insert(*key, std::move(*found));
+  const auto object = member.object();
+  if (!object) return images;
+  const JSONMembers<kRawValues<ImageKey>> members(*object);
+  for (std::size_t number = 0; number < kRawValues<ImageKey>.size(); ++number) {
+    const auto image = members.at(number).object();
+    if (!image) continue;
+    const auto text = JSONMembers<kTemplateKeys>(*image)["template"].text();
+    if (text) images.insert(static_cast<ImageKey>(number), {.template_ = *text});
   }
   return images;
 }
 
 }  // namespace
 
-Result<LineupSlot> LineupSlotParser::parse(const JSONObject& json) {
-  const auto start = date(json, "start");
-  if (start.failed()) return Failure{*start.error()};
-  const auto end = date(json, "end");
-  if (end.failed()) return Failure{*end.error()};
-  const auto title = json.string("title");
-  if (!title) return unableToParse(kType, "title");
-  const auto channel = json.object("channel");
-  if (!channel) return unableToParse(kType, "channel");
-  const auto channelID = channel->string("id");
-  if (!channelID) return unableToParse(kType, "channel/id");
-  const auto channelName = channel->string("name");
-  if (!channelName) return unableToParse(kType, "channel/name");
-  const auto channelOrder = channel->integer("order");
-  if (!channelOrder) return unableToParse(kType, "channel/order");
+LineupSlotReader::LineupSlotReader(const JSONObject& json)
+    : RequiredMembers("LineupSlot"),
+      members_(json),
+      start_(date(members_["start"])),
+      end_(date(members_["end"])),
+      title_(text(members_["title"])) {
+  if (!failed()) readChannel();
+}
 
-  return LineupSlot{.start = *start.value(),
-                    .end = *end.value(),
-                    .title = std::string(*title),
-                    .imageResources = images(json),
-                    .channelID = std::string(*channelID),
-                    .channelName = std::string(*channelName),
-                    .channelOrder = *channelOrder};
+Date LineupSlotReader::date(const JSONMember& member) {
+  const auto string = text(member);
+  if (failed()) return {};
+  const auto date = eventDate(string);
+  if (!date) badDate_ = string;
+  return found(date, member.key());
+}
+
+void LineupSlotReader::readChannel() {
+  static constexpr TextIndex kKeys({"id", "name", "order"});
+  const auto channel = members_["channel"].object();
+  if (!channel) return fail("channel");
+  const JSONMembers<kKeys> members(*channel);
+  channelID_ = text(members["id"], "channel/id");
+  channelName_ = text(members["name"], "channel/name");
+  channelOrder_ = integer(members["order"], "channel/order");
+}
+
+Failure LineupSlotReader::failure() const {
+  if (badDate_.data() == nullptr) return RequiredMembers::failure();
+  const auto date = fromEventDate(badDate_);
+  return Failure{*date.error()};
+}
+
+LineupSlot LineupSlotReader::record() const {
+  return {.start = start_,
+          .end = end_,
+          .title = std::string(title_),
+          .imageResources = images(members_["images"]),
+          .channelID = std::string(channelID_),
+          .channelName = std::string(channelName_),
+          .channelOrder = channelOrder_};
+}
+
+}  // namespace detail
+
+Result<LineupSlot> LineupSlotParser::parse(const JSONObject& json) {
+  return detail::parsed<detail::LineupSlotReader>(json);
 }
 
 }  // namespace orvo

@@ -1,19 +1,29 @@
 #include <OrvoAPI/Model/AppAction.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
+#include <OrvoAPI/Model/ContentReadersInternal.h>
 
 namespace orvo {
 
+namespace detail {
+
+// The kind is read as "action" but reported as "kind": the error has always named the field.
+AppActionReader::AppActionReader(const LinkMembers& link)
+    : RequiredMembers("AppAction"),
+      id_(text(link["id"])),
+      label_(text(link["label"])),
+      kind_(rawValue<AppAction::Kind>(link["action"], "kind")),
+      icon_(link["icon"].string().value_or("space")) {}
+
+AppAction AppActionReader::record() const {
+  return {.id = std::string(id_),
+          .label = std::string(label_),
+          .kind = kind_,
+          .icon = std::string(icon_)};
+}
+
+}  // namespace detail
+
 Result<AppAction> AppActionParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "AppAction");
-  const auto id = required.text("id");
-  const auto label = required.text("label");
-  // Read as "action" but reported as "kind": the error has always named the field.
-  const auto kind = required.rawValue<AppAction::Kind>("action", "kind");
-  if (required.failed()) return required.failure();
-  return AppAction{.id = std::string(id),
-                   .label = std::string(label),
-                   .kind = kind,
-                   .icon = std::string(json.string("icon").value_or("space"))};
+  return detail::parsed<detail::AppActionReader>(json);
 }
 
 }  // namespace orvo

@@ -1,54 +1,94 @@
 #include <OrvoAPI/Model/ContentFieldsInternal.h>
+#include <OrvoAPI/Model/ContentReadersInternal.h>
+
+#include <iterator>
 
 namespace orvo::detail {
+namespace {
 
-std::optional<std::string> optionalString(const JSONObject& json, std::string_view key) {
-  return std::optional<std::string>(json.string(key));
+constexpr TextIndex kReferenceKeys({"id", "label"});
+
+/// The image keys and behind them the preview keys.
+constexpr std::size_t kImageKeys = std::size(enumCases<ImageResourceKey>);
+
+consteval TextIndex resourceNames() {
+  std::string_view names[kImageKeys + std::size(enumCases<VideoPreviewKey>)];
+  auto* name = names;
+  for (const auto& key : enumCases<ImageResourceKey>) *name++ = key.rawValue;
+  for (const auto& key : enumCases<VideoPreviewKey>) *name++ = key.rawValue;
+  return TextIndex(names);
 }
 
-std::optional<URL> optionalURL(const JSONObject& json, std::string_view key) {
-  const auto text = json.string(key);
+constexpr TextIndex kResourceNames = resourceNames();
+
+}  // namespace
+
+std::optional<URL> optionalURL(const JSONMember& member) {
+  const auto text = member.string();
   return text ? URL::parse(*text) : std::nullopt;
 }
 
-std::vector<CollectionReference> collections(const JSONObject& json) {
+std::vector<CollectionReference> collections(const JSONMember& member) {
   std::vector<CollectionReference> references;
-  const auto entries = json.objects("collections");
+  const auto entries = member.objects();
   if (!entries) return references;
   reserve(references, entries->size());
   for (const JSONObject& entry : *entries) {
-    const auto id = entry.string("id");
-    const auto label = entry.string("label");
-    if (id && label) references.push_back({.id = std::string(*id), .label = std::string(*label)});
+    const JSONMembers<kReferenceKeys> members(entry);
+    const auto id = members["id"].string();
+    const auto label = members["label"].string();
+    if (!id || !label) continue;
+    const auto reference = [&] {
+      return CollectionReference{.id = std::string(*id), .label = std::string(*label)};
+    };
+    references.emplace_back(Made{reference});
   }
   return references;
 }
 
-std::optional<LineupReference> lineupMeta(const JSONObject& json) {
-  const auto lineup = json.object("lineup");
+std::optional<LineupReference> lineupMeta(const JSONMember& member) {
+  static constexpr TextIndex kKeys({"url", "display_type"});
+  const auto lineup = member.object();
   if (!lineup) return std::nullopt;
-  const auto kindText = lineup->string("display_type");
-  const auto displayKind = kindText ? fromRawValue<LineupDisplayKind>(*kindText) : std::nullopt;
-  auto url = displayKind ? optionalURL(*lineup, "url") : std::nullopt;
+  const JSONMembers<kKeys> members(*lineup);
+  const auto displayKind = caseOf<LineupDisplayKind>(members["display_type"].string());
+  auto url = displayKind ? optionalURL(members["url"]) : std::nullopt;
   if (!url) return std::nullopt;
   return LineupReference{.url = *std::move(url), .displayKind = *displayKind};
 }
 
-Status status(const JSONObject& json) {
-  const auto object = json.object("status");
+Status status(const JSONMember& member) {
+  const auto object = member.object();
   return object ? StatusParser::parse(*object) : Status{};
 }
 
-std::vector<AppAction> appActions(const std::optional<JSONObjects>& links) {
-  std::vector<AppAction> actions;
-  if (!links) return actions;
-  reserve(actions, links->size());
+ContentLinks::ContentLinks(const JSONMember& member) {
+  const auto links = member.objects();
+  if (!links) return;
+  std::size_t left = links->size();
   for (const JSONObject& link : *links) {
-    if (link.string("type") != "button") continue;
-    auto parsed = AppActionParser::parse(link);
-    if (AppAction* action = parsed.value()) actions.push_back(std::move(*action));
+    const LinkMembers members(link);
+    const auto type = members["type"].string();
+    if (type == "button") {
+      const AppActionReader action(members);
+      if (actions.empty()) reserve(actions, left);
+      const auto record = [&] { return action.record(); };
+      if (!action.failed()) actions.emplace_back(Made{record});
+    } else if (type == "sibling") {
+      const auto id = members["id"].string();
+      const auto label = members["label"].string();
+      if (siblings.empty()) reserve(siblings, left);
+      if (id && label) siblings.push_back({.label = std::string(*label), .id = std::string(*id)});
+    }
+    --left;
   }
-  return actions;
+}
+
+ContentResources::ContentResources(const JSONMember& member, std::string_view productID) {
+  const std::uint32_t names = member.names(kResourceNames);
+  constexpr std::uint32_t kImages = (1U << kImageKeys) - 1;
+  images = {productID, KeySet<ImageResourceKey>::fromBits(names & kImages)};
+  previews = {productID, KeySet<VideoPreviewKey>::fromBits(names >> kImageKeys)};
 }
 
 }  // namespace orvo::detail

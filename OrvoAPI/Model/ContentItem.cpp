@@ -1,25 +1,46 @@
 #include <OrvoAPI/Model/ContentItem.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
+#include <OrvoAPI/Model/ContentReadersInternal.h>
 
 namespace orvo {
-namespace {
 
-template <class T>
-Result<ContentItem> item(Result<T> content) {
-  if (T* value = content.value()) return ContentItem(std::move(*value));
-  return Failure{*content.error()};
+namespace detail {
+
+ContentItemReader::ContentItemReader(const JSONObject& json)
+    // Reported for ItemCollection, where items are listed: the error has always read so.
+    : reader_(std::in_place_type<RequiredMembers>, "ItemCollection") {
+  // Mostly the first member: no walk over all of them.
+  const auto kind = caseOf<ContentItem::Kind>(json.string("type"));
+  if (!kind) {
+    std::get<RequiredMembers>(reader_).fail("type");
+  } else if (kind == ContentItem::Kind::video) {
+    reader_.emplace<VideoReader>(json);
+  } else {
+    reader_.emplace<PageReader>(json);
+  }
 }
 
-}  // namespace
+bool ContentItemReader::failed() const {
+  return std::visit([](const RequiredMembers& required) { return required.failed(); }, reader_);
+}
+
+Failure ContentItemReader::failure() const {
+  return std::visit([](const RequiredMembers& required) { return required.failure(); }, reader_);
+}
+
+ContentItem ContentItemReader::record(const std::optional<std::string>& collectionID) const {
+  if (const auto* video = std::get_if<VideoReader>(&reader_)) {
+    const auto record = [&] { return video->record(collectionID); };
+    return {std::in_place_type<Video>, Made{record}};
+  }
+  const auto record = [&] { return std::get<PageReader>(reader_).record(); };
+  return {std::in_place_type<Page>, Made{record}};
+}
+
+}  // namespace detail
 
 Result<ContentItem> ContentItemParser::parse(const JSONObject& json,
                                              const std::optional<std::string>& collectionID) {
-  // Reported for ItemCollection, where items are listed: the error has always read so.
-  RequiredMembers required(json, "ItemCollection");
-  const auto kind = required.rawValue<ContentItem::Kind>("type");
-  if (required.failed()) return required.failure();
-  return kind == ContentItem::Kind::video ? item(VideoParser::parse(json, collectionID))
-                                          : item(PageParser::parse(json));
+  return detail::parsed<detail::ContentItemReader>(json, collectionID);
 }
 
 }  // namespace orvo

@@ -15,6 +15,10 @@
 
 namespace orvo {
 
+namespace detail {
+class ContentItemReader;
+}  // namespace detail
+
 /// A listed item: a video or a page. A value.
 class ContentItem {
  public:
@@ -40,6 +44,12 @@ class ContentItem {
   friend bool operator==(const ContentItem&, const ContentItem&) = default;
 
  private:
+  friend class detail::ContentItemReader;
+  /// Made of what `source` converts to.
+  template <class Content, class Source>
+  ContentItem(std::in_place_type_t<Content> content, const Source& source)
+      : value_(content, source) {}
+
   std::variant<Video, Page> value_;
 };
 

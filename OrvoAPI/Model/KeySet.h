@@ -16,6 +16,14 @@ class KeySet {
   static_assert(std::size(enumCases<Key>) <= 32);
 
  public:
+  KeySet() = default;
+  /// A bit for each key, the first declared being the lowest.
+  [[nodiscard]] static constexpr KeySet fromBits(std::uint32_t bits) {
+    KeySet set;
+    set.bits_ = bits;
+    return set;
+  }
+
   constexpr void insert(Key key) { bits_ |= bit(key); }
   [[nodiscard]] constexpr bool contains(Key key) const { return (bits_ & bit(key)) != 0; }
   [[nodiscard]] constexpr std::size_t size() const {

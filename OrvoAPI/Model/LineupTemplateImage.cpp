@@ -43,8 +43,9 @@ void LineupTemplateImages::insert(Key key, LineupTemplateImage image) {
 }
 
 Result<LineupTemplateImage> LineupTemplateImageParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "LineupTemplateImage");
-  const auto text = required.text("template");
+  static constexpr detail::TextIndex kKeys({"template"});
+  RequiredMembers required("LineupTemplateImage");
+  const auto text = required.text(detail::JSONMembers<kKeys>(json)["template"]);
   if (required.failed()) return required.failure();
   return LineupTemplateImage{.template_ = std::string(text)};
 }

@@ -1,6 +1,5 @@
-#include <OrvoAPI/Model/ContentFieldsInternal.h>
+#include <OrvoAPI/Model/ContentReadersInternal.h>
 #include <OrvoAPI/Model/Playlist.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 
 #include <algorithm>
@@ -8,18 +7,20 @@
 namespace orvo {
 
 Result<Playlist> PlaylistParser::parse(const JSONObject& json, const Video* include) {
-  RequiredMembers required(json, "Playlist");
-  const auto id = required.text("id");
-  const auto label = required.text("label");
-  const auto shortLabel = required.text("short_label");
-  const auto meta = required.meta("meta details");
-  const auto items = required.objects("items");
+  static constexpr detail::TextIndex kKeys({"id", "label", "short_label", "meta", "items"});
+  const detail::JSONMembers<kKeys> members(json);
+  RequiredMembers required("Playlist");
+  const auto id = required.text(members["id"]);
+  const auto label = required.text(members["label"]);
+  const auto shortLabel = required.text(members["short_label"]);
+  const auto meta = required.meta(members["meta"], "meta details");
+  const auto items = required.objects(members["items"]);
   if (required.failed()) return required.failure();
 
   Playlist playlist{.id = std::string(id), .label = std::string(label)};
   playlist.shortLabel = shortLabel;
   playlist.meta = meta;
-  playlist.items = detail::parsedItems<VideoParser, Video>(*items, std::optional(playlist.id));
+  playlist.items = detail::parsedItems<detail::VideoReader>(*items, std::optional(playlist.id));
   if (include && std::ranges::find(playlist.items, *include) == playlist.items.end()) {
     printToConsole("Prepending video to playlist");
     playlist.items.insert(playlist.items.begin(), *include);

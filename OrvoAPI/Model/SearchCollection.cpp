@@ -1,5 +1,5 @@
 #include <OrvoAPI/Model/ContentFieldsInternal.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
+#include <OrvoAPI/Model/ContentReadersInternal.h>
 #include <OrvoAPI/Model/SearchCollection.h>
 
 namespace orvo {
@@ -18,36 +18,60 @@ SearchCollection SearchCollection::empty(std::string query, ResultsKind kind) {
   return create(std::move(query), kind, {});
 }
 
+namespace {
+
+constexpr detail::TextIndex kKeys({"type", "collection_type", "label", "short_label", "meta",
+                                   "items", "contains"});
+
+class SearchCollectionReader : public RequiredMembers {
+ public:
+  explicit SearchCollectionReader(const JSONObject& json)
+      : RequiredMembers("SearchCollection"),
+        members_(json),
+        kind_(rawValue<ItemCollection::Kind>(members_["type"])),
+        resultsKind_(rawValue<SearchCollection::ResultsKind>(members_["collection_type"])),
+        label_(text(members_["label"])),
+        shortLabel_(text(members_["short_label"])),
+        meta_(meta(members_["meta"], "meta")),
+        items_(objects(members_["items"])) {}
+
+  [[nodiscard]] SearchCollection record(std::string_view query) const {
+    return {.query = std::string(query),
+            .label = std::string(label_),
+            .shortLabel = std::string(shortLabel_),
+            .kind = kind_,
+            .contentsKind =
+                detail::rawValueOr(members_["contains"], SearchCollection::ContentsKind::mixed),
+            .resultsKind = resultsKind_,
+            .meta = meta_,
+            // Without a collection's identifier: what was found by search is in no playlist.
+            .items = detail::parsedItems<detail::ContentItemReader>(*items_, std::nullopt)};
+  }
+
+ private:
+  detail::JSONMembers<kKeys> members_;
+  ItemCollection::Kind kind_;
+  SearchCollection::ResultsKind resultsKind_;
+  std::string_view label_;
+  std::string_view shortLabel_;
+  PagingMeta meta_;
+  std::optional<JSONObjects> items_;
+};
+
+}  // namespace
+
 Result<SearchCollection> SearchCollectionParser::parse(const JSONObject& json,
                                                        std::string_view query) {
-  RequiredMembers required(json, "SearchCollection");
-  const auto kind = required.rawValue<ItemCollection::Kind>("type");
-  const auto resultsKind = required.rawValue<SearchCollection::ResultsKind>("collection_type");
-  const auto label = required.text("label");
-  const auto shortLabel = required.text("short_label");
-  const auto meta = required.meta("meta");
-  const auto items = required.objects("items");
-  if (required.failed()) return required.failure();
-
-  SearchCollection collection{.query = std::string(query)};
-  collection.label = label;
-  collection.shortLabel = shortLabel;
-  collection.kind = kind;
-  collection.contentsKind =
-      detail::rawValueOr(json, "contains", SearchCollection::ContentsKind::mixed);
-  collection.resultsKind = resultsKind;
-  collection.meta = meta;
-  // Without a collection's identifier: what was found by search is in no playlist.
-  collection.items = detail::parsedItems<ContentItemParser, ContentItem>(*items);
-  return collection;
+  return detail::parsed<SearchCollectionReader>(json, query);
 }
 
 Result<std::vector<SearchCollection>> SearchResultsParser::parse(const JSONObject& json,
                                                                  std::string_view query) {
-  RequiredMembers required(json, "SearchCollection");
-  const auto collections = required.objects("collections");
+  static constexpr detail::TextIndex kResultsKeys({"collections"});
+  RequiredMembers required("SearchCollection");
+  const auto collections = required.objects(detail::JSONMembers<kResultsKeys>(json)["collections"]);
   if (required.failed()) return required.failure();
-  return detail::parsedItems<SearchCollectionParser, SearchCollection>(*collections, query);
+  return detail::parsedItems<SearchCollectionReader>(*collections, query);
 }
 
 }  // namespace orvo

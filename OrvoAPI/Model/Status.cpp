@@ -1,28 +1,31 @@
+#include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Model/Status.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 
 namespace orvo {
 namespace {
 
-std::optional<Date> time(const JSONObject& json, std::string_view key) {
-  const auto text = json.string(key);
+constexpr detail::TextIndex kKeys({"code", "label", "message", "ttl", "start_time", "end_time"});
+
+std::optional<Date> time(const detail::JSONMember& member) {
+  const auto text = member.string();
   return text ? resourceTime(*text) : std::nullopt;
 }
 
 }  // namespace
 
 Status StatusParser::parse(const JSONObject& json) {
-  const auto codeText = json.string("code");
-  const auto code = codeText ? fromRawValue<StatusCode>(*codeText) : std::nullopt;
-  const auto label = code ? json.string("label") : std::nullopt;
-  if (!label) return {};
-
-  Status status{.code = *code, .label = std::string(*label)};
-  status.message = json.string("message");
-  if (const auto milliseconds = json.number("ttl")) status.ttl = *milliseconds / 1000.0;
-  status.startTime = time(json, "start_time");
-  status.endTime = time(json, "end_time");
-  return status;
+  const detail::JSONMembers<kKeys> members(json);
+  const auto code = detail::caseOf<StatusCode>(members["code"].string());
+  const auto label = members["label"].string();
+  if (!code || !label) return {};
+  const auto milliseconds = members["ttl"].number();
+  return {.code = *code,
+          .label = std::string(*label),
+          .ttl = milliseconds ? *milliseconds / 1000.0 : DefaultCacheableTTL,
+          .message = members["message"].text(),
+          .startTime = time(members["start_time"]),
+          .endTime = time(members["end_time"])};
 }
 
 }  // namespace orvo

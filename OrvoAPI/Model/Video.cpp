@@ -1,36 +1,47 @@
 #include <OrvoAPI/Model/ContentFieldsInternal.h>
-#include <OrvoAPI/Model/RequiredMembersInternal.h>
+#include <OrvoAPI/Model/ContentReadersInternal.h>
 #include <OrvoAPI/Model/Video.h>
 
 namespace orvo {
 
+namespace detail {
+
+VideoReader::VideoReader(const JSONObject& json)
+    : RequiredMembers("Video"),
+      members_(json),
+      id_(text(members_["id"])),
+      title_(text(members_["title"])),
+      shortDescription_(text(members_["short_description"])) {}
+
+Video VideoReader::record(const std::optional<std::string>& playlistID) const {
+  using PlaybackStatus = Video::PlaybackStatus;
+  const auto milliseconds = members_["duration"].number();
+  ContentResources resources(members_["resources"], id_);
+  return {.id = std::string(id_),
+          .title = std::string(title_),
+          .subheading = std::string(members_["subheading"].string().value_or("")),
+          .shortDescription = std::string(shortDescription_),
+          .kind = rawValueOr(members_["content_type"], Video::ContentKind::generic),
+          .duration = milliseconds ? std::optional(*milliseconds / 1000.0) : std::nullopt,
+          .playbackStatus = members_["playable"].boolean() == true ? PlaybackStatus::available
+                                                                   : PlaybackStatus::unavailable,
+          .collections = collections(members_["collections"]),
+          .lineupMeta = lineupMeta(members_["lineup"]),
+          .imageResources = std::move(resources.images),
+          .videoPreviews = std::move(resources.previews),
+          .status = status(members_["status"]),
+          .appActions = ContentLinks(members_["links"]).actions,
+          .playlistID = playlistID,
+          .deepLinkPlaylistID = members_["deeplink_playlist"].text(),
+          .nextPlaylistID = members_["next_playlist"].text(),
+          .shareURL = optionalURL(members_["share_url"])};
+}
+
+}  // namespace detail
+
 Result<Video> VideoParser::parse(const JSONObject& json,
                                  const std::optional<std::string>& playlistID) {
-  RequiredMembers required(json, "Video");
-  const auto id = required.text("id");
-  const auto title = required.text("title");
-  const auto shortDescription = required.text("short_description");
-  if (required.failed()) return required.failure();
-
-  Video video{.id = std::string(id), .title = std::string(title)};
-  video.subheading = json.string("subheading").value_or("");
-  video.shortDescription = shortDescription;
-  video.kind = detail::rawValueOr(json, "content_type", Video::ContentKind::generic);
-  if (const auto milliseconds = json.number("duration")) video.duration = *milliseconds / 1000.0;
-  if (json.boolean("playable") == true) video.playbackStatus = Video::PlaybackStatus::available;
-  video.deepLinkPlaylistID = json.string("deeplink_playlist");
-  video.nextPlaylistID = json.string("next_playlist");
-  video.collections = detail::collections(json);
-  video.lineupMeta = detail::lineupMeta(json);
-  video.shareURL = detail::optionalURL(json, "share_url");
-  if (const auto resources = json.strings("resources")) {
-    video.imageResources = ImageResourceParser::parse(*resources, id);
-    video.videoPreviews = VideoPreviewsParser::parse(*resources, id);
-  }
-  video.status = detail::status(json);
-  video.appActions = detail::appActions(json.objects("links"));
-  video.playlistID = playlistID;
-  return video;
+  return detail::parsed<detail::VideoReader>(json, playlistID);
 }
 
 }  // namespace orvo

@@ -1,32 +1,66 @@
-#include <OrvoAPI/Model/ContentFieldsInternal.h>
+#include <OrvoAPI/Model/RecordsInternal.h>
 #include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Model/VideoAdMetadata.h>
 
 namespace orvo {
+namespace {
+
+class VideoSegmentReader : public RequiredMembers {
+ public:
+  explicit VideoSegmentReader(const JSONObject& json) : RequiredMembers("VideoSegment") {
+    static constexpr detail::TextIndex kKeys({"ad", "start", "duration"});
+    const detail::JSONMembers<kKeys> members(json);
+    segment_ = {.ad = boolean(members["ad"]),
+                .start = number(members["start"]),
+                .duration = number(members["duration"])};
+  }
+  [[nodiscard]] VideoSegment record() const { return segment_; }
+
+ private:
+  VideoSegment segment_;
+};
+
+class VideoBeaconReader : public RequiredMembers {
+ public:
+  explicit VideoBeaconReader(const JSONObject& json) : RequiredMembers("VideoBeacon") {
+    static constexpr detail::TextIndex kKeys({"name", "time", "url"});
+    const detail::JSONMembers<kKeys> members(json);
+    name_ = text(members["name"]);
+    time_ = number(members["time"]);
+    const auto address = text(members["url"]);
+    if (!failed()) url_ = URL::parse(address);
+    // A relative address has nothing to be relative to.
+    if (!url_ || !url_->isAbsolute()) fail("url");
+  }
+  [[nodiscard]] VideoBeacon record() const {
+    return {.name = std::string(name_), .time = time_, .url = *url_};
+  }
+
+ private:
+  std::string_view name_;
+  double time_ = 0;
+  std::optional<URL> url_;
+};
+
+}  // namespace
 
 Result<VideoSegment> VideoSegmentParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "VideoSegment");
-  return required.result(VideoSegment{.ad = required.boolean("ad"),
-                                      .start = required.number("start"),
-                                      .duration = required.number("duration")});
+  return detail::parsed<VideoSegmentReader>(json);
 }
 
 Result<VideoBeacon> VideoBeaconParser::parse(const JSONObject& json) {
-  RequiredMembers required(json, "VideoBeacon");
-  VideoBeacon beacon{
-      .name = required.string("name"), .time = required.number("time"), .url = required.url("url")};
-  // A relative address has nothing to be relative to.
-  if (!beacon.url.isAbsolute()) required.fail("url");
-  return required.result(std::move(beacon));
+  return detail::parsed<VideoBeaconReader>(json);
 }
 
 VideoAdMetadata VideoAdMetadataParser::parse(const JSONObject& json) {
+  static constexpr detail::TextIndex kKeys({"events", "segments"});
+  const detail::JSONMembers<kKeys> members(json);
   VideoAdMetadata metadata;
-  if (const auto events = json.objects("events")) {
-    metadata.beacons = detail::parsedItems<VideoBeaconParser, VideoBeacon>(*events);
+  if (const auto events = members["events"].objects()) {
+    metadata.beacons = detail::parsedItems<VideoBeaconReader>(*events);
   }
-  if (const auto segments = json.objects("segments")) {
-    metadata.segments = detail::parsedItems<VideoSegmentParser, VideoSegment>(*segments);
+  if (const auto segments = members["segments"].objects()) {
+    metadata.segments = detail::parsedItems<VideoSegmentReader>(*segments);
   }
   return metadata;
 }

@@ -252,19 +252,21 @@ Result<Date> from8601(std::string_view string) {
 std::string to8601(Date date) { return iso8601Formatter().string(date); }
 
 Result<Date> fromEventDate(std::string_view string) {
-  const auto withMilliseconds = startResourceDateFormatter();
+  if (const auto date = eventDate(string)) return *date;
+  // Names the pattern with milliseconds, also where it was not tried: those who read the logs
+  // expect it.
   const auto third = thirdFromLast(string);
-  if (!third || string[*third] != ':') {
-    if (const auto date = withMilliseconds.date(string)) return *date;
-    return mismatch(string, withMilliseconds);
-  }
+  if (!third || string[*third] != ':') return mismatch(string, startResourceDateFormatter());
+  return mismatch(std::string(string).erase(*third, 1), startResourceDateFormatter());
+}
+
+std::optional<Date> eventDate(std::string_view string) {
+  const auto third = thirdFromLast(string);
+  if (!third || string[*third] != ':') return startResourceDateFormatter().date(string);
   std::array<char, 24> buffer;  // the longest that can match
-  if (string.size() - 1 <= buffer.size()) {
-    char* end = write(write(buffer.data(), string.substr(0, *third)), string.substr(*third + 1));
-    if (const auto date = iso8601Formatter().date({buffer.data(), end})) return *date;
-  }
-  // Names the pattern that was not tried: those who read the logs expect it.
-  return mismatch(std::string(string).erase(*third, 1), withMilliseconds);
+  if (string.size() - 1 > buffer.size()) return std::nullopt;
+  char* end = write(write(buffer.data(), string.substr(0, *third)), string.substr(*third + 1));
+  return iso8601Formatter().date({buffer.data(), end});
 }
 
 std::optional<Date> resourceTime(std::string_view string) {

@@ -48,6 +48,8 @@ class DateFormatter {
 /// or without a colon and with milliseconds (`2017-05-01T10:00:00.000Z`). A `DateFormatError`
 /// always names the pattern with milliseconds, whichever was tried: readers of logs know it so.
 [[nodiscard]] Result<Date> fromEventDate(std::string_view string);
+/// As `fromEventDate`, without an error.
+[[nodiscard]] std::optional<Date> eventDate(std::string_view string);
 
 /// The date of a resource's start or end: with milliseconds, or else without; nothing when neither
 /// pattern fits.

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
@@ -17,9 +16,15 @@ struct JSONDocument {
 void destroy(const JSONDocument* document) noexcept;
 
 /// A place in a document, in the reader's own form. Owns nothing.
-using JSONPosition = std::array<std::uint64_t, 2>;
+struct JSONPosition {
+  std::uint64_t document = 0;
+  std::uint64_t place = 0;
 
-/// A place in a document and a share in that document.
+  friend bool operator==(const JSONPosition&, const JSONPosition&) = default;
+};
+
+/// A place in a document and a share in that document; a borrowed one has no share, but each of its
+/// copies has.
 class JSONNode {
  public:
   JSONNode() = default;
@@ -27,18 +32,29 @@ class JSONNode {
       : document_(document), position_(position) {
     retain();
   }
+  /// Costs nothing; somebody else must keep the document as long as this is used.
+  [[nodiscard]] static JSONNode borrowed(const JSONDocument* document, JSONPosition position) {
+    JSONNode node;
+    node.document_ = document;
+    node.position_ = position;
+    node.shares_ = false;
+    return node;
+  }
   JSONNode(const JSONNode& other) : document_(other.document_), position_(other.position_) {
     retain();
   }
   JSONNode(JSONNode&& other) noexcept
-      : document_(std::exchange(other.document_, nullptr)), position_(other.position_) {}
+      : document_(std::exchange(other.document_, nullptr)),
+        position_(other.position_),
+        shares_(other.shares_) {}
   JSONNode& operator=(JSONNode other) noexcept {
     std::swap(document_, other.document_);
+    std::swap(shares_, other.shares_);
     position_ = other.position_;
     return *this;
   }
   ~JSONNode() {
-    if (document_ && document_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    if (document_ && shares_ && document_->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) {
       destroy(document_);
     }
   }
@@ -56,6 +72,7 @@ class JSONNode {
 
   const JSONDocument* document_ = nullptr;
   JSONPosition position_{};
+  bool shares_ = true;
 };
 
 }  // namespace detail

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Parsing/JSONMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <OrvoAPI/Parsing/JSONWideIntegersInternal.h>
 
@@ -47,75 +48,92 @@ JSONPosition positionOf(const Reference& reference) {
   return std::bit_cast<JSONPosition>(reference);
 }
 
-/// Of a node that was read.
-dom::element elementOf(const JSONNode& node) { return at<dom::element>(node.position()); }
-
 // In a shape that was checked when its handle was made, these cannot fail.
-dom::array arrayOf(const JSONNode& node) { return elementOf(node).get_array().value_unsafe(); }
-dom::object objectOf(const JSONNode& node) { return elementOf(node).get_object().value_unsafe(); }
-
-JSONNode node(const JSONNode& neighbour, dom::element element) {
-  return {neighbour.document(), positionOf(element)};
+dom::array arrayAt(const JSONPosition& position) {
+  return at<dom::element>(position).get_array().value_unsafe();
+}
+dom::object objectAt(const JSONPosition& position) {
+  return at<dom::element>(position).get_object().value_unsafe();
 }
 
-// The elements as values of a kind, or nothing when they are of another; containers share the
-// document of the neighbour.
-
-std::optional<std::string_view> string(const JSONNode&, dom::element element) {
-  std::string_view found;
-  if (element.get_string().get(found)) return std::nullopt;
-  return found;
-}
-
-std::optional<double> number(const JSONNode&, dom::element element) {
-  double found{};
-  if (element.get_double().get(found)) return std::nullopt;  // integers convert
-  return found;
-}
-
-std::optional<std::int64_t> integer(const JSONNode&, dom::element element) {
-  if (std::int64_t found{}; !element.get_int64().get(found)) return found;
-  double found{};
-  if (!element.is_double() || element.get_double().get(found)) return std::nullopt;
-  constexpr double limit = 0x1p63;
-  if (!(found >= -limit && found < limit) || found != std::trunc(found)) return std::nullopt;
-  return static_cast<std::int64_t>(found);
-}
-
-std::optional<bool> boolean(const JSONNode&, dom::element element) {
-  bool found{};
-  if (element.get_bool().get(found)) return std::nullopt;
-  return found;
-}
-
-bool isElement(dom::element element, const JSONObject*) { return element.is_object(); }
-bool isElement(dom::element element, const std::string_view*) { return element.is_string(); }
-
-template <class Element>
-std::optional<JSONArrayOf<Element>> arrayOf(const JSONNode& neighbour, dom::element element) {
-  dom::array array;
-  if (element.get_array().get(array)) return std::nullopt;
-  if constexpr (!std::is_same_v<Element, JSONValue>) {
-    for (const dom::element each : array) {
-      if (!isElement(each, static_cast<const Element*>(nullptr))) return std::nullopt;
-    }
+/// In place: a token that is built elsewhere and copied waits for its parts.
+inline void setToken(JSONToken& token, dom::element element) {
+  switch (element.type()) {
+    case dom::element_type::ARRAY:
+      std::construct_at(&token, JSONToken::Kind::array, positionOf(element));
+      break;
+    case dom::element_type::OBJECT:
+      std::construct_at(&token, JSONToken::Kind::object, positionOf(element));
+      break;
+    case dom::element_type::INT64:
+      std::construct_at(&token, element.get_int64().value_unsafe());
+      break;
+    case dom::element_type::UINT64:  // beyond the range of the signed
+      std::construct_at(&token, static_cast<double>(element.get_uint64().value_unsafe()));
+      break;
+    case dom::element_type::DOUBLE:
+      std::construct_at(&token, element.get_double().value_unsafe());
+      break;
+    case dom::element_type::STRING:
+      std::construct_at(&token, element.get_string().value_unsafe());
+      break;
+    case dom::element_type::BOOL:
+      std::construct_at(&token, element.get_bool().value_unsafe());
+      break;
+    case dom::element_type::NULL_VALUE:
+      std::construct_at(&token, nullptr);
+      break;
   }
-  return JSONArrayOf<Element>(node(neighbour, element));
 }
 
-std::optional<JSONObject> object(const JSONNode& neighbour, dom::element element) {
-  if (!element.is_object()) return std::nullopt;
-  return JSONObject(node(neighbour, element));
-}
-
-std::optional<JSONValue> value(const JSONNode& neighbour, dom::element element) {
-  return JSONValue(node(neighbour, element));
+inline std::string_view keyOf(const dom::object::iterator& member) {
+  return {member.key_c_str(), member.key_length()};
 }
 
 }  // namespace
 
-void destroy(const JSONDocument* document) noexcept {
-  delete static_cast<const ReadDocument*>(document);
+// --- what is built on tokens
+
+JSONToken tokenAt(const JSONPosition& position) {
+  JSONToken token;
+  setToken(token, at<dom::element>(position));
+  return token;
+}
+
+std::optional<JSONPosition> findMember(const JSONPosition& object, std::string_view key) {
+  const auto members = objectAt(object);
+  for (auto member = members.begin(), end = members.end(); member != end; ++member) {
+    if (keyOf(member) == key) return positionOf(member.value());
+  }
+  return std::nullopt;
+}
+
+void findMembers(const JSONPosition& object, const TextIndex& keys, JSONToken* found) {
+  const auto members = objectAt(object);
+  const auto end = members.end();
+  for (auto member = members.begin(); member != end; ++member) {
+    const auto number = keys.find(keyOf(member));
+    if (number == TextIndex::kNone || found[number].kind() != JSONToken::Kind::absent) continue;
+    setToken(found[number], member.value());
+  }
+}
+
+bool holdsOnly(JSONToken::Kind kind, const JSONPosition& array) {
+  const auto elements = arrayAt(array);
+  return std::all_of(elements.begin(), elements.end(), [kind](dom::element element) {
+    return kind == JSONToken::Kind::string ? element.is_string() : element.is_object();
+  });
+}
+
+std::optional<std::uint32_t> namesIn(const JSONPosition& array, const TextIndex& names) {
+  std::uint32_t found = 0;
+  for (const dom::element element : arrayAt(array)) {
+    std::string_view text;
+    if (element.get_string().get(text)) return std::nullopt;
+    const auto number = names.find(text);
+    if (number != TextIndex::kNone) found |= std::uint32_t{1} << number;
+  }
+  return found;
 }
 
 }  // namespace detail
@@ -131,37 +149,45 @@ using detail::ReadDocument;
 [[maybe_unused]] const bool chosenAtLoading =
     simdjson::get_active_implementation()->supported_by_runtime_system();
 
-/// A parser is expensive to set up, so a few at rest are kept. Not one for each thread: threads
-/// come and go, and at exit a thread's own may be gone before its last reading. Never freed.
-constinit std::array<std::atomic<dom::parser*>, 4> spareParsers{};
-/// The largest body for which a spare parser keeps its memory, four times as much.
-constexpr std::size_t keptCapacity = 256 * 1024;
+/// The length of the bodies for which it has memory.
+std::size_t capacityOf(const dom::parser& parser) { return parser.capacity(); }
+std::size_t capacityOf(const ReadDocument& document) { return document.contents.capacity(); }
 
-struct SetAside {
-  void operator()(dom::parser* parser) const noexcept {
-    if (parser->capacity() > 0 && parser->capacity() <= keptCapacity) {
-      for (auto& spare : spareParsers) {
-        dom::parser* none = nullptr;
-        if (spare.compare_exchange_strong(none, parser, std::memory_order_release,
-                                          std::memory_order_relaxed)) {
-          return;
-        }
+/// What is expensive to make: a few at rest are kept, with the memory that small bodies need. Not
+/// one for each thread: threads come and go, and at exit a thread's own may be gone before its last
+/// reading. Never freed.
+template <class T>
+class Spares {
+ public:
+  [[nodiscard]] static std::unique_ptr<T> take() {
+    for (auto& spare : spares_) {
+      if (!spare.load(std::memory_order_relaxed)) continue;
+      if (T* const taken = spare.exchange(nullptr, std::memory_order_acquire)) {
+        return std::unique_ptr<T>(taken);
       }
     }
-    delete parser;
+    return std::make_unique<T>();
   }
-};
-using LeasedParser = std::unique_ptr<dom::parser, SetAside>;
-
-LeasedParser leaseParser() {
-  for (auto& spare : spareParsers) {
-    if (!spare.load(std::memory_order_relaxed)) continue;
-    if (auto* parser = spare.exchange(nullptr, std::memory_order_acquire)) {
-      return LeasedParser(parser);
+  static void keep(std::unique_ptr<T> item) noexcept {
+    if (capacityOf(*item) == 0 || capacityOf(*item) > kMostCapacity) return;
+    for (auto& spare : spares_) {
+      T* none = nullptr;
+      if (spare.compare_exchange_strong(none, item.get(), std::memory_order_release,
+                                        std::memory_order_relaxed)) {
+        (void)item.release();
+        return;
+      }
     }
   }
-  return LeasedParser(new dom::parser);
-}
+
+ private:
+  /// Parsers and documents have up to four and ten times as much.
+  static constexpr std::size_t kMostCapacity = 256 * 1024;
+  static constinit inline std::array<std::atomic<T*>, 4> spares_{};
+};
+
+using SpareParsers = Spares<dom::parser>;
+using SpareDocuments = Spares<ReadDocument>;
 
 JSONReaderError::Code codeOf(simdjson::error_code error) {
   using Code = JSONReaderError::Code;
@@ -190,7 +216,7 @@ JSONReaderError::Code codeOf(simdjson::error_code error) {
 simdjson::error_code read(std::string_view body, dom::document& document) {
   static_assert(Data::kPadding >= simdjson::SIMDJSON_PADDING);
   if (body.empty()) return simdjson::EMPTY;
-  auto parser = leaseParser();
+  auto parser = SpareParsers::take();
   const auto parse = [&](std::string_view text) {
     return parser->parse_into_document(document, text.data(), text.size(), false).error();
   };
@@ -200,18 +226,23 @@ simdjson::error_code read(std::string_view body, dom::document& document) {
     if (rewritten.found) error = parse(rewritten.view());
   }
   // A parser that was refused memory is left half made.
-  if (error == simdjson::MEMALLOC) delete parser.release();
+  if (error != simdjson::MEMALLOC) SpareParsers::keep(std::move(parser));
   return error;
 }
 
 }  // namespace
+
+void detail::destroy(const JSONDocument* document) noexcept {
+  SpareDocuments::keep(std::unique_ptr<ReadDocument>(
+      static_cast<ReadDocument*>(const_cast<JSONDocument*>(document))));
+}
 
 Result<JSONValue> JSONDataParser::value(const Data& data) {
   std::string_view body = data.view();
   if (body.starts_with("\xEF\xBB\xBF")) body.remove_prefix(3);
   auto error = simdjson::MEMALLOC;
   try {
-    auto document = std::make_unique<ReadDocument>();
+    auto document = SpareDocuments::take();
     error = read(body, document->contents);
     if (!error) {
       const auto root = detail::positionOf(document->contents.root());
@@ -222,123 +253,13 @@ Result<JSONValue> JSONDataParser::value(const Data& data) {
   return Failure{JSONReaderError{codeOf(error), simdjson::error_message(error)}};
 }
 
-// --- JSONValue
-
-namespace {
-
-/// What `read` makes of the node's element; nothing for a value that never was read.
-template <class Value>
-std::optional<Value> as(const detail::JSONNode& node,
-                        std::optional<Value> (*read)(const detail::JSONNode&, dom::element)) {
-  if (!node.document()) return std::nullopt;
-  return read(node, detail::elementOf(node));
-}
-
-}  // namespace
-
-JSONValue::Kind JSONValue::kind() const {
-  if (!node_.document()) return Kind::null;
-  switch (detail::elementOf(node_).type()) {
-    case dom::element_type::ARRAY:
-      return Kind::array;
-    case dom::element_type::OBJECT:
-      return Kind::object;
-    case dom::element_type::INT64:
-    case dom::element_type::UINT64:
-    case dom::element_type::DOUBLE:
-      return Kind::number;
-    case dom::element_type::STRING:
-      return Kind::string;
-    case dom::element_type::BOOL:
-      return Kind::boolean;
-    case dom::element_type::NULL_VALUE:
-      return Kind::null;
-  }
-  return Kind::null;
-}
-
-std::optional<std::string_view> JSONValue::string() const { return as(node_, detail::string); }
-std::optional<double> JSONValue::number() const { return as(node_, detail::number); }
-std::optional<std::int64_t> JSONValue::integer() const { return as(node_, detail::integer); }
-std::optional<bool> JSONValue::boolean() const { return as(node_, detail::boolean); }
-std::optional<JSONObject> JSONValue::object() const { return as(node_, detail::object); }
-std::optional<JSONArray> JSONValue::array() const { return as(node_, detail::arrayOf<JSONValue>); }
-std::optional<JSONObjects> JSONValue::objects() const {
-  return as(node_, detail::arrayOf<JSONObject>);
-}
-std::optional<JSONStrings> JSONValue::strings() const {
-  return as(node_, detail::arrayOf<std::string_view>);
-}
-
 std::string JSONValue::text() const {
-  return node_.document() ? simdjson::minify(detail::elementOf(node_)) : "null";
+  return node_.document() ? simdjson::minify(detail::at<dom::element>(node_.position())) : "null";
 }
-
-// --- JSONObject
-
-namespace {
-
-std::optional<dom::element> find(const detail::JSONNode& object, std::string_view key) {
-  // As `at_key` does, but keys of one length mostly differ in their ends: most comparisons are
-  // spared the call.
-  const auto members = detail::objectOf(object);
-  for (auto member = members.begin(), end = members.end(); member != end; ++member) {
-    if (member.key_length() != key.size()) continue;
-    const char* text = member.key_c_str();
-    if (key.empty() || (text[0] == key.front() && text[key.size() - 1] == key.back() &&
-                        std::memcmp(text, key.data(), key.size()) == 0)) {
-      return member.value();
-    }
-  }
-  return std::nullopt;
-}
-
-template <class Value>
-std::optional<Value> memberAs(const detail::JSONNode& object, std::string_view key,
-                              std::optional<Value> (*read)(const detail::JSONNode&, dom::element)) {
-  const auto found = find(object, key);
-  return found ? read(object, *found) : std::nullopt;
-}
-
-}  // namespace
-
-std::optional<JSONValue> JSONObject::value(std::string_view key) const {
-  return memberAs(node_, key, detail::value);
-}
-std::optional<std::string_view> JSONObject::string(std::string_view key) const {
-  return memberAs(node_, key, detail::string);
-}
-std::optional<double> JSONObject::number(std::string_view key) const {
-  return memberAs(node_, key, detail::number);
-}
-std::optional<std::int64_t> JSONObject::integer(std::string_view key) const {
-  return memberAs(node_, key, detail::integer);
-}
-std::optional<bool> JSONObject::boolean(std::string_view key) const {
-  return memberAs(node_, key, detail::boolean);
-}
-std::optional<JSONObject> JSONObject::object(std::string_view key) const {
-  return memberAs(node_, key, detail::object);
-}
-std::optional<JSONArray> JSONObject::array(std::string_view key) const {
-  return memberAs(node_, key, detail::arrayOf<JSONValue>);
-}
-std::optional<JSONObjects> JSONObject::objects(std::string_view key) const {
-  return memberAs(node_, key, detail::arrayOf<JSONObject>);
-}
-std::optional<JSONStrings> JSONObject::strings(std::string_view key) const {
-  return memberAs(node_, key, detail::arrayOf<std::string_view>);
-}
-
-JSONObject::Iterator JSONObject::begin() const { return Iterator(node_); }
-
-std::size_t JSONObject::size() const {
-  return static_cast<std::size_t>(std::ranges::distance(begin(), end()));
-}
-
-bool JSONObject::empty() const { return detail::objectOf(node_).size() == 0; }
 
 // --- the members of an object
+
+bool JSONObject::empty() const { return detail::objectAt(node_.position()).size() == 0; }
 
 namespace {
 
@@ -377,8 +298,9 @@ std::vector<std::size_t> repeatedMembers(dom::object object) {
 }  // namespace
 
 JSONObject::Iterator::Iterator(const detail::JSONNode& object)
-    : member_{{}, JSONValue(object)}, repeated_(repeatedMembers(detail::objectOf(object))) {
-  const auto members = detail::objectOf(object);
+    : member_{{}, JSONValue(object)},
+      repeated_(repeatedMembers(detail::objectAt(object.position()))) {
+  const auto members = detail::objectAt(object.position());
   position_ = detail::positionOf(members.begin());
   end_ = detail::positionOf(members.end());
   settle();
@@ -410,18 +332,20 @@ void JSONObject::Iterator::settle() {
 template <class Element>
 std::size_t JSONArrayOf<Element>::size() const {
   constexpr std::size_t saturated = 0xFFFFFF;
-  const auto array = detail::arrayOf(node_);
+  const auto array = detail::arrayAt(node_.position());
   if (const std::size_t size = array.size(); size < saturated) return size;
   return static_cast<std::size_t>(std::distance(array.begin(), array.end()));
 }
 
 template <class Element>
 JSONArrayOf<Element>::Iterator::Iterator(const detail::JSONNode& array) {
-  const auto elements = detail::arrayOf(array);
+  const auto elements = detail::arrayAt(array.position());
   position_ = detail::positionOf(elements.begin());
   end_ = detail::positionOf(elements.end());
   if constexpr (!std::is_same_v<Element, std::string_view>) {
-    if (position_ != end_) element_.emplace(array);
+    if (position_ != end_) {
+      element_.emplace(detail::JSONNode::borrowed(array.document(), array.position()));
+    }
   }
   settle();
 }

@@ -96,6 +96,8 @@ class JSONObject {
   [[nodiscard]] bool empty() const;
 
   [[nodiscard]] JSONValue asValue() const { return JSONValue(node_); }
+  /// For the parsers.
+  [[nodiscard]] const detail::JSONNode& node() const { return node_; }
 
  private:
   template <class Element>

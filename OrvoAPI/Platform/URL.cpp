@@ -115,22 +115,31 @@ bool isQueryText(std::string_view text) {
   return true;
 }
 
-/// Whether the text is a web address as nearly all in documents are: a host name, a path, perhaps a
-/// query. Taking such a one apart costs the parser more than all else that is done with it;
-/// whatever is less plain is its to judge.
-bool isPlainAddress(std::string_view text) {
-  if (!text.starts_with("https://") || text.size() > URL::kMaximumLength) return false;
-  std::size_t at = std::string_view("https://").size();
-  const auto skip = [&](CharacterClass what) {
-    const auto begin = at;
-    while (at < text.size() && isIn(text[at], what)) ++at;
-    return at > begin;
-  };
-  if (!skip(kHostName)) return false;
-  if (at < text.size() && text[at] == '/') skip(kPath);
-  if (at < text.size() && text[at] == '?') skip(kQuery);
-  return at == text.size();
-}
+/// Where the parts end of a web address as nearly all in documents are: a host name, a path,
+/// perhaps a query. Taking such a one apart costs the parser more than all else that is done with
+/// it; whatever is less plain is its to judge.
+struct PlainAddress {
+  static constexpr std::string_view kScheme = "https";
+  static constexpr std::size_t kHostBegin = kScheme.size() + 3;
+
+  std::size_t hostEnd = 0;
+  std::size_t pathEnd = 0;
+
+  static std::optional<PlainAddress> of(std::string_view text) {
+    if (!text.starts_with("https://") || text.size() > URL::kMaximumLength) return std::nullopt;
+    const auto skip = [&](std::size_t at, CharacterClass what) {
+      while (at < text.size() && isIn(text[at], what)) ++at;
+      return at;
+    };
+    PlainAddress address;
+    std::size_t at = address.hostEnd = skip(kHostBegin, kHostName);
+    if (at == kHostBegin) return std::nullopt;
+    if (at < text.size() && text[at] == '/') at = skip(at, kPath);
+    address.pathEnd = at;
+    if (at < text.size() && text[at] == '?') at = skip(at, kQuery);
+    return at == text.size() ? std::optional(address) : std::nullopt;
+  }
+};
 
 /// Whether the text is a path, perhaps with a query, that resolving only puts behind the base's
 /// path: it could not be taken for anything else, and no segment is empty, "." or "..".
@@ -184,7 +193,17 @@ URL::URL(std::string validText) : text_(std::move(validText)) {
 }
 
 std::optional<URL> URL::parse(std::string_view text) {
-  if (!isPlainAddress(text) && !ParsedURI(text).valid()) return std::nullopt;
+  if (const auto plain = PlainAddress::of(text)) {
+    URL url;
+    url.text_ = text;
+    url.schemeEnd_ = PlainAddress::kScheme.size();
+    url.hostBegin_ = PlainAddress::kHostBegin;
+    url.hostEnd_ = url.pathBegin_ = static_cast<std::uint32_t>(plain->hostEnd);
+    url.pathEnd_ = static_cast<std::uint32_t>(plain->pathEnd);
+    url.queryEnd_ = static_cast<std::uint32_t>(text.size());
+    return url;
+  }
+  if (!ParsedURI(text).valid()) return std::nullopt;
   return URL(std::string(text));
 }
 

@@ -62,6 +62,7 @@ class URL {
   friend bool operator==(const URL& lhs, const URL& rhs) { return lhs.text_ == rhs.text_; }
 
  private:
+  URL() = default;
   explicit URL(std::string validText);
   URL(const URL& base, std::string_view plainPath);
   [[nodiscard]] bool isPlainBase() const;
