@@ -3,7 +3,6 @@
 /// Everything but the headers that are included on purpose: the coroutine support
 /// (Futures/Coroutine.h) and the test kit (Testing/).
 
-#include <OrvoAPI/Platform/BoundedCache.h>
 #include <OrvoAPI/Platform/Calendar.h>
 #include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Platform/Color.h>
@@ -22,6 +21,7 @@
 #include <OrvoAPI/Platform/RawValue.h>
 #include <OrvoAPI/Platform/SerialQueue.h>
 #include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Platform/SharedText.h>
 #include <OrvoAPI/Platform/SystemLog.h>
 #include <OrvoAPI/Platform/TailPosition.h>
 #include <OrvoAPI/Platform/ThreadAnnotations.h>

@@ -4,6 +4,17 @@
 #include <optional>
 
 namespace orvo {
+namespace {
+
+consteval detail::TextIndex entryKeys() {
+  std::string_view keys[std::size(ColorPalette::entries)];
+  for (std::size_t i = 0; i < std::size(keys); ++i) keys[i] = ColorPalette::entries[i].jsonKey;
+  return detail::TextIndex(keys);
+}
+
+constexpr detail::TextIndex kEntryKeys = entryKeys();
+
+}  // namespace
 
 Result<ColorResource> ColorResourceParser::parse(const JSONObject& json,
                                                  std::string_view fallback) {
@@ -23,10 +34,12 @@ Result<ColorResource> ColorResourceParser::parse(const JSONObject& json,
 }
 
 ColorPalette ColorPaletteParser::parse(const JSONObject& json) {
+  const detail::JSONMembers<kEntryKeys> members(json);
   ColorPalette palette;
+  std::size_t number = 0;
   for (const auto& entry : ColorPalette::entries) {
     ColorResource& resource = palette.*entry.resource;
-    if (const auto member = json.object(entry.jsonKey)) {
+    if (const auto member = members.at(number++).object()) {
       auto parsed = ColorResourceParser::parse(*member, entry.fallbackHex);
       if (ColorResource* found = parsed.value()) {
         resource = std::move(*found);

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Configuration/Configuration.h>
+#include <OrvoAPI/Parsing/JSONMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 
 #include <string_view>
@@ -7,12 +8,17 @@
 namespace orvo {
 namespace {
 
+constexpr detail::TextIndex kKeys({"nav", "colors", "links", "linear_stream_id", "tv", "app_update",
+                                   "device_update", "end_of_life", "user_rating_prompt",
+                                   "display_ads", "upcoming_events"});
+using Members = detail::JSONMembers<kKeys>;
+
 /// What `Parser` makes of the section, or nothing when it is missing or cannot be read.
 template <class Parser>
-auto section(const JSONObject& json, std::string_view key) {
-  using Record = typename decltype(Parser::parse(json))::Value;
+auto section(const detail::JSONMember& member) {
+  using Record = typename decltype(Parser::parse(std::declval<const JSONObject&>()))::Value;
   std::optional<Record> record;
-  if (const auto object = json.object(key)) {
+  if (const auto object = member.object()) {
     auto parsed = Parser::parse(*object);
     if (Record* found = parsed.value()) record = std::move(*found);
   }
@@ -20,8 +26,9 @@ auto section(const JSONObject& json, std::string_view key) {
 }
 
 /// The views of "nav" that the client knows, or nothing unless it is an object of objects.
-std::optional<std::vector<Configuration::SystemView>> systemViews(const JSONObject& json) {
-  const auto nav = json.object("nav");
+std::optional<std::vector<Configuration::SystemView>> systemViews(
+    const detail::JSONMember& member) {
+  const auto nav = member.object();
   if (!nav) return std::nullopt;
   for (const auto& [name, value] : *nav) {
     if (!value.object()) return std::nullopt;
@@ -38,31 +45,36 @@ std::optional<std::vector<Configuration::SystemView>> systemViews(const JSONObje
   return views;
 }
 
-Requirements requirements(const JSONObject& json) {
-  return {.appVersion =
-              section<AppVersionParser>(json, "app_update").value_or(Requirements::AppVersion{}),
-          .osVersion =
-              section<OSVersionParser>(json, "device_update").value_or(Requirements::OSVersion{}),
-          .killSwitch =
-              section<KillSwitchParser>(json, "end_of_life").value_or(Requirements::KillSwitch{})};
+Requirements requirements(const Members& members) {
+  return {
+      .appVersion =
+          section<AppVersionParser>(members["app_update"]).value_or(Requirements::AppVersion{}),
+      .osVersion =
+          section<OSVersionParser>(members["device_update"]).value_or(Requirements::OSVersion{}),
+      .killSwitch =
+          section<KillSwitchParser>(members["end_of_life"]).value_or(Requirements::KillSwitch{})};
 }
 
-Configuration::UpcomingEvents upcomingEvents(const JSONObject& json) {
+Configuration::UpcomingEvents upcomingEvents(const detail::JSONMember& member) {
+  static constexpr detail::TextIndex kEventsKeys({"label", "id"});
   Configuration::UpcomingEvents events;
-  if (const auto object = json.object("upcoming_events")) {
-    if (const auto label = object->string("label")) events.label = *label;
-    if (const auto id = object->string("id")) events.id = *id;
+  if (const auto object = member.object()) {
+    const detail::JSONMembers<kEventsKeys> members(*object);
+    if (const auto label = members["label"].string()) events.label = *label;
+    if (const auto id = members["id"].string()) events.id = *id;
   }
   return events;
 }
 
 /// The stream with the texts of "tv", or nothing unless all three are there.
-std::optional<LinearStream> linearStream(const JSONObject& json, std::string_view id) {
-  const auto tv = json.object("tv");
+std::optional<LinearStream> linearStream(const detail::JSONMember& member, std::string_view id) {
+  static constexpr detail::TextIndex kStreamKeys({"label", "description", "icon"});
+  const auto tv = member.object();
   if (!tv) return std::nullopt;
-  const auto label = tv->string("label");
-  const auto description = tv->string("description");
-  const auto icon = tv->string("icon");
+  const detail::JSONMembers<kStreamKeys> members(*tv);
+  const auto label = members["label"].string();
+  const auto description = members["description"].string();
+  const auto icon = members["icon"].string();
   if (!label || !description || !icon) return std::nullopt;
   return LinearStream{std::string(id), std::string(*label), std::string(*description),
                       std::string(*icon)};
@@ -73,18 +85,19 @@ std::optional<LinearStream> linearStream(const JSONObject& json, std::string_vie
 Result<Configuration> ConfigurationParser::parse(const JSONObject& json, Environment environment) {
   // A section's own error is discarded: what counts is which section failed.
   constexpr std::string_view kType = "Configuration";
-  auto views = systemViews(json);
+  const Members members(json);
+  auto views = systemViews(members["nav"]);
   if (!views) return unableToParse(kType, "nav");
-  const auto colors = json.object("colors");
+  const auto colors = members["colors"].object();
   if (!colors) return unableToParse(kType, "colors");
-  auto links = section<LinksParser>(json, "links");
+  auto links = section<LinksParser>(members["links"]);
   if (!links) return unableToParse(kType, "links");
   auto constants = ConstantsParser::parse(json);
   if (constants.failed()) return unableToParse(kType, "constants");
   // The constants hold it too, so that this can only fail if they once cease to.
-  const auto linearStreamID = json.string("linear_stream_id");
+  const auto linearStreamID = members["linear_stream_id"].string();
   if (!linearStreamID) return unableToParse(kType, "linear_stream_id");
-  auto stream = linearStream(json, *linearStreamID);
+  auto stream = linearStream(members["tv"], *linearStreamID);
   if (!stream) return unableToParse(kType, "linear_stream");
 
   return Configuration{
@@ -92,12 +105,12 @@ Result<Configuration> ConfigurationParser::parse(const JSONObject& json, Environ
       .constants = std::move(*constants.value()),
       .colorPalette = ColorPaletteParser::parse(*colors),
       .links = *std::move(links),
-      .requirements = requirements(json),
-      .ratingPromptConfig = section<RatingPromptConfigParser>(json, "user_rating_prompt")
+      .requirements = requirements(members),
+      .ratingPromptConfig = section<RatingPromptConfigParser>(members["user_rating_prompt"])
                                 .value_or(RatingPromptConfig::defaultConfig()),
-      .displayAd = section<DisplayAdParser>(json, "display_ads"),
+      .displayAd = section<DisplayAdParser>(members["display_ads"]),
       .linearStream = *std::move(stream),
-      .upcomingEvents = upcomingEvents(json),
+      .upcomingEvents = upcomingEvents(members["upcoming_events"]),
       .environment = environment};
 }
 

@@ -2,8 +2,8 @@
 #include <OrvoAPI/Linear/LineupSlot.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 
+#include <array>
 #include <iterator>
-#include <utility>
 
 namespace orvo {
 
@@ -14,17 +14,20 @@ using ImageKey = LineupTemplateImage::ResourceKey;
 
 LineupTemplateImages images(const JSONMember& member) {
   static constexpr TextIndex kTemplateKeys({"template"});
-  LineupTemplateImages images;
   const auto object = member.object();
-  if (!object) return images;
+  if (!object) return {};
   const JSONMembers<kRawValues<ImageKey>> members(*object);
-  for (std::size_t number = 0; number < kRawValues<ImageKey>.size(); ++number) {
+  KeySet<ImageKey> keys;
+  std::array<std::string_view, std::size(enumCases<ImageKey>)> templates;
+  for (std::size_t number = 0; number < templates.size(); ++number) {
     const auto image = members.at(number).object();
     if (!image) continue;
-    const auto text = JSONMembers<kTemplateKeys>(*image)["template"].text();
-    if (text) images.insert(static_cast<ImageKey>(number), {.template_ = *text});
+    const auto text = JSONMembers<kTemplateKeys>(*image)["template"].string();
+    if (!text) continue;
+    templates[keys.size()] = *text;
+    keys.insert(static_cast<ImageKey>(number));
   }
-  return images;
+  return {keys, templates.data()};
 }
 
 }  // namespace

@@ -87,8 +87,10 @@ ContentLinks::ContentLinks(const JSONMember& member) {
 ContentResources::ContentResources(const JSONMember& member, std::string_view productID) {
   const std::uint32_t names = member.names(kResourceNames);
   constexpr std::uint32_t kImages = (1U << kImageKeys) - 1;
-  images = {productID, KeySet<ImageResourceKey>::fromBits(names & kImages)};
-  previews = {productID, KeySet<VideoPreviewKey>::fromBits(names >> kImageKeys)};
+  if (names == 0) return;
+  SharedText id(productID);
+  images = {id, KeySet<ImageResourceKey>::fromBits(names & kImages)};
+  previews = {std::move(id), KeySet<VideoPreviewKey>::fromBits(names >> kImageKeys)};
 }
 
 }  // namespace orvo::detail

@@ -2,7 +2,8 @@
 #include <OrvoAPI/Model/LineupTemplateImage.h>
 #include <OrvoAPI/Model/RequiredMembersInternal.h>
 
-#include <utility>
+#include <algorithm>
+#include <cstring>
 
 namespace orvo {
 namespace {
@@ -32,13 +33,29 @@ std::optional<URL> LineupTemplateImage::URLForTemplateString(
   return url && url->isAbsolute() ? url : std::nullopt;
 }
 
-void LineupTemplateImages::insert(Key key, LineupTemplateImage image) {
-  const auto at = images_.begin() + static_cast<std::ptrdiff_t>(keys_.rank(key));
-  if (keys_.contains(key)) {
-    *at = std::move(image);
-  } else {
-    images_.insert(at, std::move(image));
-    keys_.insert(key);
+LineupTemplateImages::LineupTemplateImages(KeySet<Key> keys, const std::string_view* templates)
+    : keys_(keys) {
+  std::size_t size = 0;
+  for (std::size_t i = 0; i < keys.size(); ++i) size += sizeof(Length) + templates[i].size();
+  templates_ = SharedText(size, [&](char* lengths) {
+    char* text = lengths + keys.size() * sizeof(Length);
+    for (std::size_t i = 0; i < keys.size(); ++i, lengths += sizeof(Length)) {
+      const auto length = static_cast<Length>(templates[i].size());
+      std::memcpy(lengths, &length, sizeof(Length));
+      text = std::copy(templates[i].begin(), templates[i].end(), text);
+    }
+  });
+}
+
+std::optional<LineupTemplateImage> LineupTemplateImages::find(Key key) const {
+  if (!contains(key)) return std::nullopt;
+  const char* lengths = templates_.view().data();
+  const char* text = lengths + keys_.size() * sizeof(Length);
+  for (std::size_t before = keys_.rank(key);; --before, lengths += sizeof(Length)) {
+    Length length = 0;
+    std::memcpy(&length, lengths, sizeof(Length));
+    if (before == 0) return LineupTemplateImage{.template_ = std::string(text, length)};
+    text += length;
   }
 }
 

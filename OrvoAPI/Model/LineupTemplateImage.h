@@ -5,13 +5,14 @@
 #include <OrvoAPI/Model/ResourceHost.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
 #include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Platform/SharedText.h>
 #include <OrvoAPI/Platform/URL.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 namespace orvo {
 
@@ -79,20 +80,19 @@ inline constexpr EnumCase enumCases<LineupTemplateImage::ResourceKey>[] = {
     {"backgroundLandscape", "orvo_background_landscape"},
     {"icon"}};
 
-/// A slot's images by key. A value.
+/// A slot's images by key. Immutable; safe to use from any thread. All templates are one shared
+/// text; the records are made on access.
 class LineupTemplateImages {
  public:
   using Key = LineupTemplateImage::ResourceKey;
   using Value = LineupTemplateImage;
   using Iterator = KeyedTableIterator<LineupTemplateImages, Key>;
 
-  /// Replaces the image that the key has.
-  void insert(Key key, LineupTemplateImage image);
+  LineupTemplateImages() = default;
+  /// A template for each key, in declaration order of the keys.
+  LineupTemplateImages(KeySet<Key> keys, const std::string_view* templates);
 
-  /// Null when the key has none.
-  [[nodiscard]] const LineupTemplateImage* find(Key key) const {
-    return contains(key) ? &images_[keys_.rank(key)] : nullptr;
-  }
+  [[nodiscard]] std::optional<LineupTemplateImage> find(Key key) const;
   [[nodiscard]] bool contains(Key key) const { return keys_.contains(key); }
   [[nodiscard]] std::size_t size() const { return keys_.size(); }
   [[nodiscard]] bool empty() const { return keys_.empty(); }
@@ -104,8 +104,11 @@ class LineupTemplateImages {
   friend bool operator==(const LineupTemplateImages&, const LineupTemplateImages&) = default;
 
  private:
+  using Length = std::uint32_t;
+
   KeySet<Key> keys_;
-  std::vector<LineupTemplateImage> images_;  // in the order of keys_
+  /// The lengths of the templates, in the order of `keys_`, and behind them the templates.
+  SharedText templates_;
 };
 
 struct LineupTemplateImageParser {

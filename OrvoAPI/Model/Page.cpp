@@ -40,4 +40,8 @@ Result<Page> PageParser::parse(const JSONObject& json, std::optional<std::string
   return reader.record();
 }
 
+Result<Page> SystemViewParser::parse(const JSONObject& json, std::string_view label) {
+  return PageParser::parse(json, label);
+}
+
 }  // namespace orvo

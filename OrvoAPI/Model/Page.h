@@ -71,9 +71,7 @@ struct PageParser {
 
 /// A system view is a page that the configuration names: its title is the configuration's label.
 struct SystemViewParser {
-  [[nodiscard]] static Result<Page> parse(const JSONObject& json, std::string_view label) {
-    return PageParser::parse(json, label);
-  }
+  [[nodiscard]] static Result<Page> parse(const JSONObject& json, std::string_view label);
 };
 
 }  // namespace orvo

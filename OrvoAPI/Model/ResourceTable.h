@@ -1,11 +1,13 @@
 #pragma once
 
 #include <OrvoAPI/Model/KeySet.h>
+#include <OrvoAPI/Platform/SharedText.h>
 
 #include <cstddef>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace orvo {
 
@@ -20,11 +22,13 @@ class ResourceTable {
 
   ResourceTable() = default;
   ResourceTable(std::string_view productID, KeySet<Key> keys)
-      : productID_(keys.empty() ? std::string_view() : productID), keys_(keys) {}
+      : ResourceTable(SharedText(keys.empty() ? std::string_view() : productID), keys) {}
+  ResourceTable(SharedText productID, KeySet<Key> keys)
+      : productID_(keys.empty() ? SharedText() : std::move(productID)), keys_(keys) {}
 
   [[nodiscard]] std::optional<Resource> find(Key key) const {
     if (!contains(key)) return std::nullopt;
-    return Resource{.key = key, .productID = productID_};
+    return Resource{.key = key, .productID = std::string(productID_.view())};
   }
   [[nodiscard]] bool contains(Key key) const { return keys_.contains(key); }
   [[nodiscard]] std::size_t size() const { return keys_.size(); }
@@ -37,7 +41,7 @@ class ResourceTable {
   friend bool operator==(const ResourceTable&, const ResourceTable&) = default;
 
  private:
-  std::string productID_;
+  SharedText productID_;
   KeySet<Key> keys_;
 };
 

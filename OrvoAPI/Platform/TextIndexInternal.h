@@ -1,10 +1,12 @@
 #pragma once
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 
 namespace orvo::detail {
 
@@ -18,84 +20,105 @@ class TextIndex {
   template <std::size_t N>
   consteval explicit TextIndex(const std::string_view (&texts)[N]) : size_(N) {
     static_assert(N <= kMost);
-    for (std::size_t number = 0; number < N; ++number) texts_[number] = texts[number];
+    for (std::size_t number = 0; number < N; ++number) {
+      entries_[number] = {texts[number], Ends(texts[number])};
+    }
     // Odd numbers, until one gives each text a place of its own.
-    while (!place()) multiplier_ += 0x9E3779B8;
+    while (!place()) multiplier_ += 0x9E3779B97F4A7C16;
   }
 
   [[nodiscard]] constexpr std::size_t size() const { return size_; }
   [[nodiscard]] constexpr std::string_view operator[](std::size_t number) const {
-    return texts_[number];
+    return entries_[number].text;
   }
 
   /// The number of a text that is among them.
   [[nodiscard]] consteval std::size_t numberOf(std::string_view text) const {
     for (std::size_t number = 0; number < size_; ++number) {
-      if (texts_[number] == text) return number;
+      if (entries_[number].text == text) return number;
     }
     throw "not among the texts";
   }
+
   /// The number of the text, or `kNone`.
   [[nodiscard]] std::uint8_t find(std::string_view text) const {
     if (text.empty()) return kNone;
-    const std::uint8_t number = numbers_[placeOf(text)];
-    return number != kNone && equal(texts_[number], text) ? number : kNone;
+    const Ends ends(text);
+    const std::uint8_t number = numbers_[placeOf(text, ends)];
+    const Entry& entry = entries_[number];
+    if (entry.text.size() != text.size() || entry.ends.differ(ends)) return kNone;
+    const bool whole = text.size() <= 2 * sizeof(Ends::first);
+    return whole || entry.text == text ? number : kNone;
   }
 
  private:
-  template <class Word>
-  [[nodiscard]] static Word difference(const char* lhs, const char* rhs) {
-    Word left, right;
-    std::memcpy(&left, lhs, sizeof(Word));
-    std::memcpy(&right, rhs, sizeof(Word));
-    return left ^ right;
-  }
-
-  /// For texts as short as keys a call of the C library would cost more than all else.
-  [[nodiscard]] static bool equal(std::string_view lhs, std::string_view rhs) {
-    const std::size_t size = lhs.size();
-    if (size != rhs.size()) return false;
-    const char* const left = lhs.data();
-    const char* const right = rhs.data();
-    if (size >= 8) {
-      std::uint64_t differs = difference<std::uint64_t>(left + size - 8, right + size - 8);
-      for (std::size_t at = 0; at + 8 < size; at += 8) {
-        differs |= difference<std::uint64_t>(left + at, right + at);
+  /// The first and the last eight characters; of a shorter text, all of it in the first.
+  struct Ends {
+    constexpr Ends() = default;
+    constexpr explicit Ends(std::string_view text) {
+      const char* const begin = text.data();
+      const std::size_t size = text.size();
+      if (size >= 8) {
+        first = load<std::uint64_t>(begin);
+        last = load<std::uint64_t>(begin + size - 8);
+      } else if (size >= 4) {
+        first = load<std::uint32_t>(begin) | std::uint64_t{load<std::uint32_t>(begin + size - 4)}
+                                                 << 32;
+      } else {
+        first = load<std::uint8_t>(begin) | load<std::uint8_t>(begin + size / 2) << 8U |
+                std::uint64_t{load<std::uint8_t>(begin + size - 1)} << 16;
       }
-      return differs == 0;
     }
-    if (size >= 4) {
-      return (difference<std::uint32_t>(left, right) |
-              difference<std::uint32_t>(left + size - 4, right + size - 4)) == 0;
+    [[nodiscard]] bool differ(const Ends& other) const {
+      return ((first ^ other.first) | (last ^ other.last)) != 0;
     }
-    return left[0] == right[0] && left[size / 2] == right[size / 2] &&
-           left[size - 1] == right[size - 1];
+
+    std::uint64_t first = 0;
+    std::uint64_t last = 0;
+  };
+
+  struct Entry {
+    std::string_view text;
+    Ends ends;
+  };
+
+  template <class Word>
+  [[nodiscard]] static constexpr Word load(const char* from) {
+    Word word = 0;
+    if (std::is_constant_evaluated()) {
+      for (std::size_t i = 0; i < sizeof(Word); ++i) {
+        const std::size_t place =
+            std::endian::native == std::endian::little ? i : sizeof(Word) - 1 - i;
+        word = static_cast<Word>(word | std::uint64_t{static_cast<unsigned char>(from[i])}
+                                            << 8 * place);
+      }
+    } else {
+      std::memcpy(&word, from, sizeof(Word));
+    }
+    return word;
   }
 
-  [[nodiscard]] constexpr std::size_t placeOf(std::string_view text) const {
-    const auto byte = [&](std::size_t at) {
-      return static_cast<std::uint32_t>(static_cast<unsigned char>(text[at]));
-    };
-    const auto size = static_cast<std::uint32_t>(text.size());
-    const std::uint32_t sample =
-        size << 24 | byte(text.size() / 2) << 16 | byte(text.size() - 1) << 8 | byte(0);
-    return sample * multiplier_ >> 25;
+  [[nodiscard]] constexpr std::size_t placeOf(std::string_view text, const Ends& ends) const {
+    const std::uint64_t sample = ends.first + std::rotl(ends.last, 23) + text.size();
+    return static_cast<std::size_t>(sample * multiplier_ >> 57);
   }
 
   constexpr bool place() {
-    numbers_.fill(kNone);
+    numbers_.fill(static_cast<std::uint8_t>(size_));
     for (std::size_t number = 0; number < size_; ++number) {
-      auto& taken = numbers_[placeOf(texts_[number])];
-      if (taken != kNone) return false;
+      const Entry& entry = entries_[number];
+      auto& taken = numbers_[placeOf(entry.text, entry.ends)];
+      if (taken != size_) return false;
       taken = static_cast<std::uint8_t>(number);
     }
     return true;
   }
 
-  std::array<std::string_view, kMost> texts_;
+  /// Behind the last text there is an empty one, to which the places of no text lead.
+  std::array<Entry, kMost + 1> entries_{};
   std::array<std::uint8_t, 128> numbers_{};
   std::size_t size_;
-  std::uint32_t multiplier_ = 0x9E3779B1;
+  std::uint64_t multiplier_ = 0x9E3779B97F4A7C15;
 };
 
 }  // namespace orvo::detail
