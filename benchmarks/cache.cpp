@@ -5,6 +5,7 @@
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Testing/StubNetworkDataProvider.h>
 #include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <benchmarks/support/Documents.h>

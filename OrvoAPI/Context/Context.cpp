@@ -1,6 +1,7 @@
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Logging/LoggingService.h>
+#include <OrvoAPI/Storage/AppStore.h>
 
 #include <array>
 #include <utility>
@@ -45,6 +46,10 @@ const std::shared_ptr<SessionProvider>& Context::sessionProvider() const {
 const std::shared_ptr<NetworkDataProvider>& Context::networkDataProvider() const {
   return pipeline_->networkDataProvider();
 }
+
+AppStore& Context::store() const { return *store_; }
+
+KeyedStore<std::any>& Context::appValues() const { return *appValues_; }
 
 std::vector<SystemView> Context::systemViews() const {
   std::vector<SystemView> views;

@@ -16,7 +16,6 @@
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Platform/Clock.h>
-#include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Storage/KeyedStore.h>
 
 #include <any>
@@ -28,6 +27,7 @@
 
 namespace orvo {
 
+class AppStore;
 namespace detail {
 class RequestPipeline;
 }
@@ -97,10 +97,10 @@ class Context final : public std::enable_shared_from_this<Context> {
   [[nodiscard]] const URLService& urlService() const { return urlService_; }
   /// What the builders of image URLs take.
   [[nodiscard]] const ResourceHost& resourceHost() const { return resourceHost_; }
-  /// The cached answers; empty it when memory runs short.
-  [[nodiscard]] AppStore& store() const { return *store_; }
+  /// The cached answers, of <OrvoAPI/Storage/AppStore.h>; empty it when memory runs short.
+  [[nodiscard]] AppStore& store() const;
   /// Values of the app's own, of any type.
-  [[nodiscard]] KeyedStore<std::any>& appValues() const { return *appValues_; }
+  [[nodiscard]] KeyedStore<std::any>& appValues() const;
   [[nodiscard]] Logger& logger() const { return *logger_; }
   [[nodiscard]] const std::shared_ptr<const Clock>& clock() const { return clock_; }
 

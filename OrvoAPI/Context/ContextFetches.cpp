@@ -4,6 +4,7 @@
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Storage/AppStore.h>
 
 #include <memory>
 #include <utility>

@@ -45,11 +45,7 @@ struct Response {
   };
 
   /// The answer unchanged when its status is at most 399, else `Error::badStatus`.
-  [[nodiscard]] static Result<HTTPResult> validate(const HTTPResult& result) {
-    const int status = result.response.statusCode;
-    if (status >= 400) return Failure{Error::badStatus{status}};
-    return result;
-  }
+  [[nodiscard]] static Result<HTTPResult> validate(const HTTPResult& result);
 };
 
 }  // namespace orvo

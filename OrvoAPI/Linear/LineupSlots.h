@@ -3,7 +3,6 @@
 #include <OrvoAPI/Linear/LineupSlot.h>
 #include <OrvoAPI/Platform/Shared.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <iterator>
@@ -61,9 +60,7 @@ class LineupSlots {
   [[nodiscard]] Iterator end() const { return iterator(count_); }
 
   /// Equal when the slots are, wherever they are held.
-  friend bool operator==(const LineupSlots& lhs, const LineupSlots& rhs) {
-    return std::ranges::equal(lhs, rhs);
-  }
+  friend bool operator==(const LineupSlots& lhs, const LineupSlots& rhs);
 
  private:
   [[nodiscard]] Iterator iterator(std::size_t index) const {

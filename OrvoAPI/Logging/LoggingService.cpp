@@ -3,7 +3,14 @@
 #include <OrvoAPI/Logging/DebugConsoleLogger.h>
 #include <OrvoAPI/Logging/OSLogger.h>
 
+#include <utility>
+
 namespace orvo {
+
+LoggingService::LoggingService() : LoggingService(defaultLoggers()) {}
+LoggingService::LoggingService(std::vector<std::shared_ptr<Logger>> loggers)
+    : loggers_(std::move(loggers)) {}
+LoggingService::~LoggingService() = default;
 
 std::vector<std::shared_ptr<Logger>> LoggingService::defaultLoggers(const SystemLog::Paths& paths) {
   std::vector<std::shared_ptr<Logger>> loggers{std::make_shared<DebugConsoleLogger>()};

@@ -4,7 +4,6 @@
 #include <OrvoAPI/Platform/SystemLog.h>
 
 #include <memory>
-#include <utility>
 #include <vector>
 
 namespace orvo {
@@ -14,10 +13,9 @@ namespace orvo {
 class LoggingService final : public Logger {
  public:
   /// With the default loggers.
-  LoggingService() : LoggingService(defaultLoggers()) {}
-
-  explicit LoggingService(std::vector<std::shared_ptr<Logger>> loggers)
-      : loggers_(std::move(loggers)) {}
+  LoggingService();
+  explicit LoggingService(std::vector<std::shared_ptr<Logger>> loggers);
+  ~LoggingService() override;
 
   /// A `DebugConsoleLogger`, then an `OSLogger` where the machine has a system log.
   [[nodiscard]] static std::vector<std::shared_ptr<Logger>> defaultLoggers(

@@ -1,5 +1,7 @@
 #include <OrvoAPI/Logging/OSLogger.h>
 
+#include <utility>
+
 namespace orvo {
 namespace {
 
@@ -20,6 +22,9 @@ SystemLog::Priority priority(LogLevel level) {
 }
 
 }  // namespace
+
+OSLogger::OSLogger(std::unique_ptr<const SystemLog> systemLog) : systemLog_(std::move(systemLog)) {}
+OSLogger::~OSLogger() = default;
 
 void OSLogger::log(std::string_view message, LogLevel level, std::string_view subsystem,
                    std::string_view category) {

@@ -8,7 +8,6 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <utility>
 
 namespace orvo {
 
@@ -19,8 +18,8 @@ namespace orvo {
 /// Priorities: fault 2 (critical), error 3, default 5 (notice), info 6, warning 7 (debug).
 class OSLogger final : public Logger {
  public:
-  explicit OSLogger(std::unique_ptr<const SystemLog> systemLog)
-      : systemLog_(std::move(systemLog)) {}
+  explicit OSLogger(std::unique_ptr<const SystemLog> systemLog);
+  ~OSLogger() override;
 
   void log(std::string_view message, LogLevel level = LogLevel::default_,
            std::string_view subsystem = DefaultLogSubsystem,

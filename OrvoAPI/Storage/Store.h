@@ -1,14 +1,11 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Future.h>
-#include <OrvoAPI/Platform/BoundedCache.h>
 #include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Platform/InlineQueue.h>
-#include <OrvoAPI/Platform/Lock.h>
 #include <OrvoAPI/Platform/Shared.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 
-#include <chrono>
 #include <concepts>
 #include <cstddef>
 #include <memory>
@@ -21,35 +18,16 @@ namespace orvo {
 
 namespace detail {
 
-/// What a store does whatever the type of its elements. Its lock plays the part of a serial queue
-/// that is only ever used synchronously.
-class StoreCore {
- public:
-  using Element = std::shared_ptr<const void>;
+/// What a store does whatever the type of its elements; the table's own headers stay out of here.
+class StoreCore;
+using StoredElement = std::shared_ptr<const void>;
 
-  StoreCore(std::size_t bound, std::shared_ptr<const Clock> clock)
-      : clock_(std::move(clock)), cache_(bound) {}
-
-  void store(Element element, double ttl, std::string_view key);
-  [[nodiscard]] Element element(std::string_view key);
-  void removeAll();
-
-  [[nodiscard]] static std::string queueLabel(const std::type_info& type);
-
- private:
-  struct Box {
-    Element element;
-    std::chrono::milliseconds made;
-    double ttl;
-
-    [[nodiscard]] bool isFresh(std::chrono::milliseconds now) const;
-  };
-  using Cache = BoundedCache<Box>;
-
-  const std::shared_ptr<const Clock> clock_;
-  Lock lock_;
-  Cache cache_ ORVO_GUARDED_BY(lock_);
-};
+[[nodiscard]] std::shared_ptr<StoreCore> makeStoreCore(std::size_t bound,
+                                                       std::shared_ptr<const Clock> clock);
+void storeElement(StoreCore& core, StoredElement element, double ttl, std::string_view key);
+[[nodiscard]] StoredElement freshElement(StoreCore& core, std::string_view key);
+void removeAllElements(StoreCore& core);
+[[nodiscard]] std::string storeQueueLabel(const std::type_info& type);
 
 }  // namespace detail
 
@@ -63,7 +41,7 @@ template <Cacheable T>
 class Store {
  public:
   explicit Store(std::size_t bound, std::shared_ptr<const Clock> clock = Clock::system())
-      : core_(std::make_shared<detail::StoreCore>(bound, std::move(clock))) {}
+      : core_(detail::makeStoreCore(bound, std::move(clock))) {}
   Store(const Store&) = delete;
   Store& operator=(const Store&) = delete;
 
@@ -72,7 +50,7 @@ class Store {
 
   /// The element, or null when there is none that is still fresh. An expired one is removed.
   [[nodiscard]] Shared<T> element(std::string_view key) {
-    return std::static_pointer_cast<const T>(core_->element(key));
+    return std::static_pointer_cast<const T>(detail::freshElement(*core_, key));
   }
 
   /// A fresh element as a future that completes from the main queue. Otherwise the future that
@@ -94,18 +72,16 @@ class Store {
   }
 
   /// Forgets everything, for a host that runs short of memory.
-  void removeAll() { core_->removeAll(); }
+  void removeAll() { detail::removeAllElements(*core_); }
 
   /// The label of the serial queue that the store's lock stands for; for people who debug.
-  [[nodiscard]] static std::string accessQueueLabel() {
-    return detail::StoreCore::queueLabel(typeid(T));
-  }
+  [[nodiscard]] static std::string accessQueueLabel() { return detail::storeQueueLabel(typeid(T)); }
 
  private:
   static void store(detail::StoreCore& core, Shared<T> element, std::string_view key) {
     if (!element) return;
     const double ttl = element->ttl();
-    core.store(std::move(element), ttl, key);
+    detail::storeElement(core, std::move(element), ttl, key);
   }
 
   const std::shared_ptr<detail::StoreCore> core_;

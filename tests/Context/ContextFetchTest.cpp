@@ -1,6 +1,7 @@
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/Storage/AppStore.h>
 #include <gtest/gtest.h>
 
 #include <cstdint>
