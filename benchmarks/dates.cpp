@@ -1,0 +1,130 @@
+// Dates read in each of the service's patterns, against the C library; slots put into hours and
+// days, against a call of it for each slot.
+
+#include <OrvoAPI/Linear/Lineup.h>
+#include <OrvoAPI/Parsing/DateFormatter.h>
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <benchmarks/support/Documents.h>
+#include <benchmarks/support/Measure.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <ctime>
+#include <string>
+#include <vector>
+
+using namespace orvo;
+using namespace orvo::benchmarks;
+
+namespace {
+
+constexpr double kReadingGoal = 0.35;
+constexpr double kBucketsGoal = 0.05;
+constexpr std::size_t kDates = 512;
+constexpr std::size_t kSlots = 5000;
+
+/// Instants of some years, written by the formatter.
+std::vector<std::string> datesOf(const DateFormatter& formatter) {
+  std::vector<std::string> texts;
+  constexpr std::int64_t kStep = 86'400'000LL * 5 + 3'723'000;
+  for (std::size_t i = 0; i < kDates; ++i) {
+    texts.push_back(formatter.string(Date(1'493'596'800'000 + kStep * static_cast<int>(i))));
+  }
+  return texts;
+}
+
+/// As one reads such dates with what the C library has: `format` up to the seconds, three digits
+/// where the pattern has them, and the zone.
+std::int64_t readByLibrary(const std::string& text, bool milliseconds, bool zone) {
+  std::tm parts{};
+  const char* rest = strptime(text.c_str(), "%Y-%m-%dT%H:%M:%S", &parts);
+  if (rest == nullptr) std::abort();
+  std::int64_t fraction = 0;
+  if (milliseconds) {
+    char* end = nullptr;
+    fraction = std::strtol(rest + 1, &end, 10);
+    rest = end;
+  }
+  if (zone && strptime(rest, "%z", &parts) == nullptr) std::abort();
+  const std::int64_t offset = parts.tm_gmtoff;  // timegm sets it to zero
+  return (timegm(&parts) - offset) * 1000 + fraction;
+}
+
+void measureReading(const DateFormatter& formatter, bool milliseconds, bool zone) {
+  const auto texts = datesOf(formatter);
+  for (const auto& text : texts) {
+    const auto ours = formatter.date(text)->millisecondsSince1970();
+    if (ours != readByLibrary(text, milliseconds, zone)) std::abort();
+  }
+  auto figures = compare(
+      [&] {
+        for (const auto& text : texts) keep(formatter.date(text));
+      },
+      [&] {
+        for (const auto& text : texts) keep(readByLibrary(text, milliseconds, zone));
+      });
+  figures.ours /= kDates;
+  figures.theirs /= kDates;
+  print("date read, " + texts.front(), "ns", "strptime and timegm", figures, kReadingGoal);
+}
+
+/// The start of the hour and of the day, from the clock on the wall.
+void bucketByLibrary(const std::vector<Date>& starts, std::vector<std::time_t>& out) {
+  out.clear();
+  for (const Date start : starts) {
+    const std::time_t seconds = start.millisecondsSince1970() / 1000;
+    std::tm parts{};
+    localtime_r(&seconds, &parts);
+    const int hour = parts.tm_hour;
+    parts.tm_hour = parts.tm_min = parts.tm_sec = 0;
+    parts.tm_isdst = -1;
+    out.push_back(mktime(&parts) + hour * 3600);
+  }
+}
+
+std::vector<LineupSlot> slotsOf(std::size_t count) {
+  const auto json = JSONDataParser::array(Data(lineupDocument(count)));
+  const auto lineup = LineupParser::parse(*json.value());
+  return {lineup.slots.begin(), lineup.slots.end()};
+}
+
+/// What the whole schedule takes beyond its slots themselves: the copies, which both sides need to
+/// start from, are measured alone and taken off.
+void measureBuckets() {
+  setenv("TZ", "Europe/Vienna", 1);
+  tzset();
+  const auto slots = slotsOf(kSlots);
+  std::vector<Date> starts;
+  for (const LineupSlot& slot : slots) starts.push_back(slot.start);
+  std::vector<std::time_t> buckets;
+  buckets.reserve(kSlots);
+  const auto figures = inTurns(
+      [&] {
+        std::vector<double> rounds;
+        for (int round = 0; round < 9; ++round) {
+          auto copy = slots;
+          const double begin = threadSeconds();
+          const auto lineup = Lineup::grouping(std::move(copy));
+          rounds.push_back((threadSeconds() - begin) * 1e9);
+          keep(lineup);
+        }
+        return median(rounds);
+      },
+      [&] {
+        return nanosecondsPerCall([&] {
+          bucketByLibrary(starts, buckets);
+          keep(buckets);
+        });
+      });
+  print("5,000 slots into hours and days", "ns", "localtime_r and mktime", figures, kBucketsGoal);
+}
+
+}  // namespace
+
+int main() {
+  using Kind = DateFormatter::Kind;
+  measureReading(DateFormatter(Kind::zone), false, true);
+  measureReading(DateFormatter(Kind::millisecondsAndZone), true, true);
+  measureReading(DateFormatter(Kind::literalZeroMilliseconds), false, false);
+  measureBuckets();
+}
