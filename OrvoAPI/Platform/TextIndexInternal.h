@@ -10,6 +10,48 @@
 
 namespace orvo::detail {
 
+template <class Word>
+[[nodiscard]] constexpr Word loadWord(const char* from) {
+  Word word = 0;
+  if (std::is_constant_evaluated()) {
+    for (std::size_t i = 0; i < sizeof(Word); ++i) {
+      const std::size_t place =
+          std::endian::native == std::endian::little ? i : sizeof(Word) - 1 - i;
+      word =
+          static_cast<Word>(word | std::uint64_t{static_cast<unsigned char>(from[i])} << 8 * place);
+    }
+  } else {
+    std::memcpy(&word, from, sizeof(Word));
+  }
+  return word;
+}
+
+/// The first and the last eight characters; of a shorter text, all of it in the first.
+struct TextEnds {
+  constexpr TextEnds() = default;
+  constexpr explicit TextEnds(std::string_view text) {
+    const char* const begin = text.data();
+    const std::size_t size = text.size();
+    if (size >= 8) {
+      first = loadWord<std::uint64_t>(begin);
+      last = loadWord<std::uint64_t>(begin + size - 8);
+    } else if (size >= 4) {
+      first = loadWord<std::uint32_t>(begin) |
+              std::uint64_t{loadWord<std::uint32_t>(begin + size - 4)} << 32;
+    } else {
+      first = loadWord<std::uint8_t>(begin) |
+              std::uint64_t{loadWord<std::uint8_t>(begin + size / 2)} << 8 |
+              std::uint64_t{loadWord<std::uint8_t>(begin + size - 1)} << 16;
+    }
+  }
+  [[nodiscard]] bool differ(const TextEnds& other) const {
+    return ((first ^ other.first) | (last ^ other.last)) != 0;
+  }
+
+  std::uint64_t first = 0;
+  std::uint64_t last = 0;
+};
+
 /// A few different texts, known when compiling, none of them empty, numbered from 0. To find one
 /// takes a multiplication and a comparison, however many there are.
 class TextIndex {
@@ -21,7 +63,7 @@ class TextIndex {
   consteval explicit TextIndex(const std::string_view (&texts)[N]) : size_(N) {
     static_assert(N <= kMost);
     for (std::size_t number = 0; number < N; ++number) {
-      entries_[number] = {texts[number], Ends(texts[number])};
+      entries_[number] = {texts[number], TextEnds(texts[number])};
     }
     // Odd numbers, until one gives each text a place of its own.
     while (!place()) multiplier_ += 0x9E3779B97F4A7C16;
@@ -43,62 +85,21 @@ class TextIndex {
   /// The number of the text, or `kNone`.
   [[nodiscard]] std::uint8_t find(std::string_view text) const {
     if (text.empty()) return kNone;
-    const Ends ends(text);
+    const TextEnds ends(text);
     const std::uint8_t number = numbers_[placeOf(text, ends)];
     const Entry& entry = entries_[number];
     if (entry.text.size() != text.size() || entry.ends.differ(ends)) return kNone;
-    const bool whole = text.size() <= 2 * sizeof(Ends::first);
+    const bool whole = text.size() <= 2 * sizeof(TextEnds::first);
     return whole || entry.text == text ? number : kNone;
   }
 
  private:
-  /// The first and the last eight characters; of a shorter text, all of it in the first.
-  struct Ends {
-    constexpr Ends() = default;
-    constexpr explicit Ends(std::string_view text) {
-      const char* const begin = text.data();
-      const std::size_t size = text.size();
-      if (size >= 8) {
-        first = load<std::uint64_t>(begin);
-        last = load<std::uint64_t>(begin + size - 8);
-      } else if (size >= 4) {
-        first = load<std::uint32_t>(begin) | std::uint64_t{load<std::uint32_t>(begin + size - 4)}
-                                                 << 32;
-      } else {
-        first = load<std::uint8_t>(begin) | load<std::uint8_t>(begin + size / 2) << 8U |
-                std::uint64_t{load<std::uint8_t>(begin + size - 1)} << 16;
-      }
-    }
-    [[nodiscard]] bool differ(const Ends& other) const {
-      return ((first ^ other.first) | (last ^ other.last)) != 0;
-    }
-
-    std::uint64_t first = 0;
-    std::uint64_t last = 0;
-  };
-
   struct Entry {
     std::string_view text;
-    Ends ends;
+    TextEnds ends;
   };
 
-  template <class Word>
-  [[nodiscard]] static constexpr Word load(const char* from) {
-    Word word = 0;
-    if (std::is_constant_evaluated()) {
-      for (std::size_t i = 0; i < sizeof(Word); ++i) {
-        const std::size_t place =
-            std::endian::native == std::endian::little ? i : sizeof(Word) - 1 - i;
-        word = static_cast<Word>(word | std::uint64_t{static_cast<unsigned char>(from[i])}
-                                            << 8 * place);
-      }
-    } else {
-      std::memcpy(&word, from, sizeof(Word));
-    }
-    return word;
-  }
-
-  [[nodiscard]] constexpr std::size_t placeOf(std::string_view text, const Ends& ends) const {
+  [[nodiscard]] constexpr std::size_t placeOf(std::string_view text, const TextEnds& ends) const {
     const std::uint64_t sample = ends.first + std::rotl(ends.last, 23) + text.size();
     return static_cast<std::size_t>(sample * multiplier_ >> 57);
   }
