@@ -31,7 +31,7 @@ Json toJson(const JSONValue& value) {
 Json toJson(Date date) {
   std::string text = startResourceDateFormatter().string(date);
   const std::size_t zone = text.rfind("+0000");
-  if (zone != std::string::npos) text.replace(zone, std::string::npos, "Z");
+  if (zone != std::string::npos) text.erase(zone).append(1, 'Z');
   return text;
 }
 
