@@ -2,8 +2,7 @@
 // library's fetches make it, and with uriparser alone. A reference with a dot segment is one for
 // which the library needs the parser itself.
 
-#include <OrvoAPI/Context/ContentRequestInternal.h>
-#include <OrvoAPI/Context/URLService.h>
+#include <OrvoAPI/Platform/URL.h>
 #include <benchmarks/support/Instructions.h>
 #include <benchmarks/support/Measure.h>
 #include <uriparser/Uri.h>
@@ -32,9 +31,15 @@ const std::vector<Fetch> kFetches{
 const std::vector<Fetch> kWithDots{{"products/../collections/7d2e9a40", {{"limit", "100"}}}};
 
 std::string ours(const Fetch& fetch, const URL& base) {
-  detail::ContentRequest request(fetch.path, fetch.path);
-  for (const auto& [name, value] : fetch.items) request.add(name, value);
-  return request.url(base).force().text();
+  std::string text = fetch.path;
+  char mark = '?';
+  for (const auto& [name, value] : fetch.items) {
+    text += std::exchange(mark, '&');
+    text.append(name).append(1, '=').append(percentEncodedQueryValue(value));
+  }
+  const auto url = URL::parse(text, base);
+  if (!url) std::abort();
+  return url->text();
 }
 
 /// A reference and how it is freed.
