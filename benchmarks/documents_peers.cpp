@@ -1,0 +1,487 @@
+// Bodies to the same models through other libraries, as one would write it with them: look the keys
+// up, check their kinds, read dates, addresses and enumerations with the same operations.
+
+#include <OrvoAPI/Configuration/Configuration.h>
+#include <OrvoAPI/Linear/LinearProgramGuide.h>
+#include <OrvoAPI/Linear/Lineup.h>
+#include <OrvoAPI/Model/ItemCollection.h>
+#include <OrvoAPI/Parsing/DateFormatter.h>
+#include <benchmarks/support/Documents.h>
+#include <benchmarks/support/Measure.h>
+#include <benchmarks/support/OurDocuments.h>
+#include <rapidjson/document.h>
+
+#include <boost/json.hpp>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+using namespace orvo;
+using namespace orvo::benchmarks;
+
+namespace {
+
+using Text = std::optional<std::string_view>;
+
+// --- what each library offers: a root, a member that may be missing, values of a kind, elements
+
+struct Nlohmann {
+  using Value = nlohmann::json;
+  class Document {
+   public:
+    explicit Document(std::string_view body) : root_(Value::parse(body)) {}
+    [[nodiscard]] const Value& root() const { return root_; }
+
+   private:
+    Value root_;
+  };
+
+  static const Value* member(const Value& object, const char* key) {
+    const auto found = object.find(key);
+    return found == object.end() ? nullptr : &*found;
+  }
+  static Text text(const Value& value) {
+    const auto* text = value.get_ptr<const std::string*>();
+    return text ? Text(*text) : std::nullopt;
+  }
+  static std::optional<double> number(const Value& value) {
+    return value.is_number() ? std::optional(value.get<double>()) : std::nullopt;
+  }
+  static std::optional<std::int64_t> integer(const Value& value) {
+    return value.is_number_integer() ? std::optional(value.get<std::int64_t>()) : std::nullopt;
+  }
+  static std::optional<bool> boolean(const Value& value) {
+    return value.is_boolean() ? std::optional(value.get<bool>()) : std::nullopt;
+  }
+  static bool isObject(const Value& value) { return value.is_object(); }
+  static const Value* array(const Value& value) { return value.is_array() ? &value : nullptr; }
+};
+
+struct RapidJSON {
+  using Value = rapidjson::Value;
+  class Document {
+   public:
+    /// Checks the encoding, as the others do.
+    explicit Document(std::string_view body) {
+      document_.Parse<rapidjson::kParseValidateEncodingFlag>(body.data(), body.size());
+      if (document_.HasParseError()) std::abort();
+    }
+    [[nodiscard]] const Value& root() const { return document_; }
+
+   private:
+    rapidjson::Document document_;
+  };
+
+  static const Value* member(const Value& object, const char* key) {
+    const auto found = object.FindMember(key);
+    return found == object.MemberEnd() ? nullptr : &found->value;
+  }
+  static Text text(const Value& value) {
+    return value.IsString() ? Text({value.GetString(), value.GetStringLength()}) : std::nullopt;
+  }
+  static std::optional<double> number(const Value& value) {
+    return value.IsNumber() ? std::optional(value.GetDouble()) : std::nullopt;
+  }
+  static std::optional<std::int64_t> integer(const Value& value) {
+    return value.IsInt64() ? std::optional(value.GetInt64()) : std::nullopt;
+  }
+  static std::optional<bool> boolean(const Value& value) {
+    return value.IsBool() ? std::optional(value.GetBool()) : std::nullopt;
+  }
+  static bool isObject(const Value& value) { return value.IsObject(); }
+  struct Elements {
+    const Value* first;
+    std::size_t count;
+    [[nodiscard]] const Value* begin() const { return first; }
+    [[nodiscard]] const Value* end() const { return first + count; }
+    [[nodiscard]] std::size_t size() const { return count; }
+    const Elements& operator*() const { return *this; }
+    explicit operator bool() const { return first != nullptr; }
+  };
+  static Elements array(const Value& value) {
+    return value.IsArray() ? Elements{value.Begin(), value.Size()} : Elements{nullptr, 0};
+  }
+};
+
+struct Boost {
+  using Value = boost::json::value;
+  class Document {
+   public:
+    explicit Document(std::string_view body)
+        : root_(boost::json::parse({body.data(), body.size()}, &memory_)) {}
+    [[nodiscard]] const Value& root() const { return root_; }
+
+   private:
+    unsigned char first_[16 * 1024];
+    boost::json::monotonic_resource memory_{first_, sizeof(first_)};
+    Value root_;
+  };
+
+  static const Value* member(const Value& object, const char* key) {
+    return object.get_object().if_contains(key);
+  }
+  static Text text(const Value& value) {
+    const auto* text = value.if_string();
+    return text ? Text({text->data(), text->size()}) : std::nullopt;
+  }
+  static std::optional<double> number(const Value& value) {
+    return value.is_number() ? std::optional(value.to_number<double>()) : std::nullopt;
+  }
+  static std::optional<std::int64_t> integer(const Value& value) {
+    const auto* number = value.if_int64();
+    return number ? std::optional(*number) : std::nullopt;
+  }
+  static std::optional<bool> boolean(const Value& value) {
+    const auto* flag = value.if_bool();
+    return flag ? std::optional(*flag) : std::nullopt;
+  }
+  static bool isObject(const Value& value) { return value.is_object(); }
+  static const boost::json::array* array(const Value& value) { return value.if_array(); }
+};
+
+// --- the models, in terms of these
+
+template <class Library>
+struct Reader {
+  using Value = typename Library::Value;
+
+  template <class T>
+  static std::optional<T> as(const Value& object, const char* key,
+                             std::optional<T> (*read)(const Value&)) {
+    const Value* found = Library::member(object, key);
+    return found ? read(*found) : std::nullopt;
+  }
+  static Text text(const Value& object, const char* key) { return as(object, key, Library::text); }
+  static std::optional<std::string> string(const Value& object, const char* key) {
+    return std::optional<std::string>(text(object, key));
+  }
+  static std::optional<double> number(const Value& object, const char* key) {
+    return as(object, key, Library::number);
+  }
+  static const Value* object(const Value& parent, const char* key) {
+    const Value* found = Library::member(parent, key);
+    return found && Library::isObject(*found) ? found : nullptr;
+  }
+  static bool yes(const Value& parent, const char* key) {
+    return as(parent, key, Library::boolean) == true;
+  }
+  static std::optional<URL> url(const Value& object, const char* key) {
+    const auto found = text(object, key);
+    return found ? URL::parse(*found) : std::nullopt;
+  }
+  template <class E>
+  static std::optional<E> raw(const Value& object, const char* key) {
+    const auto found = text(object, key);
+    return found ? fromRawValue<E>(*found) : std::nullopt;
+  }
+  /// What `read` makes of the elements, without those of which it makes nothing.
+  template <class Read>
+  static auto list(const Value& elements, Read&& read) {
+    std::vector<typename decltype(read(elements))::value_type> items;
+    if (const auto array = Library::array(elements)) {
+      items.reserve((*array).size());
+      for (const Value& element : *array) {
+        if (auto item = read(element)) items.push_back(*std::move(item));
+      }
+    }
+    return items;
+  }
+  template <class Read>
+  static auto list(const Value& parent, const char* key, Read&& read) {
+    const Value* found = Library::member(parent, key);
+    return found ? list(*found, read) : decltype(list(*found, read)){};
+  }
+
+  template <class Key>
+  static KeySet<Key> keys(const Value& parent) {
+    KeySet<Key> keys;
+    const Value* found = Library::member(parent, "resources");
+    if (const auto array = Library::array(*found)) {
+      for (const Value& element : *array) {
+        const auto name = Library::text(element);
+        const auto key = name ? fromRawValue<Key>(*name) : std::nullopt;
+        if (key) keys.insert(*key);
+      }
+    }
+    return keys;
+  }
+  static std::vector<CollectionReference> collections(const Value& parent) {
+    return list(parent, "collections", [](const Value& entry) {
+      const auto id = text(entry, "id"), label = text(entry, "label");
+      return id && label ? std::optional(CollectionReference{std::string(*id), std::string(*label)})
+                         : std::nullopt;
+    });
+  }
+  static std::optional<LineupReference> lineupMeta(const Value& parent) {
+    const Value* lineup = object(parent, "lineup");
+    if (!lineup) return std::nullopt;
+    auto address = url(*lineup, "url");
+    const auto kind = raw<LineupDisplayKind>(*lineup, "display_type");
+    if (!address || !kind) return std::nullopt;
+    return LineupReference{.url = *std::move(address), .displayKind = *kind};
+  }
+  static Status status(const Value& parent) {
+    const Value* json = object(parent, "status");
+    const auto code = json ? raw<StatusCode>(*json, "code") : std::nullopt;
+    const auto label = code ? text(*json, "label") : std::nullopt;
+    if (!label) return {};
+    const auto time = [&](const char* key) {
+      const auto found = text(*json, key);
+      return found ? resourceTime(*found) : std::nullopt;
+    };
+    return {.code = *code,
+            .label = std::string(*label),
+            .ttl = number(*json, "ttl").value_or(300'000) / 1000,
+            .message = string(*json, "message"),
+            .startTime = time("start_time"),
+            .endTime = time("end_time")};
+  }
+  static std::vector<AppAction> appActions(const Value& parent) {
+    return list(parent, "links", [](const Value& link) -> std::optional<AppAction> {
+      if (text(link, "type") != "button") return std::nullopt;
+      const auto id = text(link, "id"), label = text(link, "label");
+      const auto kind = raw<AppAction::Kind>(link, "action");
+      if (!id || !label || !kind) return std::nullopt;
+      return AppAction{.id = std::string(*id),
+                       .label = std::string(*label),
+                       .kind = *kind,
+                       .icon = std::string(text(link, "icon").value_or("space"))};
+    });
+  }
+  static std::vector<Page::Sibling> siblings(const Value& parent) {
+    return list(parent, "links", [](const Value& link) -> std::optional<Page::Sibling> {
+      const auto id = text(link, "id"), label = text(link, "label");
+      if (text(link, "type") != "sibling" || !id || !label) return std::nullopt;
+      return Page::Sibling{.label = std::string(*label), .id = std::string(*id)};
+    });
+  }
+
+  static std::optional<Video> video(const Value& json, const std::optional<std::string>& list) {
+    using PlaybackStatus = Video::PlaybackStatus;
+    const auto id = text(json, "id"), title = text(json, "title"),
+               description = text(json, "short_description");
+    if (!id || !title || !description) return std::nullopt;
+    const auto milliseconds = number(json, "duration");
+    return Video{
+        .id = std::string(*id),
+        .title = std::string(*title),
+        .subheading = std::string(text(json, "subheading").value_or("")),
+        .shortDescription = std::string(*description),
+        .kind = raw<Video::ContentKind>(json, "content_type").value_or(Video::ContentKind::generic),
+        .duration = milliseconds ? std::optional(*milliseconds / 1000) : std::nullopt,
+        .playbackStatus =
+            yes(json, "playable") ? PlaybackStatus::available : PlaybackStatus::unavailable,
+        .collections = collections(json),
+        .lineupMeta = lineupMeta(json),
+        .imageResources = {*id, keys<ImageResourceKey>(json)},
+        .videoPreviews = {*id, keys<VideoPreviewKey>(json)},
+        .status = status(json),
+        .appActions = appActions(json),
+        .playlistID = list,
+        .deepLinkPlaylistID = string(json, "deeplink_playlist"),
+        .nextPlaylistID = string(json, "next_playlist"),
+        .shareURL = url(json, "share_url")};
+  }
+  static std::optional<Page> page(const Value& json) {
+    const auto id = text(json, "id"), title = text(json, "title");
+    if (!id || !title) return std::nullopt;
+    return Page{
+        .id = std::string(*id),
+        .title = std::string(*title),
+        .subheading = string(json, "subheading"),
+        .shortDescription = string(json, "short_description"),
+        .longDescription = string(json, "long_description"),
+        .kind = raw<Page::ContentKind>(json, "content_type").value_or(Page::ContentKind::generic),
+        .collections = collections(json),
+        .lineupMeta = lineupMeta(json),
+        .imageResources = {*id, keys<ImageResourceKey>(json)},
+        .videoPreviews = {*id, keys<VideoPreviewKey>(json)},
+        .iconID = std::string(text(json, "icon").value_or(*id)),
+        .status = status(json),
+        .appActions = appActions(json),
+        .siblings = siblings(json),
+        .shareURL = url(json, "share_url")};
+  }
+  static PagingMeta meta(const Value& json) {
+    const Value& found = *object(json, "meta");
+    const auto value = [&](const char* key) { return as(found, key, Library::integer).value(); };
+    return {.total = value("total"), .limit = value("limit"), .offset = value("offset")};
+  }
+  static ItemCollection collection(const Value& json) {
+    using Kind = ItemCollection::ContentsKind;
+    ItemCollection read{.id = std::string(text(json, "id").value()),
+                        .label = std::string(text(json, "label").value()),
+                        .shortLabel = std::string(text(json, "short_label").value()),
+                        .kind = raw<ItemCollection::Kind>(json, "type").value(),
+                        .contentsKind = raw<Kind>(json, "item_type").value_or(Kind::mixed),
+                        .meta = meta(json)};
+    const std::optional id(read.id);
+    read.items = list(json, "items", [&](const Value& item) -> std::optional<ContentItem> {
+      const auto kind = raw<ContentItem::Kind>(item, "type");
+      if (kind == ContentItem::Kind::video) return video(item, id);
+      if (kind == ContentItem::Kind::page) return page(item);
+      return std::nullopt;
+    });
+    return read;
+  }
+  static std::optional<LinearProgram> program(const Value& json) {
+    using PlaybackStatus = LinearProgram::PlaybackStatus;
+    const auto id = text(json, "id"), title = text(json, "title"), start = text(json, "start_time"),
+               end = text(json, "end_time");
+    if (!id || !title || !start || !end) return std::nullopt;
+    const auto startTime = iso8601Formatter().date(*start);
+    const auto endTime = iso8601Formatter().date(*end);
+    if (!startTime || !endTime) return std::nullopt;
+    return LinearProgram{.id = std::string(*id),
+                         .title = std::string(*title),
+                         .subheading = string(json, "subheading"),
+                         .shortDescription = string(json, "short_description"),
+                         .playbackStatus = yes(json, "playable") ? PlaybackStatus::available
+                                                                 : PlaybackStatus::unavailable,
+                         .imageResources = {*id, keys<ImageResourceKey>(json)},
+                         .startTime = *startTime,
+                         .endTime = *endTime,
+                         .duration = number(json, "duration")};
+  }
+  static LinearProgramGuide guide(const Value& json) {
+    return {list(json, "items", program), meta(json), Date(), Date()};
+  }
+  static std::optional<LineupSlot> slot(const Value& json) {
+    const auto start = text(json, "start"), end = text(json, "end"), title = text(json, "title");
+    const Value* channel = object(json, "channel");
+    if (!start || !end || !title || !channel) return std::nullopt;
+    const auto startTime = eventDate(*start), endTime = eventDate(*end);
+    const auto id = text(*channel, "id"), name = text(*channel, "name");
+    const auto order = as(*channel, "order", Library::integer);
+    if (!startTime || !endTime || !id || !name || !order) return std::nullopt;
+    KeySet<LineupTemplateImage::ResourceKey> keys;
+    std::array<std::string_view, std::size(enumCases<LineupTemplateImage::ResourceKey>)> templates;
+    if (const Value* images = object(json, "images")) {
+      for (std::size_t i = 0; i < templates.size(); ++i) {
+        const auto key = static_cast<LineupTemplateImage::ResourceKey>(i);
+        const Value* image = object(*images, rawValue(key).data());
+        const auto found = image ? text(*image, "template") : std::nullopt;
+        if (!found) continue;
+        templates[keys.size()] = *found;
+        keys.insert(key);
+      }
+    }
+    return LineupSlot{.start = *startTime,
+                      .end = *endTime,
+                      .title = std::string(*title),
+                      .imageResources = {keys, templates.data()},
+                      .channelID = std::string(*id),
+                      .channelName = std::string(*name),
+                      .channelOrder = *order};
+  }
+
+  static ColorPalette palette(const Value& json) {
+    ColorPalette palette;
+    for (const auto& entry : ColorPalette::entries) {
+      const Value& color = *object(json, entry.jsonKey.data());
+      palette.*entry.resource = {.transform = string(color, "transform").value(),
+                                 .color = Color::fromHexString(*text(color, "hex")).value()};
+    }
+    return palette;
+  }
+  static Configuration configuration(const Value& json) {
+    const auto section = [&](const char* key) -> const Value& { return *object(json, key); };
+    const auto seconds = [&](const char* key) { return number(json, key).value() / 1000; };
+    const Value& links = section("links");
+    const Value& tv = section("tv");
+    const Value& rating = section("user_rating_prompt");
+    const Value& ads = section("display_ads");
+    const Value& events = section("upcoming_events");
+    std::vector<Configuration::SystemView> views;
+    for (const char* name : {"discover", "calendar", "channels"}) {
+      const Value& view = *object(section("nav"), name);
+      views.push_back({name, string(view, "label").value(), string(view, "id").value()});
+    }
+    return {
+        .systemViews = std::move(views),
+        .constants = {.hlsBaseURL = url(json, "hls_base_url").value(),
+                      .linearStreamID = string(json, "linear_stream_id").value(),
+                      .upNextHintTimeout = seconds("up_next_hint_time"),
+                      .playerControlsTimeout = seconds("player_controls_timeout"),
+                      .discoveryResetTimeout = seconds("discovery_reset_timeout"),
+                      .relaunchResumeTimeout = seconds("relaunch_resume_timeout"),
+                      .countdownVisibilityTimeout = seconds("countdown_visibility_timeout"),
+                      .recentlyWatched = yes(json, "recently_watched"),
+                      .startedMinimumPercent = number(json, "started_minimum_percent").value(),
+                      .startedMinimumTime = seconds("started_minimum_time"),
+                      .watchedMinimumPercent = number(json, "watched_minimum_percent").value(),
+                      .watchedMinimumTime = seconds("watched_minimum_time_left"),
+                      .shareStringTemplate = string(json, "share_string_template").value(),
+                      .searchTopResultsLimit =
+                          as(json, "search_top_results_limit", Library::integer).value(),
+                      .playbackInterruptDelay = seconds("playback_interruption_delay")},
+        .colorPalette = palette(section("colors")),
+        .links = {.imprint = url(links, "imprint").value(),
+                  .about = url(links, "about").value(),
+                  .privacy = url(links, "privacy").value(),
+                  .terms = url(links, "terms").value(),
+                  .contact = url(links, "contact").value(),
+                  .feedback = url(links, "feedback").value()},
+        .requirements = {.appVersion = {string(section("app_update"), "min_build").value(),
+                                        string(section("app_update"), "message").value()},
+                         .osVersion = {string(section("device_update"), "min_os_version").value(),
+                                       string(section("device_update"), "message").value()},
+                         .killSwitch = {yes(section("end_of_life"), "kill"),
+                                        string(section("end_of_life"), "message").value()}},
+        .ratingPromptConfig = {as(rating, "session_interval", Library::integer).value(),
+                               number(rating, "long_session").value(), yes(rating, "enable"),
+                               as(rating, "repeat_delay", Library::integer).value()},
+        .displayAd = DisplayAd{url(ads, "url").value(), string(ads, "nw").value(),
+                               string(ads, "prof").value()},
+        .linearStream = {string(json, "linear_stream_id").value(), string(tv, "label").value(),
+                         string(tv, "description").value(), string(tv, "icon").value()},
+        .upcomingEvents = {string(events, "label").value(), string(events, "id").value()},
+        .environment = Environment::production};
+  }
+
+  static void read(DocumentKind kind, const Data& body) {
+    const typename Library::Document document(body.view());
+    const Value& root = document.root();
+    switch (kind) {
+      case DocumentKind::video:
+        return keep(video(root, {}));
+      case DocumentKind::page:
+        return keep(page(root));
+      case DocumentKind::collection:
+        return keep(collection(root));
+      case DocumentKind::guide:
+        return keep(guide(root));
+      case DocumentKind::lineup:
+        return keep(Lineup::grouping(list(root, slot)));
+      case DocumentKind::configuration:
+        return keep(configuration(root));
+    }
+  }
+};
+
+template <class Library>
+void measure(const std::string& peer, double meanGoal) {
+  std::vector<double> ratios;
+  for (const auto& document : typicalDocuments()) {
+    const Data body(document.text);
+    const auto figures = compare([&] { readModel(document.kind, body); },
+                                 [&] { Reader<Library>::read(document.kind, body); }, 7);
+    ratios.push_back(figures.ratio);
+    print("body to model, " + document.name, "ns", peer, figures, kNothing);
+  }
+  Row mean{.name = "body to model, geometric mean", .unit = "", .peer = peer};
+  mean.ratio = geometricMean(ratios);
+  mean.bound = meanGoal;
+  print(mean);
+}
+
+}  // namespace
+
+int main() {
+  measure<Nlohmann>("nlohmann-json", 0.13);
+  measure<RapidJSON>("RapidJSON", 0.38);
+  measure<Boost>("Boost.JSON, monotonic", 0.60);
+}
