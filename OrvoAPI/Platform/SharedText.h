@@ -1,11 +1,9 @@
 #pragma once
 
-#include <algorithm>
 #include <concepts>
 #include <cstddef>
 #include <memory>
 #include <string_view>
-#include <utility>
 
 namespace orvo {
 
@@ -14,15 +12,11 @@ namespace orvo {
 class SharedText {
  public:
   SharedText() = default;
-  explicit SharedText(std::string_view text)
-      : SharedText(text.size(), [text](char* out) { std::copy(text.begin(), text.end(), out); }) {}
+  explicit SharedText(std::string_view text);
   /// `write` fills the `size` characters at the address that it gets.
   template <std::invocable<char*> Write>
-  SharedText(std::size_t size, Write&& write) : size_(size) {
-    if (size == 0) return;
-    auto characters = std::make_shared_for_overwrite<char[]>(size);
-    std::forward<Write>(write)(characters.get());
-    characters_ = std::move(characters);
+  SharedText(std::size_t size, Write&& write) {
+    if (size > 0) write(allocate(size));
   }
 
   [[nodiscard]] std::string_view view() const { return {characters_.get(), size_}; }
@@ -32,7 +26,10 @@ class SharedText {
   }
 
  private:
-  std::shared_ptr<const char[]> characters_;
+  /// Room for the characters, which only the caller knows yet.
+  [[nodiscard]] char* allocate(std::size_t size);
+
+  std::shared_ptr<const char> characters_;
   std::size_t size_ = 0;
 };
 
