@@ -65,22 +65,26 @@ Status status(const JSONMember& member) {
 ContentLinks::ContentLinks(const JSONMember& member) {
   const auto links = member.objects();
   if (!links) return;
-  std::size_t left = links->size();
+  std::size_t buttons = 0, siblingLinks = 0;
+  for (const JSONObject& link : *links) {
+    const auto type = link.string("type");
+    buttons += type == "button";
+    siblingLinks += type == "sibling";
+  }
+  reserve(actions, buttons);
+  reserve(siblings, siblingLinks);
   for (const JSONObject& link : *links) {
     const LinkMembers members(link);
     const auto type = members["type"].string();
     if (type == "button") {
       const AppActionReader action(members);
-      if (actions.empty()) reserve(actions, left);
       const auto record = [&] { return action.record(); };
       if (!action.failed()) actions.emplace_back(Made{record});
     } else if (type == "sibling") {
       const auto id = members["id"].string();
       const auto label = members["label"].string();
-      if (siblings.empty()) reserve(siblings, left);
       if (id && label) siblings.push_back({.label = std::string(*label), .id = std::string(*id)});
     }
-    --left;
   }
 }
 

@@ -19,7 +19,7 @@ class JSONToken {
  public:
   enum class Kind : unsigned char { absent, null, boolean, integer, number, string, array, object };
 
-  JSONToken() : number_(0) {}
+  JSONToken() {}  // nothing reads what an absent one holds
   JSONToken(std::nullptr_t) : kind_(Kind::null), number_(0) {}
   explicit JSONToken(bool value) : kind_(Kind::boolean), boolean_(value) {}
   explicit JSONToken(std::int64_t value) : kind_(Kind::integer), integer_(value) {}
@@ -44,7 +44,7 @@ class JSONToken {
     return kind_ == Kind::integer ? std::optional(integer_) : wholeNumber();
   }
   /// Of an array or object.
-  [[nodiscard]] const JSONPosition& position() const { return position_; }
+  [[nodiscard]] JSONPosition position() const { return position_; }
 
  private:
   [[nodiscard]] std::optional<std::int64_t> wholeNumber() const;
@@ -61,17 +61,15 @@ class JSONToken {
 
 // --- what the reader offers; `object` and `array` are at such values
 
-[[nodiscard]] JSONToken tokenAt(const JSONPosition& position);
+[[nodiscard]] JSONToken tokenAt(JSONPosition position);
 /// The first member with the key. For one key of many: it stops there.
-[[nodiscard]] std::optional<JSONPosition> findMember(const JSONPosition& object,
-                                                     std::string_view key);
+[[nodiscard]] std::optional<JSONPosition> findMember(JSONPosition object, std::string_view key);
 /// Fills `found`, which is as long as `keys` and empty, with the first member of each key.
-void findMembers(const JSONPosition& object, const TextIndex& keys, JSONToken* found);
+void findMembers(JSONPosition object, const TextIndex& keys, JSONToken* found);
 /// Whether all elements are of the kind.
-[[nodiscard]] bool holdsOnly(JSONToken::Kind kind, const JSONPosition& array);
+[[nodiscard]] bool holdsOnly(JSONToken::Kind kind, JSONPosition array);
 /// Which of the names are in the array, a bit for each; nothing unless all elements are strings.
-[[nodiscard]] std::optional<std::uint32_t> namesIn(const JSONPosition& array,
-                                                   const TextIndex& names);
+[[nodiscard]] std::optional<std::uint32_t> namesIn(JSONPosition array, const TextIndex& names);
 
 /// A member that may be absent; good as long as the members of which it is one. The handles that it
 /// gives are borrowed.

@@ -39,7 +39,7 @@ static_assert(fitsPosition<dom::element> && fitsPosition<dom::array::iterator> &
               fitsPosition<dom::object::iterator>);
 
 template <class Reference>
-Reference at(const JSONPosition& position) {
+Reference at(JSONPosition position) {
   return std::bit_cast<Reference>(position);
 }
 
@@ -49,10 +49,10 @@ JSONPosition positionOf(const Reference& reference) {
 }
 
 // In a shape that was checked when its handle was made, these cannot fail.
-dom::array arrayAt(const JSONPosition& position) {
+dom::array arrayAt(JSONPosition position) {
   return at<dom::element>(position).get_array().value_unsafe();
 }
-dom::object objectAt(const JSONPosition& position) {
+dom::object objectAt(JSONPosition position) {
   return at<dom::element>(position).get_object().value_unsafe();
 }
 
@@ -94,13 +94,13 @@ inline std::string_view keyOf(const dom::object::iterator& member) {
 
 // --- what is built on tokens
 
-JSONToken tokenAt(const JSONPosition& position) {
+JSONToken tokenAt(JSONPosition position) {
   JSONToken token;
   setToken(token, at<dom::element>(position));
   return token;
 }
 
-std::optional<JSONPosition> findMember(const JSONPosition& object, std::string_view key) {
+std::optional<JSONPosition> findMember(JSONPosition object, std::string_view key) {
   const auto members = objectAt(object);
   for (auto member = members.begin(), end = members.end(); member != end; ++member) {
     if (keyOf(member) == key) return positionOf(member.value());
@@ -108,7 +108,7 @@ std::optional<JSONPosition> findMember(const JSONPosition& object, std::string_v
   return std::nullopt;
 }
 
-void findMembers(const JSONPosition& object, const TextIndex& keys, JSONToken* found) {
+void findMembers(JSONPosition object, const TextIndex& keys, JSONToken* found) {
   const auto members = objectAt(object);
   const auto end = members.end();
   for (auto member = members.begin(); member != end; ++member) {
@@ -118,14 +118,14 @@ void findMembers(const JSONPosition& object, const TextIndex& keys, JSONToken* f
   }
 }
 
-bool holdsOnly(JSONToken::Kind kind, const JSONPosition& array) {
+bool holdsOnly(JSONToken::Kind kind, JSONPosition array) {
   const auto elements = arrayAt(array);
   return std::all_of(elements.begin(), elements.end(), [kind](dom::element element) {
     return kind == JSONToken::Kind::string ? element.is_string() : element.is_object();
   });
 }
 
-std::optional<std::uint32_t> namesIn(const JSONPosition& array, const TextIndex& names) {
+std::optional<std::uint32_t> namesIn(JSONPosition array, const TextIndex& names) {
   std::uint32_t found = 0;
   for (const dom::element element : arrayAt(array)) {
     std::string_view text;
