@@ -38,6 +38,31 @@ std::vector<LineupDay> groupDays(std::vector<LineupHour> hours, Calendar& calend
   return days;
 }
 
+/// Puts positions, which ascend, in the order of their hours.
+void sortByHour(std::span<std::uint32_t> positions, const std::vector<Date>& hourOfSlot) {
+  // Many documents are in the order of time.
+  if (std::ranges::is_sorted(hourOfSlot)) return;
+  // A schedule has many slots and few hours, so they are counted. Unless somebody sends single
+  // slots from far-off times, or the clocks of the place change by less than an hour.
+  const auto first =
+      static_cast<std::uint64_t>(std::ranges::min(hourOfSlot).millisecondsSince1970());
+  std::vector<std::uint32_t> begins(positions.size() + 1);
+  std::vector<std::uint32_t> places;
+  places.reserve(positions.size());
+  for (const Date hour : hourOfSlot) {
+    constexpr std::uint64_t kHour = 3'600'000;
+    const auto after = static_cast<std::uint64_t>(hour.millisecondsSince1970()) - first;
+    if (after % kHour != 0 || after / kHour >= positions.size()) {
+      std::ranges::stable_sort(positions, {}, [&](std::uint32_t at) { return hourOfSlot[at]; });
+      return;
+    }
+    places.push_back(static_cast<std::uint32_t>(after / kHour));
+    ++begins[places.back() + 1];
+  }
+  std::partial_sum(begins.begin(), begins.end(), begins.begin());
+  for (std::uint32_t at = 0; at < places.size(); ++at) positions[begins[places[at]]++] = at;
+}
+
 }  // namespace
 
 Lineup Lineup::grouping(std::vector<LineupSlot> slots) {
@@ -52,7 +77,7 @@ Lineup Lineup::grouping(std::vector<LineupSlot> slots) {
   const auto byHour = std::span(positions).subspan(count);
   std::iota(positions.begin(), positions.begin() + static_cast<std::ptrdiff_t>(count), 0U);
   std::iota(byHour.begin(), byHour.end(), 0U);
-  std::ranges::stable_sort(byHour, {}, [&](std::uint32_t at) { return hourOfSlot[at]; });
+  sortByHour(byHour, hourOfSlot);
 
   const auto storage = std::make_shared<const LineupSlots::Storage>(
       LineupSlots::Storage{std::move(slots), std::move(positions)});
