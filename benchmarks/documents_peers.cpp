@@ -9,12 +9,10 @@
 #include <benchmarks/support/Documents.h>
 #include <benchmarks/support/Measure.h>
 #include <benchmarks/support/OurDocuments.h>
-#include <rapidjson/document.h>
+#include <benchmarks/support/PeerLibraries.h>
 
-#include <boost/json.hpp>
-#include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,126 +22,7 @@ using namespace orvo::benchmarks;
 
 namespace {
 
-using Text = std::optional<std::string_view>;
-
-// --- what each library offers: a root, a member that may be missing, values of a kind, elements
-
-struct Nlohmann {
-  using Value = nlohmann::json;
-  class Document {
-   public:
-    explicit Document(std::string_view body) : root_(Value::parse(body)) {}
-    [[nodiscard]] const Value& root() const { return root_; }
-
-   private:
-    Value root_;
-  };
-
-  static const Value* member(const Value& object, const char* key) {
-    const auto found = object.find(key);
-    return found == object.end() ? nullptr : &*found;
-  }
-  static Text text(const Value& value) {
-    const auto* text = value.get_ptr<const std::string*>();
-    return text ? Text(*text) : std::nullopt;
-  }
-  static std::optional<double> number(const Value& value) {
-    return value.is_number() ? std::optional(value.get<double>()) : std::nullopt;
-  }
-  static std::optional<std::int64_t> integer(const Value& value) {
-    return value.is_number_integer() ? std::optional(value.get<std::int64_t>()) : std::nullopt;
-  }
-  static std::optional<bool> boolean(const Value& value) {
-    return value.is_boolean() ? std::optional(value.get<bool>()) : std::nullopt;
-  }
-  static bool isObject(const Value& value) { return value.is_object(); }
-  static const Value* array(const Value& value) { return value.is_array() ? &value : nullptr; }
-};
-
-struct RapidJSON {
-  using Value = rapidjson::Value;
-  class Document {
-   public:
-    /// Checks the encoding, as the others do.
-    explicit Document(std::string_view body) {
-      document_.Parse<rapidjson::kParseValidateEncodingFlag>(body.data(), body.size());
-      if (document_.HasParseError()) std::abort();
-    }
-    [[nodiscard]] const Value& root() const { return document_; }
-
-   private:
-    rapidjson::Document document_;
-  };
-
-  static const Value* member(const Value& object, const char* key) {
-    const auto found = object.FindMember(key);
-    return found == object.MemberEnd() ? nullptr : &found->value;
-  }
-  static Text text(const Value& value) {
-    return value.IsString() ? Text({value.GetString(), value.GetStringLength()}) : std::nullopt;
-  }
-  static std::optional<double> number(const Value& value) {
-    return value.IsNumber() ? std::optional(value.GetDouble()) : std::nullopt;
-  }
-  static std::optional<std::int64_t> integer(const Value& value) {
-    return value.IsInt64() ? std::optional(value.GetInt64()) : std::nullopt;
-  }
-  static std::optional<bool> boolean(const Value& value) {
-    return value.IsBool() ? std::optional(value.GetBool()) : std::nullopt;
-  }
-  static bool isObject(const Value& value) { return value.IsObject(); }
-  struct Elements {
-    const Value* first;
-    std::size_t count;
-    [[nodiscard]] const Value* begin() const { return first; }
-    [[nodiscard]] const Value* end() const { return first + count; }
-    [[nodiscard]] std::size_t size() const { return count; }
-    const Elements& operator*() const { return *this; }
-    explicit operator bool() const { return first != nullptr; }
-  };
-  static Elements array(const Value& value) {
-    return value.IsArray() ? Elements{value.Begin(), value.Size()} : Elements{nullptr, 0};
-  }
-};
-
-struct Boost {
-  using Value = boost::json::value;
-  class Document {
-   public:
-    explicit Document(std::string_view body)
-        : root_(boost::json::parse({body.data(), body.size()}, &memory_)) {}
-    [[nodiscard]] const Value& root() const { return root_; }
-
-   private:
-    unsigned char first_[16 * 1024];
-    boost::json::monotonic_resource memory_{first_, sizeof(first_)};
-    Value root_;
-  };
-
-  static const Value* member(const Value& object, const char* key) {
-    return object.get_object().if_contains(key);
-  }
-  static Text text(const Value& value) {
-    const auto* text = value.if_string();
-    return text ? Text({text->data(), text->size()}) : std::nullopt;
-  }
-  static std::optional<double> number(const Value& value) {
-    return value.is_number() ? std::optional(value.to_number<double>()) : std::nullopt;
-  }
-  static std::optional<std::int64_t> integer(const Value& value) {
-    const auto* number = value.if_int64();
-    return number ? std::optional(*number) : std::nullopt;
-  }
-  static std::optional<bool> boolean(const Value& value) {
-    const auto* flag = value.if_bool();
-    return flag ? std::optional(*flag) : std::nullopt;
-  }
-  static bool isObject(const Value& value) { return value.is_object(); }
-  static const boost::json::array* array(const Value& value) { return value.if_array(); }
-};
-
-// --- the models, in terms of these
-
+/// The models, in terms of what each library offers.
 template <class Library>
 struct Reader {
   using Value = typename Library::Value;
@@ -462,8 +341,28 @@ struct Reader {
   }
 };
 
+/// Ends the program unless both sides make the same of the lists.
+template <class Library>
+void checkThatModelsAreTheSame() {
+  using Peer = Reader<Library>;
+  const auto check = [](const auto& ours, const auto& theirs) {
+    if (ours != theirs) throw std::runtime_error("another model");
+  };
+  const auto read = [](const Data& body) { return JSONDataParser::value(body).force(); };
+  const Data items(collectionDocument(50)), programs(guideDocument(50)), slots(lineupDocument(50));
+  const typename Library::Document theirItems(items.view()), theirPrograms(programs.view()),
+      theirSlots(slots.view());
+  check(ItemCollectionParser::parse(*read(items).object()).force().items,
+        Peer::collection(theirItems.root()).items);
+  check(LinearProgramGuideParser::parse(*read(programs).object(), Date(), Date()).force().items,
+        Peer::guide(theirPrograms.root()).items);
+  check(LineupParser::parse(*read(slots).objects()),
+        Lineup::grouping(Peer::list(theirSlots.root(), Peer::slot)));
+}
+
 template <class Library>
 void measure(const std::string& peer, double meanGoal) {
+  checkThatModelsAreTheSame<Library>();
   std::vector<double> ratios;
   for (const auto& document : typicalDocuments()) {
     const Data body(document.text);
