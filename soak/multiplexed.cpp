@@ -44,9 +44,8 @@ unsigned restartUntil(const std::atomic<bool>& done, test::Nginx& nginx) {
 }
 
 int cause(std::uint64_t requests, std::uint64_t seed) {
-  // They live as long as the process: the server's threads never end. A multiplexed host has up to
-  // a hundred exchanges under way.
-  static const FaultyServer server(3 * kInFlight);
+  // They live as long as the process: the server's threads never end.
+  static const FaultyServer server(2 * kInFlight);
   test::Nginx nginx("location / { proxy_pass http://127.0.0.1:" + std::to_string(server.port()) +
                     "; proxy_http_version 1.1; proxy_set_header Connection \"\";"
                     " proxy_buffering off; gzip off; }");

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Platform/NetworkThreadInternal.h>
+#include <OrvoAPI/Platform/WorkerPoolInternal.h>
 
 #include <curl/curl.h>
 #include <sys/epoll.h>
@@ -15,6 +16,8 @@ namespace {
 
 constexpr int kEventsAtATime = 64;
 constexpr std::chrono::seconds kExitPatience{2};
+/// Longer than a few answers take, shorter than anybody notices.
+constexpr std::chrono::microseconds kLongestHold{250};
 
 }  // namespace
 
@@ -82,6 +85,7 @@ void NetworkThread::run() {
   // its end.
   std::atexit([] { shared().shutDown(); });
   now_ = std::chrono::steady_clock::now();
+  WorkerPool::holdWakes();
   while (runCommands()) {
     // By index: ending an exchange may end a session and its pool.
     for (std::size_t i = 0; i < pools_.size(); ++i) {
@@ -90,6 +94,7 @@ void NetworkThread::run() {
     waitForEvents();
   }
   for (const auto& session : std::exchange(sessions_, {})) session->close();
+  WorkerPool::wakeHeld();
   ::close(wakeup_);
   ::close(epoll_);
 }
@@ -137,8 +142,17 @@ void NetworkThread::remove(NetworkPool& pool) {
 
 void NetworkThread::waitForEvents() {
   std::array<epoll_event, kEventsAtATime> events;
-  const int count = epoll_wait(epoll_, events.data(), kEventsAtATime, millisecondsToNextTimer());
+  int count = 0;
+  if (WorkerPool::holdsAWake()) {
+    // While more comes at once, those who handle the answers are not woken for each.
+    count = epoll_wait(epoll_, events.data(), kEventsAtATime, 0);
+    if (count <= 0 || std::chrono::steady_clock::now() >= holdEnd_) WorkerPool::wakeHeld();
+  }
+  if (count <= 0) {
+    count = epoll_wait(epoll_, events.data(), kEventsAtATime, millisecondsToNextTimer());
+  }
   now_ = std::chrono::steady_clock::now();
+  if (!WorkerPool::holdsAWake()) holdEnd_ = now_ + kLongestHold;
   for (int i = 0; i < count; ++i) {
     const auto& event = events[static_cast<std::size_t>(i)];
     if (event.data.fd == wakeup_) {

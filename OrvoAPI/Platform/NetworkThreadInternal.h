@@ -141,6 +141,7 @@ class NetworkThread {
   // Of the network thread.
   bool isUsable_ = false;
   NetworkTime now_;
+  NetworkTime holdEnd_;  // when the workers are woken though more comes at once
   std::vector<Command> taken_;
   std::vector<std::shared_ptr<NetworkSession>> sessions_;  // those started and not yet closed
   std::vector<NetworkPool*> pools_;

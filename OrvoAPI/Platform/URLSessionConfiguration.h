@@ -16,7 +16,7 @@ struct URLSessionConfiguration {
   /// Asked in this order before a request goes to the network.
   std::vector<std::shared_ptr<URLInterceptor>> protocolClasses = {};
   /// Connections to one host that the session uses at a time; requests beyond them wait. HTTP/2
-  /// carries 100 requests on one.
+  /// carries as many requests on one connection, but never fewer than 16.
   unsigned maximumConnectionsPerHost = 10;
   /// Bytes of a body, decoded, beyond which an answer fails with `URLError` -1103.
   std::size_t maximumBodySize = std::size_t{64} << 20;

@@ -21,6 +21,8 @@ struct WorkerState {
   bool inTailPosition = false;
   JobNode* tailJob = nullptr;
   unsigned tailJobsInARow = 0;
+  bool holdsWakes = false;
+  unsigned heldWakes = 0;
 };
 [[gnu::tls_model("initial-exec")]] thread_local constinit WorkerState workerState;
 
@@ -63,6 +65,17 @@ void WorkerPool::postAfter(std::chrono::milliseconds delay, Job job) {
   Timer::shared().post(delay, DispatchQueue::global(), std::move(job));
 }
 
+inline bool WorkerPool::pickWorker(Worker*& sleeper) {
+  if (idle_ != nullptr) {
+    sleeper = std::exchange(idle_, idle_->nextIdle);
+    return true;
+  }
+  if (workers_ == maximumWorkers_ || ending_) return false;
+  ++workers_;
+  running_.add();
+  return true;
+}
+
 void WorkerPool::post(Job job) {
   auto& state = workerState;
   if (state.inTailPosition) {
@@ -70,20 +83,39 @@ void WorkerPool::post(Job job) {
     state.tailJob = job.release();
     return;
   }
+  if (state.holdsWakes) return postHeld(std::move(job));
   Worker* sleeper = nullptr;
   {
     const LockGuard guard(lock_);
     jobs_.append(job.release());
-    if (idle_ != nullptr) {
-      sleeper = idle_;
-      idle_ = sleeper->nextIdle;
-    } else if (workers_ < maximumWorkers_ && !ending_) {
-      ++workers_;
-      running_.add();
-    } else {
-      return;
-    }
+    if (!pickWorker(sleeper)) return;
   }
+  summon(sleeper);
+}
+
+void WorkerPool::postHeld(Job job) {
+  ++workerState.heldWakes;
+  const LockGuard guard(lock_);
+  jobs_.append(job.release());
+}
+
+void WorkerPool::holdWakes() { workerState.holdsWakes = true; }
+
+bool WorkerPool::holdsAWake() { return workerState.heldWakes > 0; }
+
+void WorkerPool::wakeHeld() {
+  auto& pool = shared();
+  for (auto held = std::exchange(workerState.heldWakes, 0); held > 0; --held) {
+    Worker* sleeper = nullptr;
+    {
+      const LockGuard guard(pool.lock_);
+      if (pool.jobs_.empty() || !pool.pickWorker(sleeper)) return;
+    }
+    pool.summon(sleeper);
+  }
+}
+
+void WorkerPool::summon(Worker* sleeper) {
   if (sleeper == nullptr) return startWorker();
   wake(*sleeper);
 }

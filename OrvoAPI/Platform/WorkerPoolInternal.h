@@ -26,6 +26,12 @@ class WorkerPool final : public DispatchQueue {
   /// queued.
   static void goOnWith(const JobNode* job);
 
+  /// From here on the calling thread wakes nobody for the jobs that it posts until `wakeHeld`. To
+  /// wake a worker costs as much as many a job: who posts several in a row spares most of it.
+  static void holdWakes();
+  [[nodiscard]] static bool holdsAWake();
+  static void wakeHeld();
+
   /// Asks the workers to end and waits, for a limited time, until they have; a job that is running
   /// is let run. Jobs that still wait are never run.
   void shutDown();
@@ -39,6 +45,11 @@ class WorkerPool final : public DispatchQueue {
   WorkerPool();
   [[gnu::noinline]] static WorkerPool& makeShared();
   static void wake(Worker& sleeper);
+  /// Finds who is to take one more job: null is a worker that is to be started. False when all are
+  /// at work already.
+  [[nodiscard]] bool pickWorker(Worker*& sleeper) ORVO_REQUIRES(lock_);
+  void summon(Worker* sleeper);
+  [[gnu::cold]] void postHeld(Job job);
   void startWorker();
   void work(Worker& self);
   [[nodiscard]] JobNode* take(Worker& worker);
