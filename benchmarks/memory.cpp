@@ -5,8 +5,8 @@
 #include <OrvoAPI/Linear/Lineup.h>
 #include <OrvoAPI/Model/ItemCollection.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <benchmarks/support/Allocations.h>
 #include <benchmarks/support/Documents.h>
+#include <benchmarks/support/HeapBytes.h>
 #include <benchmarks/support/Measure.h>
 
 #include <map>
@@ -191,9 +191,9 @@ LiteralLineup literal(const Lineup& lineup) {
 /// What `make` leaves in use while its value lives.
 template <class Make>
 double bytesKept(Make&& make) {
-  const auto before = bytesInUse();
+  const auto before = heapBytes();
   const auto value = std::make_unique<decltype(make())>(make());
-  return static_cast<double>(bytesInUse() - before);
+  return static_cast<double>(heapBytes() - before);
 }
 
 template <class Make>
