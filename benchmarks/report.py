@@ -73,7 +73,8 @@ def main():
             file.write("| " + " | ".join(HEADINGS) + " |\n")
             file.write("|---|---|---:|---|---:|---:|---:|---|\n")
             for row in rows:
-                file.write("| " + " | ".join(cells(row)) + " |\n")
+                line = " | ".join(cells(row)).replace("<", "&lt;")  # a header's name is no tag
+                file.write(f"| {line} |\n")
 
 
 if __name__ == "__main__":
