@@ -89,22 +89,11 @@ class TextIndex {
     const std::uint8_t number = numbers_[placeOf(text, ends)];
     const Entry& entry = entries_[number];
     if (entry.text.size() != text.size() || entry.ends.differ(ends)) return kNone;
-    return haveSameMiddle(entry.text, text) ? number : kNone;
+    const bool whole = text.size() <= 2 * sizeof(TextEnds::first);
+    return whole || entry.text == text ? number : kNone;
   }
 
  private:
-  /// Of texts of one length whose ends are the same. For texts as short as these a call of the C
-  /// library would cost more than all else.
-  [[nodiscard]] static bool haveSameMiddle(std::string_view lhs, std::string_view rhs) {
-    const std::size_t size = lhs.size();
-    if (size <= 16) return true;
-    if (size > 32) return lhs == rhs;
-    const auto same = [&](std::size_t at) {
-      return loadWord<std::uint64_t>(lhs.data() + at) == loadWord<std::uint64_t>(rhs.data() + at);
-    };
-    return same(8) && same(size - 16);
-  }
-
   struct Entry {
     std::string_view text;
     TextEnds ends;
