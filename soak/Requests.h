@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <concepts>
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -19,6 +20,7 @@
 #include <string>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace orvo::soak {
 
@@ -60,6 +62,11 @@ struct Holdings {
     return isBack;
   }
 };
+
+/// Whether the outcome is among those that a fault may have.
+inline bool isAmong(const std::vector<int>& outcomes, int outcome) {
+  return std::find(outcomes.begin(), outcomes.end(), outcome) != outcomes.end();
+}
 
 /// Makes requests to a faulty server, so many at a time, and sees how each ends.
 class Requests {
@@ -148,5 +155,16 @@ class Requests {
   bool failed_ = false;                         // guarded by lock_
   std::map<std::string, std::uint64_t> tally_;  // guarded by lock_
 };
+
+/// The exit status of a program that makes some requests, until all is warm, and then the others
+/// by `makeRest`: whether all ended well, and what they held was given back.
+template <std::predicate MakeRest>
+int judge(Requests& client, std::uint64_t first, MakeRest&& makeRest) {
+  if (!client.make(first)) return 1;
+  const auto before = Holdings::now();
+  if (!makeRest()) return 1;
+  client.printTally();
+  return before.isBack(Holdings::now()) ? 0 : 1;
+}
 
 }  // namespace orvo::soak

@@ -17,17 +17,9 @@ int cause(std::uint64_t requests, std::uint64_t seed) {
   static Requests client(
       "http://127.0.0.1:" + std::to_string(server.port()),
       {.maximumConnectionsPerHost = kInFlight, .maximumBodySize = kMaximumBodySize},
-      [](const Fault& fault, int outcome) {
-        const auto& outcomes = fault.outcomes;
-        return std::find(outcomes.begin(), outcomes.end(), outcome) != outcomes.end();
-      },
-      seed);
+      [](const Fault& fault, int outcome) { return isAmong(fault.outcomes, outcome); }, seed);
   const auto first = std::min<std::uint64_t>(requests / 5, 4000);
-  if (!client.make(first)) return 1;
-  const auto before = Holdings::now();
-  if (!client.make(requests - first)) return 1;
-  client.printTally();
-  return before.isBack(Holdings::now()) ? 0 : 1;
+  return judge(client, first, [&] { return client.make(requests - first); });
 }
 
 }  // namespace

@@ -19,8 +19,7 @@ std::atomic<bool> restarts = false;
 
 bool isExpected(const Fault& fault, int outcome) {
   using E = URLError;
-  const auto& outcomes = fault.proxied;
-  if (outcomes.empty() || std::find(outcomes.begin(), outcomes.end(), outcome) != outcomes.end()) {
+  if (fault.proxied.empty() || isAmong(fault.proxied, outcome)) {
     return outcome != 0;
   }
   // Cut off while under way, while the hands are shaken, or nobody there.
@@ -53,21 +52,18 @@ int cause(std::uint64_t requests, std::uint64_t seed) {
       "https://127.0.0.1:" + std::to_string(nginx.http2Port),
       {.maximumBodySize = kMaximumBodySize, .certificateAuthorityFile = nginx.certificateFile()},
       isExpected, seed);
-  if (!client.make(requests / 2)) return 1;
-  const auto before = Holdings::now();
-  restarts = true;
-  std::atomic<bool> done = false;
-  bool good = false;
-  std::thread requester([&] {
-    good = client.make(requests - requests / 2);
-    done = true;
+  return judge(client, requests / 2, [&] {
+    restarts = true;
+    std::atomic<bool> done = false;
+    bool good = false;
+    std::thread requester([&] {
+      good = client.make(requests - requests / 2);
+      done = true;
+    });
+    std::printf("%-16s %10u\n", "restarts", restartUntil(done, nginx));
+    requester.join();
+    return good;
   });
-  const auto count = restartUntil(done, nginx);
-  requester.join();
-  if (!good) return 1;
-  client.printTally();
-  std::printf("%-16s %10u\n", "restarts", count);
-  return before.isBack(Holdings::now()) ? 0 : 1;
 }
 
 }  // namespace
