@@ -3,41 +3,33 @@
 /// Everything but the headers that are included on purpose: the coroutine support
 /// (Futures/Coroutine.h) and the test kit (Testing/).
 
+#include <OrvoAPI/Base/Color.h>
+#include <OrvoAPI/Base/Data.h>
+#include <OrvoAPI/Base/Date.h>
+#include <OrvoAPI/Base/RawValue.h>
+#include <OrvoAPI/Base/Shared.h>
+
+#include <OrvoAPI/Queues/DispatchQueue.h>
+#include <OrvoAPI/Queues/Job.h>
+#include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
+
 #include <OrvoAPI/Platform/Calendar.h>
 #include <OrvoAPI/Platform/Clock.h>
-#include <OrvoAPI/Platform/Color.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
-#include <OrvoAPI/Platform/Data.h>
-#include <OrvoAPI/Platform/Date.h>
-#include <OrvoAPI/Platform/DispatchQueue.h>
-#include <OrvoAPI/Platform/Fatal.h>
-#include <OrvoAPI/Platform/HTTPHeaders.h>
-#include <OrvoAPI/Platform/HTTPURLResponse.h>
-#include <OrvoAPI/Platform/InlineQueue.h>
-#include <OrvoAPI/Platform/Job.h>
-#include <OrvoAPI/Platform/Lock.h>
-#include <OrvoAPI/Platform/MainQueue.h>
-#include <OrvoAPI/Platform/QueueLabels.h>
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/SerialQueue.h>
-#include <OrvoAPI/Platform/Shared.h>
-#include <OrvoAPI/Platform/SharedText.h>
 #include <OrvoAPI/Platform/SystemLog.h>
-#include <OrvoAPI/Platform/TailPosition.h>
-#include <OrvoAPI/Platform/ThreadAnnotations.h>
-#include <OrvoAPI/Platform/URL.h>
-#include <OrvoAPI/Platform/URLError.h>
-#include <OrvoAPI/Platform/URLInterceptor.h>
-#include <OrvoAPI/Platform/URLRequest.h>
-#include <OrvoAPI/Platform/URLSessionConfiguration.h>
-#include <OrvoAPI/Platform/UUID.h>
+
+#include <OrvoAPI/HTTP/HTTPHeaders.h>
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/URL.h>
+#include <OrvoAPI/HTTP/URLError.h>
+#include <OrvoAPI/HTTP/URLInterceptor.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
+#include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 
 #include <OrvoAPI/Futures/AnyError.h>
-#include <OrvoAPI/Futures/DerivedStates.h>
 #include <OrvoAPI/Futures/Future.h>
-#include <OrvoAPI/Futures/FutureCore.h>
-#include <OrvoAPI/Futures/FutureState.h>
-#include <OrvoAPI/Futures/FutureWait.h>
 #include <OrvoAPI/Futures/GeneralError.h>
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Futures/Result.h>
@@ -45,7 +37,6 @@
 #include <OrvoAPI/Parsing/DateFormatError.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <OrvoAPI/Parsing/JSONNode.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
@@ -113,8 +104,7 @@
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Context/FetchOptions.h>
-#include <OrvoAPI/Context/PageWalk.h>
-#include <OrvoAPI/Context/Pages.h>
+#include <OrvoAPI/Context/ListWalk.h>
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 

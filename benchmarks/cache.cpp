@@ -4,7 +4,7 @@
 
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Testing/StubNetworkDataProvider.h>
 #include <OrvoAPI/Testing/StubSessionProvider.h>
@@ -50,7 +50,7 @@ struct App {
   App() { context->store().collections.store(kept, key); }
 
   void hit() {
-    context->fetchItemCollection(kID, {.page = PageRequest{.offset = 0, .limit = kItems}})
+    context->fetchItemCollection(kID, {.page = ListPartRequest{.offset = 0, .limit = kItems}})
         .onSuccess(MainQueue::shared(), [this](const Shared<ItemCollection>& collection) {
           delivered += collection->items.size();
         });

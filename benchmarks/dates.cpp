@@ -85,7 +85,7 @@ void bucketByLibrary(const std::vector<Date>& starts, std::vector<std::time_t>& 
 std::vector<LineupSlot> slotsOf(std::size_t count) {
   const auto json = JSONDataParser::array(Data(lineupDocument(count)));
   const auto lineup = LineupParser::parse(*json.value());
-  return {lineup.slots.begin(), lineup.slots.end()};
+  return {lineup.slots_.begin(), lineup.slots_.end()};
 }
 
 /// What the whole schedule takes beyond its slots themselves.

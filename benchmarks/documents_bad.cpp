@@ -132,7 +132,7 @@ std::vector<List> lists() {
        }},
       {"slots", "[", "]", [](std::size_t) { return elementOf(lineupDocument(1), "]"); }, "order",
        "place", R"({"start":""})",
-       [](const JSONValue& json) { return LineupParser::parse(*json.objects()).slots.size(); }},
+       [](const JSONValue& json) { return LineupParser::parse(*json.objects()).slots_.size(); }},
       {"beacons", R"({"events":[)", "]}",
        [](std::size_t number) {
          return R"({"name":"firstQuartile","time":)" + std::to_string(number) +

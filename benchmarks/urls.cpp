@@ -2,7 +2,7 @@
 // library's fetches make it, and with uriparser alone. A reference with a dot segment is one for
 // which the library needs the parser itself.
 
-#include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <benchmarks/support/Instructions.h>
 #include <benchmarks/support/Measure.h>
 #include <uriparser/Uri.h>

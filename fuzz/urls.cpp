@@ -1,7 +1,7 @@
 // What identifiers, queries and tokens become on the wire: the first line is an identifier, the
 // second a query, the third a token, the rest a reference to resolve.
 
-#include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <fuzz/FuzzTarget.h>
 
 #include <algorithm>
@@ -44,7 +44,7 @@ void checkIdentifier(std::string_view id) {
   StubbedContext stubbed;
   const auto page = stubbed.context->fetchPage(id);
   const auto list =
-      stubbed.context->fetchItemCollection(id, {.page = PageRequest{.offset = 1, .limit = 2}});
+      stubbed.context->fetchItemCollection(id, {.page = ListPartRequest{.offset = 1, .limit = 2}});
   const auto sent = stubbed.requests();
   fuzz::require(sent == 0 || sent == 2, "an identifier makes a URL of both or of neither");
   if (sent == 0) return;
@@ -67,8 +67,9 @@ void checkIdentifier(std::string_view id) {
 
 void checkQuery(std::string_view query) {
   StubbedContext stubbed;
-  const auto found = stubbed.context->fetchSearchCollection(
-      query, SearchCollection::ResultsKind::top, {.page = PageRequest{.offset = 1, .limit = 2}});
+  const auto found =
+      stubbed.context->fetchSearchCollection(query, SearchCollection::ResultsKind::top,
+                                             {.page = ListPartRequest{.offset = 1, .limit = 2}});
   fuzz::require(stubbed.requests() == 1, "every text can be searched for");
   const URL url = stubbed.network->request(0).url;
   auto items = *url.query();

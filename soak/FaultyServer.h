@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <tests/support/Loopback.h>

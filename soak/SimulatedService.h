@@ -3,14 +3,14 @@
 #include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Futures/GeneralError.h>
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/HTTP/URLError.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/Session.h>
 #include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
-#include <OrvoAPI/Platform/URLError.h>
-#include <OrvoAPI/Platform/URLRequest.h>
 
 #include <atomic>
 #include <functional>

@@ -274,7 +274,7 @@ void leaveTheHostAlone(const Service& service, int) {
   auto context = service.open();
   transfers->work();
   fetch(*context);
-  const auto part = context->fetchItemCollection("everything", {.page = PageRequest{1000, 10}})
+  const auto part = context->fetchItemCollection("everything", {.page = ListPartRequest{1000, 10}})
                         .wait(kPatience)
                         .force();
   require(part->meta.offset == 1000, "numbers are written otherwise");

@@ -6,7 +6,7 @@
 // All complete, with the error that the fault, or the restart, demands; descriptors and memory are
 // back to where they were.
 
-#include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <soak/Requests.h>
 #include <tests/support/Nginx.h>
 

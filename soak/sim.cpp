@@ -9,7 +9,7 @@
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
-#include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <soak/SimulatedService.h>
@@ -131,7 +131,7 @@ void Round::call(Operation& operation) {
   const auto& id = operation.id;
   const auto hasID = [id](const auto& value) { return value.id == id; };
   const auto isAny = [](const auto&) { return true; };
-  const ListFetchOptions part{.page = PageRequest{.offset = pick(3), .limit = 10}};
+  const ListFetchOptions part{.page = ListPartRequest{.offset = pick(3), .limit = 10}};
   switch (operation.kind) {
     case page:
       return watch(operation, context_->fetchPage(id, {.noCache = pick(4) == 0}), hasID);

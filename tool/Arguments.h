@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Context/Environment.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/ResourceHost.h>
-#include <OrvoAPI/Platform/Date.h>
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/URL.h>
 #include <CLI/CLI.hpp>
 
 #include <optional>

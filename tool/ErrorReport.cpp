@@ -1,11 +1,11 @@
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Parsing/DateFormatError.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
-#include <OrvoAPI/Platform/URLError.h>
 #include <tool/ErrorReport.h>
 #include <tool/ModelJson.h>
 

@@ -124,7 +124,7 @@ int runGuide(Tool& tool, const Written& written) {
       tool, "fetching the guide", true,
       [&](const Context& context) {
         stream = context.linearStream();
-        const PageRequest first{.offset = 0, .limit = WrittenPaging::kWholeListLimit};
+        const ListPartRequest first{.offset = 0, .limit = WrittenPaging::kWholeListLimit};
         return context.fetchLinearProgramGuide(context.constants().linearStreamID, start, end,
                                                {.page = first});
       },

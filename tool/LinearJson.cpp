@@ -29,7 +29,7 @@ Json toJson(const LineupSlot& slot) {
 }
 
 Json toJson(const LineupHour& hour) {
-  return Json::object({{"startTime", toJson(hour.startTime)}, {"slots", slotsJson(hour.slots)}});
+  return Json::object({{"startTime", toJson(hour.startTime)}, {"slots", slotsJson(hour.slots_)}});
 }
 
 Json toJson(const LineupDay& day) {
@@ -37,7 +37,7 @@ Json toJson(const LineupDay& day) {
 }
 
 Json toJson(const Lineup& lineup) {
-  return Json::object({{"slots", slotsJson(lineup.slots)}, {"days", toJson(lineup.days)}});
+  return Json::object({{"slots", slotsJson(lineup.slots_)}, {"days", toJson(lineup.days)}});
 }
 
 Json toJson(const LinearProgram& program) {

@@ -87,7 +87,7 @@ void drawBlock(Screen& screen, const std::vector<Channel>& channels, const TimeA
 
 void drawGrid(Screen& screen, const Lineup& lineup, Date now) {
   constexpr std::size_t kWidestName = 20;
-  const std::vector<Channel> channels = channelsOf(lineup.slots);
+  const std::vector<Channel> channels = channelsOf(lineup.slots_);
   std::size_t nameWidth = 0;
   for (const Channel& channel : channels) {
     nameWidth = std::max(nameWidth, displayWidth(printable(channel.name)));
@@ -112,7 +112,7 @@ void drawList(Screen& screen, const Lineup& lineup, Date now) {
   for (const LineupDay& day : lineup.days) {
     days.push_back({.heading = dayText(day.startTime)});
     for (const LineupHour& hour : day.hours) {
-      for (const LineupSlot& slot : hour.slots) {
+      for (const LineupSlot& slot : hour.slots_) {
         const bool onAir = slot.start <= now && now < slot.end;
         const Style style = slot.end <= now ? Style::faint : Style::plain;
         const auto length = static_cast<double>((slot.end - slot.start).count()) / 1000;
@@ -129,9 +129,9 @@ void drawList(Screen& screen, const Lineup& lineup, Date now) {
 
 void drawLineup(Screen& screen, const Lineup& lineup, const std::string& display) {
   const Date now = Clock::system()->now();
-  const std::size_t channels = channelsOf(lineup.slots).size();
+  const std::size_t channels = channelsOf(lineup.slots_).size();
   const auto count = [](std::size_t value) { return static_cast<std::int64_t>(value); };
-  screen.title("Lineup", joined({countText(count(lineup.slots.size()), "slot"),
+  screen.title("Lineup", joined({countText(count(lineup.slots_.size()), "slot"),
                                  countText(count(channels), "channel"),
                                  countText(count(lineup.days.size()), "day")}));
   // The document does not say how it is meant; that is known to what refers to it.

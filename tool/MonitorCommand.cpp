@@ -1,5 +1,5 @@
 #include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
-#include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Queues/MainQueue.h>
 #include <poll.h>
 #include <sys/eventfd.h>
 #include <tool/Commands.h>

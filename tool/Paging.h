@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/Shared.h>
 #include <OrvoAPI/Context/FetchOptions.h>
-#include <OrvoAPI/Context/Pages.h>
-#include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Context/ListWalk.h>
 #include <tool/Tool.h>
 #include <CLI/CLI.hpp>
 
@@ -26,10 +26,10 @@ struct WrittenPaging {
 
   [[nodiscard]] ListFetchOptions read() const {
     constexpr std::int64_t kDefaultLimit = 20;
-    if (all) return {.page = PageRequest{.offset = 0, .limit = kWholeListLimit}};
+    if (all) return {.page = ListPartRequest{.offset = 0, .limit = kWholeListLimit}};
     if (!limit && !offset) return {};
-    return {.page =
-                PageRequest{.offset = offset.value_or(0), .limit = limit.value_or(kDefaultLimit)}};
+    return {.page = ListPartRequest{.offset = offset.value_or(0),
+                                    .limit = limit.value_or(kDefaultLimit)}};
   }
 };
 
@@ -55,12 +55,12 @@ inline void addPagingOptions(CLI::App& command, WrittenPaging& paging) {
 
 /// The whole list as one part, and the progress meanwhile.
 template <class List>
-[[nodiscard]] Result<Shared<List>> wholeList(Tool& tool, const Pages<List>& pages,
+[[nodiscard]] Result<Shared<List>> wholeList(Tool& tool, const ListWalk<List>& walk,
                                              const std::string& label) {
   Progress progress(label);
   std::optional<List> whole;
   while (true) {
-    const auto result = tool.wait(pages.next(), progress);
+    const auto result = tool.wait(walk.next(), progress);
     if (const AnyError* error = result.error()) return Failure{*error};
     const Shared<List> part = *result.value();
     if (part == nullptr) break;
@@ -83,8 +83,8 @@ int fetchListAndAnswer(Tool& tool, const std::string& label, bool whole, Fetch f
   const auto opened = tool.context();
   if (const AnyError* error = opened.error()) return tool.fail(*error);
   const auto& context = *opened.value();
-  const Pages pages(context, [&] { return fetch(std::as_const(*context)); });
-  const auto result = whole ? wholeList(tool, pages, label) : tool.wait(pages.next(), label);
+  const ListWalk walk(context, [&] { return fetch(std::as_const(*context)); });
+  const auto result = whole ? wholeList(tool, walk, label) : tool.wait(walk.next(), label);
   if (const AnyError* error = result.error()) return tool.fail(*error);
   const auto& list = **result.value();
   return tool.answer(toJson(list), [&](Screen& screen) { draw(screen, list); });

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Model/Video.h>
-#include <OrvoAPI/Platform/Date.h>
 #include <demo/Json.h>
 
 #include <optional>

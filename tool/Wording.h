@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/Status.h>
-#include <OrvoAPI/Platform/Date.h>
-#include <OrvoAPI/Platform/URL.h>
 #include <tool/Output.h>
 
 #include <chrono>

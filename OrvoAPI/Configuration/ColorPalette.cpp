@@ -20,7 +20,7 @@ Result<ColorResource> ColorResourceParser::parse(const JSONObject& json,
                                                  std::string_view fallback) {
   static constexpr detail::TextIndex kKeys({"hex", "transform"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("ColorResource");
+  detail::RequiredMembers required("ColorResource");
   const auto hex = required.text(members["hex"]);
   const auto transform = required.text(members["transform"]);
   if (required.failed()) return required.failure();

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/Color.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Color.h>
 
 #include <string>
 #include <string_view>

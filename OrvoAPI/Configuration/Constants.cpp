@@ -11,7 +11,7 @@ Result<Constants> ConstantsParser::parse(const JSONObject& json) {
        "watched_minimum_percent", "watched_minimum_time_left", "share_string_template",
        "search_top_results_limit", "playback_interruption_delay"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("Constants");
+  detail::RequiredMembers required("Constants");
   return required.result(Constants{
       .hlsBaseURL = required.url(members["hls_base_url"]),
       .linearStreamID = required.string(members["linear_stream_id"]),

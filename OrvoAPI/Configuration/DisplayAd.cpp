@@ -6,7 +6,7 @@ namespace orvo {
 Result<DisplayAd> DisplayAdParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys({"url", "nw", "prof"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("DisplayAd");
+  detail::RequiredMembers required("DisplayAd");
   return required.result(DisplayAd{.server = required.url(members["url"]),
                                    .network = required.string(members["nw"]),
                                    .profile = required.string(members["prof"])});

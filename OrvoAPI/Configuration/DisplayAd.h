@@ -1,8 +1,8 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/URL.h>
 
 #include <string>
 

@@ -7,7 +7,7 @@ Result<Links> LinksParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys(
       {"imprint", "about", "privacy", "terms", "contact", "feedback"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("Links");
+  detail::RequiredMembers required("Links");
   return required.result(Links{.imprint = required.url(members["imprint"]),
                                .about = required.url(members["about"]),
                                .privacy = required.url(members["privacy"]),

@@ -7,7 +7,7 @@ Result<RatingPromptConfig> RatingPromptConfigParser::parse(const JSONObject& jso
   static constexpr detail::TextIndex kKeys(
       {"session_interval", "long_session", "enable", "repeat_delay"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("RatingPromptConfig");
+  detail::RequiredMembers required("RatingPromptConfig");
   return required.result(RatingPromptConfig{
       .sessionCountThreshold = required.integer(members["session_interval"]),
       .activeSessionTimeThreshold = required.number(members["long_session"]),

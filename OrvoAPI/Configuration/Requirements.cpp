@@ -6,7 +6,7 @@ namespace orvo {
 Result<Requirements::AppVersion> AppVersionParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys({"min_build", "message"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("Requirements.AppVersion");
+  detail::RequiredMembers required("Requirements.AppVersion");
   return required.result(Requirements::AppVersion{.minBuild = required.string(members["min_build"]),
                                                   .message = required.string(members["message"])});
 }
@@ -14,7 +14,7 @@ Result<Requirements::AppVersion> AppVersionParser::parse(const JSONObject& json)
 Result<Requirements::OSVersion> OSVersionParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys({"min_os_version", "message"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("Requirements.OSVersion");
+  detail::RequiredMembers required("Requirements.OSVersion");
   return required.result(
       Requirements::OSVersion{.minOsVersion = required.string(members["min_os_version"]),
                               .message = required.string(members["message"])});
@@ -23,7 +23,7 @@ Result<Requirements::OSVersion> OSVersionParser::parse(const JSONObject& json) {
 Result<Requirements::KillSwitch> KillSwitchParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys({"kill", "message"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("Requirements.KillSwitch");
+  detail::RequiredMembers required("Requirements.KillSwitch");
   return required.result(Requirements::KillSwitch{.kill = required.boolean(members["kill"]),
                                                   .message = required.string(members["message"])});
 }

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <OrvoAPI/Base/Shared.h>
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Model/Page.h>
 #include <OrvoAPI/Model/Playlist.h>
-#include <OrvoAPI/Platform/Shared.h>
 
 #include <functional>
 #include <string>

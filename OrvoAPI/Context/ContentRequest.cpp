@@ -14,7 +14,7 @@ ContentRequest& ContentRequest::add(std::string_view name, std::string_view valu
   return *this;
 }
 
-ContentRequest& ContentRequest::add(const std::optional<PageRequest>& page) {
+ContentRequest& ContentRequest::add(const std::optional<ListPartRequest>& page) {
   if (!page) return *this;
   return add("offset", std::to_string(page->offset)).add("limit", std::to_string(page->limit));
 }

@@ -2,7 +2,7 @@
 
 #include <OrvoAPI/Context/FetchOptions.h>
 #include <OrvoAPI/Futures/Result.h>
-#include <OrvoAPI/Platform/URLRequest.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
 
 #include <chrono>
 #include <optional>
@@ -21,7 +21,7 @@ class ContentRequest {
 
   ContentRequest& add(std::string_view name, std::string_view value);
   /// Adds "offset" and "limit" when there is a page.
-  ContentRequest& add(const std::optional<PageRequest>& page);
+  ContentRequest& add(const std::optional<ListPartRequest>& page);
 
   /// Fails with `URLService::Error::invalidInput`. Nothing of an identifier may end up in a
   /// fragment, which would never reach the server.

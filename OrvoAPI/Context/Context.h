@@ -186,6 +186,9 @@ class Context final : public std::enable_shared_from_this<Context> {
       const SearchCollection& collection) const;
   [[nodiscard]] std::optional<Capability<Shared<LinearProgramGuide>>> nextCapability(
       const LinearProgramGuide& guide) const;
+  /// The same as `nextCapability`, under the name that the other lists have.
+  [[nodiscard]] std::optional<Capability<Shared<LinearProgramGuide>>> nextFetchCapability(
+      const LinearProgramGuide& guide) const;
 
  private:
   Context(Configuration configuration, URL baseURL, URL resourceURL,

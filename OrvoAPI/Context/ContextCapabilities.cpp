@@ -1,5 +1,5 @@
+#include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Context/Context.h>
-#include <OrvoAPI/Platform/Fatal.h>
 
 #include <memory>
 #include <utility>
@@ -8,13 +8,13 @@ namespace orvo {
 namespace {
 
 /// Where the list goes on, or nothing when this was its last part.
-std::optional<PageRequest> nextPage(const PagingMeta& meta) {
+std::optional<ListPartRequest> nextPart(const PagingMeta& meta) {
   std::int64_t next = 0;
   if (__builtin_add_overflow(meta.offset, meta.limit, &next)) {
-    fatal("the offset of the next page is beyond 64 bits");
+    detail::fatal("the offset of the next page is beyond 64 bits");
   }
   if (meta.total <= next) return std::nullopt;
-  return PageRequest{.offset = next, .limit = meta.limit};
+  return ListPartRequest{.offset = next, .limit = meta.limit};
 }
 
 Playlist playlistOf(const Video& video) {
@@ -140,35 +140,40 @@ Capability<Shared<VideoAdMetadata>> Context::videoAdMetadataCapability(std::stri
 
 std::optional<Capability<Shared<ItemCollection>>> Context::nextFetchCapability(
     const ItemCollection& collection) const {
-  const auto page = nextPage(collection.meta);
-  if (!page) return std::nullopt;
-  return [self = shared_from_this(), id = collection.id, page] {
-    return self->fetchItemCollection(id, {.page = page});
+  const auto part = nextPart(collection.meta);
+  if (!part) return std::nullopt;
+  return [self = shared_from_this(), id = collection.id, part] {
+    return self->fetchItemCollection(id, {.page = part});
   };
 }
 
 std::optional<Capability<Shared<Playlist>>> Context::nextFetchCapability(
     const Playlist& playlist) const {
-  const auto page = nextPage(playlist.meta);
-  if (!page) return std::nullopt;
-  return [self = shared_from_this(), id = playlist.id, page] {
-    return self->fetchPlaylist(id, {.page = page});
+  const auto part = nextPart(playlist.meta);
+  if (!part) return std::nullopt;
+  return [self = shared_from_this(), id = playlist.id, part] {
+    return self->fetchPlaylist(id, {.page = part});
   };
 }
 
 std::optional<Capability<Shared<SearchCollection>>> Context::nextFetchCapability(
     const SearchCollection& collection) const {
-  const auto page = nextPage(collection.meta);
-  if (!page) return std::nullopt;
+  const auto part = nextPart(collection.meta);
+  if (!part) return std::nullopt;
   return [self = shared_from_this(), query = collection.query, kind = collection.resultsKind,
-          page] { return self->fetchSearchCollection(query, kind, {.page = page}); };
+          part] { return self->fetchSearchCollection(query, kind, {.page = part}); };
 }
 
 std::optional<Capability<Shared<LinearProgramGuide>>> Context::nextCapability(
     const LinearProgramGuide& guide) const {
-  const auto page = nextPage(guide.meta);
-  if (!page) return std::nullopt;
-  return linearProgramGuideCapability(guide.startDate, guide.endDate, {.page = page});
+  const auto part = nextPart(guide.meta);
+  if (!part) return std::nullopt;
+  return linearProgramGuideCapability(guide.startDate, guide.endDate, {.page = part});
+}
+
+std::optional<Capability<Shared<LinearProgramGuide>>> Context::nextFetchCapability(
+    const LinearProgramGuide& guide) const {
+  return nextCapability(guide);
 }
 
 }  // namespace orvo

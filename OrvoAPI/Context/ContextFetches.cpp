@@ -1,9 +1,9 @@
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <OrvoAPI/Platform/RawValue.h>
 #include <OrvoAPI/Storage/AppStore.h>
 
 #include <memory>

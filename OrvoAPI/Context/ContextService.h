@@ -4,7 +4,7 @@
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Futures/Future.h>
-#include <OrvoAPI/Platform/URLSessionConfiguration.h>
+#include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 
 #include <memory>
 

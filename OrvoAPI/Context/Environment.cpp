@@ -1,6 +1,6 @@
 #include <OrvoAPI/Context/Environment.h>
 
-#include <OrvoAPI/Platform/Fatal.h>
+#include <OrvoAPI/Base/FatalInternal.h>
 
 #include <cstddef>
 #include <utility>
@@ -16,7 +16,7 @@ struct Deployment {
 // The build has checked the texts; one that is no URL would be a fault of the build itself.
 URL compiledIn(std::string_view text) {
   auto url = URL::parse(text);
-  if (!url) fatal("A compiled-in base URL is not valid");
+  if (!url) detail::fatal("A compiled-in base URL is not valid");
   return *std::move(url);
 }
 

@@ -7,13 +7,13 @@
 namespace orvo {
 
 /// Which part of a list to fetch.
-struct PageRequest {
+struct ListPartRequest {
   /// The position of the first item.
   std::int64_t offset = 0;
   /// How many items at most.
   std::int64_t limit = 0;
 
-  friend bool operator==(const PageRequest&, const PageRequest&) = default;
+  friend bool operator==(const ListPartRequest&, const ListPartRequest&) = default;
 };
 
 struct PageFetchOptions {
@@ -30,7 +30,7 @@ struct VideoFetchOptions {
 
 struct ListFetchOptions {
   /// Which part of the list; without it, the server's first part.
-  std::optional<PageRequest> page = std::nullopt;
+  std::optional<ListPartRequest> page = std::nullopt;
 };
 
 }  // namespace orvo

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/Data.h>
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/SessionProvider.h>
-#include <OrvoAPI/Platform/Data.h>
-#include <OrvoAPI/Platform/URLRequest.h>
 
 #include <memory>
 

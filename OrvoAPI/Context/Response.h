@@ -1,7 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Result.h>
-#include <OrvoAPI/Platform/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
 
 #include <concepts>
 #include <string>

@@ -1,6 +1,6 @@
 #include <OrvoAPI/Context/URLService.h>
 
-#include <OrvoAPI/Platform/Fatal.h>
+#include <OrvoAPI/Base/FatalInternal.h>
 
 namespace orvo {
 namespace {
@@ -23,7 +23,7 @@ URL URLService::session(Client client) const {
   reference.append(rawValue(osFamily(client)));
   reference.append("&category=").append(rawValue(category(client)));
   auto url = URL::parse(reference, baseURL);
-  if (!url) fatal("The session's URL cannot be formed: the base URL is not absolute");
+  if (!url) detail::fatal("The session's URL cannot be formed: the base URL is not absolute");
   return *std::move(url);
 }
 

@@ -2,7 +2,7 @@
 
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Futures/Result.h>
-#include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/HTTP/URL.h>
 
 #include <concepts>
 #include <functional>

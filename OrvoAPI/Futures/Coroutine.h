@@ -1,7 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Promise.h>
-#include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/HTTP/URLError.h>
 
 #include <atomic>
 #include <coroutine>

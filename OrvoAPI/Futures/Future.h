@@ -1,12 +1,12 @@
 #pragma once
 
-#include <OrvoAPI/Futures/DerivedStates.h>
-#include <OrvoAPI/Futures/FutureWait.h>
 #include <OrvoAPI/Futures/Result.h>
-#include <OrvoAPI/Platform/DispatchQueue.h>
-#include <OrvoAPI/Platform/InlineQueue.h>
-#include <OrvoAPI/Platform/MainQueue.h>
-#include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/Futures/detail/DerivedStates.h>
+#include <OrvoAPI/Futures/detail/FutureWait.h>
+#include <OrvoAPI/HTTP/URLError.h>
+#include <OrvoAPI/Queues/DispatchQueue.h>
+#include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/detail/InlineQueue.h>
 
 #include <chrono>
 #include <concepts>

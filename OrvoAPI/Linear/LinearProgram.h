@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Model/ImageResource.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Date.h>
-#include <OrvoAPI/Platform/RawValue.h>
 
 #include <optional>
 #include <string>

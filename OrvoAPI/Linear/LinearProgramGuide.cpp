@@ -33,7 +33,7 @@ Result<LinearProgramGuide> LinearProgramGuideParser::parse(const JSONObject& jso
                                                            Date end) {
   static constexpr detail::TextIndex kKeys({"meta", "items"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("LinearProgramGuide");
+  detail::RequiredMembers required("LinearProgramGuide");
   const auto meta = required.meta(members["meta"], "meta details");
   if (required.failed()) return required.failure();
   return LinearProgramGuide(programs(members["items"]), meta, start, end);

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Linear/LinearProgram.h>
 #include <OrvoAPI/Model/PagingMeta.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Date.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 
 #include <vector>

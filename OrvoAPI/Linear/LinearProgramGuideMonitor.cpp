@@ -2,8 +2,8 @@
 
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Platform/Calendar.h>
-#include <OrvoAPI/Platform/MainQueue.h>
-#include <OrvoAPI/Platform/QueueLabels.h>
+#include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
 
 #include <algorithm>
 #include <array>
@@ -16,7 +16,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr std::int64_t kPageLimit = 10;
+constexpr std::int64_t kPartLimit = 10;
 /// With fewer programmes left, the next days are loaded.
 constexpr std::size_t kFewestPrograms = 5;
 constexpr int kReloadedDays = 3;
@@ -139,15 +139,15 @@ Future<bool> LinearProgramGuideMonitor::load(Date startingAt, Date endingAt,
                                              const GuideLoadOptions& options) {
   accessQueue_->sync([this] {
     programs_.clear();
-    // Not only the final page clears it: the loader of another range would append programmes that
+    // Not only the final part clears it: the loader of another range would append programmes that
     // this load brings as well.
     loadNext_.reset();
   });
   const Promise<bool> promise;
   context_
       ->fetchLinearProgramGuide(context_->constants().linearStreamID, startingAt, endingAt,
-                                {.page = PageRequest{options.offset, kPageLimit}})
-      .onComplete([weak = weak_from_this(), promise](const Result<Page>& result) {
+                                {.page = ListPartRequest{options.offset, kPartLimit}})
+      .onComplete([weak = weak_from_this(), promise](const Result<GuidePart>& result) {
         if (result.failed()) return promise.failure(*result.error());
         const auto self = weak.lock();
         if (self == nullptr) return;
@@ -175,29 +175,29 @@ Shared<GuideUpdate> LinearProgramGuideMonitor::lastUpdate() const {
   return update;
 }
 
-std::optional<std::function<void()>> LinearProgramGuideMonitor::loaderAfter(const Page& page) {
-  if (!isFollowed(page->meta)) return std::nullopt;
-  return [weak = weak_from_this(), page] {
-    if (const auto self = weak.lock()) self->loadPageAfter(page);
+std::optional<std::function<void()>> LinearProgramGuideMonitor::loaderAfter(const GuidePart& part) {
+  if (!isFollowed(part->meta)) return std::nullopt;
+  return [weak = weak_from_this(), part] {
+    if (const auto self = weak.lock()) self->loadPartAfter(part);
   };
 }
 
-void LinearProgramGuideMonitor::loadPageAfter(const Page& page) {
-  const auto fetch = context_->nextCapability(*page);
+void LinearProgramGuideMonitor::loadPartAfter(const GuidePart& part) {
+  const auto fetch = context_->nextCapability(*part);
   if (!fetch) return;
-  (*fetch)().onSuccess([weak = weak_from_this()](const Page& next) {
+  (*fetch)().onSuccess([weak = weak_from_this()](const GuidePart& next) {
     if (const auto self = weak.lock()) self->update(next);
   });
 }
 
-/// Takes a page in, also one that another load has overtaken.
-void LinearProgramGuideMonitor::update(const Page& page) {
+/// Takes a part in, also one that another load has overtaken.
+void LinearProgramGuideMonitor::update(const GuidePart& part) {
   const Date now = clock_->now();
-  auto next = loaderAfter(page);
+  auto next = loaderAfter(part);
   accessQueue_->sync([&] {
-    programs_.insert(programs_.end(), page->items.begin(), page->items.end());
+    programs_.insert(programs_.end(), part->items.begin(), part->items.end());
     days_ = group(programs_, now);
-    // The final page clears it: a loader that stayed would append the same page again and again.
+    // The final part clears it: a loader that stayed would append the same part again and again.
     loadNext_.swap(next);
   });
   resolveUpdate();

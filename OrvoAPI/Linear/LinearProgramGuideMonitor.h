@@ -1,12 +1,12 @@
 #pragma once
 
+#include <OrvoAPI/Base/Shared.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
 #include <OrvoAPI/Platform/Clock.h>
-#include <OrvoAPI/Platform/DispatchQueue.h>
-#include <OrvoAPI/Platform/SerialQueue.h>
-#include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Queues/DispatchQueue.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
 #include <OrvoAPI/Storage/KeyedStore.h>
 
 #include <chrono>
@@ -87,7 +87,7 @@ class LinearProgramGuideMonitor final
   Future<bool> load(Date startingAt, int days, const GuideLoadOptions& options = {});
 
   /// Loads the next ten programmes of the range; nothing when there are none. It holds the monitor
-  /// weakly. When that page fails, nothing changes.
+  /// weakly. When that part fails, nothing changes.
   [[nodiscard]] std::optional<std::function<void()>> loadNext() const;
 
   /// Has `task` called with each update from now on, on the main queue; returns the key by which to
@@ -106,11 +106,11 @@ class LinearProgramGuideMonitor final
  private:
   // How it goes round. An arrow is taken when what it names has happened:
   //
-  //   empty ──load──▶ loading ──page──▶ resolving ──video──▶ live ──the programme's end─┐
+  //   empty ──load──▶ loading ──part──▶ resolving ──video──▶ live ──the programme's end─┐
   //                      ▲                  ▲                                           │
   //                      └─ fewer than 5 ───┴── regroup, 5 or more programmes left ─────┘
   //
-  // - Loading: `programs_` is empty and a page of the guide is outstanding; its callback holds the
+  // - Loading: `programs_` is empty and a part of the guide is outstanding; its callback holds the
   //   promise of `load`. When it fails, the promise fails and all is idle.
   // - Resolving: `days_` holds the programmes that have not ended, and the video of the first is
   //   outstanding. When it fails, that is logged and all is idle; without programmes it is idle at
@@ -118,7 +118,7 @@ class LinearProgramGuideMonitor final
   // - Live: `lastUpdate_` was sent, and the queue holds a job for the programme's end, with its
   //   entry in `waits_`.
   //
-  // Nobody cancels anything: each page that arrives, asked for by `load` or by `loadNext`, sends
+  // Nobody cancels anything: each part that arrives, asked for by `load` or by `loadNext`, sends
   // one more round on its way, and as many updates come for each programme. All rounds share the
   // state, which is read and changed within `accessQueue_` only; requests are sent, and listeners
   // called, outside. Callbacks and jobs hold the monitor weakly, and the monitor holds its context,
@@ -127,14 +127,14 @@ class LinearProgramGuideMonitor final
   // A queue's delay does not know of the wall clock. When somebody sets that, every wait is given
   // up in favour of one for the time that is left now; the job of the one given up finds no entry
   // when it comes, and does nothing.
-  using Page = Shared<LinearProgramGuide>;
+  using GuidePart = Shared<LinearProgramGuide>;
 
   LinearProgramGuideMonitor(std::shared_ptr<const Context> context,
                             LinearProgramGuideMonitorOptions options);
 
-  [[nodiscard]] std::optional<std::function<void()>> loaderAfter(const Page& page);
-  void loadPageAfter(const Page& page);
-  void update(const Page& page);
+  [[nodiscard]] std::optional<std::function<void()>> loaderAfter(const GuidePart& part);
+  void loadPartAfter(const GuidePart& part);
+  void update(const GuidePart& part);
   void resolveUpdate();
   void send(Shared<Video> video, const LinearProgram& program);
   void scheduleRegroup(Date programEnd);

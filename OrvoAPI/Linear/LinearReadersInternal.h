@@ -40,6 +40,7 @@ class LineupSlotReader : public RequiredMembers {
   [[nodiscard]] Failure failure() const;
 
  private:
+  [[nodiscard]] static LineupTemplateImages images(const JSONMember& member);
   [[nodiscard]] Date date(const JSONMember& member);
   void readChannel();
 

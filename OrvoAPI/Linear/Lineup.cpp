@@ -11,20 +11,34 @@
 #include <utility>
 
 namespace orvo {
-namespace {
+namespace detail {
+
+/// Sorts a lineup's slots into hours and days. Used by one thread.
+class LineupGrouping {
+ public:
+  [[nodiscard]] static Lineup of(std::vector<LineupSlot> all);
+
+ private:
+  [[nodiscard]] static std::vector<LineupHour> groupHours(
+      const Shared<LineupSlots::Storage>& storage, std::size_t first,
+      const std::vector<Date>& hourOfSlot);
+};
 
 /// Hours of `positions`, which are sorted by hour and lie at `first` in the storage.
-std::vector<LineupHour> groupHours(const Shared<LineupSlots::Storage>& storage, std::size_t first,
-                                   const std::vector<Date>& hourOfSlot) {
+std::vector<LineupHour> LineupGrouping::groupHours(const Shared<LineupSlots::Storage>& storage,
+                                                   std::size_t first,
+                                                   const std::vector<Date>& hourOfSlot) {
   std::vector<LineupHour> hours;
   const auto& positions = storage->positions;
   for (std::size_t begin = first, end = first; begin < positions.size(); begin = end) {
     const Date hour = hourOfSlot[positions[begin]];
     while (end < positions.size() && hourOfSlot[positions[end]] == hour) ++end;
-    hours.push_back({.startTime = hour, .slots = {storage, begin, end - begin}});
+    hours.push_back({.startTime = hour, .slots_ = {storage, begin, end - begin}});
   }
   return hours;
 }
+
+namespace {
 
 std::vector<LineupDay> groupDays(std::vector<LineupHour> hours, Calendar& calendar) {
   std::vector<LineupDay> days;
@@ -65,12 +79,12 @@ void sortByHour(std::span<std::uint32_t> positions, const std::vector<Date>& hou
 
 }  // namespace
 
-Lineup Lineup::grouping(std::vector<LineupSlot> slots) {
-  const std::size_t count = slots.size();
+Lineup LineupGrouping::of(std::vector<LineupSlot> all) {
+  const std::size_t count = all.size();
   Calendar calendar;
   std::vector<Date> hourOfSlot;
   hourOfSlot.reserve(count);
-  for (const LineupSlot& slot : slots) hourOfSlot.push_back(scheduleHour(slot, calendar));
+  for (const LineupSlot& slot : all) hourOfSlot.push_back(scheduleHour(slot, calendar));
 
   // First the positions in document order, then once more by hour.
   std::vector<std::uint32_t> positions(2 * count);
@@ -80,9 +94,15 @@ Lineup Lineup::grouping(std::vector<LineupSlot> slots) {
   sortByHour(byHour, hourOfSlot);
 
   const auto storage = std::make_shared<const LineupSlots::Storage>(
-      LineupSlots::Storage{std::move(slots), std::move(positions)});
-  return {.slots = {storage, 0, count},
+      LineupSlots::Storage{std::move(all), std::move(positions)});
+  return {.slots_ = {storage, 0, count},
           .days = groupDays(groupHours(storage, count, hourOfSlot), calendar)};
+}
+
+}  // namespace detail
+
+Lineup Lineup::grouping(std::vector<LineupSlot> all) {
+  return detail::LineupGrouping::of(std::move(all));
 }
 
 Lineup LineupParser::parse(const JSONObjects& json) {

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
 #include <OrvoAPI/Linear/LineupSlot.h>
 #include <OrvoAPI/Linear/LineupSlots.h>
 #include <OrvoAPI/Model/LineupReference.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Date.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 
 #include <vector>
@@ -16,7 +16,7 @@ struct LineupHour {
   /// The hour's start.
   Date startTime = {};
   /// In document order.
-  LineupSlots slots = {};
+  LineupSlots slots_ = {};
 
   friend bool operator==(const LineupHour&, const LineupHour&) = default;
 };
@@ -37,12 +37,12 @@ struct Lineup {
   using DisplayKind = LineupDisplayKind;
 
   /// In document order.
-  LineupSlots slots = {};
+  LineupSlots slots_ = {};
   /// The same slots by the day and hour of their start, ascending.
   std::vector<LineupDay> days = {};
 
   /// A lineup of these slots, grouped in the device's time zone.
-  [[nodiscard]] static Lineup grouping(std::vector<LineupSlot> slots);
+  [[nodiscard]] static Lineup grouping(std::vector<LineupSlot> all);
 
   [[nodiscard]] double ttl() const { return DefaultCacheableTTL; }
 

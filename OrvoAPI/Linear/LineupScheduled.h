@@ -1,7 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
 #include <OrvoAPI/Platform/Calendar.h>
-#include <OrvoAPI/Platform/Date.h>
 
 #include <concepts>
 

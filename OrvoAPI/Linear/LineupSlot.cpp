@@ -8,11 +8,9 @@
 namespace orvo {
 
 namespace detail {
-namespace {
 
-using ImageKey = LineupTemplateImage::ResourceKey;
-
-LineupTemplateImages images(const JSONMember& member) {
+LineupTemplateImages LineupSlotReader::images(const JSONMember& member) {
+  using ImageKey = LineupTemplateImage::ResourceKey;
   static constexpr TextIndex kTemplateKeys({"template"});
   const auto object = member.object();
   if (!object) return {};
@@ -29,8 +27,6 @@ LineupTemplateImages images(const JSONMember& member) {
   }
   return {keys, templates.data()};
 }
-
-}  // namespace
 
 LineupSlotReader::LineupSlotReader(const JSONObject& json)
     : RequiredMembers("LineupSlot"),

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Model/LineupTemplateImage.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Date.h>
 
 #include <cstdint>
 #include <string>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/Shared.h>
 #include <OrvoAPI/Linear/LineupSlot.h>
-#include <OrvoAPI/Platform/Shared.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -11,16 +11,14 @@
 
 namespace orvo {
 
+namespace detail {
+class LineupGrouping;
+}
+
 /// A list of a lineup's slots. It shares them with the other lists of the lineup: a copy costs a
 /// pointer and stays readable when the lineup is gone. Immutable; safe to use from any thread.
 class LineupSlots {
  public:
-  /// What the lists share: the slots, and positions in `slots` of which each list is a range.
-  struct Storage {
-    std::vector<LineupSlot> slots;
-    std::vector<std::uint32_t> positions;
-  };
-
   /// A walk over the list. A list that shares the slots must outlive it.
   class Iterator {
    public:
@@ -29,32 +27,31 @@ class LineupSlots {
     using difference_type = std::ptrdiff_t;
 
     Iterator() = default;
-    Iterator(const LineupSlot* slots, const std::uint32_t* position)
-        : slots_(slots), position_(position) {}
 
-    [[nodiscard]] const LineupSlot& operator*() const { return slots_[*position_]; }
-    [[nodiscard]] const LineupSlot* operator->() const { return &slots_[*position_]; }
+    [[nodiscard]] const LineupSlot& operator*() const { return items_[*position_]; }
+    [[nodiscard]] const LineupSlot* operator->() const { return &items_[*position_]; }
     Iterator& operator++() {
       ++position_;
       return *this;
     }
-    Iterator operator++(int) { return {slots_, position_++}; }
+    Iterator operator++(int) { return {items_, position_++}; }
     friend bool operator==(const Iterator&, const Iterator&) = default;
 
    private:
-    const LineupSlot* slots_ = nullptr;
+    friend class LineupSlots;
+    Iterator(const LineupSlot* items, const std::uint32_t* position)
+        : items_(items), position_(position) {}
+
+    const LineupSlot* items_ = nullptr;
     const std::uint32_t* position_ = nullptr;
   };
 
   LineupSlots() = default;
-  /// The range of `storage->positions` that begins at `first`; `storage` is not null.
-  LineupSlots(Shared<Storage> storage, std::size_t first, std::size_t count)
-      : storage_(std::move(storage)), first_(first), count_(count) {}
 
   [[nodiscard]] std::size_t size() const { return count_; }
   [[nodiscard]] bool empty() const { return count_ == 0; }
   [[nodiscard]] const LineupSlot& operator[](std::size_t index) const {
-    return storage_->slots[storage_->positions[first_ + index]];
+    return storage_->items[storage_->positions[first_ + index]];
   }
   [[nodiscard]] Iterator begin() const { return iterator(0); }
   [[nodiscard]] Iterator end() const { return iterator(count_); }
@@ -63,9 +60,21 @@ class LineupSlots {
   friend bool operator==(const LineupSlots& lhs, const LineupSlots& rhs);
 
  private:
+  friend class detail::LineupGrouping;
+
+  /// What the lists share: the slots, and positions among them of which each list is a range.
+  struct Storage {
+    std::vector<LineupSlot> items;
+    std::vector<std::uint32_t> positions;
+  };
+
+  /// The range of `storage->positions` that begins at `first`; `storage` is not null.
+  LineupSlots(Shared<Storage> storage, std::size_t first, std::size_t count)
+      : storage_(std::move(storage)), first_(first), count_(count) {}
+
   [[nodiscard]] Iterator iterator(std::size_t index) const {
     if (!storage_) return {};
-    return {storage_->slots.data(), storage_->positions.data() + first_ + index};
+    return {storage_->items.data(), storage_->positions.data() + first_ + index};
   }
 
   Shared<Storage> storage_;

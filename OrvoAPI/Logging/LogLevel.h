@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/RawValue.h>
+#include <OrvoAPI/Base/RawValue.h>
 
 namespace orvo {
 

@@ -38,7 +38,7 @@ const SystemLog::Handle& OSLogger::handle(std::string_view subsystem, std::strin
   key.reserve(subsystem.size() + 1 + category.size());
   key.append(subsystem).append(1, '-').append(category);
 
-  const LockGuard guard(lock_);
+  const detail::LockGuard guard(lock_);
   const auto found = logs_.find(key);
   if (found != logs_.end()) return found->second;
   // Handles are never removed, so the reference outlives the lock.

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/Logging/Logger.h>
-#include <OrvoAPI/Platform/Lock.h>
 #include <OrvoAPI/Platform/SystemLog.h>
 
 #include <functional>
@@ -29,7 +29,7 @@ class OSLogger final : public Logger {
   const SystemLog::Handle& handle(std::string_view subsystem, std::string_view category);
 
   const std::unique_ptr<const SystemLog> systemLog_;
-  Lock lock_;
+  detail::Lock lock_;
   std::map<std::string, SystemLog::Handle, std::less<>> logs_ ORVO_GUARDED_BY(lock_);
 };
 

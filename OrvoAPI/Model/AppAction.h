@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
 
 #include <string>
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/AppAction.h>
 #include <OrvoAPI/Model/CollectionReference.h>
 #include <OrvoAPI/Model/ImageResource.h>
@@ -8,7 +9,6 @@
 #include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Model/Status.h>
 #include <OrvoAPI/Model/VideoPreview.h>
-#include <OrvoAPI/Platform/URL.h>
 
 #include <optional>
 #include <string_view>

@@ -30,10 +30,10 @@ Failure ContentItemReader::failure() const {
 ContentItem ContentItemReader::record(const std::optional<std::string>& collectionID) const {
   if (const auto* video = std::get_if<VideoReader>(&reader_)) {
     const auto record = [&] { return video->record(collectionID); };
-    return {std::in_place_type<Video>, Made{record}};
+    return ContentItem(std::in_place_type<Video>, Made{record});
   }
   const auto record = [&] { return std::get<PageReader>(reader_).record(); };
-  return {std::in_place_type<Page>, Made{record}};
+  return ContentItem(std::in_place_type<Page>, Made{record});
 }
 
 }  // namespace detail

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Model/Page.h>
 #include <OrvoAPI/Model/Video.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
 
 #include <concepts>
 #include <optional>
@@ -14,10 +14,6 @@
 #include <variant>
 
 namespace orvo {
-
-namespace detail {
-class ContentItemReader;
-}  // namespace detail
 
 /// A listed item: a video or a page. A value.
 class ContentItem {
@@ -29,6 +25,11 @@ class ContentItem {
       std::same_as<std::remove_cvref_t<Content>, Page>
       ContentItem(Content&& content)  // NOLINT(google-explicit-constructor): a video is an item
       : value_(std::forward<Content>(content)) {}
+
+  /// The video or page made in place of these arguments.
+  template <class Content, class... Arguments>
+  explicit ContentItem(std::in_place_type_t<Content> content, Arguments&&... arguments)
+      : value_(content, std::forward<Arguments>(arguments)...) {}
 
   [[nodiscard]] Kind kind() const { return static_cast<Kind>(value_.index()); }
   /// Null when it is a page.
@@ -44,12 +45,6 @@ class ContentItem {
   friend bool operator==(const ContentItem&, const ContentItem&) = default;
 
  private:
-  friend class detail::ContentItemReader;
-  /// Made of what `source` converts to.
-  template <class Content, class Source>
-  ContentItem(std::in_place_type_t<Content> content, const Source& source)
-      : value_(content, source) {}
-
   std::variant<Video, Page> value_;
 };
 

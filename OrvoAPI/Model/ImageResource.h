@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/ResourceHost.h>
 #include <OrvoAPI/Model/ResourceTable.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/URL.h>
 
 #include <optional>
 #include <string>

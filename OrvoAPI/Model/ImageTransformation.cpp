@@ -1,5 +1,5 @@
+#include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Model/ImageTransformationInternal.h>
-#include <OrvoAPI/Platform/Fatal.h>
 
 #include <cstdint>
 

@@ -8,7 +8,7 @@ Result<ItemCollection> ItemCollectionParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys(
       {"id", "type", "label", "short_label", "meta", "items", "item_type"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("ItemCollection");
+  detail::RequiredMembers required("ItemCollection");
   const auto id = required.text(members["id"]);
   const auto kind = required.rawValue<ItemCollection::Kind>(members["type"]);
   const auto label = required.text(members["label"]);

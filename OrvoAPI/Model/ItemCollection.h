@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Model/ContentItem.h>
 #include <OrvoAPI/Model/PagingMeta.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 
 #include <string>

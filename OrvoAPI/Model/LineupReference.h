@@ -1,7 +1,7 @@
 #pragma once
 
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/Base/RawValue.h>
+#include <OrvoAPI/HTTP/URL.h>
 
 namespace orvo {
 

@@ -37,7 +37,7 @@ LineupTemplateImages::LineupTemplateImages(KeySet<Key> keys, const std::string_v
     : keys_(keys) {
   std::size_t size = 0;
   for (std::size_t i = 0; i < keys.size(); ++i) size += sizeof(Length) + templates[i].size();
-  templates_ = SharedText(size, [&](char* lengths) {
+  templates_ = detail::SharedText(size, [&](char* lengths) {
     char* text = lengths + keys.size() * sizeof(Length);
     for (std::size_t i = 0; i < keys.size(); ++i, lengths += sizeof(Length)) {
       const auto length = static_cast<Length>(templates[i].size());
@@ -61,7 +61,7 @@ std::optional<LineupTemplateImage> LineupTemplateImages::find(Key key) const {
 
 Result<LineupTemplateImage> LineupTemplateImageParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys({"template"});
-  RequiredMembers required("LineupTemplateImage");
+  detail::RequiredMembers required("LineupTemplateImage");
   const auto text = required.text(detail::JSONMembers<kKeys>(json)["template"]);
   if (required.failed()) return required.failure();
   return LineupTemplateImage{.template_ = std::string(text)};

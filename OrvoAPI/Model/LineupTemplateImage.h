@@ -1,12 +1,12 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
+#include <OrvoAPI/Base/detail/SharedText.h>
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/KeySet.h>
 #include <OrvoAPI/Model/ResourceHost.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/SharedText.h>
-#include <OrvoAPI/Platform/URL.h>
 
 #include <cstddef>
 #include <cstdint>
@@ -15,6 +15,10 @@
 #include <string_view>
 
 namespace orvo {
+
+namespace detail {
+class LineupSlotReader;
+}
 
 enum class LineupTemplateImageCrop { fill, fit };
 
@@ -89,8 +93,6 @@ class LineupTemplateImages {
   using Iterator = KeyedTableIterator<LineupTemplateImages, Key>;
 
   LineupTemplateImages() = default;
-  /// A template for each key, in declaration order of the keys.
-  LineupTemplateImages(KeySet<Key> keys, const std::string_view* templates);
 
   [[nodiscard]] std::optional<LineupTemplateImage> find(Key key) const;
   [[nodiscard]] bool contains(Key key) const { return keys_.contains(key); }
@@ -104,11 +106,15 @@ class LineupTemplateImages {
   friend bool operator==(const LineupTemplateImages&, const LineupTemplateImages&) = default;
 
  private:
+  friend class detail::LineupSlotReader;
   using Length = std::uint32_t;
+
+  /// A template for each key, in declaration order of the keys.
+  LineupTemplateImages(KeySet<Key> keys, const std::string_view* templates);
 
   KeySet<Key> keys_;
   /// The lengths of the templates, in the order of `keys_`, and behind them the templates.
-  SharedText templates_;
+  detail::SharedText templates_;
 };
 
 struct LineupTemplateImageParser {

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/AppAction.h>
 #include <OrvoAPI/Model/CollectionReference.h>
 #include <OrvoAPI/Model/ImageResource.h>
@@ -8,8 +10,6 @@
 #include <OrvoAPI/Model/Status.h>
 #include <OrvoAPI/Model/VideoPreview.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/URL.h>
 
 #include <optional>
 #include <string>

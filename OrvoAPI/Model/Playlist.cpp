@@ -9,7 +9,7 @@ namespace orvo {
 Result<Playlist> PlaylistParser::parse(const JSONObject& json, const Video* include) {
   static constexpr detail::TextIndex kKeys({"id", "label", "short_label", "meta", "items"});
   const detail::JSONMembers<kKeys> members(json);
-  RequiredMembers required("Playlist");
+  detail::RequiredMembers required("Playlist");
   const auto id = required.text(members["id"]);
   const auto label = required.text(members["label"]);
   const auto shortLabel = required.text(members["short_label"]);

@@ -1,7 +1,7 @@
 #include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 
-namespace orvo {
+namespace orvo::detail {
 
 URL RequiredMembers::url(const Member& member) {
   // There is no empty URL; what was read after a failure is not used.
@@ -27,4 +27,4 @@ PagingMeta RequiredMembers::meta(const Member& member, std::string_view reported
 
 Failure RequiredMembers::failure() const { return unableToParse(type_, failedKey_); }
 
-}  // namespace orvo
+}  // namespace orvo::detail

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/PagingMeta.h>
 #include <OrvoAPI/Parsing/JSONMembersInternal.h>
-#include <OrvoAPI/Platform/RawValue.h>
-#include <OrvoAPI/Platform/URL.h>
 
 #include <cstdint>
 #include <iterator>
@@ -13,9 +13,7 @@
 #include <string_view>
 #include <utility>
 
-namespace orvo {
-
-namespace detail {
+namespace orvo::detail {
 
 template <RawValueEnum E>
 consteval TextIndex rawValueIndex() {
@@ -33,15 +31,13 @@ template <RawValueEnum E>
   return number == TextIndex::kNone ? std::nullopt : std::optional(static_cast<E>(number));
 }
 
-}  // namespace detail
-
 /// Reads a record's required members one after the other and remembers the first that is missing
 /// or of the wrong kind; such a read gives an empty value ("/" for a URL). Ask `failed` before
 /// using what was read, or end with `result`. To fail costs nothing until `failure` is asked for.
 /// Used by one thread; what is read is a view into the document.
 class RequiredMembers {
  public:
-  using Member = detail::JSONMember;
+  using Member = JSONMember;
 
   /// `type` names the record in the failure; a literal.
   explicit RequiredMembers(std::string_view type) : type_(type) {}
@@ -72,7 +68,7 @@ class RequiredMembers {
   /// A string that is a raw value of `E`; the failure names `reportedKey`.
   template <RawValueEnum E>
   [[nodiscard]] E rawValue(const Member& member, std::string_view reportedKey) {
-    return found(detail::caseOf<E>(member.string()), reportedKey);
+    return found(caseOf<E>(member.string()), reportedKey);
   }
   template <RawValueEnum E>
   [[nodiscard]] E rawValue(const Member& member) {
@@ -105,4 +101,4 @@ class RequiredMembers {
   std::string_view failedKey_;
 };
 
-}  // namespace orvo
+}  // namespace orvo::detail

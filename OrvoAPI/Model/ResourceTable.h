@@ -1,7 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/detail/SharedText.h>
 #include <OrvoAPI/Model/KeySet.h>
-#include <OrvoAPI/Platform/SharedText.h>
 
 #include <cstddef>
 #include <optional>
@@ -22,9 +22,9 @@ class ResourceTable {
 
   ResourceTable() = default;
   ResourceTable(std::string_view productID, KeySet<Key> keys)
-      : ResourceTable(SharedText(keys.empty() ? std::string_view() : productID), keys) {}
-  ResourceTable(SharedText productID, KeySet<Key> keys)
-      : productID_(keys.empty() ? SharedText() : std::move(productID)), keys_(keys) {}
+      : ResourceTable(detail::SharedText(keys.empty() ? std::string_view() : productID), keys) {}
+  ResourceTable(detail::SharedText productID, KeySet<Key> keys)
+      : productID_(keys.empty() ? detail::SharedText() : std::move(productID)), keys_(keys) {}
 
   [[nodiscard]] std::optional<Resource> find(Key key) const {
     if (!contains(key)) return std::nullopt;
@@ -41,7 +41,7 @@ class ResourceTable {
   friend bool operator==(const ResourceTable&, const ResourceTable&) = default;
 
  private:
-  SharedText productID_;
+  detail::SharedText productID_;
   KeySet<Key> keys_;
 };
 

@@ -23,10 +23,10 @@ namespace {
 constexpr detail::TextIndex kKeys({"type", "collection_type", "label", "short_label", "meta",
                                    "items", "contains"});
 
-class SearchCollectionReader : public RequiredMembers {
+class SearchCollectionReader : public detail::RequiredMembers {
  public:
   explicit SearchCollectionReader(const JSONObject& json)
-      : RequiredMembers("SearchCollection"),
+      : detail::RequiredMembers("SearchCollection"),
         members_(json),
         kind_(rawValue<ItemCollection::Kind>(members_["type"])),
         resultsKind_(rawValue<SearchCollection::ResultsKind>(members_["collection_type"])),
@@ -68,7 +68,7 @@ Result<SearchCollection> SearchCollectionParser::parse(const JSONObject& json,
 Result<std::vector<SearchCollection>> SearchResultsParser::parse(const JSONObject& json,
                                                                  std::string_view query) {
   static constexpr detail::TextIndex kResultsKeys({"collections"});
-  RequiredMembers required("SearchCollection");
+  detail::RequiredMembers required("SearchCollection");
   const auto collections = required.objects(detail::JSONMembers<kResultsKeys>(json)["collections"]);
   if (required.failed()) return required.failure();
   return detail::parsedItems<SearchCollectionReader>(*collections, query);

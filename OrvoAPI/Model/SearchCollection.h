@@ -1,11 +1,11 @@
 #pragma once
 
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Model/ContentItem.h>
 #include <OrvoAPI/Model/ItemCollection.h>
 #include <OrvoAPI/Model/PagingMeta.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/RawValue.h>
 
 #include <string>
 #include <string_view>

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
+#include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Date.h>
-#include <OrvoAPI/Platform/RawValue.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 
 #include <optional>

@@ -5,9 +5,9 @@
 namespace orvo {
 namespace {
 
-class VideoSegmentReader : public RequiredMembers {
+class VideoSegmentReader : public detail::RequiredMembers {
  public:
-  explicit VideoSegmentReader(const JSONObject& json) : RequiredMembers("VideoSegment") {
+  explicit VideoSegmentReader(const JSONObject& json) : detail::RequiredMembers("VideoSegment") {
     static constexpr detail::TextIndex kKeys({"ad", "start", "duration"});
     const detail::JSONMembers<kKeys> members(json);
     segment_ = {.ad = boolean(members["ad"]),
@@ -20,9 +20,9 @@ class VideoSegmentReader : public RequiredMembers {
   VideoSegment segment_;
 };
 
-class VideoBeaconReader : public RequiredMembers {
+class VideoBeaconReader : public detail::RequiredMembers {
  public:
-  explicit VideoBeaconReader(const JSONObject& json) : RequiredMembers("VideoBeacon") {
+  explicit VideoBeaconReader(const JSONObject& json) : detail::RequiredMembers("VideoBeacon") {
     static constexpr detail::TextIndex kKeys({"name", "time", "url"});
     const detail::JSONMembers<kKeys> members(json);
     name_ = text(members["name"]);

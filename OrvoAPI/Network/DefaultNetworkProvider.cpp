@@ -1,5 +1,5 @@
+#include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
-#include <OrvoAPI/Platform/Fatal.h>
 
 #include <string>
 #include <utility>
@@ -45,7 +45,7 @@ DefaultNetworkProvider::DefaultNetworkProvider(std::shared_ptr<SessionProvider> 
     : sessionProvider_(std::move(sessionProvider)),
       protocolClasses_(std::move(protocolClasses)),
       delegate_(std::make_shared<Reauthorization>(sessionProvider_)) {
-  if (sessionProvider_ == nullptr) fatal("DefaultNetworkProvider needs a session provider");
+  if (sessionProvider_ == nullptr) detail::fatal("DefaultNetworkProvider needs a session provider");
 }
 
 Future<HTTPResult> DefaultNetworkProvider::fetch(const URLRequest& request) {

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <OrvoAPI/HTTP/URLInterceptor.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Network/URLSession.h>
-#include <OrvoAPI/Platform/URLInterceptor.h>
 
 #include <memory>
 #include <mutex>

@@ -1,6 +1,6 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
-#include <OrvoAPI/Platform/QueueLabels.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
 
 #include <utility>
 

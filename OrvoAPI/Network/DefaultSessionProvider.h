@@ -3,7 +3,7 @@
 #include <OrvoAPI/Network/Session.h>
 #include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Platform/Clock.h>
-#include <OrvoAPI/Platform/SerialQueue.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
 
 #include <chrono>
 #include <functional>

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Future.h>
-#include <OrvoAPI/Platform/HTTPURLResponse.h>
-#include <OrvoAPI/Platform/URLRequest.h>
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
 
 namespace orvo {
 

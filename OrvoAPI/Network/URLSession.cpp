@@ -1,6 +1,6 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Network/URLTaskInternal.h>
-#include <OrvoAPI/Platform/QueueLabels.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
 
 #include <string>
 #include <utility>

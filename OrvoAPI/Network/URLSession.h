@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/URLSessionDelegate.h>
-#include <OrvoAPI/Platform/URLSessionConfiguration.h>
 
 #include <memory>
 

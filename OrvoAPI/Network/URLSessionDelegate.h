@@ -1,7 +1,7 @@
 #pragma once
 
-#include <OrvoAPI/Platform/HTTPURLResponse.h>
-#include <OrvoAPI/Platform/URLRequest.h>
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
 
 #include <functional>
 #include <optional>

@@ -1,13 +1,13 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+#include <OrvoAPI/HTTP/URLInterceptor.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
+#include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 #include <OrvoAPI/Network/URLSessionDelegate.h>
-#include <OrvoAPI/Platform/HTTPURLResponse.h>
-#include <OrvoAPI/Platform/NetworkThreadInternal.h>
-#include <OrvoAPI/Platform/SerialQueue.h>
-#include <OrvoAPI/Platform/URLInterceptor.h>
-#include <OrvoAPI/Platform/URLRequest.h>
-#include <OrvoAPI/Platform/URLSessionConfiguration.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
 
 #include <atomic>
 #include <cstddef>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/Date.h>
 #include <OrvoAPI/Futures/Result.h>
-#include <OrvoAPI/Platform/Date.h>
 
 #include <optional>
 #include <string>

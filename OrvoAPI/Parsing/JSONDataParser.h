@@ -1,8 +1,8 @@
 #pragma once
 
+#include <OrvoAPI/Base/Data.h>
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/Data.h>
 
 #include <string>
 #include <vector>

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/TextIndexInternal.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
-#include <OrvoAPI/Platform/TextIndexInternal.h>
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Parsing/JSONNode.h>
+#include <OrvoAPI/Parsing/detail/JSONNode.h>
 
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/Date.h>
+#include <OrvoAPI/Base/Date.h>
 
 #include <array>
 #include <chrono>

@@ -1,5 +1,5 @@
 #include <OrvoAPI/Platform/Clock.h>
-#include <OrvoAPI/Platform/TimerInternal.h>
+#include <OrvoAPI/Queues/TimerInternal.h>
 
 #include <time.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/UUID.h>
+#include <OrvoAPI/Base/detail/UUID.h>
 
 #include <functional>
 #include <map>
@@ -24,7 +24,7 @@ class KeyedStore {
 
   /// Adds the element under a new random key, a UUID, and returns that.
   std::string add(T element) {
-    std::string key = makeUUID();
+    std::string key = detail::makeUUID();
     add(std::move(element), key);
     return key;
   }

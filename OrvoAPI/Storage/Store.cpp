@@ -1,7 +1,7 @@
+#include <OrvoAPI/Base/BoundedCacheInternal.h>
+#include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/Futures/AnyError.h>
-#include <OrvoAPI/Platform/BoundedCacheInternal.h>
-#include <OrvoAPI/Platform/Lock.h>
-#include <OrvoAPI/Platform/QueueLabels.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
 #include <OrvoAPI/Storage/Store.h>
 
 #include <chrono>

@@ -1,9 +1,9 @@
 #pragma once
 
+#include <OrvoAPI/Base/Shared.h>
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Platform/Clock.h>
-#include <OrvoAPI/Platform/InlineQueue.h>
-#include <OrvoAPI/Platform/Shared.h>
+#include <OrvoAPI/Queues/detail/InlineQueue.h>
 #include <OrvoAPI/Storage/Cacheable.h>
 
 #include <concepts>

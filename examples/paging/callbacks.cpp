@@ -1,4 +1,4 @@
-// All pages of a collection, one callback each.
+// A whole collection, part by part, with a callback for each part.
 // Usage: callbacks API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
 #include <OrvoAPI/OrvoAPI.h>
 
@@ -21,8 +21,8 @@ int main(int count, char** arguments) {
       orvo::ContextService::context(*orvo::URL::parse(arguments[1]),
                                     *orvo::URL::parse(arguments[2]), orvo::Client::appleTV)
           .flatMap([](const auto& context) {
-            const orvo::Pages pages(context, context->collectionCapability("everything"));
-            return pages.forEach(orvo::MainQueue::shared(), [](const auto& page) { show(*page); });
+            const orvo::ListWalk walk(context, context->collectionCapability("everything"));
+            return walk.forEach(orvo::MainQueue::shared(), [](const auto& part) { show(*part); });
           })
           .wait(std::chrono::minutes(1));
   if (all.failed()) std::fprintf(stderr, "%s\n", all.error()->description().c_str());

@@ -1,4 +1,4 @@
-// All pages of a collection, in a loop.
+// A whole collection, part by part, in a loop.
 // Usage: coroutine API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
 #include <OrvoAPI/Futures/Coroutine.h>
 #include <OrvoAPI/OrvoAPI.h>
@@ -12,9 +12,9 @@ orvo::Future<int> showAll(orvo::URL api, orvo::URL resources) {
   const auto opened = co_await orvo::ContextService::context(api, resources, orvo::Client::appleTV);
   if (opened.failed()) co_return orvo::Failure{*opened.error()};
   const auto& context = *opened.value();
-  const orvo::Pages pages(context, context->collectionCapability("everything"));
+  const orvo::ListWalk walk(context, context->collectionCapability("everything"));
   for (int count = 0;; ++count) {
-    const auto result = co_await pages.next();
+    const auto result = co_await walk.next();
     if (result.failed()) co_return orvo::Failure{*result.error()};
     const auto& page = *result.value();
     if (page == nullptr) co_return count;  // that was the last one

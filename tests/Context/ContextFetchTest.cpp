@@ -1,6 +1,6 @@
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/SessionError.h>
-#include <OrvoAPI/Platform/URLError.h>
 #include <OrvoAPI/Storage/AppStore.h>
 #include <gtest/gtest.h>
 
@@ -23,7 +23,7 @@ using Kind = SearchCollection::ResultsKind;
 
 const Date kStart(1'493'632'800'000);  // 2017-05-01T10:00:00Z
 const Date kEnd(1'493'719'200'500);
-const ListFetchOptions kPage{.page = PageRequest{.offset = 20, .limit = 10}};
+const ListFetchOptions kPage{.page = ListPartRequest{.offset = 20, .limit = 10}};
 const Video kIncluded{.id = "v&1", .title = "T", .shortDescription = "S"};
 
 /// A collection, a list of search results or a page of the guide: all that is not told by its path.

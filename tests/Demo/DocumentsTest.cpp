@@ -56,10 +56,10 @@ TEST_F(DemoDocuments, GuideIsAlwaysOnAir) {
 
 TEST_F(DemoDocuments, LineupsHaveReadableSlotsAndNoGapWhenClocksChange) {
   for (const char* name : {"grid", "list", "clock-change"}) {
-    EXPECT_EQ(LineupParser::parse(slots(name)).slots.size(), slots(name).size()) << name;
+    EXPECT_EQ(LineupParser::parse(slots(name)).slots_.size(), slots(name).size()) << name;
   }
   for (const char* now : {"2024-05-01T10:20:00.000Z", "2024-12-01T10:20:00.000Z"}) {
-    const auto list = LineupParser::parse(slots("clock-change", *parseInstant(now))).slots;
+    const auto list = LineupParser::parse(slots("clock-change", *parseInstant(now))).slots_;
     for (std::size_t index = 1; index < list.size(); ++index) {
       ASSERT_EQ(list[index].start, list[index - 1].end) << now;
     }

@@ -1,5 +1,5 @@
 #include <OrvoAPI/Futures/Promise.h>
-#include <OrvoAPI/Platform/SerialQueue.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gtest/gtest.h>
 #include <tests/support/Race.h>

@@ -34,7 +34,7 @@ std::string listing(const Lineup& lineup) {
     text += to8601(day.startTime).substr(0, 16) + ":";
     for (const LineupHour& hour : day.hours) {
       text += " " + to8601(hour.startTime).substr(11, 5) + "(";
-      for (const LineupSlot& slot : hour.slots) text += slot.title + " ";
+      for (const LineupSlot& slot : hour.slots_) text += slot.title + " ";
       text.back() = ')';
     }
     text += "\n";
@@ -71,8 +71,8 @@ TEST(LineupSlotParser, KeepsTheImagesThatItCanRead) {
 TEST(LineupParser, DropsTheSlotsThatItCannotRead) {
   const auto json = "[" + kSlot.without("channel").text() + "," + kSlot.text() + ",{}]";
   const auto lineup = LineupParser::parse(JSONDataParser::array(Data(json)).force());
-  ASSERT_EQ(lineup.slots.size(), 1U);
-  EXPECT_EQ(lineup.slots[0], LineupSlotParser::parse(kSlot).force());
+  ASSERT_EQ(lineup.slots_.size(), 1U);
+  EXPECT_EQ(lineup.slots_[0], LineupSlotParser::parse(kSlot).force());
   EXPECT_EQ(lineup.ttl(), 300);
 }
 
@@ -84,9 +84,9 @@ TEST(Lineup, IsGroupedByTheStartsOfItsSlots) {
   EXPECT_EQ(listing(lineup),
             "2017-05-01T00:00: 10:00(10:55 10:05 10:55) 11:00(11:00) 23:00(23:59)\n"
             "2017-05-02T00:00: 00:00(00:00)\n");
-  EXPECT_EQ(lineup.slots[0].title + lineup.slots[3].title, "00:0023:59") << "document order";
-  EXPECT_TRUE(before(lineup.days[0], lineup.slots[0]));
-  EXPECT_FALSE(before(lineup.slots[0], lineup.days[1].hours[0]));
+  EXPECT_EQ(lineup.slots_[0].title + lineup.slots_[3].title, "00:0023:59") << "document order";
+  EXPECT_TRUE(before(lineup.days[0], lineup.slots_[0]));
+  EXPECT_FALSE(before(lineup.slots_[0], lineup.days[1].hours[0]));
 }
 
 TEST(Lineup, IsGroupedInTheDevicesZone) {
@@ -123,12 +123,12 @@ TEST(Lineup, LeavesItsHoursAndDaysReadable) {
   std::optional<Lineup> lineup = lineupOf({"2017-05-01T10:05:00Z", "2017-05-01T11:05:00Z"});
   const LineupDay day = lineup->days[0];
   const LineupHour hour = lineup->days[0].hours[1];
-  const LineupSlots slots = lineup->slots;
+  const LineupSlots slots = lineup->slots_;
   lineup.reset();
-  EXPECT_EQ(hour.slots[0].title + day.hours[0].slots.begin()->title, "11:0510:05");
+  EXPECT_EQ(hour.slots_[0].title + day.hours[0].slots_.begin()->title, "11:0510:05");
   EXPECT_EQ(slots.size(), 2U);
-  EXPECT_EQ(Lineup::grouping({slots[0], slots[1]}).slots, slots) << "whatever holds them";
-  EXPECT_NE(Lineup::grouping({slots[1], slots[0]}).slots, slots);
+  EXPECT_EQ(Lineup::grouping({slots[0], slots[1]}).slots_, slots) << "whatever holds them";
+  EXPECT_NE(Lineup::grouping({slots[1], slots[0]}).slots_, slots);
 }
 
 }  // namespace

@@ -1,7 +1,7 @@
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
-#include <OrvoAPI/Platform/URLError.h>
 #include <OrvoAPI/Testing/ManualClock.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <OrvoAPI/Testing/PendingCalls.h>

@@ -1,5 +1,5 @@
 #include <OrvoAPI/Futures/Promise.h>
-#include <OrvoAPI/Platform/MainQueue.h>
+#include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Storage/KeyedStore.h>
 #include <OrvoAPI/Storage/Store.h>

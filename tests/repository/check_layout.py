@@ -12,8 +12,8 @@ import re
 import sys
 
 # Includes run one way: a file may include its own folder and the folders before it.
-ORDER = ["Platform", "Futures", "Parsing", "Logging", "Storage", "Network", "Model",
-         "Configuration", "Linear", "Context"]
+ORDER = ["Base", "Queues", "Platform", "HTTP", "Futures", "Parsing", "Logging", "Storage",
+         "Network", "Model", "Configuration", "Linear", "Context"]
 RANK = {folder: rank for rank, folder in enumerate(ORDER)}
 
 # Three places stand where a reader looks for them although the order would put them elsewhere.
@@ -26,11 +26,14 @@ OPT_IN = {"Futures/Coroutine.h": "needs <coroutine>, for those who use it"}
 
 # Files that may print or stop the process, with the reason.
 MAY_PRINT_OR_STOP = {
-    "Platform/Fatal.cpp": "the one place that stops the process for a programming error",
+    "Base/Fatal.cpp": "the one place that stops the process for a programming error",
     "Platform/ConsoleSink.cpp": "the settable sink of the two stated console lines",
 }
 
-# System or third-party headers outside Platform and the JSON reader, with the reason.
+# Folders whose sources and private headers may include system and third-party headers.
+SYSTEM_FOLDERS = {"Base", "Platform", "Queues", "HTTP"}
+
+# System or third-party headers outside these and the JSON reader, with the reason.
 FOREIGN = {("Futures/AnyError.cpp", "cxxabi.h"): "the compiler's own, to name a type readably"}
 
 TOO_HEAVY_FOR_HEADERS = {"future", "iostream", "regex"}
@@ -68,6 +71,11 @@ def rank_of(name):
 
 def is_private(name):
     return name.endswith("Internal.h")
+
+
+def is_detail(name):
+    """Installed because public headers show it, but no interface."""
+    return "/detail/" in name
 
 
 class Layout:
@@ -129,10 +137,10 @@ class Layout:
             if name.endswith(".h") and target in TOO_HEAVY_FOR_HEADERS:
                 self.fault(path, f"<{target}> is too heavy for a header")
             return
-        platform = name.startswith("Platform/") and (not name.endswith(".h") or is_private(name))
+        below = name.split("/")[0] in SYSTEM_FOLDERS and (not name.endswith(".h") or is_private(name))
         reader = name.startswith("Parsing/") and name.endswith(".cpp") and target == "simdjson.h"
-        if not platform and not reader and (name, target) not in FOREIGN:
-            self.fault(path, f"<{target}> is allowed in Platform's sources only")
+        if not below and not reader and (name, target) not in FOREIGN:
+            self.fault(path, f"<{target}> is allowed in the sources of {', '.join(sorted(SYSTEM_FOLDERS))} only")
 
     def check_cycles(self):
         graph = {name: [target.removeprefix("OrvoAPI/") for _, target in includes(source)
@@ -147,9 +155,12 @@ class Layout:
         listed = {target.removeprefix("OrvoAPI/")
                   for _, target in includes(self.sources.get("OrvoAPI.h", ""))}
         public = {name for name in self.headers
-                  if not is_private(name) and name not in OPT_IN and name != "OrvoAPI.h"}
+                  if not is_private(name) and not is_detail(name) and name not in OPT_IN
+                  and name != "OrvoAPI.h"}
         for name in sorted(public - listed):
             self.fault("OrvoAPI/OrvoAPI.h", f"{name} is missing")
+        for name in sorted(name for name in listed if is_detail(name)):
+            self.fault("OrvoAPI/OrvoAPI.h", f"{name} is no interface")
         for name in sorted(listed & set(OPT_IN)):
             self.fault("OrvoAPI/OrvoAPI.h", f"{name} is for those who ask for it")
 
@@ -167,6 +178,8 @@ class Layout:
                     header = target.removeprefix("OrvoAPI/")
                     if header not in self.headers or is_private(header):
                         self.fault(name, f"<{target}> is no installed header")
+                    elif is_detail(header):
+                        self.fault(name, f"<{target}> is no interface")
 
 
 if __name__ == "__main__":

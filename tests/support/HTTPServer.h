@@ -1,7 +1,7 @@
 #pragma once
 
-#include <OrvoAPI/Platform/HTTPHeaders.h>
-#include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/HTTP/HTTPHeaders.h>
+#include <OrvoAPI/HTTP/URL.h>
 
 #include <chrono>
 #include <functional>

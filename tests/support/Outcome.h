@@ -1,8 +1,8 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Future.h>
-#include <OrvoAPI/Platform/HTTPURLResponse.h>
-#include <OrvoAPI/Platform/URLError.h>
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <gtest/gtest.h>
 #include <tests/support/Token.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/URL.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <tests/support/HTTPServer.h>
 
 #include <atomic>

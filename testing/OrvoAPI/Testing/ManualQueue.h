@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/DispatchQueue.h>
+#include <OrvoAPI/Queues/DispatchQueue.h>
 #include <OrvoAPI/Testing/ManualClock.h>
 
 #include <chrono>

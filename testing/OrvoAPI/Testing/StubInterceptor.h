@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Platform/URLInterceptor.h>
+#include <OrvoAPI/HTTP/URLInterceptor.h>
 
 #include <deque>
 #include <map>

@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace orvo::detail {
+
+/// Stops the process after one line on standard error: for programming errors only, where carrying
+/// on would mean working with a value that cannot exist.
+[[noreturn]] void fatal(std::string_view message);
+
+}  // namespace orvo::detail

@@ -1,0 +1,205 @@
+#pragma once
+
+#include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/Futures/detail/FutureState.h>
+#include <OrvoAPI/Queues/detail/TailPosition.h>
+
+#include <memory>
+#include <optional>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+namespace orvo {
+template <class T>
+class Future;
+}
+
+namespace orvo::detail {
+
+/// A future that is made from the results of others. It is itself the callback that waits for them,
+/// so it costs one allocation with its transform and its job.
+template <class U>
+class DerivedState : public FutureState<U>, public Continuation {
+ public:
+  using FutureState<U>::FutureState;
+
+  /// No result will come: what the task holds goes at once, although the future may live on.
+  void drop() noexcept final {
+    destroyTask();
+    this->releaseSource();
+    this->release();
+  }
+
+ protected:
+  ~DerivedState() override = default;
+
+  /// Destroys what is needed to make the result.
+  virtual void destroyTask() noexcept = 0;
+
+  /// Settles as the last act of a job, so that what follows stays on this worker.
+  void settleLast(Result<U>&& result) {
+    const TailPosition tail(this);
+    this->settle(std::move(result));
+  }
+  void completeLast(Result<U>&& result) {
+    const TailPosition tail(this);
+    this->complete(std::move(result));
+  }
+  /// As the last act of a job, waits for `source`, which posts this callback again.
+  void waitLastFor(FutureCore& source) {
+    const TailPosition tail(this);
+    source.add(static_cast<Continuation*>(this));
+  }
+};
+
+/// How a failing transform's error reaches the derived future.
+enum class ErrorForm { wrapped, unchanged };
+
+template <class T, class U, class F, ErrorForm form>
+class MapState final : public DerivedState<U> {
+ public:
+  template <class From>
+  MapState(std::shared_ptr<DispatchQueue> queue, FutureCore& source, From&& transform)
+      : DerivedState<U>(std::move(queue), source), transform_(std::forward<From>(transform)) {}
+
+  [[nodiscard]] const std::shared_ptr<DispatchQueue>& queue() const override {
+    return this->callbackQueue();
+  }
+
+  void run() override {
+    const auto self = CoreRef<MapState>::adopt(this);
+    const auto& source = *static_cast<const Result<T>*>(this->sourceResult());
+    auto result =
+        source.failed() ? Result<U>(Failure{*source.error()}) : transform(*source.value());
+    transform_.reset();
+    this->releaseSource();
+    this->settleLast(std::move(result));
+  }
+
+ private:
+  Result<U> transform(const T& value) {
+    try {
+      if constexpr (IsResult<std::decay_t<std::invoke_result_t<F&, const T&>>>::value) {
+        auto result = (*transform_)(value);
+        if (result.failed()) return failure(*result.error());
+        return result;
+      } else {
+        return (*transform_)(value);
+      }
+    } catch (...) {
+      return failure(AnyError::current());
+    }
+  }
+  static Result<U> failure(AnyError error) {
+    if constexpr (form == ErrorForm::wrapped) {
+      return Failure{GeneralError::underlying{std::move(error)}};
+    } else {
+      return Failure{std::move(error)};
+    }
+  }
+  void destroyTask() noexcept override { transform_.reset(); }
+
+  std::optional<F> transform_;
+};
+
+/// Waits for its source first and then, as the same callback again, for the future that the task
+/// returned.
+template <class T, class U, class F>
+class FlatMapState final : public DerivedState<U> {
+ public:
+  template <class From>
+  FlatMapState(std::shared_ptr<DispatchQueue> queue, FutureCore& source, From&& task)
+      : DerivedState<U>(std::move(queue), source), task_(std::forward<From>(task)) {}
+
+  [[nodiscard]] const std::shared_ptr<DispatchQueue>& queue() const override {
+    return innerQueue_ != nullptr ? innerQueue_ : this->callbackQueue();
+  }
+
+  void run() override {
+    auto self = CoreRef<FlatMapState>::adopt(this);
+    if (innerQueue_ != nullptr) {
+      auto result = *static_cast<const Result<U>*>(this->sourceResult());
+      this->releaseSource();
+      return this->settleLast(std::move(result));
+    }
+    const auto& source = *static_cast<const Result<T>*>(this->sourceResult());
+    auto inner = start(source);
+    task_.reset();
+    this->releaseSource();
+    if (const auto* const failed = inner.error()) {
+      // Unlike a map, a failed source completes the future even when that has been cancelled.
+      return this->completeLast(Failure{*failed});
+    }
+    const auto core = inner.value()->core_;
+    innerQueue_ = core->callbackQueue();
+    self.detach()->waitLastFor(*core.get());
+  }
+
+ private:
+  Result<Future<U>> start(const Result<T>& source) {
+    if (source.failed()) return Failure{*source.error()};
+    try {
+      return (*task_)(*source.value());
+    } catch (...) {
+      return Failure{AnyError::current()};
+    }
+  }
+  void destroyTask() noexcept override { task_.reset(); }
+
+  std::optional<F> task_;
+  std::shared_ptr<DispatchQueue> innerQueue_;  // present while it waits for the second future
+};
+
+/// Collects the values of its inputs, in their order: it waits for one after another, each on that
+/// input's own callback queue, and lets go of an input when it begins to wait for it: that input's
+/// list owns it from then on. Its cancellation reaches the first input only, and only until that
+/// one's result has come.
+template <class T>
+class ConcatState final : public DerivedState<std::vector<T>> {
+ public:
+  explicit ConcatState(std::vector<Future<T>> inputs)
+      : DerivedState<std::vector<T>>(inputs.front().callbackQueue(), *inputs.front().core_.get()),
+        inputs_(std::move(inputs)),
+        queue_(this->callbackQueue()) {
+    values_.reserve(inputs_.size());
+    inputs_.front().core_ = {};
+  }
+
+  [[nodiscard]] const std::shared_ptr<DispatchQueue>& queue() const override { return queue_; }
+
+  void run() override {
+    auto self = CoreRef<ConcatState>::adopt(this);
+    const auto* result = static_cast<const Result<T>*>(this->sourceResult());
+    this->leaveSource();
+    for (;;) {
+      if (result->failed()) return finish(Failure{*result->error()});
+      values_.push_back(*result->value());
+      if (values_.size() == inputs_.size()) return finish(std::move(values_));
+      const auto& input = inputs_[values_.size()];
+      result = input.core_->result();
+      if (result == nullptr || input.callbackQueue() != queue_) break;
+    }
+    this->releaseSource();
+    const auto input = std::move(inputs_[values_.size()].core_);
+    queue_ = input->callbackQueue();
+    self.detach()->waitLastFor(*input.get());
+  }
+
+ private:
+  void finish(Result<std::vector<T>> result) {
+    inputs_.clear();
+    this->releaseSource();
+    this->settleLast(std::move(result));
+  }
+  void destroyTask() noexcept override {
+    inputs_.clear();
+    values_.clear();
+  }
+
+  std::vector<Future<T>> inputs_;
+  std::vector<T> values_;
+  std::shared_ptr<DispatchQueue> queue_;
+};
+
+}  // namespace orvo::detail

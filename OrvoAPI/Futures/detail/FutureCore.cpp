@@ -1,0 +1,193 @@
+#include <OrvoAPI/Base/detail/UUID.h>
+#include <OrvoAPI/Futures/detail/FutureCore.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
+
+#include <vector>
+
+namespace orvo::detail {
+namespace {
+
+/// Futures whose last reference went while another was being destroyed on this thread: a chain of
+/// any length is taken down in a loop, not in a recursion. Null while none is being destroyed; the
+/// last of them is no future, but a mark.
+[[gnu::tls_model("initial-exec")]] thread_local constinit FutureCore* disposed = nullptr;
+FutureCore* lastDisposed() {
+  return reinterpret_cast<FutureCore*>(std::uintptr_t{1});  // NOLINT(performance-no-int-to-ptr)
+}
+
+/// The nodes that were pushed, the oldest first.
+template <class Node>
+NodeList<Node> reversed(Node* newest) {
+  NodeList<Node> list;
+  while (newest != nullptr) {
+    auto* const node = newest;
+    newest = node->next;
+    list.prepend(node);
+  }
+  return list;
+}
+
+CancelCallback* asCancelCallback(std::uintptr_t cancelCallback) {
+  return reinterpret_cast<CancelCallback*>(cancelCallback);  // NOLINT(performance-no-int-to-ptr)
+}
+
+}  // namespace
+
+void FutureCore::dropCallbacks() noexcept {
+  const auto unposted = reversed(asNode(callbacks_.load(std::memory_order_relaxed)));
+  const auto cancelCallbacks = cancelCallbacks_.load(std::memory_order_relaxed);
+  const auto uncalled = reversed(asCancelCallback(cancelCallbacks & ~kCancelled));
+}
+
+void FutureCore::releaseWeakly(FutureCore* core) noexcept {
+  // The last one needs no exchange: nobody is left to take or to give up another.
+  auto& weak = counts(core).weak;
+  if (weak.load(std::memory_order_acquire) == 1 ||
+      weak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
+    operator delete(core);
+  }
+}
+
+CoreRef<FutureCore> FutureCore::lock(FutureCore* core) noexcept {
+  auto& strong = counts(core).strong;
+  auto count = strong.load(std::memory_order_relaxed);
+  while (count != 0) {
+    if (strong.compare_exchange_weak(count, count + 1, std::memory_order_acq_rel)) {
+      return CoreRef<FutureCore>::adopt(core);
+    }
+  }
+  return {};
+}
+
+void FutureCore::dispose() noexcept {
+  if (disposed != nullptr) {
+    counts(this).nextDisposed = std::exchange(disposed, this);
+    return;
+  }
+  disposed = lastDisposed();
+  destroy(this);
+  if (disposed != lastDisposed()) destroyDisposed();
+  disposed = nullptr;
+}
+
+void FutureCore::destroyDisposed() noexcept {
+  while (disposed != lastDisposed()) {
+    auto* const core = std::exchange(disposed, counts(disposed).nextDisposed);
+    destroy(core);
+  }
+}
+
+void FutureCore::destroy(FutureCore* core) noexcept {
+  core->~FutureCore();
+  releaseWeakly(core);
+}
+
+std::string FutureCore::queueLabel() {
+  const auto* label = label_.load(std::memory_order_acquire);
+  if (label == nullptr) {
+    auto made = std::make_unique<const std::string>(std::string(FutureQueueLabelPrefix) +
+                                                    "internal_callback_queue_" + makeUUID());
+    if (label_.compare_exchange_strong(label, made.get(), std::memory_order_acq_rel)) {
+      label = made.release();
+    }
+  }
+  return *label;
+}
+
+inline void FutureCore::post(Continuation* callback, FutureCore& source, const void* result) {
+  source.retain();
+  callback->source_ = &source;
+  callback->result_ = result;
+  // A copy: once posted, the callback may be gone, and its hold on the queue with it.
+  const auto queue = callback->queue();
+  queue->post(Job(callback));
+}
+
+JobNode* FutureCore::asNode(std::uintptr_t callbacks) {
+  const auto newest = callbacks & ~(kPosting | kPosted);
+  return reinterpret_cast<JobNode*>(newest);  // NOLINT(performance-no-int-to-ptr)
+}
+
+void FutureCore::publish(const void* result) noexcept {
+  result_.store(result, std::memory_order_release);
+  auto callbacks = callbacks_.load(std::memory_order_acquire);
+  do {
+    if ((callbacks & (kPosting | kPosted)) != 0) return;
+  } while (!callbacks_.compare_exchange_weak(callbacks, callbacks == 0 ? kPosted : kPosting,
+                                             std::memory_order_acq_rel, std::memory_order_acquire));
+  if (callbacks == 0) return;
+  for (;;) {
+    auto* const newest = asNode(callbacks);
+    if (newest->next == nullptr) {
+      post(static_cast<Continuation*>(newest), *this, currentResult());
+    } else {
+      postInOrder(newest);
+    }
+    callbacks = kPosting;
+    if (callbacks_.compare_exchange_strong(callbacks, kPosted, std::memory_order_acq_rel)) return;
+    callbacks = callbacks_.exchange(kPosting, std::memory_order_acq_rel);
+  }
+}
+
+void FutureCore::postInOrder(JobNode* newest) {
+  const auto* const result = currentResult();
+  for (auto batch = reversed(newest); !batch.empty();) {
+    post(static_cast<Continuation*>(batch.pop()), *this, result);
+  }
+}
+
+void FutureCore::add(Continuation* callback) {
+  JobNode* const node = callback;
+  auto callbacks = callbacks_.load(std::memory_order_acquire);
+  std::uintptr_t joined = 0;
+  do {
+    if (callbacks == kPosted) return post(callback, *this, currentResult());
+    const auto newest = callbacks & ~kPosting;
+    node->next = reinterpret_cast<JobNode*>(newest);  // NOLINT(performance-no-int-to-ptr)
+    joined = reinterpret_cast<std::uintptr_t>(node) | (callbacks & kPosting);
+  } while (!callbacks_.compare_exchange_weak(callbacks, joined, std::memory_order_acq_rel,
+                                             std::memory_order_acquire));
+}
+
+void FutureCore::add(CancelCallback* callback, DispatchQueue& queue) {
+  auto newest = cancelCallbacks_.load(std::memory_order_acquire);
+  do {
+    if (newest == kCancelled) {
+      return queue.post(callback->intoJob(CoreRef<FutureCore>::retain(this)));
+    }
+    callback->next = asCancelCallback(newest);
+  } while (!cancelCallbacks_.compare_exchange_weak(
+      newest, reinterpret_cast<std::uintptr_t>(callback), std::memory_order_acq_rel,
+      std::memory_order_acquire));
+}
+
+/// One future of a chain that is being cancelled. Callbacks that an exception keeps from being
+/// called are dropped with it.
+struct FutureCore::Cancellation {
+  CoreRef<FutureCore> future;
+  NodeList<CancelCallback> callbacks;
+  bool completed;
+};
+
+void FutureCore::cancel() {
+  // Up the chain in a loop, then down again with the callbacks: the source's come before its
+  // derived future's, as if each were the first callback of the next.
+  std::vector<Cancellation> chain;
+  auto future = CoreRef<FutureCore>::retain(this);
+  while (future) {
+    auto& core = *future.get();
+    const auto callbacks = core.cancelCallbacks_.exchange(kCancelled, std::memory_order_acq_rel);
+    const bool completed = core.isCompleted();
+    auto* const source = core.source_.exchange(nullptr, std::memory_order_acq_rel);
+    chain.push_back(
+        {std::move(future), reversed(asCancelCallback(callbacks & ~kCancelled)), completed});
+    if (source == nullptr) break;
+    future = lock(source);
+    releaseWeakly(source);
+  }
+  for (auto cancelled = chain.rbegin(); cancelled != chain.rend(); ++cancelled) {
+    while (!cancelled->callbacks.empty()) cancelled->callbacks.pop()->call(cancelled->completed);
+  }
+}
+
+}  // namespace orvo::detail

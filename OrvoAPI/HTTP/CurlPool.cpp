@@ -1,0 +1,157 @@
+#include <OrvoAPI/HTTP/CurlPoolInternal.h>
+
+#include <sys/epoll.h>
+
+#include <map>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+std::map<std::string, std::weak_ptr<CurlPool>>& pools() {
+  static auto* const pools = new std::map<std::string, std::weak_ptr<CurlPool>>;
+  return *pools;
+}
+
+}  // namespace
+
+std::shared_ptr<CurlPool> CurlPool::of(const std::string& authorityFile) {
+  auto& known = pools()[authorityFile];
+  if (auto pool = known.lock()) return pool;
+  CURLM* const multi = curl_multi_init();
+  if (multi == nullptr) return nullptr;
+  std::shared_ptr<CurlPool> pool(new CurlPool(multi, authorityFile));
+  known = pool;
+  return pool;
+}
+
+CurlPool::CurlPool(CURLM* multi, std::string authorityFile)
+    : multi_(multi), authorityFile_(std::move(authorityFile)) {
+  curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, &CurlPool::onSocket);
+  curl_multi_setopt(multi_, CURLMOPT_SOCKETDATA, this);
+  curl_multi_setopt(multi_, CURLMOPT_TIMERFUNCTION, &CurlPool::onTimer);
+  curl_multi_setopt(multi_, CURLMOPT_TIMERDATA, this);
+  NetworkThread::shared().add(*this);
+}
+
+CurlPool::~CurlPool() {
+  curl_multi_cleanup(multi_);
+  NetworkThread::shared().remove(*this);
+  pools().erase(authorityFile_);
+}
+
+void CurlPool::adjustHostConnections(long connections) {
+  hostConnections_ += connections;
+  curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, hostConnections_);
+  // Without it a burst that ends closes most of its connections.
+  curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, std::max(4 * hostConnections_, 8L));
+}
+
+void CurlPool::add(std::unique_ptr<CurlTransfer> transfer) {
+  transfer->place().index = active_.size();
+  nextDeadline_ = std::min(nextDeadline_, transfer->deadline());
+  active_.push_back(std::move(transfer));
+  auto& added = *active_.back();
+  if (curl_multi_add_handle(multi_, added.handle()) != CURLM_OK) {
+    added.end(CURLE_FAILED_INIT);
+  }
+}
+
+std::unique_ptr<CurlTransfer> CurlPool::remove(CurlTransfer& transfer) {
+  curl_multi_remove_handle(multi_, transfer.handle());
+  const auto [index, socket] = transfer.place();
+  if (socket >= 0) NetworkThread::shared().forgetContext(socket, &transfer);
+  std::swap(active_[index], active_.back());
+  active_[index]->place().index = index;
+  auto removed = std::move(active_.back());
+  active_.pop_back();
+  if (active_.empty()) nextDeadline_ = NetworkTime::max();
+  return removed;
+}
+
+void CurlPool::endAll(const CurlTransferOwner& owner, const URLError& error) {
+  std::vector<CurlTransfer*> ending;
+  for (const auto& transfer : active_) {
+    if (transfer->owner() == &owner) ending.push_back(transfer.get());
+  }
+  for (auto* const transfer : ending) transfer->end(error);
+}
+
+void CurlPool::collect() {
+  int remaining = 0;
+  while (const CURLMsg* const message = curl_multi_info_read(multi_, &remaining)) {
+    if (message->msg != CURLMSG_DONE) continue;
+    CurlTransfer::from(message->easy_handle)->end(message->data.result);
+  }
+}
+
+void CurlPool::socketIsReady(int socket, std::uint32_t events, void* context) {
+  // Bytes of a header line that is not complete yet show here only. On a connection with several
+  // exchanges they may be another's.
+  if (auto* const transfer = static_cast<CurlTransfer*>(context);
+      transfer != nullptr && !transfer->isMultiplexed()) {
+    transfer->noteActivity();
+  }
+  int mask = 0;
+  if ((events & EPOLLIN) != 0) mask |= CURL_CSELECT_IN;
+  if ((events & EPOLLOUT) != 0) mask |= CURL_CSELECT_OUT;
+  if ((events & (EPOLLERR | EPOLLHUP)) != 0) mask |= CURL_CSELECT_ERR;
+  int running = 0;
+  curl_multi_socket_action(multi_, socket, mask, &running);
+  collect();
+}
+
+void CurlPool::runTimers() {
+  const auto now = NetworkThread::shared().now();
+  if (curlTimer_ <= now) {
+    curlTimer_ = NetworkTime::max();
+    int running = 0;
+    curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
+    collect();
+  }
+  if (nextDeadline_ <= now) checkDeadlines();
+}
+
+void CurlPool::checkDeadlines() {
+  const auto now = NetworkThread::shared().now();
+  nextDeadline_ = NetworkTime::max();
+  std::vector<CurlTransfer*> silent;
+  for (const auto& transfer : active_) {
+    const auto deadline = transfer->deadline();
+    if (deadline <= now) {
+      silent.push_back(transfer.get());
+    } else {
+      nextDeadline_ = std::min(nextDeadline_, deadline);
+    }
+  }
+  for (auto* const transfer : silent) transfer->giveUp();
+}
+
+int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*) {
+  auto& thread = NetworkThread::shared();
+  if (what == CURL_POLL_REMOVE) {
+    thread.unwatch(socket);
+    return 0;
+  }
+  auto* const transfer = CurlTransfer::from(handle);
+  if (transfer != nullptr) {
+    // One whose connection broke goes on with another. The earlier socket is forgotten: it may
+    // outlive the transfer.
+    const int earlier = std::exchange(transfer->place().socket, socket);
+    if (earlier >= 0 && earlier != socket) thread.forgetContext(earlier, transfer);
+  }
+  const std::uint32_t events = ((what & CURL_POLL_IN) != 0 ? std::uint32_t{EPOLLIN} : 0U) |
+                               ((what & CURL_POLL_OUT) != 0 ? std::uint32_t{EPOLLOUT} : 0U);
+  thread.watch(socket, events, *static_cast<CurlPool*>(self), transfer);
+  return 0;
+}
+
+int CurlPool::onTimer(CURLM*, long milliseconds, void* self) {
+  auto& timer = static_cast<CurlPool*>(self)->curlTimer_;
+  timer = milliseconds < 0
+              ? NetworkTime::max()
+              : NetworkThread::shared().now() + std::chrono::milliseconds(milliseconds);
+  return 0;
+}
+
+}  // namespace orvo::detail

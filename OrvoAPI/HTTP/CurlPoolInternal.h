@@ -1,0 +1,67 @@
+#pragma once
+
+#include <OrvoAPI/HTTP/CurlTransferInternal.h>
+#include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+
+#include <curl/curl.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvo::detail {
+
+/// The connections of all sessions that trust the same authorities, over one multi handle of
+/// libcurl, with the transfers that are under way on them. Of the network thread; held by its
+/// sessions, and closed with the last of them.
+///
+/// One for several sessions because opening the first connection of a multi handle costs 50 ms, for
+/// reading the authorities, and because a program's second session then finds the connection that
+/// its first one has opened.
+class CurlPool final : public NetworkPool {
+ public:
+  /// The pool of the sessions with this file of authorities; null when there is no memory for it.
+  [[nodiscard]] static std::shared_ptr<CurlPool> of(const std::string& authorityFile);
+
+  ~CurlPool() override;
+  CurlPool(const CurlPool&) = delete;
+  CurlPool& operator=(const CurlPool&) = delete;
+
+  /// A session has come, or gone with a negative number: so many more connections to one host.
+  void adjustHostConnections(long connections);
+
+  /// Lets the transfer begin; its session learns the end.
+  void add(std::unique_ptr<CurlTransfer> transfer);
+  /// Ends all transfers of the owner.
+  void endAll(const CurlTransferOwner& owner, const URLError& error);
+  /// Ends those whose deadline has passed, as soon as the library can bear it.
+  void checkDeadlinesSoon() { nextDeadline_ = NetworkTime::min(); }
+  /// Gives the transfer back, aborting what has not ended.
+  [[nodiscard]] std::unique_ptr<CurlTransfer> remove(CurlTransfer& transfer);
+
+  void socketIsReady(int socket, std::uint32_t events, void* context) override;
+  void runTimers() override;
+  [[nodiscard]] NetworkTime nextTimer() const override {
+    return active_.empty() ? NetworkTime::max() : std::min(curlTimer_, nextDeadline_);
+  }
+
+ private:
+  CurlPool(CURLM* multi, std::string authorityFile);
+
+  void collect();
+  void checkDeadlines();
+
+  static int onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*);
+  static int onTimer(CURLM* multi, long milliseconds, void* self);
+
+  CURLM* const multi_;
+  const std::string authorityFile_;
+  long hostConnections_ = 0;
+  std::vector<std::unique_ptr<CurlTransfer>> active_;
+  NetworkTime curlTimer_ = NetworkTime::max();
+  NetworkTime nextDeadline_ = NetworkTime::max();  // not after the first one
+};
+
+}  // namespace orvo::detail

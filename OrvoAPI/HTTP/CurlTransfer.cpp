@@ -1,0 +1,301 @@
+#include <OrvoAPI/HTTP/CurlErrorsInternal.h>
+#include <OrvoAPI/HTTP/CurlTransferInternal.h>
+#include <OrvoAPI/Version.h>
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <string>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+/// What the headers of most answers need.
+constexpr std::size_t kUsualFields = 16;
+constexpr std::size_t kUsualFieldBytes = 384;
+
+/// Before 8.2 a handle remembers the last header field of its earlier answer, freed by then, and
+/// writes into that when the next answer's header begins with a folded line.
+bool handlesRememberFields() {
+  static const bool remember = curl_version_info(CURLVERSION_NOW)->version_num < 0x080200;
+  return remember;
+}
+
+bool isFolded(std::string_view line) { return line.starts_with(' ') || line.starts_with('\t'); }
+
+CURL* makeHandle() {
+  CURL* const handle = curl_easy_init();
+  if (handle == nullptr) throw std::bad_alloc();
+  return handle;
+}
+
+/// The library's form of "Name: value", in which a field without a value would mean "leave it out".
+std::string headerLine(std::string_view name, std::string_view value) {
+  std::string line(name);
+  if (value.empty()) return line += ';';
+  return line.append(": ").append(value);
+}
+
+}  // namespace
+
+CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share)
+    : handle_(makeHandle()),
+      maximumBodySize_(configuration.maximumBodySize),
+      maximumHeaderSize_(configuration.maximumHeaderSize) {
+  set(CURLOPT_PRIVATE, this);
+  set(CURLOPT_SHARE, share);
+  set(CURLOPT_COOKIEFILE, "");       // cookies, kept in memory
+  set(CURLOPT_ACCEPT_ENCODING, "");  // all that the library can decode
+  set(CURLOPT_USERAGENT, "OrvoAPI/" ORVO_API_VERSION_STRING);
+  set(CURLOPT_PATH_AS_IS, 1L);  // what the URL says goes on the wire
+  set(CURLOPT_NOSIGNAL, 1L);
+  // A transfer that is given up during name resolution would wait for the resolver.
+  set(CURLOPT_QUICK_EXIT, 1L);
+  // A first burst waits for one connection to tell whether it can carry all of them.
+  set(CURLOPT_PIPEWAIT, 1L);
+  set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  setSecurity(configuration);
+  setCallbacks();
+}
+
+CurlTransfer::~CurlTransfer() { curl_easy_cleanup(handle_); }
+
+void CurlTransfer::setSecurity(const URLSessionConfiguration& configuration) {
+  set(CURLOPT_PROTOCOLS_STR, "http,https");
+  set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
+  // Searching a folder of certificates for each connection costs 50 ms; the one file is read once
+  // and kept.
+  set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
+  if (configuration.certificateAuthorityFile) {
+    set(CURLOPT_CAINFO, configuration.certificateAuthorityFile->c_str());
+  }
+}
+
+void CurlTransfer::setCallbacks() {
+  set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
+  set(CURLOPT_HEADERDATA, this);
+  set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+  set(CURLOPT_WRITEDATA, this);
+  set(CURLOPT_DEBUGFUNCTION, &CurlTransfer::onTrace);
+  set(CURLOPT_DEBUGDATA, this);
+  set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
+}
+
+CurlTransfer* CurlTransfer::from(CURL* handle) {
+  char* self = nullptr;
+  curl_easy_getinfo(handle, CURLINFO_PRIVATE, &self);
+  return reinterpret_cast<CurlTransfer*>(self);
+}
+
+void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlTransferOwner& owner,
+                         CurlHost& host) {
+  exchange_ = std::move(exchange);
+  owner_ = &owner;
+  host_ = &host;
+  noteActivity();
+  const auto& request = exchange_->exchangeRequest();
+  set(CURLOPT_URL, request.url.text().c_str());
+  // HTTP/2 comes by agreement within TLS only. Offered without, a first burst would wait for the
+  // first answer.
+  const bool secure = request.url.text().starts_with("https:");
+  set(CURLOPT_HTTP_VERSION, long{secure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1});
+  // It gives a second address its chance when a first one does not answer. Zero would mean the
+  // library's own choice.
+  constexpr long kLongest = std::numeric_limits<int>::max();
+  const long timeout = request.timeoutInterval.count();
+  set(CURLOPT_CONNECTTIMEOUT_MS, timeout > 0 ? std::min(timeout, kLongest) : kLongest);
+  setMethod(request);
+  setHeaders(request);
+}
+
+void CurlTransfer::setMethod(const URLRequest& request) {
+  const bool bodyless = request.body.empty() && request.method != "POST" &&
+                        request.method != "PUT" && request.method != "PATCH";
+  const bool plainGet = bodyless && request.method == "GET";
+  if (plainGet && plainGet_) return;
+  plainGet_ = plainGet;
+  set(CURLOPT_HTTPGET, 1L);  // undoes what an earlier request has set
+  set(CURLOPT_CUSTOMREQUEST, static_cast<const char*>(nullptr));
+  if (plainGet) return;
+  if (bodyless && request.method == "HEAD") {
+    set(CURLOPT_NOBODY, 1L);
+    return;
+  }
+  if (!bodyless) {
+    set(CURLOPT_POST, 1L);
+    set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body.size()));
+    // Not copied: the exchange holds the request as long as it is under way.
+    set(CURLOPT_POSTFIELDS, request.body.empty() ? "" : request.body.view().data());
+  }
+  set(CURLOPT_CUSTOMREQUEST, request.method.c_str());
+}
+
+void CurlTransfer::setHeaders(const URLRequest& request) {
+  if (plainGet_ && listedHeaders_ == request.headers && listedPolicy_ == request.cachePolicy)
+    return;
+  curl_slist* list = nullptr;
+  const auto append = [&list](const std::string& line) {
+    curl_slist* const longer = curl_slist_append(list, line.c_str());
+    if (longer == nullptr) {
+      curl_slist_free_all(list);
+      throw std::bad_alloc();
+    }
+    list = longer;
+  };
+  for (const auto field : request.headers) append(headerLine(field.name, field.value));
+  if (request.cachePolicy == CachePolicy::reloadIgnoringLocalAndRemoteCacheData) {
+    if (!request.headers.contains("Cache-Control")) append("Cache-Control: no-cache");
+    if (!request.headers.contains("Pragma")) append("Pragma: no-cache");
+  }
+  if (!plainGet_) {
+    append("Expect:");  // servers that do not know it would cost a second
+    if (!request.headers.contains("Content-Type")) append("Content-Type:");
+  }
+  set(CURLOPT_HTTPHEADER, list);
+  headerList_.reset(list);
+  listedHeaders_ = plainGet_ ? std::optional(request.headers) : std::nullopt;
+  listedPolicy_ = request.cachePolicy;
+}
+
+NetworkTime CurlTransfer::deadline() const {
+  if (failure_) return NetworkTime::min();
+  const auto timeout = exchange_->exchangeRequest().timeoutInterval;
+  if (timeout <= timeout.zero() || timeout > std::chrono::hours(24 * 365)) {
+    return NetworkTime::max();
+  }
+  return lastActivity_ + timeout;
+}
+
+void CurlTransfer::giveUp() {
+  end(failure_ ? *failure_ : URLError{URLError::timedOut, "the server is silent"});
+}
+
+HTTPOutcome CurlTransfer::outcome(CURLcode code) {
+  if (failure_) return *std::move(failure_);
+  // A single header line beyond what the library takes.
+  if (code == CURLE_OUT_OF_MEMORY && !headIsComplete_) {
+    return URLError{URLError::dataLengthExceedsMaximum, "a header is too long"};
+  }
+  if (code != CURLE_OK) return urlError(handle_, code);
+  long status = 0;
+  curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
+  if (status == 0) return URLError{URLError::badURL, "no HTTP response"};
+  if (status < 100 || status > 999) return URLError{URLError::badServerResponse, "no status"};
+  // The library takes an end within the header, or behind an interim response, for the answer's.
+  const bool interim = status < 200 && status != 101;
+  if (!headIsComplete_ || interim) {
+    return URLError{URLError::networkConnectionLost, "the connection ended within the header"};
+  }
+  return HTTPResult{
+      {exchange_->exchangeRequest().url, static_cast<int>(status), std::move(headers_)},
+      body_.take()};
+}
+
+void CurlTransfer::clear() {
+  owner_ = nullptr;
+  host_ = nullptr;
+  place_ = {};
+  exchange_.reset();
+  multiplexed_ = false;
+  headers_ = {};
+  headerBytes_ = 0;
+  headIsComplete_ = false;
+  bodyHasBegun_ = false;
+  body_ = {};
+  failure_.reset();
+}
+
+bool CurlTransfer::failTooLong(const char* message) {
+  failure_ = URLError{URLError::dataLengthExceedsMaximum, message};
+  return false;
+}
+
+bool CurlTransfer::receiveHeader(std::string_view line) {
+  noteActivity();
+  headerBytes_ += line.size();  // interim responses count: there is no bound to their number
+  if (headerBytes_ > maximumHeaderSize_) return failTooLong("the header is too long");
+  if (bodyHasBegun_) return true;  // trailers
+  if (line.starts_with("HTTP/")) {
+    // Another response than the one before, which was an interim one.
+    multiplexed_ = line.starts_with("HTTP/2");
+    headIsComplete_ = false;
+    headers_ = {};
+    if (handlesRememberFields()) set(CURLOPT_VERBOSE, 1L);
+    return true;
+  }
+  const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
+  while (!line.empty() && blank(line.back())) line.remove_suffix(1);
+  if (line.empty()) headIsComplete_ = true;
+  const auto colon = line.find(':');
+  if (headIsComplete_ || colon == std::string_view::npos) return true;
+  auto value = line.substr(colon + 1);
+  while (!value.empty() && blank(value.front())) value.remove_prefix(1);
+  if (headers_.empty()) headers_.reserve(kUsualFields, kUsualFieldBytes);
+  headers_.add(line.substr(0, colon), value);
+  return true;
+}
+
+bool CurlTransfer::receiveBody(std::string_view bytes) {
+  noteActivity();
+  if (!bodyHasBegun_) {
+    bodyHasBegun_ = true;
+    curl_off_t announced = -1;
+    curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
+    if (announced > 0) {
+      const auto size = static_cast<std::size_t>(announced);
+      if (size > maximumBodySize_) return failTooLong("the body is too long");
+      body_.expect(size);
+    }
+  }
+  if (bytes.size() > maximumBodySize_ - body_.size()) return failTooLong("the body is too long");
+  body_.append(bytes);
+  return true;
+}
+
+template <class Receive>
+std::size_t CurlTransfer::receive(std::string_view bytes, Receive&& receive) {
+  try {
+    return receive(bytes) ? bytes.size() : CURL_WRITEFUNC_ERROR;
+  } catch (const std::bad_alloc&) {
+    failure_ = URLError{URLError::unknown, "out of memory"};  // not through the library's frames
+    return CURL_WRITEFUNC_ERROR;
+  }
+}
+
+std::size_t CurlTransfer::onHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto* const transfer = static_cast<CurlTransfer*>(self);
+  return transfer->receive({bytes, size * count}, [transfer](std::string_view line) {
+    return transfer->receiveHeader(line);
+  });
+}
+
+std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+  auto* const transfer = static_cast<CurlTransfer*>(self);
+  return transfer->receive({bytes, size * count}, [transfer](std::string_view body) {
+    return transfer->receiveBody(body);
+  });
+}
+
+/// Sees the line behind the status before the library does, and nothing else: a trace of all would
+/// cost more than the transfer. To pause is what keeps the library from the line.
+int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size,
+                          void* self) {
+  if (kind != CURLINFO_HEADER_IN) return 0;
+  curl_easy_setopt(handle, CURLOPT_VERBOSE, 0L);
+  if (!isFolded({bytes, size})) return 0;
+  curl_easy_pause(handle, CURLPAUSE_RECV);
+  auto* const transfer = static_cast<CurlTransfer*>(self);
+  transfer->failure_ = URLError{URLError::badServerResponse, "a folded line"};
+  transfer->owner_->transferDidFail();
+  return 0;
+}
+
+/// As the library's own, but for the flag that keeps the socket from programs that the host starts.
+curl_socket_t CurlTransfer::onOpenSocket(void*, curlsocktype, curl_sockaddr* address) {
+  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+}
+
+}  // namespace orvo::detail

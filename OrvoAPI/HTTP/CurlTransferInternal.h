@@ -1,0 +1,126 @@
+#pragma once
+
+#include <OrvoAPI/HTTP/BodyBufferInternal.h>
+#include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+
+#include <curl/curl.h>
+
+#include <chrono>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace orvo::detail {
+
+struct CurlHost;
+class CurlTransfer;
+
+/// Who a transfer belongs to.
+class CurlTransferOwner {
+ public:
+  /// The owner takes it back from the pool.
+  virtual void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) = 0;
+  /// A transfer has failed where the library does not see it: soon its deadline has passed.
+  virtual void transferDidFail() = 0;
+
+ protected:
+  ~CurlTransferOwner() = default;
+};
+
+/// A place for one transfer at a time: the handle with its settings, and what has arrived. Of the
+/// network thread. The session keeps it for the next transfer, since making one costs more than a
+/// short transfer itself.
+class CurlTransfer {
+ public:
+  /// `share` holds the session's cookies and TLS sessions.
+  CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share);
+  CurlTransfer(const CurlTransfer&) = delete;
+  CurlTransfer& operator=(const CurlTransfer&) = delete;
+  ~CurlTransfer();
+
+  [[nodiscard]] static CurlTransfer* from(CURL* handle);
+  [[nodiscard]] CURL* handle() const { return handle_; }
+  [[nodiscard]] const std::shared_ptr<HTTPExchange>& exchange() const { return exchange_; }
+
+  void begin(std::shared_ptr<HTTPExchange> exchange, CurlTransferOwner& owner, CurlHost& host);
+  /// Ends by the library's verdict.
+  void end(CURLcode code) { end(outcome(code)); }
+  void end(HTTPOutcome outcome) { owner_->transferDidEnd(*this, std::move(outcome)); }
+  /// Ends because of its own failure, or else of the silence.
+  void giveUp();
+  /// Lets go of the exchange and of all that it needed.
+  void clear();
+
+  /// Bytes have come or gone: the silence is over.
+  void noteActivity() { lastActivity_ = NetworkThread::shared().now(); }
+  /// When the silence has lasted too long; long ago when it has failed.
+  [[nodiscard]] NetworkTime deadline() const;
+
+  [[nodiscard]] const CurlTransferOwner* owner() const { return owner_; }
+  [[nodiscard]] CurlHost& host() const { return *host_; }
+  /// What the pool notes about it.
+  struct Place {
+    std::size_t index = 0;
+    int socket = -1;
+  };
+  [[nodiscard]] Place& place() { return place_; }
+
+  /// Whether it shares its connection with others.
+  [[nodiscard]] bool isMultiplexed() const { return multiplexed_; }
+  void setMultiplexed(bool multiplexed) { multiplexed_ = multiplexed; }
+
+ private:
+  struct FreeList {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+  };
+  using List = std::unique_ptr<curl_slist, FreeList>;
+
+  template <class T>
+  void set(CURLoption option, T value) {
+    curl_easy_setopt(handle_, option, value);
+  }
+  /// What came of it, taken out.
+  [[nodiscard]] HTTPOutcome outcome(CURLcode code);
+  void setSecurity(const URLSessionConfiguration& configuration);
+  void setCallbacks();
+  void setMethod(const URLRequest& request);
+  void setHeaders(const URLRequest& request);
+  [[nodiscard]] bool receiveHeader(std::string_view line);
+  [[nodiscard]] bool receiveBody(std::string_view bytes);
+  template <class Receive>
+  [[nodiscard]] std::size_t receive(std::string_view bytes, Receive&& receive);
+  [[nodiscard]] bool failTooLong(const char* message);
+
+  static int onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size, void* self);
+  static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+  static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
+  static curl_socket_t onOpenSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
+
+  CURL* const handle_;
+  const std::size_t maximumBodySize_;
+  const std::size_t maximumHeaderSize_;
+
+  // What the handle is set to; a next request like the last one needs no setting.
+  bool plainGet_ = true;
+  List headerList_;
+  std::optional<HTTPHeaders> listedHeaders_;
+  CachePolicy listedPolicy_ = CachePolicy::useProtocolCachePolicy;
+
+  // Of the transfer under way.
+  CurlTransferOwner* owner_ = nullptr;
+  CurlHost* host_ = nullptr;
+  Place place_;
+  std::shared_ptr<HTTPExchange> exchange_;
+  NetworkTime lastActivity_;
+  bool multiplexed_ = false;
+  HTTPHeaders headers_;
+  std::size_t headerBytes_ = 0;
+  bool headIsComplete_ = false;
+  bool bodyHasBegun_ = false;
+  BodyBuffer body_;
+  std::optional<URLError> failure_;
+};
+
+}  // namespace orvo::detail

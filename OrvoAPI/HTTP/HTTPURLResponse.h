@@ -1,0 +1,23 @@
+#pragma once
+
+#include <OrvoAPI/Base/Data.h>
+#include <OrvoAPI/HTTP/HTTPHeaders.h>
+#include <OrvoAPI/HTTP/URL.h>
+
+namespace orvo {
+
+/// The head of an HTTP answer. A value; not synchronised.
+struct HTTPURLResponse {
+  /// The URL that answered: after redirects, the last one.
+  URL url;
+  int statusCode = 0;
+  HTTPHeaders headers = {};
+};
+
+/// An HTTP answer whatever its status: the response and its body, empty when there was none.
+struct HTTPResult {
+  HTTPURLResponse response;
+  Data body = {};
+};
+
+}  // namespace orvo

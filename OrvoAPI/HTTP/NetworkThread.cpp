@@ -1,0 +1,210 @@
+#include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+#include <OrvoAPI/Queues/WorkerPoolInternal.h>
+
+#include <curl/curl.h>
+#include <sys/epoll.h>
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+constexpr int kEventsAtATime = 64;
+constexpr std::chrono::seconds kExitPatience{2};
+/// Longer than a few answers take, shorter than anybody notices.
+constexpr std::chrono::microseconds kLongestHold{250};
+
+}  // namespace
+
+NetworkThread& NetworkThread::shared() {
+  static auto* const thread = new NetworkThread;  // its thread may outlive static destruction
+  return *thread;
+}
+
+std::optional<URLError> NetworkThread::start(std::shared_ptr<NetworkSession> session,
+                                             std::shared_ptr<HTTPExchange> exchange) {
+  if (post({Command::Kind::start, std::move(session), std::move(exchange)})) return std::nullopt;
+  const LockGuard guard(lock_);
+  if (state_ == State::ended) return URLError{URLError::cancelled, "the process is ending"};
+  return URLError{URLError::unknown, "no network thread could be started"};
+}
+
+void NetworkThread::cancel(std::shared_ptr<NetworkSession> session,
+                           std::shared_ptr<HTTPExchange> exchange) {
+  post({Command::Kind::cancel, std::move(session), std::move(exchange)});
+}
+
+void NetworkThread::close(std::shared_ptr<NetworkSession> session) {
+  post({Command::Kind::close, std::move(session), nullptr});
+}
+
+bool NetworkThread::post(Command command) {
+  const LockGuard guard(lock_);
+  if (state_ == State::unused && command.kind == Command::Kind::start) begin();
+  if (state_ != State::running) return false;
+  commands_.push_back(std::move(command));
+  if (commands_.size() == 1) eventfd_write(wakeup_, 1);
+  return true;
+}
+
+void NetworkThread::begin() {
+  atProcessExit(ExitStage::network, [] { shared().shutDown(); });
+  epoll_ = epoll_create1(EPOLL_CLOEXEC);
+  wakeup_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
+  epoll_event event{};
+  event.events = EPOLLIN;
+  event.data.fd = wakeup_;
+  if (epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeup_, &event) == 0) {
+    thread_ = startJoinableThread("orvo-network", [] { shared().run(); });
+  }
+  state_ = thread_ ? State::running : State::failed;
+}
+
+void NetworkThread::shutDown() {
+  if (isForkedChild()) return;
+  std::optional<pthread_t> thread;
+  {
+    const LockGuard guard(lock_);
+    if (state_ == State::running) eventfd_write(wakeup_, 1);
+    state_ = State::ended;
+    thread.swap(thread_);
+  }
+  if (thread) joinWithin(*thread, kExitPatience);
+}
+
+void NetworkThread::run() {
+  // Here, for it takes a while, and leaves something behind with its thread. Counted: a host that
+  // uses the same library does not notice.
+  isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  // A second entry, to end before the TLS library takes itself apart: that one has just registered
+  // its end.
+  std::atexit([] { shared().shutDown(); });
+  now_ = std::chrono::steady_clock::now();
+  WorkerPool::holdWakes();
+  while (runCommands()) {
+    // By index: ending an exchange may end a session and its pool.
+    for (std::size_t i = 0; i < pools_.size(); ++i) {
+      if (pools_[i]->nextTimer() <= now_) pools_[i]->runTimers();
+    }
+    waitForEvents();
+  }
+  for (const auto& session : std::exchange(sessions_, {})) session->close();
+  WorkerPool::wakeHeld();
+  ::close(wakeup_);
+  ::close(epoll_);
+}
+
+/// False when the process is ending; the commands that came before that have been run.
+bool NetworkThread::runCommands() {
+  bool running = true;
+  {
+    const LockGuard guard(lock_);
+    taken_.swap(commands_);
+    running = state_ == State::running;
+  }
+  for (auto& command : taken_) runCommand(std::move(command));
+  taken_.clear();
+  return running;
+}
+
+void NetworkThread::runCommand(Command command) {
+  auto& [kind, session, exchange] = command;
+  const auto found = std::find(sessions_.begin(), sessions_.end(), session);
+  switch (kind) {
+    case Command::Kind::start:
+      if (found == sessions_.end()) sessions_.push_back(session);
+      session->start(std::move(exchange));
+      break;
+    case Command::Kind::cancel:
+      session->cancel(*exchange);
+      break;
+    case Command::Kind::close:
+      if (found == sessions_.end()) break;
+      session->close();
+      sessions_.erase(found);
+      break;
+  }
+}
+
+void NetworkThread::add(NetworkPool& pool) { pools_.push_back(&pool); }
+
+void NetworkThread::remove(NetworkPool& pool) {
+  for (auto& watch : watches_) {
+    if (watch.pool == &pool) watch = {};
+  }
+  std::erase(pools_, &pool);
+}
+
+void NetworkThread::waitForEvents() {
+  std::array<epoll_event, kEventsAtATime> events;
+  int count = 0;
+  if (WorkerPool::holdsAWake()) {
+    // While more comes at once, those who handle the answers are not woken for each.
+    count = epoll_wait(epoll_, events.data(), kEventsAtATime, 0);
+    if (count <= 0 || std::chrono::steady_clock::now() >= holdEnd_) WorkerPool::wakeHeld();
+  }
+  if (count <= 0) {
+    count = epoll_wait(epoll_, events.data(), kEventsAtATime, millisecondsToNextTimer());
+  }
+  now_ = std::chrono::steady_clock::now();
+  if (!WorkerPool::holdsAWake()) holdEnd_ = now_ + kLongestHold;
+  for (int i = 0; i < count; ++i) {
+    const auto& event = events[static_cast<std::size_t>(i)];
+    if (event.data.fd == wakeup_) {
+      eventfd_t value = 0;
+      eventfd_read(wakeup_, &value);
+      continue;
+    }
+    // An event of a socket that was closed meanwhile finds nobody, or one who finds nothing to
+    // read.
+    const auto watch = watches_[static_cast<std::size_t>(event.data.fd)];
+    if (watch.pool != nullptr) {
+      watch.pool->socketIsReady(event.data.fd, event.events, watch.context);
+    }
+  }
+}
+
+int NetworkThread::millisecondsToNextTimer() const {
+  auto next = NetworkTime::max();
+  for (const auto* const pool : pools_) next = std::min(next, pool->nextTimer());
+  if (next == NetworkTime::max()) return -1;
+  const auto wait =
+      std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
+  constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24);
+  return static_cast<int>(std::clamp(wait, std::chrono::milliseconds(0), kLongest).count());
+}
+
+void NetworkThread::watch(int socket, std::uint32_t events, NetworkPool& pool, void* context) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index >= watches_.size()) watches_.resize(index + 1);
+  auto& watch = watches_[index];
+  epoll_event event{};
+  event.events = events;
+  event.data.fd = socket;
+  // Should a socket have been closed unnoticed, its number is another's now.
+  if (watch.pool == nullptr || epoll_ctl(epoll_, EPOLL_CTL_MOD, socket, &event) != 0) {
+    epoll_ctl(epoll_, EPOLL_CTL_ADD, socket, &event);
+  }
+  watch = {&pool, context};
+}
+
+void NetworkThread::unwatch(int socket) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index >= watches_.size() || watches_[index].pool == nullptr) return;
+  epoll_ctl(epoll_, EPOLL_CTL_DEL, socket, nullptr);
+  watches_[index] = {};
+}
+
+void NetworkThread::forgetContext(int socket, const void* context) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index < watches_.size() && watches_[index].context == context) {
+    watches_[index].context = nullptr;
+  }
+}
+
+}  // namespace orvo::detail

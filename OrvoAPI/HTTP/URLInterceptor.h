@@ -1,0 +1,42 @@
+#pragma once
+
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/URLError.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
+
+#include <functional>
+#include <memory>
+
+namespace orvo {
+
+/// A request that an interceptor has taken, for it to answer now or later. Safe to use from any
+/// thread. The first answer counts; dropped unanswered, the request fails with `URLError` -1.
+class InterceptedRequest {
+ public:
+  virtual ~InterceptedRequest() = default;
+
+  /// Answers as a server would: a redirecting response with a Location is followed, or not, as one
+  /// from the network.
+  virtual void respond(HTTPURLResponse response, Data body = {}) = 0;
+  virtual void fail(URLError error) = 0;
+
+  /// Calls `task` on the session's queue when the request is cancelled before it was answered; at
+  /// most one task is kept.
+  virtual void onCancel(std::function<void()> task) = 0;
+};
+
+/// Stands in for the network, or watches what goes out: to stub, to observe, to serve other
+/// schemes. A session asks its interceptors in order, for each request and again for each redirect
+/// that it follows, on its serial queue. Shared by the sessions it is given to, so that several of
+/// them may ask at once.
+class URLInterceptor {
+ public:
+  virtual ~URLInterceptor() = default;
+
+  /// Returns true to take the request: no later interceptor nor the network sees it, and it is
+  /// answered through `intercepted`. False lets it go by. Must not block.
+  virtual bool intercept(const URLRequest& request,
+                         const std::shared_ptr<InterceptedRequest>& intercepted) = 0;
+};
+
+}  // namespace orvo

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <OrvoAPI/Base/Data.h>
+#include <OrvoAPI/HTTP/HTTPHeaders.h>
+#include <OrvoAPI/HTTP/URL.h>
+
+#include <chrono>
+#include <string>
+
+namespace orvo {
+
+/// What a request says about caches. There is no cache on this device, so that only the last one
+/// changes what is sent.
+enum class CachePolicy {
+  useProtocolCachePolicy,
+  reloadIgnoringLocalCacheData,
+  /// Asks the caches on the way, too, to fetch anew (`Cache-Control: no-cache`, `Pragma`).
+  reloadIgnoringLocalAndRemoteCacheData,
+};
+
+/// One HTTP request. A value; not synchronised.
+struct URLRequest {
+  /// Absolute, http or https; a fragment is not sent.
+  URL url;
+  std::string method = "GET";
+  /// A carriage return, line feed or NUL in a field fails the request with `URLError` -1000.
+  HTTPHeaders headers = {};
+  Data body = {};
+  CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
+  /// The longest silence on the way to the answer: connecting, and then each header or body byte,
+  /// begin it anew. Waiting for a free connection or for a decision about a redirect does not
+  /// count. Zero: no limit. 60 seconds unless set otherwise.
+  std::chrono::milliseconds timeoutInterval{60'000};
+};
+
+}  // namespace orvo

@@ -1,0 +1,222 @@
+#include <OrvoAPI/Base/FatalInternal.h>
+#include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/ThreadInternal.h>
+#include <OrvoAPI/Queues/TimerInternal.h>
+
+#include <sys/eventfd.h>
+#include <unistd.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <mutex>
+#include <thread>
+
+namespace orvo {
+namespace {
+
+constexpr std::chrono::seconds kExitPatience{2};
+
+}  // namespace
+
+/// Who may run jobs: the thread that holds the claim, while there is one, else the fallback thread.
+/// `running` is the thread inside a job, whoever may run the next: a new claim waits until there is
+/// none, and so does the fallback when a claim is given up from inside a job.
+struct MainQueue::State {
+  std::mutex mutex;
+  std::condition_variable forFallback;  // jobs wait unclaimed, or the end has come
+  std::condition_variable forClaimant;  // jobs wait, or `stop` was called
+  std::condition_variable forClaim;     // no job is running
+  detail::JobList jobs;
+  std::size_t count = 0;
+  std::uint64_t claim = 0;  // the one that is held; 0: none
+  std::uint64_t latestClaim = 0;
+  bool stopped = false;  // the claimant's `run` is to return
+  bool fallbackStarted = false;
+  bool ending = false;
+  std::thread::id claimant;
+  std::thread::id running;
+  int event = -1;
+  detail::ThreadCount fallback;
+
+  /// Runs the first job with the lock given up; the caller holds `guard` and jobs are not empty.
+  void runOne(std::unique_lock<std::mutex>& guard) {
+    /// The lock taken again and the queue handed on, also when the job throws.
+    struct Turn {
+      State& state;
+      std::unique_lock<std::mutex>& guard;
+      const std::thread::id outer;  // a job may run the queue, and so others inside itself
+      ~Turn() {
+        guard.lock();
+        state.running = outer;
+        if (outer == std::thread::id()) state.handOn();
+      }
+    };
+    auto* const job = jobs.pop();
+    --count;
+    const Turn turn{*this, guard, std::exchange(running, std::this_thread::get_id())};
+    guard.unlock();
+    job->run();
+  }
+  /// No job is running any more: lets a claim that waits for that have the queue, or, when the
+  /// claim was given up meanwhile, the fallback.
+  void handOn() {
+    if (claim != 0) {
+      forClaim.notify_one();
+    } else if (count > 0) {
+      wakeRunner();
+    }
+  }
+  /// Wakes whoever is to run what waits; a fallback thread is started when it first has to.
+  void wakeRunner() {
+    if (claim != 0) {
+      forClaimant.notify_one();
+      if (event >= 0) eventfd_write(event, 1);
+      return;
+    }
+    if (!fallbackStarted && !ending) {
+      fallbackStarted = true;
+      fallback.add();
+      if (!detail::startThread("orvo-main", [] { shared()->runAsFallback(); })) {
+        detail::fatal("no thread could be started");
+      }
+    }
+    forFallback.notify_one();
+  }
+
+  void demandClaimant() const {
+    if (claimant != std::this_thread::get_id()) {
+      detail::fatal("the main queue is run on another thread than the one that claimed it");
+    }
+  }
+};
+
+std::shared_ptr<MainQueue> MainQueue::shared() {
+  static auto* const queue = new MainQueue;  // its fallback thread may outlive static destruction
+  return {std::shared_ptr<void>(), queue};
+}
+
+MainQueue::MainQueue() : state_(std::make_unique<State>()) {
+  detail::atProcessExit(detail::ExitStage::mainQueue, [] { shared()->endFallback(); });
+}
+
+MainQueue::~MainQueue() = default;
+
+std::string MainQueue::label() const { return "main"; }
+
+void MainQueue::post(Job job) {
+  auto& state = *state_;
+  const std::lock_guard guard(state.mutex);
+  state.jobs.append(job.release());
+  if (state.count++ == 0) state.wakeRunner();
+}
+
+void MainQueue::postAfter(std::chrono::milliseconds delay, Job job) {
+  detail::Timer::shared().post(delay, shared(), std::move(job));
+}
+
+bool MainQueue::isCurrent() const {
+  const std::lock_guard guard(state_->mutex);
+  const auto self = std::this_thread::get_id();
+  return state_->running == self || (state_->claim != 0 && state_->claimant == self);
+}
+
+void MainQueue::runAsFallback() {
+  auto& state = *state_;
+  std::unique_lock guard(state.mutex);
+  while (!state.ending) {
+    if (state.claim != 0 || state.count == 0 || state.running != std::thread::id()) {
+      state.forFallback.wait(guard);
+    } else {
+      state.runOne(guard);
+    }
+  }
+  guard.unlock();
+  state.fallback.remove();
+}
+
+std::optional<MainQueue::Claim> MainQueue::claim() {
+  auto& state = *state_;
+  std::unique_lock guard(state.mutex);
+  if (state.claim != 0 || state.running == std::this_thread::get_id()) return std::nullopt;
+  const auto id = state.claim = ++state.latestClaim;
+  state.claimant = std::this_thread::get_id();
+  state.stopped = false;
+  state.forClaim.wait(guard, [&] { return state.running == std::thread::id(); });
+  return Claim(state, id);
+}
+
+void MainQueue::endFallback() {
+  {
+    const std::lock_guard guard(state_->mutex);
+    state_->ending = true;
+    state_->forFallback.notify_all();
+  }
+  const bool own = detail::isLibraryThread() && isCurrent();  // exit() called from a job
+  state_->fallback.waitUntilAtMost(own ? 1 : 0, kExitPatience);
+}
+
+MainQueue::Claim::Claim(Claim&& other) noexcept
+    : state_(std::exchange(other.state_, nullptr)), id_(other.id_) {}
+
+MainQueue::Claim::~Claim() {
+  if (state_ == nullptr) return;
+  const std::lock_guard guard(state_->mutex);
+  state_->claim = 0;
+  state_->claimant = {};
+  if (state_->event >= 0) close(std::exchange(state_->event, -1));
+  state_->forClaimant.notify_all();
+  if (state_->count > 0) state_->wakeRunner();
+}
+
+void MainQueue::Claim::run() {
+  // Copies: a job may destroy this claim.
+  auto& state = *state_;
+  const auto id = id_;
+  std::unique_lock guard(state.mutex);
+  state.demandClaimant();
+  while (state.claim == id && !state.stopped) {
+    if (state.count == 0) {
+      state.forClaimant.wait(guard);
+    } else {
+      state.runOne(guard);
+    }
+  }
+  if (state.claim == id) state.stopped = false;
+}
+
+void MainQueue::Claim::stop() {
+  const std::lock_guard guard(state_->mutex);
+  state_->stopped = true;
+  state_->forClaimant.notify_all();
+}
+
+std::size_t MainQueue::Claim::drain() {
+  auto& state = *state_;
+  const auto id = id_;
+  std::unique_lock guard(state.mutex);
+  state.demandClaimant();
+  std::size_t ran = 0;
+  for (const auto waiting = state.count; ran < waiting && state.count > 0 && state.claim == id;) {
+    ++ran;
+    state.runOne(guard);
+  }
+  if (state.claim == id && state.count == 0 && state.event >= 0) {
+    eventfd_t ignored = 0;
+    eventfd_read(state.event, &ignored);
+  }
+  return ran;
+}
+
+int MainQueue::Claim::eventDescriptor() const {
+  const std::lock_guard guard(state_->mutex);
+  if (state_->event < 0) {
+    state_->event = eventfd(state_->count > 0 ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
+  }
+  return state_->event;
+}
+
+bool DispatchQueue::isBlockingRefused() {
+  return detail::isLibraryThread() || MainQueue::shared()->isCurrent();
+}
+
+}  // namespace orvo

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <OrvoAPI/Queues/DispatchQueue.h>
+#include <OrvoAPI/Queues/ThreadInternal.h>
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace orvo::detail {
+
+/// Posts jobs to their queues when their delay has passed, by the clock that counts sleep, and
+/// tells who wants to know that the wall clock was set. One thread, started when it is first
+/// needed, asleep in the kernel until the earliest job is due or the clock is set. Lives as long as
+/// the process; safe to use from any thread.
+class Timer {
+ public:
+  [[nodiscard]] static Timer& shared();
+
+  void post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue> queue, Job job);
+
+  /// Has the task called on the timer's thread after each setting of the wall clock, a wake from
+  /// sleep included, until what this returns is gone.
+  [[nodiscard]] std::shared_ptr<const void> watchWallClock(std::function<void()> task);
+
+  /// Ends the thread. Jobs that still wait are never posted.
+  void shutDown();
+
+ private:
+  struct Entry {
+    std::chrono::nanoseconds due;
+    std::uint64_t order;  // equal times keep the order in which they were posted
+    std::shared_ptr<DispatchQueue> queue;
+    Job job;
+    [[nodiscard]] bool isAfter(const Entry& other) const {
+      return due != other.due ? due > other.due : order > other.order;
+    }
+  };
+
+  using Watch = const std::function<void()>;
+
+  Timer();
+  void work();
+  void startOnce();
+  void arm();
+  [[nodiscard]] std::vector<Entry> takeDue();
+  [[nodiscard]] std::vector<std::shared_ptr<Watch>> watches();
+
+  const int timer_;
+  const int wallClock_;  // never expires; ends its wait when the wall clock is set
+  ThreadCount running_;
+  std::mutex mutex_;
+  std::vector<Entry> heap_;                    // guarded by mutex_, the earliest first
+  std::uint64_t order_ = 0;                    // guarded by mutex_
+  std::vector<std::weak_ptr<Watch>> watches_;  // guarded by mutex_
+  bool started_ = false;                       // guarded by mutex_
+  bool ending_ = false;                        // guarded by mutex_
+};
+
+}  // namespace orvo::detail

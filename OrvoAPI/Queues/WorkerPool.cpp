@@ -1,0 +1,198 @@
+#include <OrvoAPI/Base/FatalInternal.h>
+#include <OrvoAPI/Queues/ThreadInternal.h>
+#include <OrvoAPI/Queues/TimerInternal.h>
+#include <OrvoAPI/Queues/WorkerPoolInternal.h>
+#include <OrvoAPI/Queues/detail/TailPosition.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+
+namespace orvo::detail {
+namespace {
+
+constexpr unsigned kTailJobsInARow = 64;
+constexpr std::chrono::seconds kExitPatience{2};
+
+/// What a worker knows about itself; all zero on every other thread.
+struct WorkerState {
+  const JobNode* running = nullptr;  // a job that runs inside it does not count
+  bool inTailPosition = false;
+  JobNode* tailJob = nullptr;
+  unsigned tailJobsInARow = 0;
+  bool holdsWakes = false;
+  unsigned heldWakes = 0;
+};
+[[gnu::tls_model("initial-exec")]] thread_local constinit WorkerState workerState;
+
+/// Every future asks for the pool: one load is all that it should cost.
+constinit std::atomic<WorkerPool*> sharedPool = nullptr;
+
+unsigned processors() {
+  const auto count = sysconf(_SC_NPROCESSORS_ONLN);
+  return count > 2 ? static_cast<unsigned>(count) : 2;
+}
+
+}  // namespace
+
+TailPosition::TailPosition(const JobNode* job) {
+  auto& state = workerState;
+  state.inTailPosition =
+      state.running == job && state.tailJob == nullptr && state.tailJobsInARow < kTailJobsInARow;
+}
+TailPosition::~TailPosition() { workerState.inTailPosition = false; }
+
+WorkerPool& WorkerPool::shared() {
+  auto* const pool = sharedPool.load(std::memory_order_acquire);
+  return pool != nullptr ? *pool : makeShared();
+}
+
+WorkerPool& WorkerPool::makeShared() {
+  static auto* const pool = new WorkerPool;  // its threads may outlive static destruction
+  sharedPool.store(pool, std::memory_order_release);
+  return *pool;
+}
+
+WorkerPool::WorkerPool()
+    : maximumWorkers_(processors()), slots_(std::make_unique<Worker[]>(maximumWorkers_)) {
+  atProcessExit(ExitStage::workers, [] { shared().shutDown(); });
+}
+
+std::string WorkerPool::label() const { return "user-initiated"; }
+
+void WorkerPool::postAfter(std::chrono::milliseconds delay, Job job) {
+  Timer::shared().post(delay, DispatchQueue::global(), std::move(job));
+}
+
+inline bool WorkerPool::pickWorker(Worker*& sleeper) {
+  if (idle_ != nullptr) {
+    sleeper = std::exchange(idle_, idle_->nextIdle);
+    return true;
+  }
+  if (workers_ == maximumWorkers_ || ending_) return false;
+  ++workers_;
+  running_.add();
+  return true;
+}
+
+void WorkerPool::post(Job job) {
+  auto& state = workerState;
+  if (state.inTailPosition) {
+    state.inTailPosition = false;
+    state.tailJob = job.release();
+    return;
+  }
+  if (state.holdsWakes) return postHeld(std::move(job));
+  Worker* sleeper = nullptr;
+  {
+    const LockGuard guard(lock_);
+    jobs_.append(job.release());
+    if (!pickWorker(sleeper)) return;
+  }
+  summon(sleeper);
+}
+
+void WorkerPool::postHeld(Job job) {
+  ++workerState.heldWakes;
+  const LockGuard guard(lock_);
+  jobs_.append(job.release());
+}
+
+void WorkerPool::holdWakes() { workerState.holdsWakes = true; }
+
+bool WorkerPool::holdsAWake() { return workerState.heldWakes > 0; }
+
+void WorkerPool::wakeHeld() {
+  auto& pool = shared();
+  for (auto held = std::exchange(workerState.heldWakes, 0); held > 0; --held) {
+    Worker* sleeper = nullptr;
+    {
+      const LockGuard guard(pool.lock_);
+      if (pool.jobs_.empty() || !pool.pickWorker(sleeper)) return;
+    }
+    pool.summon(sleeper);
+  }
+}
+
+void WorkerPool::summon(Worker* sleeper) {
+  if (sleeper == nullptr) return startWorker();
+  wake(*sleeper);
+}
+
+void WorkerPool::wake(Worker& sleeper) {
+  // An exchange, not a store: it is seen before the look at whether anybody sleeps.
+  sleeper.woken.exchange(1);
+  sleeper.woken.notify_one();
+}
+
+void WorkerPool::goOnWith(const JobNode* job) {
+  auto& state = workerState;
+  state.running = job;
+  if (auto* const kept = std::exchange(state.tailJob, nullptr)) shared().post(Job(kept));
+}
+
+void WorkerPool::startWorker() {
+  static std::atomic<unsigned> next{0};
+  if (startThread("orvo-worker", [] { shared().work(shared().slots_[next++]); })) return;
+  running_.remove();
+  const LockGuard guard(lock_);
+  // With one worker at least the jobs still run, one after another.
+  if (--workers_ == 0) fatal("no thread could be started");
+}
+
+JobNode* WorkerPool::take(Worker& worker) {
+  for (;;) {
+    {
+      const LockGuard guard(lock_);
+      if (ending_) return nullptr;
+      if (!jobs_.empty()) return jobs_.pop();
+      worker.woken.store(0, std::memory_order_relaxed);
+      worker.nextIdle = idle_;
+      idle_ = &worker;
+    }
+    worker.woken.wait(0, std::memory_order_acquire);
+  }
+}
+
+void WorkerPool::work(Worker& self) {
+  auto& state = workerState;
+  while (auto* node = take(self)) {
+    state.tailJobsInARow = 0;
+    do {
+      state.running = node;
+      node->run();
+      node = std::exchange(state.tailJob, nullptr);
+      ++state.tailJobsInARow;
+    } while (node != nullptr);
+    state.running = nullptr;
+  }
+  running_.remove();
+}
+
+void WorkerPool::shutDown() {
+  Worker* sleepers = nullptr;
+  {
+    const LockGuard guard(lock_);
+    ending_ = true;
+    sleepers = std::exchange(idle_, nullptr);
+  }
+  while (sleepers != nullptr) {
+    auto* const next = sleepers->nextIdle;
+    wake(*sleepers);
+    sleepers = next;
+  }
+  const unsigned own = workerState.running != nullptr ? 1 : 0;  // exit() called from a job
+  running_.waitUntilAtMost(own, kExitPatience);
+}
+
+}  // namespace orvo::detail
+
+namespace orvo {
+
+std::shared_ptr<DispatchQueue> DispatchQueue::global() {
+  // Without a count: a reference to what lives as long as the process costs nothing to copy.
+  return {std::shared_ptr<void>(), &detail::WorkerPool::shared()};
+}
+
+}  // namespace orvo

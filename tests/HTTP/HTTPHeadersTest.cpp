@@ -1,0 +1,22 @@
+#include <OrvoAPI/HTTP/HTTPHeaders.h>
+#include <gtest/gtest.h>
+
+#include <string_view>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+TEST(HTTPHeaders, FindsFieldsWithoutRegardToCase) {
+  HTTPHeaders headers{{"Accept", "a"}, {"X-Id", "1"}, {"accept", "b"}};
+  EXPECT_EQ(headers.value("ACCEPT"), "a");
+  EXPECT_EQ(headers.values("Accept"), (std::vector<std::string_view>{"a", "b"}));
+  EXPECT_FALSE(headers.contains("X-I"));
+  headers.set("x-id", *headers.value("ACCEPT"));
+  EXPECT_EQ(headers, (HTTPHeaders{{"Accept", "a"}, {"accept", "b"}, {"x-id", "a"}}));
+  headers.remove("Accept");
+  EXPECT_EQ(headers, (HTTPHeaders{{"x-id", "a"}}));
+}
+
+}  // namespace
+}  // namespace orvo

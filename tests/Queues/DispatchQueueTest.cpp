@@ -1,0 +1,274 @@
+#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <tests/support/Signal.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdlib>
+#include <latch>
+#include <memory>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace orvo {
+namespace {
+
+using namespace std::chrono_literals;
+
+class SerialQueueTest : public testing::Test {
+ protected:
+  /// More jobs than there are workers, all of which wait.
+  static constexpr int kMany = 64;
+
+  const std::shared_ptr<SerialQueue> queue_ = SerialQueue::make("test");
+  std::vector<int> ran_;  // by one job at a time
+};
+
+using SerialQueueDeathTest = SerialQueueTest;
+
+TEST_F(SerialQueueTest, RunsOneJobAtATimeInTheOrderOfEachPoster) {
+  constexpr int kJobs = 500;
+  std::atomic<int> inside = 0;
+  std::vector<std::vector<int>> ran(4);
+  std::vector<std::thread> posters;
+  for (auto& own : ran) {
+    posters.emplace_back([&] {
+      for (int i = 0; i < kJobs; ++i) {
+        queue_->post([&, i] {
+          EXPECT_EQ(inside.fetch_add(1), 0);
+          own.push_back(i);
+          inside.fetch_sub(1);
+        });
+      }
+    });
+  }
+  for (auto& poster : posters) poster.join();
+  queue_->sync([&] {
+    for (const auto& own : ran) {
+      EXPECT_EQ(own.size(), static_cast<std::size_t>(kJobs));
+      EXPECT_TRUE(std::is_sorted(own.begin(), own.end()));
+    }
+  });
+}
+
+TEST_F(SerialQueueTest, JobsThatWaitKeepItAlive) {
+  test::Signal done;
+  auto queue = SerialQueue::make("short-lived");
+  for (int i = 0; i < 200; ++i) {
+    queue->post([&] { done.tell(); });
+  }
+  queue.reset();
+  EXPECT_TRUE(done.wait(200));
+}
+
+TEST_F(SerialQueueTest, ASynchronousCallerTakesOverAQueueThatNoWorkerIsFreeFor) {
+  std::latch release(1);
+  test::Signal ended;
+  for (int i = 0; i < kMany; ++i) {
+    DispatchQueue::global()->post([&] {
+      release.wait();
+      ended.tell();
+    });
+  }
+  queue_->post([this] { ran_.push_back(1); });
+  queue_->sync([this] { ran_.push_back(2); });
+  EXPECT_EQ(ran_, (std::vector{1, 2}));
+  queue_->post([this] { ran_.push_back(3); });
+  release.count_down();
+  EXPECT_TRUE(ended.wait(kMany));
+  queue_->sync([] {});
+  EXPECT_EQ(ran_.back(), 3) << "it was scheduled once more";
+}
+
+TEST_F(SerialQueueTest, WorkersThatAllWaitForItDoNotLockEachOtherOut) {
+  test::Signal done;
+  int count = 0;
+  for (int i = 0; i < kMany; ++i) {
+    DispatchQueue::global()->post([&] {
+      queue_->post([&] { ++count; });
+      queue_->sync([&] { ++count; });
+      done.tell();
+    });
+  }
+  ASSERT_TRUE(done.wait(kMany));
+  queue_->sync([&] { EXPECT_EQ(count, 2 * kMany); });
+}
+
+TEST_F(SerialQueueDeathTest, ASynchronousCallFromItsOwnJobStopsTheProcessAndSoDoesAJobThatThrows) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(queue_->sync([this] { queue_->sync([] {}); }), "own jobs");
+  const auto thrower = [] { throw std::runtime_error("nobody's"); };
+  const auto runItself = [&] {
+    try {
+      queue_->sync(thrower);
+    } catch (...) {
+    }
+  };
+  const auto leaveItToAWorker = [&] {
+    queue_->post(thrower);
+    (void)test::Signal().wait();
+  };
+  EXPECT_DEATH(runItself(), "nobody's");
+  EXPECT_DEATH(leaveItToAWorker(), "nobody's");
+}
+
+TEST(DelayedJobs, ComeInTheOrderOfTheirTimesAndNotTooEarly) {
+  const auto queue = SerialQueue::make("test");
+  const auto clock = Clock::system();
+  const auto begun = clock->elapsed();
+  std::vector<std::pair<int, bool>> ran;
+  test::Signal done;
+  queue->postAfter(std::chrono::milliseconds::max(), [] { ADD_FAILURE(); });
+  for (const auto delay : {30ms, 10ms, 20ms, 10ms, 0ms}) {
+    queue->postAfter(delay, [&, delay] {
+      ran.emplace_back(delay.count(), clock->elapsed() - begun >= delay);
+      done.tell();
+    });
+  }
+  ASSERT_TRUE(done.wait(5));
+  EXPECT_EQ(ran, (decltype(ran){{0, true}, {10, true}, {10, true}, {20, true}, {30, true}}));
+}
+
+TEST(DelayedJobs, KeepTheirQueueUntilThen) {
+  test::Signal done;
+  auto queue = SerialQueue::make("test");
+  const std::weak_ptr probe = queue;
+  queue->postAfter(1ms, [&] { done.tell(); });
+  queue.reset();
+  EXPECT_TRUE(done.wait());
+  while (!probe.expired()) std::this_thread::yield();
+}
+
+TEST(GlobalQueue, LeavesSignalsToTheHostsThreadsButForCrashes) {
+  sigset_t blocked{};
+  test::Signal done;
+  DispatchQueue::global()->post([&] {
+    pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
+    done.tell();
+  });
+  ASSERT_TRUE(done.wait());
+  EXPECT_TRUE(sigismember(&blocked, SIGTERM) && sigismember(&blocked, SIGCHLD));
+  EXPECT_FALSE(sigismember(&blocked, SIGSEGV) || sigismember(&blocked, SIGBUS));
+}
+
+// What a continuation posts as its last act may stay on its worker. These are the cases in which
+// that must not be the last act of all.
+
+TEST(GlobalQueueTail, EveryContinuationOfASerialQueuePosts) {
+  constexpr int kChains = 1000;
+  const auto serial = SerialQueue::make("test");
+  test::Signal done;
+  for (int i = 0; i < kChains; ++i) {
+    Future<int>::completed(i)
+        .map(serial, [](int value) { return value; })
+        .onComplete(DispatchQueue::global(), [&](const auto&) { done.tell(); });
+  }
+  EXPECT_TRUE(done.wait(kChains));
+}
+
+TEST(GlobalQueueTail, WhatFollowsDoesNotWaitForTheSerialQueuesNextJob) {
+  const Promise<int> promise(SerialQueue::make("test"));
+  test::Signal first;
+  test::Signal second;
+  promise.future()
+      .map([](int value) { return value; })
+      .onComplete(DispatchQueue::global(), [&](const auto&) { first.tell(); });
+  promise.future().onComplete([&](const auto&) {
+    if (first.wait()) second.tell();
+  });
+  promise.success(1);
+  EXPECT_TRUE(second.wait());
+}
+
+TEST(GlobalQueueTail, WhatFollowsDoesNotWaitForASynchronousCaller) {
+  const auto serial = SerialQueue::make("test");
+  const Promise<int> promise(serial);
+  test::Signal first;
+  test::Signal second;
+  promise.future()
+      .map([](int value) { return value; })
+      .onComplete(DispatchQueue::global(), [&](const auto&) { first.tell(); });
+  DispatchQueue::global()->post([&] {
+    serial->sync([&] { promise.success(1); });
+    serial->sync([] {});
+    if (first.wait()) second.tell();
+  });
+  EXPECT_TRUE(second.wait());
+}
+
+TEST(GlobalQueueTail, ALongChainLetsOthersHaveTheirTurn) {
+  constexpr int kChains = 64;  // more than there are workers, which wait until all is posted
+  const auto posted = std::make_shared<std::latch>(1);
+  test::Signal turn;
+  test::Signal ended;
+  for (int i = 0; i < kChains; ++i) DispatchQueue::global()->post([=] { posted->wait(); });
+  for (int i = 0; i < kChains; ++i) {
+    auto future = Future<int>::completed(i);
+    for (int hop = 0; hop < 100; ++hop) future = future.map([](int value) { return value; });
+    future.onComplete([&](const auto&) {
+      if (turn.wait()) ended.tell();
+    });
+  }
+  DispatchQueue::global()->post([&] { turn.tell(); });
+  posted->count_down();
+  EXPECT_TRUE(ended.wait(kChains));
+}
+
+/// Work of every kind that is still to be done when the end comes.
+void keepBusy() {
+  static void (*const keepGoing)() = [] { DispatchQueue::global()->post(keepGoing); };
+  const auto serial = SerialQueue::make("busy");
+  serial->postAfter(std::chrono::hours(1), [] {});
+  for (int i = 0; i < 1000; ++i) {
+    Future<int>::succeeded(i)
+        .map(serial, [](int value) { return value; })
+        .onComplete([](const auto&) { keepGoing(); });
+  }
+}
+
+[[noreturn]] void exitFrom(const std::shared_ptr<DispatchQueue>& queue) {
+  keepBusy();
+  queue->post([] { std::exit(3); });  // NOLINT(concurrency-mt-unsafe)
+  for (;;) (void)test::Signal().wait();
+}
+
+/// Each of these ends a process of its own, which must neither hang nor crash.
+class ExitDeathTest : public testing::Test {
+ protected:
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+  const testing::ExitedWithCode exited_{3};
+};
+
+TEST_F(ExitDeathTest, FromAThreadOfTheLibrary) {
+  EXPECT_EXIT(exitFrom(DispatchQueue::global()), exited_, "");
+  EXPECT_EXIT(exitFrom(SerialQueue::make("test")), exited_, "");
+  EXPECT_EXIT(exitFrom(MainQueue::shared()), exited_, "");
+}
+
+TEST_F(ExitDeathTest, FromAThreadOfTheHost) {
+  const auto end = [] {
+    keepBusy();
+    std::exit(3);  // NOLINT(concurrency-mt-unsafe)
+  };
+  EXPECT_EXIT(end(), exited_, "");
+}
+
+TEST_F(ExitDeathTest, FromAJobOfAClaim) {
+  const auto end = [] {
+    auto claim = MainQueue::shared()->claim();
+    keepBusy();
+    MainQueue::shared()->post([] { std::exit(3); });  // NOLINT(concurrency-mt-unsafe)
+    claim->run();
+  };
+  EXPECT_EXIT(end(), exited_, "");
+}
+
+}  // namespace
+}  // namespace orvo
