@@ -5,7 +5,7 @@
 #include <OrvoAPI/Context/ContextService.h>
 #include <benchmarks/support/Measure.h>
 #include <demo/DemoService.h>
-#include <tests/support/Loopback.h>
+#include <support/Loopback.h>
 #include <unistd.h>
 
 #include <array>

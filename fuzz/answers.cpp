@@ -4,8 +4,8 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <fuzz/FuzzTarget.h>
 #include <strings.h>
+#include <support/Loopback.h>
 #include <sys/socket.h>
-#include <tests/support/Loopback.h>
 #include <unistd.h>
 
 #include <array>

@@ -3,7 +3,7 @@
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <fuzz/FuzzTarget.h>
 
-#include "tests/support/DateOracle.h"
+#include <support/DateOracle.h>
 
 using namespace orvo;
 

@@ -2,8 +2,8 @@
 
 #include <OrvoAPI/HTTP/URLError.h>
 #include <netinet/tcp.h>
+#include <support/Loopback.h>
 #include <sys/socket.h>
-#include <tests/support/Loopback.h>
 #include <unistd.h>
 #include <zlib.h>
 

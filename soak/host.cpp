@@ -14,9 +14,9 @@
 #include <demo/DemoService.h>
 #include <malloc.h>
 #include <signal.h>
+#include <support/Loopback.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
-#include <tests/support/Loopback.h>
 #include <time.h>
 #include <unistd.h>
 

@@ -8,7 +8,7 @@
 
 #include <OrvoAPI/HTTP/URLError.h>
 #include <soak/Requests.h>
-#include <tests/support/Nginx.h>
+#include <support/Nginx.h>
 
 #include <atomic>
 

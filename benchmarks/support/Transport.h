@@ -3,7 +3,7 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <curl/curl.h>
-#include <tests/support/Nginx.h>
+#include <support/Nginx.h>
 
 #include <array>
 #include <atomic>

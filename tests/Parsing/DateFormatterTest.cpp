@@ -5,7 +5,7 @@
 #include <random>
 #include <string>
 
-#include "tests/support/DateOracle.h"
+#include <support/DateOracle.h>
 
 namespace orvo {
 namespace {

@@ -167,7 +167,8 @@ class Layout:
     def check_users(self):
         kit = {path.relative_to(self.root / "testing").as_posix()
                for path in (self.root / "testing").rglob("*.h")}
-        for folder in ("testing", "tool", "demo", "tests", "examples", "benchmarks", "fuzz", "soak"):
+        for folder in ("testing", "tool", "demo", "tests", "support", "examples", "benchmarks",
+                       "fuzz", "soak"):
             files = [path for pattern in ("*.h", "*.cpp")
                      for path in (self.root / folder).rglob(pattern)]
             for path in sorted(files):

@@ -1,8 +1,8 @@
 #include <netinet/tcp.h>
 #include <openssl/ssl.h>
 #include <signal.h>
+#include <support/Loopback.h>
 #include <sys/socket.h>
-#include <tests/support/Loopback.h>
 #include <tests/support/ScriptedServer.h>
 #include <unistd.h>
 

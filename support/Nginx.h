@@ -2,9 +2,9 @@
 
 #include <fcntl.h>
 #include <signal.h>  // kill
+#include <support/Loopback.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
-#include <tests/support/Loopback.h>
 #include <unistd.h>
 
 #include <chrono>
