@@ -13,13 +13,16 @@ namespace orvo {
 /// What a URL session is made with. Every session is ephemeral: cookies in memory only, no cache,
 /// no stored credentials. A value.
 struct URLSessionConfiguration {
+  /// Far above what the service sends, and small enough for a device with little memory to read.
+  static constexpr std::size_t kDefaultMaximumBodySize = std::size_t{16} << 20;
+
   /// Asked in this order before a request goes to the network.
   std::vector<std::shared_ptr<URLInterceptor>> protocolClasses = {};
   /// Connections to one host that the session uses at a time; requests beyond them wait. HTTP/2
   /// carries as many requests on one connection, but never fewer than 16.
   unsigned maximumConnectionsPerHost = 10;
   /// Bytes of a body, decoded, beyond which an answer fails with `URLError` -1103.
-  std::size_t maximumBodySize = std::size_t{64} << 20;
+  std::size_t maximumBodySize = kDefaultMaximumBodySize;
   /// Bytes of a response's header fields, beyond which it fails the same way.
   std::size_t maximumHeaderSize = std::size_t{64} << 10;
   /// A file of PEM certificates to trust instead of the system's; else the one that the environment

@@ -1,3 +1,5 @@
+#include <OrvoAPI/HTTP/URLError.h>
+#include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
@@ -213,6 +215,19 @@ JSONReaderError::Code codeOf(simdjson::error_code error) {
   }
 }
 
+/// Smaller bodies cost little whatever they hold: 14 times their size at most.
+constexpr std::size_t kSmallBody = std::size_t{1} << 20;
+/// A number and its comma, two bytes, become 24 in the document and the parser.
+constexpr std::size_t kMostMarks = URLSessionConfiguration::kDefaultMaximumBodySize / 4;
+
+/// Whether so many values stand in the body that to read it would cost too much. Marks within texts
+/// count as well: to tell them apart would be to read it, and no text holds that many.
+bool isTooDense(std::string_view body) {
+  if (body.size() <= kSmallBody) return false;
+  const auto isMark = [](char c) { return c == ',' || c == ':' || c == '[' || c == '{'; };
+  return static_cast<std::size_t>(std::ranges::count_if(body, isMark)) > kMostMarks;
+}
+
 simdjson::error_code read(std::string_view body, dom::document& document) {
   static_assert(Data::kPadding >= simdjson::SIMDJSON_PADDING);
   if (body.empty()) return simdjson::EMPTY;
@@ -240,6 +255,9 @@ void detail::destroy(const JSONDocument* document) noexcept {
 Result<JSONValue> JSONDataParser::value(const Data& data) {
   std::string_view body = data.view();
   if (body.starts_with("\xEF\xBB\xBF")) body.remove_prefix(3);
+  if (isTooDense(body)) {
+    return Failure{URLError{URLError::dataLengthExceedsMaximum, "the document holds too much"}};
+  }
   auto error = simdjson::MEMALLOC;
   try {
     auto document = SpareDocuments::take();

@@ -1,3 +1,4 @@
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <gtest/gtest.h>
 
@@ -144,6 +145,18 @@ TEST(JSONParseError, NamesTypeAndKeyButNoValue) {
   EXPECT_EQ(error.description(), "unableToParse: Session");
   const auto& payload = error.as<JSONParseError>()->as<JSONParseError::unableToParse>()->value;
   EXPECT_EQ(std::get<JSONValue>(payload).text(), R"({"token":"secret"})");
+}
+
+TEST(JSONReader, RefusesABodyIntoWhichTooMuchIsPacked) {
+  constexpr std::size_t kMost = 4'194'304;
+  // Within a text, where they cost nothing, they count as well.
+  const auto read = [](std::size_t commas) {
+    return JSONDataParser::value(Data('"' + std::string(commas, ',') + '"'));
+  };
+  EXPECT_FALSE(read(kMost).failed());
+  const auto refused = read(kMost + 1);
+  ASSERT_TRUE(refused.failed());
+  EXPECT_EQ(refused.error()->as<URLError>()->code, URLError::dataLengthExceedsMaximum);
 }
 
 }  // namespace
