@@ -12,8 +12,8 @@ namespace orvo::detail {
 /// A table from text to values with room for so many entries; what was used least recently goes
 /// first. Not synchronised: the owner guards it. A look-up allocates nothing.
 ///
-/// What an operation takes out is handed to the caller, so that he can destroy it after he has
-/// released the lock that guards the table: a destructor may be anybody's code.
+/// What an operation takes out is handed to the caller, to be destroyed after the lock that guards
+/// the table is released: a destructor may be anybody's code.
 template <class Value>
 class BoundedCache {
  public:

@@ -12,7 +12,7 @@ namespace orvo {
 /// A colour with its instruction for tinting images.
 struct ColorResource {
   /// "br_" with a brightness, or "rd_", "gr_" and "bl_" with a change each, from -100 to 100 and
-  /// joined by commas; passed on to the host as sent.
+  /// joined by commas; passed on to the app as sent.
   std::string transform;
   Color color;
 };

@@ -14,7 +14,7 @@ struct RatingPromptConfig {
   /// How long a session must have lasted, in seconds.
   double activeSessionTimeThreshold = 3600.0;
   bool enabled = false;
-  /// How long to wait before asking again; the host knows the unit.
+  /// How long to wait before asking again; the app knows the unit.
   std::int64_t repeatDelay = 25;
 
   /// What stands in for a section that is missing or cannot be read.

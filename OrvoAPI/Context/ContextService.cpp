@@ -53,7 +53,7 @@ Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment e
             DefaultSessionProvider::makeAccessQueue(), clock);
         const auto network = std::make_shared<DefaultNetworkProvider>(
             sessionProvider, options.session.protocolClasses);
-        // A session made with all that the host asked for, not with its protocol classes only.
+        // A session made with all that the app asked for, not with its protocol classes only.
         network->setURLSession(
             std::make_shared<URLSession>(options.session, network->sessionDelegate()));
         return Context::make(parts.second, urls.baseURL, urls.resourceURL, sessionProvider, network,

@@ -6,7 +6,7 @@
 namespace orvo {
 namespace {
 
-// Not through <cctype>: the host's locale has no say in header names.
+// Not through <cctype>: the app's locale has no say in header names.
 constexpr char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c; }
 
 bool equalNames(std::string_view lhs, std::string_view rhs) {

@@ -18,8 +18,8 @@
 #include <span>
 #include <type_traits>
 
-// The reader and the operations of JSONValue.h: this is the one source that pays for the reading
-// library's header, and the one that knows what a position is.
+// The reader and the operations of JSONValue.h: this is the one source that pays for simdjson's
+// header, and the one that knows what a position is.
 
 namespace orvo {
 
@@ -33,7 +33,7 @@ struct ReadDocument : JSONDocument {
   dom::document contents;
 };
 
-// A position is one of the library's references: into which document, and where.
+// A position is one of simdjson's references: into which document, and where.
 template <class Reference>
 constexpr bool fitsPosition =
     sizeof(Reference) == sizeof(JSONPosition) && std::is_trivially_copyable_v<Reference>;

@@ -25,7 +25,7 @@ Instant instantOf(Date date) { return floorDivide(date.millisecondsSince1970(), 
 Date dateOf(Instant instant) { return Date(instant * 1000); }
 
 /// How far the zone is east of UTC at an instant. The C library's own conversion, because the other
-/// direction, mktime, would read the host's TZ anew and does not say what it does with a time that
+/// direction, mktime, would read the app's TZ anew and does not say what it does with a time that
 /// clocks skip.
 std::int64_t offsetAt(Instant instant) {
   tm parts{};

@@ -14,7 +14,7 @@ namespace orvo {
 /// The Gregorian calendar in the device's time zone, as the C library has it. Used by one thread at
 /// a time; nothing is shared, so make one for each piece of work: it costs nothing.
 ///
-/// It remembers the days that it has seen and asks the C library only for new ones. A host that
+/// It remembers the days that it has seen and asks the C library only for new ones. An app that
 /// changes its zone with `tzset` is followed by the next calendar that is made.
 class Calendar {
  public:

@@ -10,8 +10,8 @@
 namespace orvo::detail {
 
 /// Starts a detached thread of the library's own, with a name for people who debug. Signals are
-/// blocked on it: the host's handlers run on the host's threads only; those that a faulty
-/// instruction raises are not, so that the host's crash reports are complete. What `body` throws
+/// blocked on it: the app's handlers run on the app's threads only; those that a faulty
+/// instruction raises are not, so that the app's crash reports are complete. What `body` throws
 /// stops the process. False when the system has no thread to give.
 [[nodiscard]] bool startThread(const char* name, void (*body)());
 

@@ -33,7 +33,7 @@ class AppStore {
   Store<ContentItem> items;
   Store<LinearProgramGuide> guide;
 
-  /// Empties all stores, for a host that runs short of memory.
+  /// Empties all stores, for an app that runs short of memory.
   void removeAll();
 };
 

@@ -71,7 +71,7 @@ class Store {
     return future;
   }
 
-  /// Forgets everything, for a host that runs short of memory.
+  /// Forgets everything, for an app that runs short of memory.
   void removeAll() { detail::removeAllElements(*core_); }
 
   /// The label of the serial queue that the store's lock stands for; for people who debug.
