@@ -69,10 +69,10 @@ std::unique_ptr<CurlTransfer> CurlPool::remove(CurlTransfer& transfer) {
   return removed;
 }
 
-void CurlPool::endAll(const CurlTransferOwner& owner, const URLError& error) {
+void CurlPool::endAll(const CurlSession& session, const URLError& error) {
   std::vector<CurlTransfer*> ending;
   for (const auto& transfer : active_) {
-    if (transfer->owner() == &owner) ending.push_back(transfer.get());
+    if (transfer->session() == &session) ending.push_back(transfer.get());
   }
   for (auto* const transfer : ending) transfer->end(error);
 }

@@ -20,12 +20,12 @@ namespace orvo::detail {
 /// One for several sessions because opening the first connection of a multi handle costs 50 ms, for
 /// reading the authorities, and because a program's second session then finds the connection that
 /// its first one has opened.
-class CurlPool final : public NetworkPool {
+class CurlPool {
  public:
   /// The pool of the sessions with this file of authorities; null when there is no memory for it.
   [[nodiscard]] static std::shared_ptr<CurlPool> of(const std::string& authorityFile);
 
-  ~CurlPool() override;
+  ~CurlPool();
   CurlPool(const CurlPool&) = delete;
   CurlPool& operator=(const CurlPool&) = delete;
 
@@ -34,16 +34,21 @@ class CurlPool final : public NetworkPool {
 
   /// Lets the transfer begin; its session learns the end.
   void add(std::unique_ptr<CurlTransfer> transfer);
-  /// Ends all transfers of the owner.
-  void endAll(const CurlTransferOwner& owner, const URLError& error);
-  /// Ends those whose deadline has passed, as soon as the library can bear it.
+  /// Ends all transfers of the session.
+  void endAll(const CurlSession& session, const URLError& error);
+  /// Ends those whose deadline has passed, as soon as libcurl can bear it.
   void checkDeadlinesSoon() { nextDeadline_ = NetworkTime::min(); }
   /// Gives the transfer back, aborting what has not ended.
   [[nodiscard]] std::unique_ptr<CurlTransfer> remove(CurlTransfer& transfer);
 
-  void socketIsReady(int socket, std::uint32_t events, void* context) override;
-  void runTimers() override;
-  [[nodiscard]] NetworkTime nextTimer() const override {
+  // For the network thread.
+
+  /// `context` is what the socket is watched with; `events` are those of epoll.
+  void socketIsReady(int socket, std::uint32_t events, void* context);
+  /// Does what was due by now.
+  void runTimers();
+  /// When `runTimers` has something to do; the largest time when it never has.
+  [[nodiscard]] NetworkTime nextTimer() const {
     return active_.empty() ? NetworkTime::max() : std::min(curlTimer_, nextDeadline_);
   }
 

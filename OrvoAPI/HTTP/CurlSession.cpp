@@ -1,7 +1,6 @@
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <utility>
 
 namespace orvo::detail {
@@ -22,16 +21,6 @@ std::string_view hostName(const URL& url) {
 URLError cancelled() { return {URLError::cancelled, "cancelled"}; }
 
 }  // namespace
-
-std::shared_ptr<NetworkSession> NetworkSession::make(URLSessionConfiguration configuration) {
-  if (!configuration.certificateAuthorityFile) {
-    // As everybody who reads the environment: safe as long as the host does not write to it.
-    const char* const file = std::getenv("SSL_CERT_FILE");  // NOLINT(concurrency-mt-unsafe)
-    if (file != nullptr && *file != '\0') configuration.certificateAuthorityFile = file;
-  }
-  configuration.maximumConnectionsPerHost = std::max(configuration.maximumConnectionsPerHost, 1U);
-  return std::make_shared<CurlSession>(std::move(configuration));
-}
 
 bool CurlSession::open() {
   if (pool_ != nullptr) return true;

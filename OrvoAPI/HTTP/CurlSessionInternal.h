@@ -34,18 +34,22 @@ struct CurlHost {
 /// handle and its time-out does not run. *Under way* it has a transfer, which the pool holds and
 /// which holds it. At its *end* the transfer goes back among the idle ones, the next exchange that
 /// waits for the host takes its place, and the exchange learns the outcome; the session forgets it.
-class CurlSession final : public NetworkSession, private CurlTransferOwner {
+class CurlSession {
  public:
   explicit CurlSession(URLSessionConfiguration configuration)
       : configuration_(std::move(configuration)) {}
 
-  void start(std::shared_ptr<HTTPExchange> exchange) override;
-  void cancel(HTTPExchange& exchange) override;
-  void close() override;
+  void start(std::shared_ptr<HTTPExchange> exchange);
+  void cancel(HTTPExchange& exchange);
+  /// Ends everything that is under way with -999 and lets go of the connections.
+  void close();
+
+  /// The session takes the transfer back from the pool.
+  void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome);
+  /// A transfer has failed where libcurl does not see it: soon its deadline has passed.
+  void transferDidFail() { pool_->checkDeadlinesSoon(); }
 
  private:
-  void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) override;
-  void transferDidFail() override { pool_->checkDeadlinesSoon(); }
   [[nodiscard]] bool open();
   void admitWaiting(CurlHost& host);
   void admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host);

@@ -1,4 +1,5 @@
 #include <OrvoAPI/HTTP/CurlErrorsInternal.h>
+#include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
 #include <OrvoAPI/Version.h>
 
@@ -32,7 +33,7 @@ CURL* makeHandle() {
   return handle;
 }
 
-/// The library's form of "Name: value", in which a field without a value would mean "leave it out".
+/// libcurl's form of "Name: value", in which a field without a value would mean "leave it out".
 std::string headerLine(std::string_view name, std::string_view value) {
   std::string line(name);
   if (value.empty()) return line += ';';
@@ -48,7 +49,7 @@ CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH*
   set(CURLOPT_PRIVATE, this);
   set(CURLOPT_SHARE, share);
   set(CURLOPT_COOKIEFILE, "");       // cookies, kept in memory
-  set(CURLOPT_ACCEPT_ENCODING, "");  // all that the library can decode
+  set(CURLOPT_ACCEPT_ENCODING, "");  // all that libcurl can decode
   set(CURLOPT_USERAGENT, "OrvoAPI/" ORVO_API_VERSION_STRING);
   set(CURLOPT_PATH_AS_IS, 1L);  // what the URL says goes on the wire
   set(CURLOPT_NOSIGNAL, 1L);
@@ -90,10 +91,10 @@ CurlTransfer* CurlTransfer::from(CURL* handle) {
   return reinterpret_cast<CurlTransfer*>(self);
 }
 
-void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlTransferOwner& owner,
+void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& session,
                          CurlHost& host) {
   exchange_ = std::move(exchange);
-  owner_ = &owner;
+  session_ = &session;
   host_ = &host;
   noteActivity();
   const auto& request = exchange_->exchangeRequest();
@@ -169,13 +170,15 @@ NetworkTime CurlTransfer::deadline() const {
   return lastActivity_ + timeout;
 }
 
+void CurlTransfer::end(HTTPOutcome outcome) { session_->transferDidEnd(*this, std::move(outcome)); }
+
 void CurlTransfer::giveUp() {
   end(failure_ ? *failure_ : URLError{URLError::timedOut, "the server is silent"});
 }
 
 HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   if (failure_) return *std::move(failure_);
-  // A single header line beyond what the library takes.
+  // A single header line beyond what libcurl takes.
   if (code == CURLE_OUT_OF_MEMORY && !headIsComplete_) {
     return URLError{URLError::dataLengthExceedsMaximum, "a header is too long"};
   }
@@ -184,7 +187,7 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
   if (status == 0) return URLError{URLError::badURL, "no HTTP response"};
   if (status < 100 || status > 999) return URLError{URLError::badServerResponse, "no status"};
-  // The library takes an end within the header, or behind an interim response, for the answer's.
+  // libcurl takes an end within the header, or behind an interim response, for the answer's.
   const bool interim = status < 200 && status != 101;
   if (!headIsComplete_ || interim) {
     return URLError{URLError::networkConnectionLost, "the connection ended within the header"};
@@ -195,7 +198,7 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
 }
 
 void CurlTransfer::clear() {
-  owner_ = nullptr;
+  session_ = nullptr;
   host_ = nullptr;
   place_ = {};
   exchange_.reset();
@@ -260,7 +263,7 @@ std::size_t CurlTransfer::receive(std::string_view bytes, Receive&& receive) {
   try {
     return receive(bytes) ? bytes.size() : CURL_WRITEFUNC_ERROR;
   } catch (const std::bad_alloc&) {
-    failure_ = URLError{URLError::unknown, "out of memory"};  // not through the library's frames
+    failure_ = URLError{URLError::unknown, "out of memory"};  // not through libcurl's frames
     return CURL_WRITEFUNC_ERROR;
   }
 }
@@ -279,8 +282,8 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
   });
 }
 
-/// Sees the line behind the status before the library does, and nothing else: a trace of all would
-/// cost more than the transfer. To pause is what keeps the library from the line.
+/// Sees the line behind the status before libcurl does, and nothing else: a trace of all would
+/// cost more than the transfer. To pause is what keeps libcurl from the line.
 int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size,
                           void* self) {
   if (kind != CURLINFO_HEADER_IN) return 0;
@@ -289,11 +292,11 @@ int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::si
   curl_easy_pause(handle, CURLPAUSE_RECV);
   auto* const transfer = static_cast<CurlTransfer*>(self);
   transfer->failure_ = URLError{URLError::badServerResponse, "a folded line"};
-  transfer->owner_->transferDidFail();
+  transfer->session_->transferDidFail();
   return 0;
 }
 
-/// As the library's own, but for the flag that keeps the socket from programs that the host starts.
+/// As libcurl's own, but for the flag that keeps the socket from programs that the host starts.
 curl_socket_t CurlTransfer::onOpenSocket(void*, curlsocktype, curl_sockaddr* address) {
   return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
 }

@@ -15,19 +15,7 @@
 namespace orvo::detail {
 
 struct CurlHost;
-class CurlTransfer;
-
-/// Who a transfer belongs to.
-class CurlTransferOwner {
- public:
-  /// The owner takes it back from the pool.
-  virtual void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) = 0;
-  /// A transfer has failed where the library does not see it: soon its deadline has passed.
-  virtual void transferDidFail() = 0;
-
- protected:
-  ~CurlTransferOwner() = default;
-};
+class CurlSession;
 
 /// A place for one transfer at a time: the handle with its settings, and what has arrived. Of the
 /// network thread. The session keeps it for the next transfer, since making one costs more than a
@@ -44,10 +32,10 @@ class CurlTransfer {
   [[nodiscard]] CURL* handle() const { return handle_; }
   [[nodiscard]] const std::shared_ptr<HTTPExchange>& exchange() const { return exchange_; }
 
-  void begin(std::shared_ptr<HTTPExchange> exchange, CurlTransferOwner& owner, CurlHost& host);
-  /// Ends by the library's verdict.
+  void begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& session, CurlHost& host);
+  /// Ends by libcurl's verdict.
   void end(CURLcode code) { end(outcome(code)); }
-  void end(HTTPOutcome outcome) { owner_->transferDidEnd(*this, std::move(outcome)); }
+  void end(HTTPOutcome outcome);
   /// Ends because of its own failure, or else of the silence.
   void giveUp();
   /// Lets go of the exchange and of all that it needed.
@@ -58,7 +46,7 @@ class CurlTransfer {
   /// When the silence has lasted too long; long ago when it has failed.
   [[nodiscard]] NetworkTime deadline() const;
 
-  [[nodiscard]] const CurlTransferOwner* owner() const { return owner_; }
+  [[nodiscard]] const CurlSession* session() const { return session_; }
   [[nodiscard]] CurlHost& host() const { return *host_; }
   /// What the pool notes about it.
   struct Place {
@@ -109,7 +97,7 @@ class CurlTransfer {
   CachePolicy listedPolicy_ = CachePolicy::useProtocolCachePolicy;
 
   // Of the transfer under way.
-  CurlTransferOwner* owner_ = nullptr;
+  CurlSession* session_ = nullptr;
   CurlHost* host_ = nullptr;
   Place place_;
   std::shared_ptr<HTTPExchange> exchange_;

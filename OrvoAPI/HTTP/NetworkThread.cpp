@@ -1,3 +1,5 @@
+#include <OrvoAPI/HTTP/CurlPoolInternal.h>
+#include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
@@ -26,7 +28,17 @@ NetworkThread& NetworkThread::shared() {
   return *thread;
 }
 
-std::optional<URLError> NetworkThread::start(std::shared_ptr<NetworkSession> session,
+std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration configuration) {
+  if (!configuration.certificateAuthorityFile) {
+    // As everybody who reads the environment: safe as long as the host does not write to it.
+    const char* const file = std::getenv("SSL_CERT_FILE");  // NOLINT(concurrency-mt-unsafe)
+    if (file != nullptr && *file != '\0') configuration.certificateAuthorityFile = file;
+  }
+  configuration.maximumConnectionsPerHost = std::max(configuration.maximumConnectionsPerHost, 1U);
+  return std::make_shared<CurlSession>(std::move(configuration));
+}
+
+std::optional<URLError> NetworkThread::start(std::shared_ptr<CurlSession> session,
                                              std::shared_ptr<HTTPExchange> exchange) {
   if (post({Command::Kind::start, std::move(session), std::move(exchange)})) return std::nullopt;
   const LockGuard guard(lock_);
@@ -34,12 +46,12 @@ std::optional<URLError> NetworkThread::start(std::shared_ptr<NetworkSession> ses
   return URLError{URLError::unknown, "no network thread could be started"};
 }
 
-void NetworkThread::cancel(std::shared_ptr<NetworkSession> session,
+void NetworkThread::cancel(std::shared_ptr<CurlSession> session,
                            std::shared_ptr<HTTPExchange> exchange) {
   post({Command::Kind::cancel, std::move(session), std::move(exchange)});
 }
 
-void NetworkThread::close(std::shared_ptr<NetworkSession> session) {
+void NetworkThread::close(std::shared_ptr<CurlSession> session) {
   post({Command::Kind::close, std::move(session), nullptr});
 }
 
@@ -131,9 +143,9 @@ void NetworkThread::runCommand(Command command) {
   }
 }
 
-void NetworkThread::add(NetworkPool& pool) { pools_.push_back(&pool); }
+void NetworkThread::add(CurlPool& pool) { pools_.push_back(&pool); }
 
-void NetworkThread::remove(NetworkPool& pool) {
+void NetworkThread::remove(CurlPool& pool) {
   for (auto& watch : watches_) {
     if (watch.pool == &pool) watch = {};
   }
@@ -179,7 +191,7 @@ int NetworkThread::millisecondsToNextTimer() const {
   return static_cast<int>(std::clamp(wait, std::chrono::milliseconds(0), kLongest).count());
 }
 
-void NetworkThread::watch(int socket, std::uint32_t events, NetworkPool& pool, void* context) {
+void NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void* context) {
   const auto index = static_cast<std::size_t>(socket);
   if (index >= watches_.size()) watches_.resize(index + 1);
   auto& watch = watches_[index];

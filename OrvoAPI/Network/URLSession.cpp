@@ -13,7 +13,7 @@ URLSessionCore::URLSessionCore(URLSessionConfiguration configuration,
     : interceptors(configuration.protocolClasses),
       delegate(std::move(sessionDelegate)),
       queue(SerialQueue::make(std::string(ServiceDomainPrefix) + ".url_session.delegate")),
-      network(NetworkSession::make(std::move(configuration))) {}
+      network(NetworkThread::makeSession(std::move(configuration))) {}
 
 URLSessionCore::~URLSessionCore() { NetworkThread::shared().close(network); }
 

@@ -32,7 +32,7 @@ class URLSessionCore {
   const std::vector<std::shared_ptr<URLInterceptor>> interceptors;
   const std::shared_ptr<URLSessionDelegate> delegate;
   const std::shared_ptr<SerialQueue> queue;
-  const std::shared_ptr<NetworkSession> network;
+  const std::shared_ptr<CurlSession> network;
 
   /// False when the session has been invalidated.
   [[nodiscard]] bool add(URLTask& task);
