@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Compiles every header of an installed copy by itself, under g++ and clang++, with warnings as
-# errors. Usage: check_headers.sh INCLUDE_FOLDER
+# errors, and all of them once more behind the macros of other libraries.
+# Usage: check_headers.sh INCLUDE_FOLDER
 set -euo pipefail
 include=$1
 headers=$(cd "$include" && find OrvoAPI -name '*.h' | sort)
@@ -17,4 +18,26 @@ export -f compile
 for compiler in g++ clang++; do
   xargs -P "$(nproc)" -I{} bash -c 'compile "$@"' - "$compiler" "$include" {} <<<"$headers"
 done
+# Words that others define away: Qt, <windows.h> and what imitates it, X11. X11's Status is left
+# out: it is the name of a model of ours.
+macros='
+#define slots
+#define signals public
+#define emit
+#define foreach(variable, container) for (variable : container)
+#define forever for (;;)
+#define min(a, b) ((a) < (b) ? (a) : (b))
+#define max(a, b) ((a) > (b) ? (a) : (b))
+#define Always 2
+#define Bool int
+#define False 0
+#define None 0L
+#define Success 0
+#define True 1'
+# The standard library's headers come first: they are not ours to mend.
+standard=$(cd "$include" && grep -rhoE '^#include <[a-z_]+>' OrvoAPI | sort -u)
+printf '%s\n' "$standard" "$macros" "$(sed 's/.*/#include <&>/' <<<"$headers")" |
+  g++ -std=c++20 -fsyntax-only -I "$include" -x c++ - ||
+  { echo "a header does not compile behind other libraries' macros" >&2; exit 1; }
+
 echo "$(wc -l <<<"$headers") headers compile alone under g++ and clang++"

@@ -74,7 +74,8 @@ class ListWalkState : public std::enable_shared_from_this<ListWalkState<T>> {
   /// their range; a part without extent would be followed by itself.
   [[nodiscard]] Fetch fetchAfter(const T& part) const {
     const auto& [total, limit, offset] = part.meta;
-    if (limit <= 0 || offset > std::numeric_limits<std::int64_t>::max() - limit) return nullptr;
+    constexpr auto kMost = (std::numeric_limits<std::int64_t>::max)();  // max is a macro elsewhere
+    if (limit <= 0 || offset > kMost - limit) return nullptr;
     auto fetch = context_->nextFetchCapability(part);
     return fetch ? std::make_shared<const Capability<Shared<T>>>(std::move(*fetch)) : nullptr;
   }
