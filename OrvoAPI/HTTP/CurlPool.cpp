@@ -1,4 +1,6 @@
 #include <OrvoAPI/HTTP/CurlPoolInternal.h>
+#include <OrvoAPI/HTTP/CurlSessionInternal.h>
+#include <OrvoAPI/HTTP/WatchdogInternal.h>
 
 #include <sys/epoll.h>
 
@@ -35,7 +37,10 @@ CurlPool::CurlPool(CURLM* multi, std::string authorityFile)
 }
 
 CurlPool::~CurlPool() {
-  curl_multi_cleanup(multi_);
+  {
+    const Watchdog::Call call;
+    curl_multi_cleanup(multi_);
+  }
   NetworkThread::shared().remove(*this);
   pools().erase(authorityFile_);
 }
@@ -52,13 +57,18 @@ void CurlPool::add(std::unique_ptr<CurlTransfer> transfer) {
   nextDeadline_ = std::min(nextDeadline_, transfer->deadline());
   active_.push_back(std::move(transfer));
   auto& added = *active_.back();
+  added.setFresh(connections_.isCondemned(added.host().name), added.host().isFailing);
   if (curl_multi_add_handle(multi_, added.handle()) != CURLM_OK) {
     added.end(CURLE_FAILED_INIT);
   }
 }
 
 std::unique_ptr<CurlTransfer> CurlPool::remove(CurlTransfer& transfer) {
-  curl_multi_remove_handle(multi_, transfer.handle());
+  {
+    const Watchdog::Call call;
+    curl_multi_remove_handle(multi_, transfer.handle());
+  }
+  connections_.settle(transfer.connection(), transfer.received());
   const auto [index, socket] = transfer.place();
   if (socket >= 0) NetworkThread::shared().forgetContext(socket, &transfer);
   std::swap(active_[index], active_.back());
@@ -66,6 +76,7 @@ std::unique_ptr<CurlTransfer> CurlPool::remove(CurlTransfer& transfer) {
   auto removed = std::move(active_.back());
   active_.pop_back();
   if (active_.empty()) nextDeadline_ = NetworkTime::max();
+  shutDownUnused();
   return removed;
 }
 
@@ -77,6 +88,20 @@ void CurlPool::endAll(const CurlSession& session, const URLError& error) {
   for (auto* const transfer : ending) transfer->end(error);
 }
 
+void CurlPool::act(int socket, int events) {
+  int running = 0;
+  {
+    const Watchdog::Call call;
+    curl_multi_socket_action(multi_, socket, events, &running);
+  }
+  if (connections_.hasFlooded()) {
+    for (const auto& connection : connections_.takeFlooded()) {
+      endOn(connection, {URLError::badServerResponse, "the server floods the connection"});
+    }
+  }
+  collect();
+}
+
 void CurlPool::collect() {
   int remaining = 0;
   while (const CURLMsg* const message = curl_multi_info_read(multi_, &remaining)) {
@@ -86,28 +111,67 @@ void CurlPool::collect() {
 }
 
 void CurlPool::socketIsReady(int socket, std::uint32_t events, void* context) {
-  // Bytes of a header line that is not complete yet show here only. On a connection with several
-  // exchanges they may be another's.
-  if (auto* const transfer = static_cast<CurlTransfer*>(context);
-      transfer != nullptr && !transfer->isMultiplexed()) {
-    transfer->noteActivity();
+  const bool isInput = (events & EPOLLIN) != 0;
+  if (auto* const transfer = static_cast<CurlTransfer*>(context)) {
+    transfer->noteSocketActivity(isInput);
   }
+  const bool isToBeWeighed = isInput && connections_.noteInput(socket);
   int mask = 0;
   if ((events & EPOLLIN) != 0) mask |= CURL_CSELECT_IN;
   if ((events & EPOLLOUT) != 0) mask |= CURL_CSELECT_OUT;
   if ((events & (EPOLLERR | EPOLLHUP)) != 0) mask |= CURL_CSELECT_ERR;
-  int running = 0;
-  curl_multi_socket_action(multi_, socket, mask, &running);
-  collect();
+  act(socket, mask);
+  if (isToBeWeighed) weigh(socket);
+}
+
+/// Ends the transfers of a connection that brings too much for what it delivers, as endless
+/// decorations of chunks and empty frames do.
+void CurlPool::weigh(int socket) {
+  std::uint64_t delivered = 0, bound = 0;
+  Connections::ID connection;
+  for (const auto& transfer : active_) {
+    if (transfer->connection().socket != socket) continue;
+    connection = transfer->connection();
+    delivered += transfer->received();
+    bound = std::max(bound, transfer->bound());
+  }
+  if (connection.number == 0 || !connections_.isOverdrawn(connection, delivered, bound)) return;
+  connections_.retire(connection);
+  endOn(connection, {URLError::dataLengthExceedsMaximum, "the answer costs too many bytes"});
+  shutDownUnused();
+}
+
+void CurlPool::endOn(const Connections::ID& connection, const URLError& error) {
+  std::vector<CurlTransfer*> ending;
+  for (const auto& transfer : active_) {
+    if (transfer->connection() == connection) ending.push_back(transfer.get());
+  }
+  for (auto* const transfer : ending) transfer->end(error);
+}
+
+void CurlPool::retireConnections() {
+  connections_.retireAll();
+  shutDownUnused();
+}
+
+void CurlPool::suspectConnections() {
+  connections_.suspectAll();
+  shutDownUnused();
+}
+
+void CurlPool::shutDownUnused() {
+  connections_.shutDownUnused([this](const Connections::ID& connection) {
+    return std::any_of(active_.begin(), active_.end(), [&connection](const auto& transfer) {
+      return transfer->connection() == connection;
+    });
+  });
 }
 
 void CurlPool::runTimers() {
   const auto now = NetworkThread::shared().now();
   if (curlTimer_ <= now) {
     curlTimer_ = NetworkTime::max();
-    int running = 0;
-    curl_multi_socket_action(multi_, CURL_SOCKET_TIMEOUT, 0, &running);
-    collect();
+    act(CURL_SOCKET_TIMEOUT, 0);
   }
   if (nextDeadline_ <= now) checkDeadlines();
 }
@@ -124,6 +188,10 @@ void CurlPool::checkDeadlines() {
       nextDeadline_ = std::min(nextDeadline_, deadline);
     }
   }
+  for (const auto* const transfer : silent) {
+    if (!transfer->hasFailed()) connections_.suspectHost(transfer->host().name);
+  }
+  shutDownUnused();
   for (auto* const transfer : silent) transfer->giveUp();
 }
 

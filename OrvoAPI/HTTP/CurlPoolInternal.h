@@ -38,6 +38,11 @@ class CurlPool {
   void endAll(const CurlSession& session, const URLError& error);
   /// Ends those whose deadline has passed, as soon as libcurl can bear it.
   void checkDeadlinesSoon() { nextDeadline_ = NetworkTime::min(); }
+  [[nodiscard]] Connections& connections() { return connections_; }
+  /// Nothing new is sent on the connections that are open now, or, when the device has slept, not
+  /// until something is heard on them.
+  void retireConnections();
+  void suspectConnections();
   /// Gives the transfer back, aborting what has not ended.
   [[nodiscard]] std::unique_ptr<CurlTransfer> remove(CurlTransfer& transfer);
 
@@ -55,7 +60,11 @@ class CurlPool {
  private:
   CurlPool(CURLM* multi, std::string authorityFile);
 
+  void act(int socket, int events);
   void collect();
+  void weigh(int socket);
+  void endOn(const Connections::ID& connection, const URLError& error);
+  void shutDownUnused();
   void checkDeadlines();
 
   static int onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*);
@@ -63,6 +72,7 @@ class CurlPool {
 
   CURLM* const multi_;
   const std::string authorityFile_;
+  Connections connections_;
   long hostConnections_ = 0;
   std::vector<std::unique_ptr<CurlTransfer>> active_;
   NetworkTime curlTimer_ = NetworkTime::max();

@@ -1,7 +1,9 @@
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 
 #include <algorithm>
+#include <optional>
 #include <utility>
+#include <variant>
 
 namespace orvo::detail {
 namespace {
@@ -19,6 +21,17 @@ std::string_view hostName(const URL& url) {
 }
 
 URLError cancelled() { return {URLError::cancelled, "cancelled"}; }
+URLError tookTooLong() { return {URLError::timedOut, "no free connection in time"}; }
+
+/// Whether the host may have moved; nothing when the outcome does not tell.
+std::optional<bool> foundNoWay(const HTTPOutcome& outcome) {
+  const auto* const error = std::get_if<URLError>(&outcome);
+  if (error == nullptr) return false;
+  if (error->code == URLError::cancelled) return std::nullopt;
+  return error->code == URLError::timedOut || error->code == URLError::cannotConnectToHost ||
+         error->code == URLError::notConnectedToInternet ||
+         error->code == URLError::networkConnectionLost;
+}
 
 }  // namespace
 
@@ -38,7 +51,7 @@ bool CurlSession::open() {
 void CurlSession::close() {
   // Those that wait come first, or they would take the places of the others.
   for (auto& [name, host] : hosts_) {
-    for (const auto& exchange : std::exchange(host.waiting, {})) cancel(*exchange);
+    while (!host.waiting.empty()) cancel(*host.waiting.front());
   }
   if (pool_ != nullptr) {
     pool_->endAll(*this, cancelled());
@@ -52,35 +65,71 @@ void CurlSession::close() {
 
 void CurlSession::start(std::shared_ptr<HTTPExchange> exchange) {
   if (exchange->isCancelled()) return exchange->exchangeDidEnd(cancelled());
+  if (exchange->deadline() <= NetworkThread::shared().now()) {
+    return exchange->exchangeDidEnd(tookTooLong());
+  }
   if (!open()) return exchange->exchangeDidEnd(URLError{URLError::unknown, "no memory"});
-  const auto name = hostName(exchange->exchangeRequest().url);
+  auto& host = hostOf(*exchange);
+  if (host.waiting.empty() && hasPlace(host)) return admit(std::move(exchange), host);
+  wait(std::move(exchange), host);
+}
+
+CurlHost& CurlSession::hostOf(const HTTPExchange& exchange) {
+  const auto name = hostName(exchange.exchangeRequest().url);
   auto found = hosts_.find(name);
   if (found == hosts_.end()) {
     found = hosts_.try_emplace(std::string(name)).first;
     found->second.name = found->first;
   }
-  auto& host = found->second;
-  exchange->waiting_ = true;
-  host.waiting.push_back(std::move(exchange));
-  admitWaiting(host);
+  return found->second;
+}
+
+bool CurlSession::hasPlace(const CurlHost& host) const {
+  const std::size_t connections = configuration_.maximumConnectionsPerHost;
+  return host.underWay < (host.multiplexed ? std::max(kStreamsPerHost, connections) : connections);
+}
+
+void CurlSession::wait(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) {
+  auto& waits = *exchange;
+  nextDeadline_ = std::min(nextDeadline_, waits.deadline());
+  waits.waitingFor_ = &host;
+  waits.place_ = host.waiting.insert(host.waiting.end(), std::move(exchange));
+}
+
+std::shared_ptr<HTTPExchange> CurlSession::leaveLine(HTTPExchange& exchange) {
+  auto held = std::move(*exchange.place_);
+  std::exchange(exchange.waitingFor_, nullptr)->waiting.erase(exchange.place_);
+  return held;
 }
 
 void CurlSession::admitWaiting(CurlHost& host) {
-  const std::size_t connections = configuration_.maximumConnectionsPerHost;
-  const std::size_t capacity =
-      host.multiplexed ? std::max(kStreamsPerHost, connections) : connections;
-  while (host.underWay < capacity && !host.waiting.empty()) {
-    auto exchange = std::move(host.waiting.front());
-    host.waiting.pop_front();
-    // One that was cancelled meanwhile has ended already.
-    if (std::exchange(exchange->waiting_, false)) admit(std::move(exchange), host);
+  while (!host.waiting.empty() && hasPlace(host)) admit(leaveLine(*host.waiting.front()), host);
+}
+
+void CurlSession::runTimers() {
+  const auto now = NetworkThread::shared().now();
+  nextDeadline_ = NetworkTime::max();
+  std::vector<std::shared_ptr<HTTPExchange>> late;
+  for (const auto& [name, host] : hosts_) {
+    for (const auto& exchange : host.waiting) {
+      if (exchange->deadline() <= now) {
+        late.push_back(exchange);
+      } else {
+        nextDeadline_ = std::min(nextDeadline_, exchange->deadline());
+      }
+    }
   }
+  for (const auto& exchange : late) leaveLine(*exchange)->exchangeDidEnd(tookTooLong());
+}
+
+void CurlSession::networkDidChange() {
+  for (auto& [name, host] : hosts_) host.isFailing = true;
 }
 
 void CurlSession::admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) {
   std::unique_ptr<CurlTransfer> transfer;
   if (idle_.empty()) {
-    transfer = std::make_unique<CurlTransfer>(configuration_, share_);
+    transfer = std::make_unique<CurlTransfer>(configuration_, share_, pool_->connections());
   } else {
     transfer = std::move(idle_.back());
     idle_.pop_back();
@@ -94,13 +143,14 @@ void CurlSession::admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) 
 
 void CurlSession::cancel(HTTPExchange& exchange) {
   if (exchange.transfer_ != nullptr) return exchange.transfer_->end(cancelled());
-  if (std::exchange(exchange.waiting_, false)) exchange.exchangeDidEnd(cancelled());
+  if (exchange.waitingFor_ != nullptr) leaveLine(exchange)->exchangeDidEnd(cancelled());
 }
 
 void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
   auto& host = transfer.host();
   const auto exchange = transfer.exchange();
   host.multiplexed = transfer.isMultiplexed();
+  host.isFailing = foundNoWay(outcome).value_or(host.isFailing);
   --host.underWay;
   auto ended = pool_->remove(transfer);
   exchange->transfer_ = nullptr;

@@ -6,8 +6,8 @@
 
 #include <curl/curl.h>
 
-#include <deque>
 #include <functional>
+#include <list>
 #include <map>
 #include <memory>
 #include <string>
@@ -23,7 +23,9 @@ struct CurlHost {
   std::size_t underWay = 0;
   /// One connection carries many exchanges, so that connections need not be waited for.
   bool multiplexed = false;
-  std::deque<std::shared_ptr<HTTPExchange>> waiting = {};
+  /// The last exchange found no way there: its name may lead elsewhere by now.
+  bool isFailing = false;
+  std::list<std::shared_ptr<HTTPExchange>> waiting = {};
 };
 
 /// Admits the exchanges of one session to a pool of connections, as many to each host as it may
@@ -31,9 +33,10 @@ struct CurlHost {
 /// exchange until it is closed.
 ///
 /// An exchange is *waiting* while its host has as many under way as it may have: then it costs no
-/// handle and its time-out does not run. *Under way* it has a transfer, which the pool holds and
-/// which holds it. At its *end* the transfer goes back among the idle ones, the next exchange that
-/// waits for the host takes its place, and the exchange learns the outcome; the session forgets it.
+/// handle, and of its limits only that of the whole runs. *Under way* it has a transfer, which the
+/// pool holds and which holds it. At its *end* the transfer goes back among the idle ones, the next
+/// exchange that waits for the host takes its place, and the exchange learns the outcome; the
+/// session forgets it.
 class CurlSession {
  public:
   explicit CurlSession(URLSessionConfiguration configuration)
@@ -49,8 +52,22 @@ class CurlSession {
   /// A transfer has failed where libcurl does not see it: soon its deadline has passed.
   void transferDidFail() { pool_->checkDeadlinesSoon(); }
 
+  /// The network may be another: names are asked for their addresses anew.
+  void networkDidChange();
+
+  // For the network thread.
+
+  /// Ends the exchanges that have waited for too long.
+  void runTimers();
+  /// When `runTimers` has something to do; the largest time when it never has.
+  [[nodiscard]] NetworkTime nextTimer() const { return nextDeadline_; }
+
  private:
   [[nodiscard]] bool open();
+  [[nodiscard]] CurlHost& hostOf(const HTTPExchange& exchange);
+  [[nodiscard]] bool hasPlace(const CurlHost& host) const;
+  void wait(std::shared_ptr<HTTPExchange> exchange, CurlHost& host);
+  [[nodiscard]] static std::shared_ptr<HTTPExchange> leaveLine(HTTPExchange& exchange);
   void admitWaiting(CurlHost& host);
   void admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host);
   void releaseIfUnused(CurlHost& host);
@@ -60,6 +77,7 @@ class CurlSession {
   CURLSH* share_ = nullptr;
   std::map<std::string, CurlHost, std::less<>> hosts_;
   std::vector<std::unique_ptr<CurlTransfer>> idle_;
+  NetworkTime nextDeadline_ = NetworkTime::max();  // not after the first one of those that wait
 };
 
 }  // namespace orvo::detail

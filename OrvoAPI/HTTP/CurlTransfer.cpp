@@ -3,8 +3,6 @@
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
 #include <OrvoAPI/Version.h>
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <limits>
 #include <new>
@@ -25,6 +23,9 @@ bool handlesRememberFields() {
   return remember;
 }
 
+/// Within which a header has to be complete.
+constexpr int kIntervalsForHeader = 4;
+
 bool isFolded(std::string_view line) { return line.starts_with(' ') || line.starts_with('\t'); }
 
 CURL* makeHandle() {
@@ -42,8 +43,10 @@ std::string headerLine(std::string_view name, std::string_view value) {
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share)
+CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share,
+                           Connections& connections)
     : handle_(makeHandle()),
+      connections_(connections),
       maximumBodySize_(configuration.maximumBodySize),
       maximumHeaderSize_(configuration.maximumHeaderSize) {
   set(CURLOPT_PRIVATE, this);
@@ -58,6 +61,10 @@ CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH*
   // A first burst waits for one connection to tell whether it can carry all of them.
   set(CURLOPT_PIPEWAIT, 1L);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
+  // A connection whose other end has gone in silence is found out before it is wanted.
+  set(CURLOPT_TCP_KEEPALIVE, 1L);
+  set(CURLOPT_TCP_KEEPIDLE, 30L);
+  set(CURLOPT_TCP_KEEPINTVL, 10L);
   setSecurity(configuration);
   setCallbacks();
 }
@@ -83,6 +90,12 @@ void CurlTransfer::setCallbacks() {
   set(CURLOPT_DEBUGFUNCTION, &CurlTransfer::onTrace);
   set(CURLOPT_DEBUGDATA, this);
   set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
+  set(CURLOPT_OPENSOCKETDATA, this);
+  // Of the pool: a connection may outlive the transfer that it was opened for.
+  set(CURLOPT_CLOSESOCKETFUNCTION, &CurlTransfer::onCloseSocket);
+  set(CURLOPT_CLOSESOCKETDATA, &connections_);
+  set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
+  set(CURLOPT_PREREQDATA, this);
 }
 
 CurlTransfer* CurlTransfer::from(CURL* handle) {
@@ -161,19 +174,47 @@ void CurlTransfer::setHeaders(const URLRequest& request) {
   listedPolicy_ = request.cachePolicy;
 }
 
+void CurlTransfer::setFresh(bool connection, bool name) {
+  constexpr long kUsualSeconds = 60;
+  if (std::exchange(freshConnection_, connection) != connection) {
+    set(CURLOPT_FRESH_CONNECT, long{connection});
+  }
+  if (std::exchange(freshName_, name) != name) {
+    set(CURLOPT_DNS_CACHE_TIMEOUT, name ? 0L : kUsualSeconds);
+  }
+}
+
+void CurlTransfer::noteSocketActivity(bool isInput) {
+  if (multiplexed_ || headIsComplete_) return;
+  noteActivity();
+  if (isInput && isSent_ && headerBegan_ == NetworkTime::max()) headerBegan_ = lastActivity_;
+}
+
 NetworkTime CurlTransfer::deadline() const {
   if (failure_) return NetworkTime::min();
+  const auto total = exchange_->deadline();
   const auto timeout = exchange_->exchangeRequest().timeoutInterval;
-  if (timeout <= timeout.zero() || timeout > std::chrono::hours(24 * 365)) {
-    return NetworkTime::max();
-  }
-  return lastActivity_ + timeout;
+  if (!isLimit(timeout)) return total;
+  const auto silence = std::min(total, lastActivity_ + timeout);
+  if (headIsComplete_ || headerBegan_ == NetworkTime::max()) return silence;
+  return std::min(silence, headerBegan_ + kIntervalsForHeader * timeout);
+}
+
+std::uint64_t CurlTransfer::bound() const {
+  constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
+  return maximumHeaderSize_ > kMost - maximumBodySize_ ? kMost
+                                                       : maximumBodySize_ + maximumHeaderSize_;
 }
 
 void CurlTransfer::end(HTTPOutcome outcome) { session_->transferDidEnd(*this, std::move(outcome)); }
 
 void CurlTransfer::giveUp() {
-  end(failure_ ? *failure_ : URLError{URLError::timedOut, "the server is silent"});
+  if (failure_) return end(*failure_);
+  const auto now = NetworkThread::shared().now();
+  const bool isSilence = lastActivity_ + exchange_->exchangeRequest().timeoutInterval <= now;
+  end(URLError{URLError::timedOut, exchange_->deadline() <= now ? "the request took too long"
+                                   : isSilence                  ? "the server is silent"
+                                                                : "the header took too long"});
 }
 
 HTTPOutcome CurlTransfer::outcome(CURLcode code) {
@@ -203,6 +244,10 @@ void CurlTransfer::clear() {
   place_ = {};
   exchange_.reset();
   multiplexed_ = false;
+  connection_ = {};
+  isSent_ = false;
+  headerBegan_ = NetworkTime::max();
+  received_ = 0;
   headers_ = {};
   headerBytes_ = 0;
   headIsComplete_ = false;
@@ -218,6 +263,7 @@ bool CurlTransfer::failTooLong(const char* message) {
 
 bool CurlTransfer::receiveHeader(std::string_view line) {
   noteActivity();
+  received_ += line.size();
   headerBytes_ += line.size();  // interim responses count: there is no bound to their number
   if (headerBytes_ > maximumHeaderSize_) return failTooLong("the header is too long");
   if (bodyHasBegun_) return true;  // trailers
@@ -225,13 +271,17 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
     // Another response than the one before, which was an interim one.
     multiplexed_ = line.starts_with("HTTP/2");
     headIsComplete_ = false;
+    if (headerBegan_ == NetworkTime::max()) headerBegan_ = lastActivity_;
     headers_ = {};
     if (handlesRememberFields()) set(CURLOPT_VERBOSE, 1L);
     return true;
   }
   const auto blank = [](char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; };
   while (!line.empty() && blank(line.back())) line.remove_suffix(1);
-  if (line.empty()) headIsComplete_ = true;
+  if (line.empty()) {
+    headIsComplete_ = true;
+    headerBegan_ = NetworkTime::max();
+  }
   const auto colon = line.find(':');
   if (headIsComplete_ || colon == std::string_view::npos) return true;
   auto value = line.substr(colon + 1);
@@ -243,6 +293,7 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
 
 bool CurlTransfer::receiveBody(std::string_view bytes) {
   noteActivity();
+  received_ += bytes.size();
   if (!bodyHasBegun_) {
     bodyHasBegun_ = true;
     curl_off_t announced = -1;
@@ -296,9 +347,22 @@ int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::si
   return 0;
 }
 
-/// As libcurl's own, but for the flag that keeps the socket from programs that the host starts.
-curl_socket_t CurlTransfer::onOpenSocket(void*, curlsocktype, curl_sockaddr* address) {
-  return socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {
+  auto* const transfer = static_cast<CurlTransfer*>(self);
+  return transfer->connections_.open(*address, transfer->host_->name);
+}
+
+int CurlTransfer::onCloseSocket(void* connections, curl_socket_t socket) {
+  return static_cast<Connections*>(connections)->close(socket);
+}
+
+/// It has a connection, new or used before, and its request is about to be sent.
+int CurlTransfer::onConnected(void* self, char* peer, char*, int peerPort, int localPort) {
+  auto* const transfer = static_cast<CurlTransfer*>(self);
+  transfer->noteActivity();
+  transfer->isSent_ = true;
+  transfer->connection_ = transfer->connections_.find(peer, peerPort, localPort);
+  return CURL_PREREQFUNC_OK;
 }
 
 }  // namespace orvo::detail

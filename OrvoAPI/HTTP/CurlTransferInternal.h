@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/HTTP/BodyBufferInternal.h>
+#include <OrvoAPI/HTTP/ConnectionsInternal.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
 
 #include <curl/curl.h>
@@ -22,8 +23,9 @@ class CurlSession;
 /// short transfer itself.
 class CurlTransfer {
  public:
-  /// `share` holds the session's cookies and TLS sessions.
-  CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share);
+  /// `share` holds the session's cookies and TLS sessions; `connections` are the pool's.
+  CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share,
+               Connections& connections);
   CurlTransfer(const CurlTransfer&) = delete;
   CurlTransfer& operator=(const CurlTransfer&) = delete;
   ~CurlTransfer();
@@ -36,15 +38,27 @@ class CurlTransfer {
   /// Ends by libcurl's verdict.
   void end(CURLcode code) { end(outcome(code)); }
   void end(HTTPOutcome outcome);
-  /// Ends because of its own failure, or else of the silence.
+  /// Ends because of its own failure, or else of the time that has passed.
   void giveUp();
   /// Lets go of the exchange and of all that it needed.
   void clear();
 
-  /// Bytes have come or gone: the silence is over.
-  void noteActivity() { lastActivity_ = NetworkThread::shared().now(); }
-  /// When the silence has lasted too long; long ago when it has failed.
+  /// Its socket is ready. Until the header is complete that is activity, for libcurl tells only of
+  /// whole lines; on a connection with several exchanges it may be another's.
+  void noteSocketActivity(bool isInput);
+  /// When the silence, the header or the whole has lasted too long; long ago when it has failed.
   [[nodiscard]] NetworkTime deadline() const;
+  /// Whether it has a failure that libcurl does not know of.
+  [[nodiscard]] bool hasFailed() const { return failure_.has_value(); }
+
+  /// What it is sent on, or was; none while it is not.
+  [[nodiscard]] const Connections::ID& connection() const { return connection_; }
+  /// Has it take a new connection, and ask for the name's address anew; before it begins.
+  void setFresh(bool connection, bool name);
+  /// Bytes of the header, interim ones included, and of the body, decoded, so far.
+  [[nodiscard]] std::uint64_t received() const { return received_; }
+  /// How many there may be.
+  [[nodiscard]] std::uint64_t bound() const;
 
   [[nodiscard]] const CurlSession* session() const { return session_; }
   [[nodiscard]] CurlHost& host() const { return *host_; }
@@ -81,12 +95,17 @@ class CurlTransfer {
   [[nodiscard]] std::size_t receive(std::string_view bytes, Receive&& receive);
   [[nodiscard]] bool failTooLong(const char* message);
 
+  void noteActivity() { lastActivity_ = NetworkThread::shared().now(); }
+
+  static int onConnected(void* self, char* peer, char* local, int peerPort, int localPort);
   static int onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size, void* self);
   static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
   static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
   static curl_socket_t onOpenSocket(void* self, curlsocktype purpose, curl_sockaddr* address);
+  static int onCloseSocket(void* connections, curl_socket_t socket);
 
   CURL* const handle_;
+  Connections& connections_;
   const std::size_t maximumBodySize_;
   const std::size_t maximumHeaderSize_;
 
@@ -95,13 +114,19 @@ class CurlTransfer {
   List headerList_;
   std::optional<HTTPHeaders> listedHeaders_;
   CachePolicy listedPolicy_ = CachePolicy::useProtocolCachePolicy;
+  bool freshConnection_ = false;
+  bool freshName_ = false;
 
   // Of the transfer under way.
   CurlSession* session_ = nullptr;
   CurlHost* host_ = nullptr;
   Place place_;
   std::shared_ptr<HTTPExchange> exchange_;
+  Connections::ID connection_;
+  bool isSent_ = false;
   NetworkTime lastActivity_;
+  NetworkTime headerBegan_ = NetworkTime::max();
+  std::uint64_t received_ = 0;
   bool multiplexed_ = false;
   HTTPHeaders headers_;
   std::size_t headerBytes_ = 0;

@@ -6,13 +6,21 @@
 
 #include <atomic>
 #include <chrono>
+#include <list>
+#include <memory>
 #include <variant>
 
 namespace orvo::detail {
 
+struct CurlHost;
 class CurlTransfer;
 
 using NetworkTime = std::chrono::steady_clock::time_point;
+
+/// Whether a time limit is one: zero is none, and what nobody lives to see.
+[[nodiscard]] inline bool isLimit(std::chrono::milliseconds limit) {
+  return limit > limit.zero() && limit <= std::chrono::hours(24 * 365);
+}
 
 using HTTPOutcome = std::variant<HTTPResult, URLError>;
 
@@ -30,19 +38,26 @@ class HTTPExchange {
   /// Called on the network thread, once for each start; must not block nor run foreign code.
   virtual void exchangeDidEnd(HTTPOutcome outcome) = 0;
 
+  /// When it has to have ended, whatever happens; the largest time when that is left open.
+  [[nodiscard]] NetworkTime deadline() const { return deadline_; }
+
   /// Whether it ends as soon as it is started. Any thread.
   [[nodiscard]] bool isCancelled() const { return cancelled_.load(std::memory_order_relaxed); }
 
  protected:
   void markCancelled() { cancelled_.store(true, std::memory_order_relaxed); }
+  /// Before it is first started.
+  void setDeadline(NetworkTime deadline) { deadline_ = deadline; }
 
  private:
   friend class CurlSession;
 
   std::atomic<bool> cancelled_{false};
+  NetworkTime deadline_ = NetworkTime::max();
   // Of the network thread.
   CurlTransfer* transfer_ = nullptr;  // while it is under way
-  bool waiting_ = false;              // while it waits for a free connection
+  CurlHost* waitingFor_ = nullptr;    // while it waits for a free connection
+  std::list<std::shared_ptr<HTTPExchange>>::iterator place_;  // then
 };
 
 }  // namespace orvo::detail

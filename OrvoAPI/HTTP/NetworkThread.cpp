@@ -1,6 +1,7 @@
 #include <OrvoAPI/HTTP/CurlPoolInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+#include <OrvoAPI/HTTP/WatchdogInternal.h>
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
 #include <curl/curl.h>
@@ -11,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdlib>
+#include <ctime>
 #include <utility>
 
 namespace orvo::detail {
@@ -20,6 +22,17 @@ constexpr int kEventsAtATime = 64;
 constexpr std::chrono::seconds kExitPatience{2};
 /// Longer than a few answers take, shorter than anybody notices.
 constexpr std::chrono::microseconds kLongestHold{250};
+/// Nobody forgets a connection for less.
+constexpr std::chrono::seconds kShortestSleep{5};
+
+/// How far the clock that counts sleep is ahead of the one that does not.
+std::chrono::nanoseconds sleptSinceBoot() {
+  timespec awake{}, all{};
+  clock_gettime(CLOCK_MONOTONIC, &awake);
+  clock_gettime(CLOCK_BOOTTIME, &all);
+  return std::chrono::seconds(all.tv_sec - awake.tv_sec) +
+         std::chrono::nanoseconds(all.tv_nsec - awake.tv_nsec);
+}
 
 }  // namespace
 
@@ -54,6 +67,8 @@ void NetworkThread::cancel(std::shared_ptr<CurlSession> session,
 void NetworkThread::close(std::shared_ptr<CurlSession> session) {
   post({Command::Kind::close, std::move(session), nullptr});
 }
+
+void NetworkThread::networkChanged() { post({Command::Kind::changeNetwork, nullptr, nullptr}); }
 
 bool NetworkThread::post(Command command) {
   const LockGuard guard(lock_);
@@ -97,15 +112,21 @@ void NetworkThread::run() {
   // its end.
   std::atexit([] { shared().shutDown(); });
   now_ = std::chrono::steady_clock::now();
+  slept_ = sleptSinceBoot();
+  Watchdog::shared().start();
   WorkerPool::holdWakes();
   while (runCommands()) {
     // By index: ending an exchange may end a session and its pool.
     for (std::size_t i = 0; i < pools_.size(); ++i) {
       if (pools_[i]->nextTimer() <= now_) pools_[i]->runTimers();
     }
+    for (const auto& session : sessions_) {
+      if (session->nextTimer() <= now_) session->runTimers();
+    }
     waitForEvents();
   }
   for (const auto& session : std::exchange(sessions_, {})) session->close();
+  Watchdog::shared().stop();
   WorkerPool::wakeHeld();
   ::close(wakeup_);
   ::close(epoll_);
@@ -119,6 +140,7 @@ bool NetworkThread::runCommands() {
     taken_.swap(commands_);
     running = state_ == State::running;
   }
+  if (!taken_.empty()) noticeSleep();
   for (auto& command : taken_) runCommand(std::move(command));
   taken_.clear();
   return running;
@@ -140,7 +162,23 @@ void NetworkThread::runCommand(Command command) {
       session->close();
       sessions_.erase(found);
       break;
+    case Command::Kind::changeNetwork:
+      changeNetwork();
+      break;
   }
+}
+
+void NetworkThread::changeNetwork() {
+  for (auto* const pool : pools_) pool->retireConnections();
+  for (const auto& session : sessions_) session->networkDidChange();
+}
+
+/// While the device slept, those on the way have forgotten the connections, without a word.
+void NetworkThread::noticeSleep() {
+  const auto slept = sleptSinceBoot();
+  if (slept - std::exchange(slept_, slept) < kShortestSleep) return;
+  for (auto* const pool : pools_) pool->suspectConnections();
+  for (const auto& session : sessions_) session->networkDidChange();
 }
 
 void NetworkThread::add(CurlPool& pool) { pools_.push_back(&pool); }
@@ -184,6 +222,7 @@ void NetworkThread::waitForEvents() {
 int NetworkThread::millisecondsToNextTimer() const {
   auto next = NetworkTime::max();
   for (const auto* const pool : pools_) next = std::min(next, pool->nextTimer());
+  for (const auto& session : sessions_) next = std::min(next, session->nextTimer());
   if (next == NetworkTime::max()) return -1;
   const auto wait =
       std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());

@@ -34,6 +34,8 @@ class NetworkThread {
   void cancel(std::shared_ptr<CurlSession> session, std::shared_ptr<HTTPExchange> exchange);
   /// Closes a session whose exchanges have all ended.
   void close(std::shared_ptr<CurlSession> session);
+  /// The connections that are open now take no new exchange.
+  void networkChanged();
   void shutDown();
 
   // On the network thread, for the pools.
@@ -51,7 +53,7 @@ class NetworkThread {
 
  private:
   struct Command {
-    enum class Kind { start, cancel, close };
+    enum class Kind { start, cancel, close, changeNetwork };
     Kind kind;
     std::shared_ptr<CurlSession> session;
     std::shared_ptr<HTTPExchange> exchange;
@@ -70,6 +72,8 @@ class NetworkThread {
   void run();
   [[nodiscard]] bool runCommands();
   void runCommand(Command command);
+  void changeNetwork();
+  void noticeSleep();
   void waitForEvents();
   [[nodiscard]] int millisecondsToNextTimer() const;
 
@@ -83,7 +87,8 @@ class NetworkThread {
   // Of the network thread.
   bool isUsable_ = false;
   NetworkTime now_;
-  NetworkTime holdEnd_;  // when the workers are woken though more comes at once
+  std::chrono::nanoseconds slept_{0};  // in all, when last noticed
+  NetworkTime holdEnd_;                // when the workers are woken though more comes at once
   std::vector<Command> taken_;
   std::vector<std::shared_ptr<CurlSession>> sessions_;  // those started and not yet closed
   std::vector<CurlPool*> pools_;

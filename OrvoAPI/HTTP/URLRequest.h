@@ -28,9 +28,15 @@ struct URLRequest {
   Data body = {};
   CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
   /// The longest silence on the way to the answer: connecting, and then each header or body byte,
-  /// begin it anew. Waiting for a free connection or for a decision about a redirect does not
-  /// count. Zero: no limit. 60 seconds unless set otherwise.
+  /// begin it anew. A header has to be complete within four times that. Waiting for a free
+  /// connection or for a decision about a redirect does not count. Zero: no limit. 60 seconds
+  /// unless set otherwise.
   std::chrono::milliseconds timeoutInterval{60'000};
+  /// The longest time that the whole may take: waiting for a free connection, for interceptors and
+  /// for decisions about redirects, and the redirects themselves count (what a delegate writes
+  /// here is not heeded). Beyond it the request fails with `URLError` -1001. Zero: no limit.
+  /// 10 minutes unless set otherwise.
+  std::chrono::milliseconds totalTimeoutInterval{600'000};
 };
 
 }  // namespace orvo

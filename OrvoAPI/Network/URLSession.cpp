@@ -2,11 +2,19 @@
 #include <OrvoAPI/Network/URLTaskInternal.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
 
+#include <algorithm>
+#include <chrono>
 #include <string>
 #include <utility>
 
 namespace orvo {
 namespace detail {
+namespace {
+
+/// A timer cannot be taken back: with longer ones those of requests that have ended would add up.
+constexpr std::chrono::seconds kLongestLookAhead{10};
+
+}  // namespace
 
 URLSessionCore::URLSessionCore(URLSessionConfiguration configuration,
                                std::shared_ptr<URLSessionDelegate> sessionDelegate)
@@ -45,6 +53,36 @@ void URLSessionCore::invalidate() {
   for (const auto& task : cancelled) task->cancel();
 }
 
+void URLSessionCore::watchLimit(NetworkTime deadline) {
+  const auto now = std::chrono::steady_clock::now();
+  const auto look = std::min(deadline, now + kLongestLookAhead);
+  if (deadline == NetworkTime::max() || look >= nextLook_) return;
+  nextLook_ = look;
+  queue->postAfter(std::chrono::ceil<std::chrono::milliseconds>(look - now),
+                   [weak = weak_from_this()] {
+                     if (const auto core = weak.lock()) core->endLateTasks();
+                   });
+}
+
+void URLSessionCore::endLateTasks() {
+  const auto now = std::chrono::steady_clock::now();
+  auto next = nextLook_ = NetworkTime::max();
+  std::vector<std::shared_ptr<URLTask>> late;
+  {
+    const LockGuard guard(lock_);
+    for (auto* const task : tasks_) {
+      if (!task->isInOthersHands()) continue;
+      if (task->deadline() > now) {
+        next = std::min(next, task->deadline());
+      } else if (auto held = task->weak_from_this().lock()) {
+        late.push_back(std::move(held));
+      }
+    }
+  }
+  for (const auto& task : late) task->endLate();
+  watchLimit(next);
+}
+
 }  // namespace detail
 
 URLSession::URLSession(URLSessionConfiguration configuration,
@@ -66,5 +104,7 @@ Future<HTTPResult> URLSession::fetch(const URLRequest& request) {
 }
 
 void URLSession::invalidateAndCancel() { core_->invalidate(); }
+
+void URLSession::networkChanged() { detail::NetworkThread::shared().networkChanged(); }
 
 }  // namespace orvo

@@ -35,6 +35,12 @@ class URLSession final : public NetworkDataProvider {
   /// Fails all that is under way, and all that is fetched later, with `URLError` -999.
   void invalidateAndCancel();
 
+  /// For apps that know that the device has another network now, or another address: no session
+  /// sends a new request on a connection that is older than this call, and names are asked for
+  /// their addresses anew. What is under way continues. Without it a lost path is found out by the
+  /// first request that times out, or after the device has slept.
+  static void networkChanged();
+
  private:
   const std::shared_ptr<detail::URLSessionCore> core_;
 };

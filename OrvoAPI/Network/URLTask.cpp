@@ -163,6 +163,8 @@ URLTask::URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request)
 URLTask::~URLTask() { core_->remove(*this); }
 
 void URLTask::begin() {
+  const auto limit = request_.totalTimeoutInterval;
+  if (isLimit(limit)) setDeadline(std::chrono::steady_clock::now() + limit);
   if (!core_->add(*this)) return answer(State::exchanging, cancelled());
   if (!core_->interceptors.empty()) {
     core_->queue->post([self = shared_from_this()] { self->hop(); });
@@ -206,6 +208,7 @@ bool URLTask::offerToInterceptors() {
     state_ = State::intercepted;
     if (interceptor->intercept(request_, interception)) {
       interception->markTaken();
+      core_->watchLimit(deadline());
       return true;
     }
   }
@@ -220,11 +223,15 @@ void URLTask::send() {
   if (refused) answer(State::exchanging, *std::move(refused));
 }
 
-void URLTask::didCancel() {
+void URLTask::didCancel() { giveUp(cancelled()); }
+
+void URLTask::endLate() { giveUp({URLError::timedOut, "the request took too long"}); }
+
+void URLTask::giveUp(URLError error) {
   if (state_ == State::intercepted) {
     if (const auto interception = interception_.lock()) interception->cancel();
   }
-  if (state_ == State::intercepted || state_ == State::deciding) finish(cancelled());
+  if (isInOthersHands()) finish(std::move(error));
 }
 
 void URLTask::exchangeDidEnd(HTTPOutcome outcome) {
@@ -253,6 +260,7 @@ void URLTask::redirect(HTTPResult result, std::string_view location) {
   state_ = State::deciding;
   redirect_ = std::move(result);
   if (core_->delegate == nullptr) return didDecide(std::move(next));
+  core_->watchLimit(deadline());
   const auto decision = std::make_shared<RedirectDecision>(shared_from_this());
   core_->delegate->willPerformHTTPRedirection(
       redirect_->response, next, *original_,

@@ -21,7 +21,7 @@ class URLTask;
 
 /// What a URL session and its tasks have in common; the last of them to go closes the connections.
 /// Safe to use from any thread.
-class URLSessionCore {
+class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
  public:
   URLSessionCore(URLSessionConfiguration configuration,
                  std::shared_ptr<URLSessionDelegate> delegate);
@@ -39,7 +39,13 @@ class URLSessionCore {
   void remove(URLTask& task);
   void invalidate();
 
+  /// A task is in others' hands, where its limit would pass unnoticed. On the queue.
+  void watchLimit(NetworkTime deadline);
+
  private:
+  void endLateTasks();
+
+  NetworkTime nextLook_ = NetworkTime::max();  // of the queue
   Lock lock_;
   bool invalidated_ ORVO_GUARDED_BY(lock_) = false;
   std::vector<URLTask*> tasks_ ORVO_GUARDED_BY(lock_);
@@ -81,6 +87,12 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   /// Dropped unless the task is in the state that the answer comes from.
   void answer(State from, HTTPOutcome outcome);
   void decide(std::optional<URLRequest> request);
+  [[nodiscard]] bool isInOthersHands() const {
+    const State state = state_;
+    return state == State::intercepted || state == State::deciding;
+  }
+  /// Ends what is in others' hands. On the session's queue.
+  void endLate();
 
   [[nodiscard]] const URLRequest& exchangeRequest() const override { return request_; }
   void exchangeDidEnd(HTTPOutcome outcome) override;
@@ -92,6 +104,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   [[nodiscard]] bool offerToInterceptors();
   void send();
   void didCancel();
+  void giveUp(URLError error);
   void didAnswer(HTTPOutcome outcome);
   void didDecide(std::optional<URLRequest> request);
   void redirect(HTTPResult result, std::string_view location);

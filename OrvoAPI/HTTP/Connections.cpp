@@ -1,0 +1,213 @@
+#include <OrvoAPI/HTTP/ConnectionsInternal.h>
+#include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+#include <OrvoAPI/HTTP/WatchdogInternal.h>
+
+#include <arpa/inet.h>
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+/// A connection on which somebody was answered so shortly before a time-out is not the cause.
+constexpr std::chrono::milliseconds kAlive{500};
+constexpr unsigned kInputsBetweenWeighings = 16;
+
+/// All bytes that have come over the wire, headers and encryption included.
+std::uint64_t bytesReceived(int socket) {
+  tcp_info info{};
+  socklen_t size = sizeof info;
+  if (getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) != 0) return 0;
+  return info.tcpi_bytes_received;
+}
+
+struct End {
+  std::string address;
+  int port = 0;
+};
+
+End endOf(const sockaddr_storage& storage) {
+  std::array<char, INET6_ADDRSTRLEN> text{};
+  if (storage.ss_family == AF_INET6) {
+    const auto& address = reinterpret_cast<const sockaddr_in6&>(storage);
+    inet_ntop(AF_INET6, &address.sin6_addr, text.data(), text.size());
+    return {text.data(), ntohs(address.sin6_port)};
+  }
+  const auto& address = reinterpret_cast<const sockaddr_in&>(storage);
+  inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size());
+  return {text.data(), ntohs(address.sin_port)};
+}
+
+NetworkTime now() { return NetworkThread::shared().now(); }
+
+}  // namespace
+
+Connections::Connections() { Watchdog::shared().add(*this); }
+
+Connections::~Connections() { Watchdog::shared().remove(*this); }
+
+int Connections::open(const curl_sockaddr& address, std::string_view host) {
+  const int opened = socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
+  if (opened < 0) return opened;
+  const LockGuard guard(lock_);
+  connections_[opened] = {.number = ++lastNumber_, .host = std::string(host), .lastHeard = now()};
+  return opened;
+}
+
+int Connections::close(int socket) {
+  // Within the lock: the watchdog must not shut down whoever gets the number next.
+  const LockGuard guard(lock_);
+  connections_.erase(socket);
+  return ::close(socket);
+}
+
+void Connections::learnEnds(int socket, Connection& connection) {
+  sockaddr_storage storage{};
+  socklen_t size = sizeof storage;
+  auto* const address = reinterpret_cast<sockaddr*>(&storage);
+  if (getpeername(socket, address, &size) != 0) return;  // it is not connected yet
+  auto peer = endOf(storage);
+  connection.peer = std::move(peer.address);
+  connection.peerPort = peer.port;
+  size = sizeof storage;
+  if (getsockname(socket, address, &size) == 0) connection.localPort = endOf(storage).port;
+}
+
+Connections::ID Connections::find(std::string_view peer, int peerPort, int localPort) {
+  const LockGuard guard(lock_);
+  for (auto& [socket, connection] : connections_) {
+    if (connection.localPort == 0) learnEnds(socket, connection);
+    if (connection.localPort == localPort && connection.peerPort == peerPort &&
+        connection.peer == peer) {
+      return {socket, connection.number};
+    }
+  }
+  return {};
+}
+
+Connections::Connection* Connections::get(const ID& id) {
+  const auto found = connections_.find(id.socket);
+  const bool isIt = found != connections_.end() && found->second.number == id.number;
+  return isIt ? &found->second : nullptr;
+}
+
+bool Connections::noteInput(int socket) {
+  const LockGuard guard(lock_);
+  const auto found = connections_.find(socket);
+  if (found == connections_.end()) return false;
+  found->second.lastHeard = now();
+  found->second.isSuspect = false;
+  return ++found->second.inputs % kInputsBetweenWeighings == 0;
+}
+
+void Connections::settle(const ID& connection, std::uint64_t delivered) {
+  const LockGuard guard(lock_);
+  if (auto* const known = get(connection)) known->delivered += delivered;
+}
+
+bool Connections::isOverdrawn(const ID& connection, std::uint64_t delivered, std::uint64_t bound) {
+  constexpr std::uint64_t kMost = std::numeric_limits<std::int64_t>::max() / kMostBytesForOne;
+  const LockGuard guard(lock_);
+  auto* const known = get(connection);
+  if (known == nullptr) return false;
+  const auto paid = std::min(known->delivered + delivered, kMost) * kMostBytesForOne;
+  const auto excess = static_cast<std::int64_t>(bytesReceived(connection.socket) - paid);
+  known->leastExcess = std::min(known->leastExcess, excess);
+  const auto most = static_cast<std::int64_t>(std::min(bound, kMost) * kMostBytesForOne);
+  return excess - known->leastExcess > most;
+}
+
+void Connections::condemn(Connection& connection, bool Connection::*how) {
+  connection.*how = true;
+  mayBeCondemned_ = true;
+}
+
+void Connections::suspectHost(std::string_view host) {
+  const LockGuard guard(lock_);
+  for (auto& [socket, connection] : connections_) {
+    if (connection.host == host && connection.lastHeard + kAlive <= now()) {
+      condemn(connection, &Connection::isSuspect);
+    }
+  }
+}
+
+void Connections::suspectAll() {
+  const LockGuard guard(lock_);
+  for (auto& [socket, connection] : connections_) condemn(connection, &Connection::isSuspect);
+}
+
+void Connections::retireAll() {
+  const LockGuard guard(lock_);
+  for (auto& [socket, connection] : connections_) condemn(connection, &Connection::isRetired);
+}
+
+void Connections::retire(const ID& connection) {
+  const LockGuard guard(lock_);
+  if (auto* const known = get(connection)) condemn(*known, &Connection::isRetired);
+}
+
+bool Connections::isCondemned(std::string_view host) {
+  if (!mayBeCondemned_) return false;
+  const LockGuard guard(lock_);
+  return std::any_of(connections_.begin(), connections_.end(), [host](const auto& entry) {
+    const auto& connection = entry.second;
+    return connection.host == host && !connection.isShutDown &&
+           (connection.isSuspect || connection.isRetired);
+  });
+}
+
+void Connections::shutDownUnused(const InUse& isInUse) {
+  if (!mayBeCondemned_) return;
+  const LockGuard guard(lock_);
+  mayBeCondemned_ = false;
+  for (auto& [socket, connection] : connections_) {
+    if (connection.isShutDown || !(connection.isSuspect || connection.isRetired)) continue;
+    if (isInUse({socket, connection.number})) {
+      mayBeCondemned_ = true;
+    } else {
+      connection.isShutDown = true;
+      shutdown(socket, SHUT_RDWR);
+    }
+  }
+}
+
+std::vector<Connections::ID> Connections::takeFlooded() {
+  const LockGuard guard(lock_);
+  hasFlooded_ = false;
+  return std::exchange(flooded_, {});
+}
+
+std::uint64_t Connections::greatestGrowth() {
+  const LockGuard guard(lock_);
+  std::uint64_t greatest = 0;
+  for (auto& [socket, connection] : connections_) {
+    const auto received = bytesReceived(socket);
+    connection.growth = received - std::min(connection.looked, received);
+    connection.looked = received;
+    if (!connection.isShutDown) greatest = std::max(greatest, connection.growth);
+  }
+  return greatest;
+}
+
+void Connections::shutDownBusiest() {
+  const LockGuard guard(lock_);
+  std::pair<const int, Connection>* busiest = nullptr;
+  for (auto& entry : connections_) {
+    if (entry.second.isShutDown) continue;
+    if (busiest == nullptr || entry.second.growth > busiest->second.growth) busiest = &entry;
+  }
+  if (busiest == nullptr) return;
+  busiest->second.isShutDown = true;
+  flooded_.push_back({busiest->first, busiest->second.number});
+  hasFlooded_ = true;
+  shutdown(busiest->first, SHUT_RDWR);
+}
+
+}  // namespace orvo::detail

@@ -1,0 +1,111 @@
+#pragma once
+
+#include <OrvoAPI/Base/detail/Lock.h>
+#include <OrvoAPI/HTTP/HTTPExchangeInternal.h>
+
+#include <curl/curl.h>
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo::detail {
+
+/// The connections that libcurl has open in one pool, by their sockets: which may be dead, and
+/// which brings more than it may. libcurl opens and closes them through here, so that a socket in
+/// the list is always the one that is meant. Of the network thread; the watchdog looks on, and may
+/// shut a connection down, from its own.
+///
+/// A connection is *suspect* when a request to its host has timed out, or the device has slept, and
+/// nothing was heard on it since; *retired* when the app says that the network has changed.
+/// Nothing new is sent on either, but what is under way goes on: with none under way they are shut
+/// down, which libcurl notices before it uses them again.
+class Connections {
+ public:
+  /// A connection for as long as the process lives; its socket's number may be another's later.
+  struct ID {
+    int socket = -1;
+    std::uint64_t number = 0;  // zero: none
+    friend bool operator==(const ID&, const ID&) = default;
+  };
+  /// Whether anything is under way on a connection.
+  using InUse = std::function<bool(const ID&)>;
+
+  Connections();
+  ~Connections();
+  Connections(const Connections&) = delete;
+  Connections& operator=(const Connections&) = delete;
+
+  /// As libcurl's own, but that programs which the app starts do not inherit the socket.
+  int open(const curl_sockaddr& address, std::string_view host);
+  int close(int socket);
+  /// The open one with these ends, or none.
+  [[nodiscard]] ID find(std::string_view peer, int peerPort, int localPort);
+
+  /// Bytes have come; true from time to time, when it should be weighed.
+  [[nodiscard]] bool noteInput(int socket);
+  /// A transfer has ended that so many bytes were delivered to.
+  void settle(const ID& connection, std::uint64_t delivered);
+  /// Whether it brings too much: beyond any earlier point, `kMostBytesForOne` times what has been
+  /// delivered since and one answer's bound more. `delivered` is that of the transfers under way.
+  [[nodiscard]] bool isOverdrawn(const ID& connection, std::uint64_t delivered,
+                                 std::uint64_t bound);
+  static constexpr std::uint64_t kMostBytesForOne = 4;
+
+  /// A request to the host has timed out.
+  void suspectHost(std::string_view host);
+  void suspectAll();
+  void retireAll();
+  /// Whether a connection to the host is open on which nothing new may be sent.
+  [[nodiscard]] bool isCondemned(std::string_view host);
+  void retire(const ID& connection);
+  /// Shuts down those on which nothing may be sent and nothing is under way.
+  void shutDownUnused(const InUse& isInUse);
+
+  /// Those that the watchdog has shut down since the last call.
+  [[nodiscard]] std::vector<ID> takeFlooded();
+  [[nodiscard]] bool hasFlooded() const { return hasFlooded_.load(std::memory_order_relaxed); }
+
+  // For the watchdog.
+
+  /// The most bytes that one has brought since the last look.
+  [[nodiscard]] std::uint64_t greatestGrowth();
+  /// Shuts that one down.
+  void shutDownBusiest();
+
+ private:
+  struct Connection {
+    std::uint64_t number = 0;
+    std::string host = {};
+    std::string peer = {};  // with the ports, known once it is connected
+    int peerPort = 0;
+    int localPort = 0;
+    NetworkTime lastHeard = {};
+    bool isSuspect = false;
+    bool isRetired = false;
+    bool isShutDown = false;
+    unsigned inputs = 0;
+    std::uint64_t delivered = 0;   // to transfers that have ended
+    std::int64_t leastExcess = 0;  // of bytes that came over those that were paid for
+    std::uint64_t looked = 0;      // bytes at the watchdog's last look
+    std::uint64_t growth = 0;      // before it
+  };
+
+  static void learnEnds(int socket, Connection& connection);
+  Connection* get(const ID& id) ORVO_REQUIRES(lock_);
+  void condemn(Connection& connection, bool Connection::*how) ORVO_REQUIRES(lock_);
+
+  Lock lock_;
+  std::map<int, Connection> connections_ ORVO_GUARDED_BY(lock_);
+  std::uint64_t lastNumber_ ORVO_GUARDED_BY(lock_) = 0;
+  std::vector<ID> flooded_ ORVO_GUARDED_BY(lock_);
+  bool mayBeCondemned_ = false;  // of the network thread: some are, or were
+  std::atomic<bool> hasFlooded_{false};
+};
+
+}  // namespace orvo::detail

@@ -1,0 +1,97 @@
+#include <OrvoAPI/HTTP/WatchdogInternal.h>
+#include <OrvoAPI/Queues/ThreadInternal.h>
+
+#include <algorithm>
+
+namespace orvo::detail {
+namespace {
+
+constexpr std::chrono::milliseconds kPeriod{150};
+/// Of the network thread's own time: that of others, on a busy device, is not the host's fault.
+constexpr std::chrono::milliseconds kLongestCall{250};
+/// What a flood brings in a period at the very least; less does not keep libcurl busy.
+constexpr std::uint64_t kLeastGrowth = 16U << 10;
+constexpr std::chrono::seconds kExitPatience{1};
+
+std::chrono::nanoseconds timeOf(clockid_t clock) {
+  timespec time{};
+  clock_gettime(clock, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+}  // namespace
+
+Watchdog& Watchdog::shared() {
+  static auto* const watchdog = new Watchdog;  // its thread may outlive static destruction
+  return *watchdog;
+}
+
+void Watchdog::start() {
+  if (pthread_getcpuclockid(pthread_self(), &networkClock_) != 0) return;
+  thread_ = startJoinableThread("orvo-watchdog", [] { shared().work(); });
+}
+
+void Watchdog::stop() {
+  if (!thread_) return;
+  {
+    const std::lock_guard guard(mutex_);
+    isEnding_ = true;
+  }
+  changed_.notify_one();
+  joinWithin(*thread_, kExitPatience);
+  thread_.reset();
+}
+
+void Watchdog::add(Connections& connections) {
+  const std::lock_guard guard(mutex_);
+  watched_.push_back(&connections);
+}
+
+void Watchdog::remove(Connections& connections) {
+  const std::lock_guard guard(mutex_);
+  std::erase(watched_, &connections);
+}
+
+void Watchdog::wake() {
+  { const std::lock_guard guard(mutex_); }
+  changed_.notify_one();
+}
+
+void Watchdog::work() {
+  std::unique_lock guard(mutex_);
+  for (std::uint64_t seen = 0; !isEnding_;) {
+    const auto calls = calls_.load();
+    if (calls != seen) {
+      seen = calls;
+      began_.reset();
+    } else if (calls % 2 == 1) {
+      look();
+    } else {
+      isAsleep_ = true;
+      changed_.wait(guard, [&] { return isEnding_ || calls_.load() != seen; });
+      isAsleep_ = false;
+    }
+    changed_.wait_for(guard, kPeriod, [&] { return isEnding_; });
+  }
+}
+
+/// The network thread is in the same call as at the last look.
+void Watchdog::look() {
+  const auto used = timeOf(networkClock_);
+  const bool isFirst = !began_;
+  if (isFirst) began_ = used;
+  Connections* busiest = nullptr;
+  auto greatest = kLeastGrowth;
+  for (auto* const connections : watched_) {
+    const auto growth = connections->greatestGrowth();
+    if (growth < greatest) continue;
+    greatest = growth;
+    busiest = connections;
+  }
+  // The first growth is since whenever.
+  if (isFirst || busiest == nullptr || used - *began_ < kLongestCall) return;
+  busiest->shutDownBusiest();
+  began_.reset();  // what has come already is still read
+}
+
+}  // namespace orvo::detail

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <OrvoAPI/HTTP/ConnectionsInternal.h>
+#include <pthread.h>
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <ctime>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace orvo::detail {
+
+/// Sees to it that a host that keeps libcurl from returning, with frames that come faster than they
+/// are read, stops nobody else: all sessions share the network thread. When one call has kept that
+/// thread busy for too long, the connection that brings the most is shut down, so that libcurl
+/// finds its end. A thread of its own, asleep while the network is; lives as long as the process.
+class Watchdog {
+ public:
+  [[nodiscard]] static Watchdog& shared();
+
+  // On the network thread, whose calls are watched from start to stop; without a thread to be had,
+  // not at all.
+  void start();
+  void stop();
+  void add(Connections& connections);
+  void remove(Connections& connections);
+
+  /// One call into libcurl, for as long as it lives.
+  class Call {
+   public:
+    Call() { shared().enter(); }
+    ~Call() { shared().leave(); }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+  };
+
+ private:
+  Watchdog() = default;
+
+  void enter() {
+    // In the one order of all, as the watchdog falls asleep before it looks once more.
+    calls_.fetch_add(1);
+    if (isAsleep_.load()) wake();
+  }
+  void leave() { calls_.fetch_add(1, std::memory_order_release); }
+  void wake();
+  void work();
+  void look();
+
+  std::atomic<std::uint64_t> calls_{0};  // odd within a call
+  std::atomic<bool> isAsleep_{false};
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<Connections*> watched_;              // guarded by mutex_
+  bool isEnding_ = false;                          // guarded by mutex_
+  std::optional<std::chrono::nanoseconds> began_;  // of the watchdog: the thread's time at first
+  clockid_t networkClock_ = CLOCK_MONOTONIC;       // set before its thread starts
+  std::optional<pthread_t> thread_;                // of the network thread
+};
+
+}  // namespace orvo::detail

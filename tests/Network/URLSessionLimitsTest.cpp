@@ -1,0 +1,180 @@
+#include <OrvoAPI/Network/URLSession.h>
+#include <gtest/gtest.h>
+#include <tests/support/Outcome.h>
+#include <tests/support/ScriptedServer.h>
+#include <tests/support/Signal.h>
+
+#include <atomic>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace orvo::test {
+namespace {
+
+constexpr std::chrono::milliseconds kLimit{300};
+
+/// Sends the beginning of an answer, and then some more bytes again and again.
+class EndlessServer {
+ public:
+  EndlessServer(std::string beginning, std::string more)
+      : server_([=, this](Connection& connection) {
+          connection.readHead();
+          connection.send(beginning);
+          while (!done_) connection.trickle(more, std::chrono::milliseconds(5));
+        }) {}
+  EndlessServer(const EndlessServer&) = delete;
+  EndlessServer& operator=(const EndlessServer&) = delete;
+  ~EndlessServer() { done_ = true; }
+  [[nodiscard]] URL url() const { return server_.url(); }
+
+ private:
+  std::atomic<bool> done_{false};
+  const ScriptedServer server_;
+};
+
+const std::string kChunked = "HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n";
+/// A gzip header whose file name does not end, and one whose deflate stream is about to begin.
+const std::string kEndlessName("\x1f\x8b\x08\x08\0\0\0\0\0\x03", 10);
+const std::string kEmptyBlocks("\x1f\x8b\x08\0\0\0\0\0\0\x03", 10);
+
+TEST(URLSessionLimit, OfSilenceIsRenewedByNothingThatBringsNoByteOfTheBody) {
+  const std::string gzip = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\n\r\n";
+  const std::vector<std::pair<std::string, std::string>> answers = {
+      {kChunked + "\r\n5;x=", "y"},
+      {gzip + kEndlessName, "n"},
+      {gzip + kEmptyBlocks, std::string("\0\0\0\xff\xff", 5)}};
+  for (const auto& [beginning, more] : answers) {
+    const EndlessServer server(beginning, more);
+    EXPECT_EQ(codeOf(URLSession().fetch({.url = server.url(), .timeoutInterval = kLimit})),
+              URLError::timedOut)
+        << beginning;
+  }
+}
+
+TEST(URLSessionLimit, OfTheWholeEndsWhatTricklesForever) {
+  for (const std::string beginning : {"X: ", "\r\n"}) {
+    const EndlessServer server("HTTP/1.1 200 OK\r\n" + beginning, "b");
+    EXPECT_EQ(codeOf(URLSession().fetch({.url = server.url(), .totalTimeoutInterval = kLimit})),
+              URLError::timedOut);
+  }
+}
+
+TEST(URLSessionLimit, OfAHeaderIsFourIntervals) {
+  const EndlessServer server("HTTP/1.1 200 OK\r\nX: ", "x");
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(codeOf(URLSession().fetch({.url = server.url(), .timeoutInterval = kLimit})),
+            URLError::timedOut);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, 4 * kLimit);
+}
+
+/// Answers every request with a redirect to itself, in a while.
+void redirectSlowly(Connection& connection) {
+  while (!connection.readHead().empty()) {
+    connection.trickle("HTTP/1.1 302 Found\r\nLocation: ?\r\nContent-Length: 0\r\n\r\n",
+                       std::chrono::milliseconds(1));
+  }
+}
+
+TEST(URLSessionLimit, OfTheWholeCountsTheWaitForAPlaceAndRedirects) {
+  Signal asked;
+  const ScriptedServer silent([&](Connection& connection) {
+    connection.readHead();
+    asked.tell();
+    connection.waitForClose();
+  });
+  URLSession session({.maximumConnectionsPerHost = 1});
+  const auto first = session.fetch({.url = silent.url()});
+  ASSERT_TRUE(asked.wait());
+  EXPECT_EQ(codeOf(session.fetch({.url = silent.url(), .totalTimeoutInterval = kLimit})),
+            URLError::timedOut);
+  const ScriptedServer redirecting(redirectSlowly);
+  EXPECT_EQ(codeOf(session.fetch({.url = redirecting.url(), .totalTimeoutInterval = kLimit})),
+            URLError::timedOut);
+  session.invalidateAndCancel();
+}
+
+/// Takes every request, and keeps it until it is cancelled.
+struct Taker final : URLInterceptor {
+  bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
+    request->onCancel([this] { cancelled.tell(); });
+    taken.push_back(request);
+    return true;
+  }
+  std::vector<std::shared_ptr<InterceptedRequest>> taken;
+  Signal cancelled;
+};
+
+TEST(URLSessionLimit, OfTheWholeCountsWhatAnInterceptorTakes) {
+  const auto taker = std::make_shared<Taker>();
+  URLSession session({.protocolClasses = {taker}});
+  const auto url = *URL::parse("http://nowhere.invalid/");
+  const auto later = session.fetch({.url = url, .totalTimeoutInterval = 2 * kLimit});
+  EXPECT_EQ(codeOf(session.fetch({.url = url, .totalTimeoutInterval = kLimit})),
+            URLError::timedOut);
+  EXPECT_FALSE(later.didComplete());
+  EXPECT_EQ(codeOf(later), URLError::timedOut);
+  EXPECT_TRUE(taker->cancelled.wait(2));
+  taker->taken.clear();
+}
+
+TEST(URLSessionLimit, OfBytesOnTheWireIsFourTimesTheBodyAndWhatItBrings) {
+  const ScriptedServer server([](Connection& connection) {
+    connection.readHead();
+    connection.send(kChunked + "\r\n5;x=");
+    for (int i = 0; i < 64; ++i) connection.send(std::string(1U << 20, 'y'));
+    connection.waitForClose();
+  });
+  URLSession session({.maximumBodySize = 1U << 20});
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), URLError::dataLengthExceedsMaximum);
+}
+
+TEST(URLSessionCancel, TakesARequestOutOfTheLineAtOnce) {
+  Signal asked, released;
+  const ScriptedServer silent([&](Connection& connection) {
+    connection.readHead();
+    asked.tell();
+    connection.waitForClose();
+  });
+  URLSession session({.maximumConnectionsPerHost = 1});
+  const auto first = session.fetch({.url = silent.url()});
+  ASSERT_TRUE(asked.wait());
+  std::shared_ptr<const char> body(new char[1 + Data::kPadding](), [&](const char* bytes) {
+    delete[] bytes;
+    released.tell();
+  });
+  session.fetch({.url = silent.url(), .method = "PUT", .body = Data(std::move(body), 1)}).cancel();
+  EXPECT_TRUE(released.wait());
+  EXPECT_FALSE(first.didComplete());
+  session.invalidateAndCancel();
+}
+
+TEST(URLSessionNetworkChange, KeepsConnectionsForWhatIsUnderWayOnly) {
+  Signal asked;
+  Signal changed;
+  const ScriptedServer server([&](Connection& connection) {
+    for (auto head = connection.readHead(); !head.empty(); head = connection.readHead()) {
+      asked.tell();
+      if (head.starts_with("GET /slow") && !changed.wait()) return;
+      connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+    }
+  });
+  URLSession session;
+  const auto slow = session.fetch({.url = server.url("/slow")});
+  ASSERT_TRUE(asked.wait());
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(server.connections(), 2);
+  URLSession::networkChanged();
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(server.connections(), 3);
+  changed.tell();
+  EXPECT_EQ(codeOf(slow), 200);
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(server.connections(), 3);
+}
+
+}  // namespace
+}  // namespace orvo::test
