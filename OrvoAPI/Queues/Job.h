@@ -93,6 +93,7 @@ class NodeList {
   }
 
   [[nodiscard]] bool empty() const { return first_ == nullptr; }
+  [[nodiscard]] const Node* first() const { return first_; }
   void append(Node* node) {
     node->next = nullptr;
     (first_ == nullptr ? first_ : last_->next) = node;

@@ -46,59 +46,62 @@ void SerialQueue::drop() noexcept {
   lock_.unlock();
 }
 
-/// Stops the process when a job throws: the caller could not tell what became of his own, and a
+/// Stops the process when a job throws: the caller could not tell what became of its own, and a
 /// worker that ran it would have stopped the process as well.
-void SerialQueue::runSynchronously(detail::JobNode& job, const std::atomic<bool>& done) noexcept {
+void SerialQueue::runSynchronously(detail::JobNode& job) noexcept {
   if (drainer_.load(std::memory_order_relaxed) == currentThread()) {
     detail::fatal("SerialQueue::sync called from one of the queue's own jobs");
   }
   lock_.lock();
   jobs_.append(&job);
-  if (state_ == State::draining) {
-    ++waiters_;
-    lock_.unlock();
-    waitUntil(done);
-    lock_.lock();
-    --waiters_;
-  } else {
-    drain(&done);
-  }
+  if (state_ != State::draining || waitToDrain(job)) drain(&job);
   lock_.unlock();
 }
 
-void SerialQueue::waitUntil(const std::atomic<bool>& done) {
-  for (;;) {
-    const auto turn = turn_.load(std::memory_order_acquire);
-    if (done.load(std::memory_order_acquire)) return;
-    turn_.wait(turn, std::memory_order_acquire);
-  }
+/// Waits until the job has run, or, and then it returns true, until the queue is handed to the
+/// caller.
+bool SerialQueue::waitToDrain(const detail::JobNode& job) {
+  Waiter waiter{&job};
+  waiters_.append(&waiter);
+  lock_.unlock();
+  waiter.turn.wait(Waiter::waits, std::memory_order_acquire);
+  lock_.lock();  // the one that wakes holds it: it has finished with the waiter
+  return waiter.turn.load(std::memory_order_relaxed) == Waiter::drains;
 }
 
-/// Whether the draining thread may leave what is left to a worker: never while somebody waits, for
-/// he may be the worker that it would be left to.
-bool SerialQueue::mayLeave(unsigned ran, const std::atomic<bool>* done) const {
-  if (waiters_ > 0) return false;
-  return done != nullptr ? done->load(std::memory_order_relaxed) : ran >= kJobsInARow;
+void SerialQueue::wake(Waiter& waiter, Waiter::Turn turn) {
+  // An exchange, not a store: it is seen before the look at whether anybody sleeps.
+  waiter.turn.exchange(turn);
+  waiter.turn.notify_one();
 }
 
-/// Runs jobs: for a synchronous caller until his own is `done`, else as a worker.
-void SerialQueue::drain(const std::atomic<bool>* done) {
+/// Runs jobs: for a synchronous caller to its `own`, else as a worker.
+void SerialQueue::drain(const detail::JobNode* own) {
   state_ = State::draining;
   drainer_.store(currentThread(), std::memory_order_relaxed);
-  unsigned ran = 0;
-  while (!jobs_.empty() && !mayLeave(ran, done)) {
-    auto* const job = jobs_.pop();
-    lock_.unlock();
-    if (done == nullptr) detail::WorkerPool::goOnWith(job);
-    job->run();
-    ++ran;
-    lock_.lock();
-    if (waiters_ > 0) {
-      turn_.fetch_add(1);  // in the one order of all, so that it is seen before a look for sleepers
-      turn_.notify_all();
-    }
+  bool isLast = false;
+  for (unsigned ran = 0; !jobs_.empty() && !isLast; ++ran) {
+    isLast = own != nullptr ? jobs_.first() == own : ran + 1 == kJobsInARow;
+    runFirst(own == nullptr);
   }
   drainer_.store(nullptr, std::memory_order_relaxed);
+  handOn();
+}
+
+void SerialQueue::runFirst(bool asWorker) {
+  auto* const job = jobs_.pop();
+  const bool isAwaited = !waiters_.empty() && waiters_.first()->job == job;
+  auto* const waiter = isAwaited ? waiters_.pop() : nullptr;
+  lock_.unlock();
+  if (asWorker) detail::WorkerPool::goOnWith(job);
+  job->run();
+  lock_.lock();
+  if (waiter != nullptr) wake(*waiter, Waiter::hasRun);
+}
+
+/// Never to the workers while somebody waits, which may be the worker that it would be left to.
+void SerialQueue::handOn() {
+  if (!waiters_.empty()) return wake(*waiters_.pop(), Waiter::drains);
   state_ = jobs_.empty() ? State::idle : State::scheduled;
   if (state_ == State::idle || scheduledSelf_ != nullptr) return;
   scheduledSelf_ = shared_from_this();

@@ -16,9 +16,12 @@ namespace orvo {
 /// alive. A job that throws stops the process.
 ///
 /// A queue is idle (no job waits), scheduled (jobs wait, and it stands itself in the global queue's
-/// list) or draining (one thread runs its jobs). A synchronous caller who finds it scheduled drains
-/// it himself, so that workers who all wait for it cannot lock each other out; one who finds it
-/// draining waits until the draining thread has run his job in its turn.
+/// list) or draining (one thread runs its jobs). A synchronous caller that finds it draining waits;
+/// otherwise it drains the queue itself. A thread that has drained enough (a synchronous caller
+/// when its own job has run, a worker after a number of jobs) hands the queue to the synchronous
+/// caller that has waited longest, or to the workers when none waits. So a caller works only for
+/// those before it, and workers that all wait for the queue cannot lock each other out: one of them
+/// drains it.
 class SerialQueue final : public DispatchQueue, private detail::JobNode {
  public:
   [[nodiscard]] static std::shared_ptr<SerialQueue> make(std::string label);
@@ -32,7 +35,7 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
   template <class F>
   void sync(F&& function) {
     SyncJob<F> job(function);
-    runSynchronously(job, job.done);
+    runSynchronously(job);
   }
 
  private:
@@ -41,34 +44,39 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
   template <class F>
   struct SyncJob final : detail::JobNode {
     explicit SyncJob(F& f) : function(f) {}
-    void run() override {
-      function();
-      done.store(true, std::memory_order_release);
-    }
+    void run() override { function(); }
     void drop() noexcept override {}
     F& function;
-    std::atomic<bool> done{false};
+  };
+
+  /// A synchronous caller that waits while another thread drains.
+  struct Waiter {
+    enum Turn : std::uint32_t { waits, hasRun, drains };
+    void drop() noexcept {}
+    const detail::JobNode* job;
+    std::atomic<std::uint32_t> turn{waits};
+    Waiter* next = nullptr;
   };
 
   explicit SerialQueue(std::string label) : label_(std::move(label)) {}
 
   void run() override;
   void drop() noexcept override;
-  void runSynchronously(detail::JobNode& job, const std::atomic<bool>& done) noexcept;
-  void waitUntil(const std::atomic<bool>& done);
-  void drain(const std::atomic<bool>* done) ORVO_REQUIRES(lock_);
-  [[nodiscard]] bool mayLeave(unsigned ran, const std::atomic<bool>* done) const
-      ORVO_REQUIRES(lock_);
+  void runSynchronously(detail::JobNode& job) noexcept;
+  [[nodiscard]] bool waitToDrain(const detail::JobNode& job) ORVO_REQUIRES(lock_);
+  void drain(const detail::JobNode* own) ORVO_REQUIRES(lock_);
+  void runFirst(bool asWorker) ORVO_REQUIRES(lock_);
+  void handOn() ORVO_REQUIRES(lock_);
+  static void wake(Waiter& waiter, Waiter::Turn turn);
 
   const std::string label_;
   detail::Lock lock_;
   detail::JobList jobs_ ORVO_GUARDED_BY(lock_);
   State state_ ORVO_GUARDED_BY(lock_) = State::idle;
-  unsigned waiters_ ORVO_GUARDED_BY(lock_) = 0;
+  /// In the order of their jobs, all of which wait.
+  detail::NodeList<Waiter> waiters_ ORVO_GUARDED_BY(lock_);
   /// The queue itself while it stands in the global queue's list; present exactly then.
   std::shared_ptr<DispatchQueue> scheduledSelf_ ORVO_GUARDED_BY(lock_);
-  /// Counts the jobs run while somebody waited, for him to sleep on.
-  std::atomic<std::uint32_t> turn_{0};
   /// The thread that drains, by a token of its own; null when none does.
   std::atomic<const void*> drainer_{nullptr};
 };

@@ -5,14 +5,17 @@
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <tests/support/Signal.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <fstream>
 #include <latch>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <thread>
 #include <utility>
 #include <vector>
@@ -21,6 +24,13 @@ namespace orvo {
 namespace {
 
 using namespace std::chrono_literals;
+
+bool isAsleep(pid_t thread) {
+  std::string name;
+  char state = 0;
+  std::ifstream("/proc/self/task/" + std::to_string(thread) + "/stat") >> thread >> name >> state;
+  return state == 'S';
+}
 
 class SerialQueueTest : public testing::Test {
  protected:
@@ -99,6 +109,23 @@ TEST_F(SerialQueueTest, WorkersThatAllWaitForItDoNotLockEachOtherOut) {
   }
   ASSERT_TRUE(done.wait(kMany));
   queue_->sync([&] { EXPECT_EQ(count, 2 * kMany); });
+}
+
+TEST_F(SerialQueueTest, ASynchronousCallerLeavesWhatCameAfterItToTheOnesThatWait) {
+  test::Signal returned;
+  std::atomic<pid_t> caller = 0;
+  std::thread other;
+  queue_->sync([&] {
+    queue_->post([&] { EXPECT_TRUE(returned.wait()) << "it works for others"; });
+    other = std::thread([&] {
+      caller = gettid();
+      queue_->sync([this] { ran_.push_back(1); });
+    });
+    while (caller == 0 || !isAsleep(caller)) std::this_thread::yield();
+  });
+  returned.tell();
+  other.join();
+  EXPECT_EQ(ran_, std::vector{1});
 }
 
 TEST_F(SerialQueueDeathTest, ASynchronousCallFromItsOwnJobStopsTheProcessAndSoDoesAJobThatThrows) {
