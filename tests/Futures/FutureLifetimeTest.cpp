@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -148,6 +149,31 @@ TEST(FutureRace, CallbacksAreCalledOnceAndInOrderHoweverTheyMeetSeveralCompletio
       });
   EXPECT_TRUE(called.wait(2 * kRounds * test::kRacers));
   EXPECT_EQ(wrong, 0);
+}
+
+TEST(FutureRace, WhoRegisteredBeforeTwoCompletionsGetsTheFirst) {
+  const auto queue = std::make_shared<ManualQueue>();
+  std::vector<Promise<int>> promises(5000);
+  int wrong = 0;
+  for (const auto& promise : promises) {
+    promise.future().onSuccess(
+        queue, [&, own = promise.future()](int value) { wrong += value == *own.value(); });
+  }
+  std::atomic<std::size_t> arrived = 0;
+  const auto completeAll = [&](int value) {
+    for (std::size_t i = 0; i < promises.size(); ++i) {
+      ++arrived;
+      for (int looks = 1; arrived < 2 * (i + 1); ++looks) {
+        if (looks % 500 == 0) std::this_thread::yield();
+      }
+      promises[i].success(value);
+    }
+  };
+  std::thread other(completeAll, 1);
+  completeAll(2);
+  other.join();
+  queue->run();
+  EXPECT_EQ(wrong, 0) << "the second has replaced it for those who ask";
 }
 
 TEST(FutureRace, ACancelCallbackIsCalledOnceHoweverItMeetsTheCancel) {

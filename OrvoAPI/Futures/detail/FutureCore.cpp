@@ -109,30 +109,38 @@ JobNode* FutureCore::asNode(std::uintptr_t callbacks) {
 }
 
 void FutureCore::publish(const void* result) noexcept {
-  result_.store(result, std::memory_order_release);
+  // Whoever finds no result is first; the others replace its result, but not before somebody has
+  // taken the callbacks that are to get it.
+  const void* first = nullptr;
+  if (result_.compare_exchange_strong(first, result, std::memory_order_acq_rel)) first = result;
   auto callbacks = callbacks_.load(std::memory_order_acquire);
-  do {
-    if ((callbacks & (kPosting | kPosted)) != 0) return;
-  } while (!callbacks_.compare_exchange_weak(callbacks, callbacks == 0 ? kPosted : kPosting,
-                                             std::memory_order_acq_rel, std::memory_order_acquire));
-  if (callbacks == 0) return;
+  bool isTaken = (callbacks & (kPosting | kPosted)) != 0;
+  while (!isTaken &&
+         !callbacks_.compare_exchange_weak(callbacks, callbacks == 0 ? kPosted : kPosting,
+                                           std::memory_order_acq_rel, std::memory_order_acquire)) {
+    isTaken = (callbacks & (kPosting | kPosted)) != 0;
+  }
+  if (first != result) result_.store(result, std::memory_order_release);
+  if (!isTaken && callbacks != 0) postAll(asNode(callbacks), first);
+}
+
+inline void FutureCore::postAll(JobNode* newest, const void* first) {
+  if (newest->next == nullptr) {
+    post(static_cast<Continuation*>(newest), *this, first);
+  } else {
+    postInOrder(newest, first);
+  }
   for (;;) {
-    auto* const newest = asNode(callbacks);
-    if (newest->next == nullptr) {
-      post(static_cast<Continuation*>(newest), *this, currentResult());
-    } else {
-      postInOrder(newest);
-    }
-    callbacks = kPosting;
+    auto callbacks = kPosting;
     if (callbacks_.compare_exchange_strong(callbacks, kPosted, std::memory_order_acq_rel)) return;
-    callbacks = callbacks_.exchange(kPosting, std::memory_order_acq_rel);
+    postInOrder(asNode(callbacks_.exchange(kPosting, std::memory_order_acq_rel)), nullptr);
   }
 }
 
-void FutureCore::postInOrder(JobNode* newest) {
-  const auto* const result = currentResult();
+void FutureCore::postInOrder(JobNode* newest, const void* result) {
   for (auto batch = reversed(newest); !batch.empty();) {
-    post(static_cast<Continuation*>(batch.pop()), *this, result);
+    auto* const callback = static_cast<Continuation*>(batch.pop());
+    post(callback, *this, result != nullptr ? result : callback->result_);
   }
 }
 
@@ -142,6 +150,7 @@ void FutureCore::add(Continuation* callback) {
   std::uintptr_t joined = 0;
   do {
     if (callbacks == kPosted) return post(callback, *this, currentResult());
+    if ((callbacks & kPosting) != 0) callback->result_ = currentResult();
     const auto newest = callbacks & ~kPosting;
     node->next = reinterpret_cast<JobNode*>(newest);  // NOLINT(performance-no-int-to-ptr)
     joined = reinterpret_cast<std::uintptr_t>(node) | (callbacks & kPosting);

@@ -56,7 +56,7 @@ class Continuation : public JobNode {
 
  protected:
   ~Continuation() = default;
-  /// The completed future, which it keeps alive, and the result as it was when it was posted.
+  /// The completed future, which it keeps alive, and the result that this callback is to get.
   [[nodiscard]] FutureCore* source() const { return source_; }
   [[nodiscard]] const void* sourceResult() const { return result_; }
   /// Lets go of the completed future.
@@ -94,10 +94,11 @@ class CancelCallback {
 ///
 ///   - A result is immutable once published. The first lies in the block; each further one is a
 ///     node of its own, so that who holds the older reads on. All live as long as the future.
-///   - `publish` stores the result, takes the callbacks and posts them. While it does, the future
-///     is `posting`: who registers still joins the list, which the posting thread empties before
-///     it leaves. So callbacks are posted in the order in which they were registered, and none is
-///     lost or posted twice.
+///   - `publish` stores the result, takes the callbacks and posts them with the first result, also
+///     when a second one has come in between. While it does, the future is `posting`: who registers
+///     still joins the list, with the result as it is then, and the posting thread empties the list
+///     before it leaves. So callbacks are posted in the order in which they were registered, and
+///     none is lost or posted twice.
 ///   - A callback in a list is owned by it. Posted, it owns itself and a reference to the future,
 ///     until it has run.
 ///   - A derived future is at once the callback on its source: the source's list owns it. It holds
@@ -189,8 +190,10 @@ class FutureCore {
   static void destroy(FutureCore* core) noexcept;
   void dropCallbacks() noexcept;
   static void post(Continuation* callback, FutureCore& source, const void* result);
-  /// Posts more than one, in the order in which they were registered.
-  [[gnu::noinline]] void postInOrder(JobNode* newest);
+  /// Posts the callbacks that were taken, with the first result, then those that join meanwhile.
+  void postAll(JobNode* newest, const void* first);
+  /// In the order in which they were registered; without a result, each with the one that it found.
+  [[gnu::noinline]] void postInOrder(JobNode* newest, const void* result);
 
   /// The newest callback that waits, if any, with the mark of a thread that is posting others; or
   /// that all were posted and the next may be posted at once.
