@@ -1,6 +1,7 @@
 #include <OrvoAPI/HTTP/CurlErrorsInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
+#include <OrvoAPI/HTTP/WatchdogInternal.h>
 #include <OrvoAPI/Version.h>
 
 #include <algorithm>
@@ -311,6 +312,7 @@ bool CurlTransfer::receiveBody(std::string_view bytes) {
 
 template <class Receive>
 std::size_t CurlTransfer::receive(std::string_view bytes, Receive&& receive) {
+  Watchdog::shared().noteDelivered(bytes.size());
   try {
     return receive(bytes) ? bytes.size() : CURL_WRITEFUNC_ERROR;
   } catch (const std::bad_alloc&) {

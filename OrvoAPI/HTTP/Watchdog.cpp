@@ -2,13 +2,14 @@
 #include <OrvoAPI/Queues/ThreadInternal.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace orvo::detail {
 namespace {
 
-constexpr std::chrono::milliseconds kPeriod{150};
+constexpr std::chrono::milliseconds kPeriod{100};
 /// Of the network thread's own time: that of others, on a busy device, is not the host's fault.
-constexpr std::chrono::milliseconds kLongestCall{250};
+constexpr std::chrono::milliseconds kLongestCall{150};
 /// What a flood brings in a period at the very least; less does not keep libcurl busy.
 constexpr std::uint64_t kLeastGrowth = 16U << 10;
 constexpr std::chrono::seconds kExitPatience{1};
@@ -88,6 +89,10 @@ void Watchdog::look() {
     greatest = growth;
     busiest = connections;
   }
+  const auto delivered = delivered_.load(std::memory_order_relaxed);
+  const auto deliveredNow = delivered - std::exchange(deliveredBefore_, delivered);
+  // A large answer, on a slow device, is no flood.
+  if (deliveredNow * Connections::kMostBytesForOne >= greatest) return;
   // The first growth is since whenever.
   if (isFirst || busiest == nullptr || used - *began_ < kLongestCall) return;
   busiest->shutDownBusiest();

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstddef>
 #include <cstdint>
 #include <ctime>
 #include <mutex>
@@ -16,8 +17,9 @@ namespace orvo::detail {
 
 /// Sees to it that a host that keeps libcurl from returning, with frames that come faster than they
 /// are read, stops nobody else: all sessions share the network thread. When one call has kept that
-/// thread busy for too long, the connection that brings the most is shut down, so that libcurl
-/// finds its end. A thread of its own, asleep while the network is; lives as long as the process.
+/// thread busy for too long, with next to nothing to show for it, the connection that brings the
+/// most is shut down, so that libcurl finds its end. A thread of its own, asleep while the network
+/// is; lives as long as the process.
 class Watchdog {
  public:
   [[nodiscard]] static Watchdog& shared();
@@ -28,6 +30,11 @@ class Watchdog {
   void stop();
   void add(Connections& connections);
   void remove(Connections& connections);
+
+  /// Within a call, bytes of a header or a body have come out of it.
+  void noteDelivered(std::size_t bytes) {
+    delivered_.store(delivered_.load(std::memory_order_relaxed) + bytes, std::memory_order_relaxed);
+  }
 
   /// One call into libcurl, for as long as it lives.
   class Call {
@@ -53,12 +60,14 @@ class Watchdog {
 
   std::atomic<std::uint64_t> calls_{0};  // odd within a call
   std::atomic<bool> isAsleep_{false};
+  std::atomic<std::uint64_t> delivered_{0};
 
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<Connections*> watched_;              // guarded by mutex_
   bool isEnding_ = false;                          // guarded by mutex_
   std::optional<std::chrono::nanoseconds> began_;  // of the watchdog: the thread's time at first
+  std::uint64_t deliveredBefore_ = 0;              // likewise: at the last look
   clockid_t networkClock_ = CLOCK_MONOTONIC;       // set before its thread starts
   std::optional<pthread_t> thread_;                // of the network thread
 };
