@@ -1,3 +1,4 @@
+#include <OrvoAPI/HTTP/ContentLengthInternal.h>
 #include <OrvoAPI/HTTP/CurlErrorsInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
@@ -26,6 +27,14 @@ bool handlesRememberFields() {
 
 /// Within which a header has to be complete.
 constexpr int kIntervalsForHeader = 4;
+
+/// Whether libcurl, which takes a mebibyte for the head of a request, could not send this one.
+bool isTooLong(const URLRequest& request) {
+  constexpr std::size_t kMost = (std::size_t{1} << 20) - 4096;  // it adds some fields
+  auto size = request.url.text().size();
+  for (const auto field : request.headers) size += field.name.size() + field.value.size() + 4;
+  return size > kMost;
+}
 
 bool isFolded(std::string_view line) { return line.starts_with(' ') || line.starts_with('\t'); }
 
@@ -222,6 +231,9 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   if (failure_) return *std::move(failure_);
   // A single header line beyond what libcurl takes.
   if (code == CURLE_OUT_OF_MEMORY && !headIsComplete_) {
+    if (isTooLong(exchange_->exchangeRequest())) {
+      return URLError{URLError::badURL, "the request's header is too long"};
+    }
     return URLError{URLError::dataLengthExceedsMaximum, "a header is too long"};
   }
   if (code != CURLE_OK) return urlError(handle_, code);
@@ -282,9 +294,11 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
   if (line.empty()) {
     headIsComplete_ = true;
     headerBegan_ = NetworkTime::max();
+    failure_ = faultOfContentLength(headers_);
+    return !failure_;
   }
   const auto colon = line.find(':');
-  if (headIsComplete_ || colon == std::string_view::npos) return true;
+  if (colon == std::string_view::npos) return true;
   auto value = line.substr(colon + 1);
   while (!value.empty() && blank(value.front())) value.remove_prefix(1);
   if (headers_.empty()) headers_.reserve(kUsualFields, kUsualFieldBytes);

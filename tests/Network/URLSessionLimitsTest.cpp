@@ -131,6 +131,39 @@ TEST(URLSessionLimit, OfBytesOnTheWireIsFourTimesTheBodyAndWhatItBrings) {
   EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), URLError::dataLengthExceedsMaximum);
 }
 
+TEST(URLSessionFault, OfALengthThatAStrictReaderRefuses) {
+  constexpr int kBad = URLError::badServerResponse, kTooLong = URLError::dataLengthExceedsMaximum;
+  const std::vector<std::pair<std::string, int>> lengths = {{"4", 200},
+                                                            {"4, 4", 200},
+                                                            {"4\r\nContent-Length: 4", 200},
+                                                            {"4, 5", kBad},
+                                                            {"5, 4", kBad},
+                                                            {"5\r\nContent-Length: 4", kBad},
+                                                            {"4\r\nContent-Length: 5", kBad},
+                                                            {"-4", kBad},
+                                                            {"+4", kBad},
+                                                            {"4x", kBad},
+                                                            {"0x4", kBad},
+                                                            {"4 4", kBad},
+                                                            {"4,", kBad},
+                                                            {"", kBad},
+                                                            {"9223372036854775808", kTooLong},
+                                                            {"99999999999999999999999", kTooLong}};
+  URLSession session;
+  for (const auto& [length, code] : lengths) {
+    const ScriptedServer server("HTTP/1.1 200 OK\r\nContent-Length: " + length + "\r\n\r\nbody");
+    EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), code) << length;
+  }
+}
+
+TEST(URLSessionFault, OfAHeaderThatIsTooLongToBeSentIsTheRequests) {
+  const ScriptedServer server("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+  const std::string token(60U << 20, 't');
+  EXPECT_EQ(
+      codeOf(URLSession().fetch({.url = server.url(), .headers = {{"Authorization", token}}})),
+      URLError::badURL);
+}
+
 TEST(URLSessionCancel, TakesARequestOutOfTheLineAtOnce) {
   Signal asked, released;
   const ScriptedServer silent([&](Connection& connection) {
