@@ -22,6 +22,7 @@ namespace orvo {
 namespace detail {
 template <class>
 class FutureAwaiter;
+class URLTask;
 template <class>
 struct IsFuture : std::false_type {};
 template <class T>
@@ -167,7 +168,8 @@ class Future {
     return flatMap(callbackQueue(), std::forward<F>(task));
   }
 
-  /// This future's value if the predicate holds for it, else `GeneralError::elementNotFound`.
+  /// This future's value if the predicate holds for it, else `GeneralError::elementNotFound`. What
+  /// the predicate throws fails the new future as it is, unlike what a map's transform throws.
   template <class F>
   [[nodiscard]] Future validate(F&& predicate) const {
     return derive<detail::ErrorForm::unchanged>(
@@ -232,6 +234,7 @@ class Future {
   friend class detail::ConcatState;
   template <class>
   friend class detail::FutureAwaiter;
+  friend class detail::URLTask;
 
   explicit Future(Core core) : core_(std::move(core)) {}
 

@@ -25,6 +25,8 @@ constexpr std::chrono::microseconds kLongestHold{250};
 /// Nobody forgets a connection for less.
 constexpr std::chrono::seconds kShortestSleep{5};
 
+[[gnu::tls_model("initial-exec")]] thread_local constinit bool isNetworkThread = false;
+
 /// How far the clock that counts sleep is ahead of the one that does not.
 std::chrono::nanoseconds sleptSinceBoot() {
   timespec awake{}, all{};
@@ -40,6 +42,8 @@ NetworkThread& NetworkThread::shared() {
   static auto* const thread = new NetworkThread;  // its thread may outlive static destruction
   return *thread;
 }
+
+bool NetworkThread::isCurrent() { return isNetworkThread; }
 
 std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration configuration) {
   if (!configuration.certificateAuthorityFile) {
@@ -105,6 +109,7 @@ void NetworkThread::shutDown() {
 }
 
 void NetworkThread::run() {
+  isNetworkThread = true;
   // Here, for it takes a while, and leaves something behind with its thread. Counted: a host that
   // uses the same library does not notice.
   isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;

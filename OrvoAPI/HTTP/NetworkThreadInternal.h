@@ -38,6 +38,9 @@ class NetworkThread {
   void networkChanged();
   void shutDown();
 
+  /// Whether the calling thread is it.
+  [[nodiscard]] static bool isCurrent();
+
   // On the network thread, for the pools.
 
   /// False when the HTTP library could not be initialised.

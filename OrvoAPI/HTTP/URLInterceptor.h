@@ -34,7 +34,8 @@ class URLInterceptor {
   virtual ~URLInterceptor() = default;
 
   /// Returns true to take the request: no later interceptor nor the network sees it, and it is
-  /// answered through `intercepted`. False lets it go by. Must not block.
+  /// answered through `intercepted`. False lets it go by, whatever it was answered before. Must not
+  /// block.
   virtual bool intercept(const URLRequest& request,
                          const std::shared_ptr<InterceptedRequest>& intercepted) = 0;
 };

@@ -16,9 +16,18 @@ constexpr std::chrono::seconds kLongestLookAhead{10};
 
 }  // namespace
 
+std::shared_ptr<URLSessionCore> URLSessionCore::make(URLSessionConfiguration configuration,
+                                                     std::shared_ptr<URLSessionDelegate> delegate) {
+  return {new URLSessionCore(std::move(configuration), std::move(delegate)),
+          [](const URLSessionCore* core) {
+            if (!NetworkThread::isCurrent()) return delete core;
+            core->queue->post([core] { delete core; });
+          }};
+}
+
 URLSessionCore::URLSessionCore(URLSessionConfiguration configuration,
                                std::shared_ptr<URLSessionDelegate> sessionDelegate)
-    : interceptors(configuration.protocolClasses),
+    : interceptors(std::move(configuration.protocolClasses)),
       delegate(std::move(sessionDelegate)),
       queue(SerialQueue::make(std::string(ServiceDomainPrefix) + ".url_session.delegate")),
       network(NetworkThread::makeSession(std::move(configuration))) {}
@@ -87,8 +96,7 @@ void URLSessionCore::endLateTasks() {
 
 URLSession::URLSession(URLSessionConfiguration configuration,
                        std::shared_ptr<URLSessionDelegate> delegate)
-    : core_(std::make_shared<detail::URLSessionCore>(std::move(configuration),
-                                                     std::move(delegate))) {}
+    : core_(detail::URLSessionCore::make(std::move(configuration), std::move(delegate))) {}
 
 URLSession::~URLSession() = default;
 

@@ -112,8 +112,9 @@ class RedirectDecision {
 /// What an interceptor gets of a task that it may take.
 class TaskInterception final : public InterceptedRequest {
  public:
-  explicit TaskInterception(std::shared_ptr<URLTask> task, std::shared_ptr<SerialQueue> queue)
-      : task_(std::move(task)), queue_(std::move(queue)) {}
+  TaskInterception(std::shared_ptr<URLTask> task, std::shared_ptr<SerialQueue> queue,
+                   unsigned offer)
+      : task_(std::move(task)), queue_(std::move(queue)), offer_(offer) {}
   ~TaskInterception() override {
     if (taken_.load()) fail({URLError::unknown, "the interceptor dropped the request"});
   }
@@ -145,11 +146,13 @@ class TaskInterception final : public InterceptedRequest {
 
  private:
   void answer(HTTPOutcome outcome) {
-    if (!answered_.exchange(true)) task_->answer(URLTask::State::intercepted, std::move(outcome));
+    if (answered_.exchange(true)) return;
+    task_->answer(URLTask::State::intercepted, std::move(outcome), offer_);
   }
 
   const std::shared_ptr<URLTask> task_;
   const std::shared_ptr<SerialQueue> queue_;
+  const unsigned offer_;
   std::atomic<bool> taken_{false};
   std::atomic<bool> answered_{false};
   Lock lock_;
@@ -160,7 +163,10 @@ class TaskInterception final : public InterceptedRequest {
 URLTask::URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request)
     : core_(std::move(core)), request_(std::move(request)) {}
 
-URLTask::~URLTask() { core_->remove(*this); }
+URLTask::~URLTask() {
+  core_->remove(*this);
+  if (NetworkThread::isCurrent()) future_.core_.detach()->releaseOn(*core_->queue);
+}
 
 void URLTask::begin() {
   const auto limit = request_.totalTimeoutInterval;
@@ -181,11 +187,15 @@ void URLTask::cancel() {
   core_->queue->post([self = shared_from_this()] { self->didCancel(); });
 }
 
-void URLTask::answer(State from, HTTPOutcome outcome) {
-  core_->queue->post([self = shared_from_this(), from, outcome = std::move(outcome)]() mutable {
-    // A cancelled task has ended before its interceptor's answer.
-    if (self->state_ == from) self->didAnswer(std::move(outcome));
-  });
+void URLTask::answer(State from, HTTPOutcome outcome, unsigned offer) {
+  core_->queue->post(
+      [self = shared_from_this(), from, outcome = std::move(outcome), offer]() mutable {
+        // A cancelled task has ended before its interceptor's answer.
+        if (self->state_ != from) return;
+        // One that answered and let the request go by has no say when another takes it.
+        if (from == State::intercepted && offer != self->offers_) return;
+        self->didAnswer(std::move(outcome));
+      });
 }
 
 void URLTask::decide(std::optional<URLRequest> request) {
@@ -203,7 +213,8 @@ void URLTask::hop() {
 
 bool URLTask::offerToInterceptors() {
   for (const auto& interceptor : core_->interceptors) {
-    const auto interception = std::make_shared<TaskInterception>(shared_from_this(), core_->queue);
+    const auto interception =
+        std::make_shared<TaskInterception>(shared_from_this(), core_->queue, ++offers_);
     interception_ = interception;
     state_ = State::intercepted;
     if (interceptor->intercept(request_, interception)) {
@@ -280,9 +291,9 @@ void URLTask::finish(HTTPOutcome outcome) {
   state_ = State::done;
   core_->remove(*this);
   if (auto* const result = std::get_if<HTTPResult>(&outcome)) {
-    promise_.success(std::move(*result));
+    future_.success(std::move(*result));
   } else {
-    promise_.failure(std::get<URLError>(std::move(outcome)));
+    future_.failure(std::get<URLError>(std::move(outcome)));
   }
 }
 

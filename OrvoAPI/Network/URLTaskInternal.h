@@ -1,6 +1,6 @@
 #pragma once
 
-#include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/HTTP/HTTPURLResponse.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
 #include <OrvoAPI/HTTP/URLInterceptor.h>
@@ -23,6 +23,8 @@ class URLTask;
 /// Safe to use from any thread.
 class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
  public:
+  [[nodiscard]] static std::shared_ptr<URLSessionCore> make(
+      URLSessionConfiguration configuration, std::shared_ptr<URLSessionDelegate> delegate);
   URLSessionCore(URLSessionConfiguration configuration,
                  std::shared_ptr<URLSessionDelegate> delegate);
   ~URLSessionCore();
@@ -67,7 +69,8 @@ class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
 ///
 /// The network thread completes the future itself unless there is a redirect to decide: handing
 /// every answer to the queue first would cost a thread's wakeup, and no foreign code runs in
-/// either.
+/// either. For the same reason what the app has hung on a future, and its interceptors and
+/// delegate, are never destroyed there, but on the queue.
 ///
 /// Anything may also end in an error, and cancelling ends every state: at once while the
 /// interceptor or the delegate has the word, through the network thread while the exchange is
@@ -79,13 +82,14 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request);
   ~URLTask() override;
 
-  [[nodiscard]] const Future<HTTPResult>& future() const { return promise_.future(); }
+  [[nodiscard]] const Future<HTTPResult>& future() const { return future_; }
 
   // From any thread.
   void begin();
   void cancel();
-  /// Dropped unless the task is in the state that the answer comes from.
-  void answer(State from, HTTPOutcome outcome);
+  /// Dropped unless the task is in the state that the answer comes from, and an interceptor's also
+  /// when `offer` was not the one that was taken.
+  void answer(State from, HTTPOutcome outcome, unsigned offer = 0);
   void decide(std::optional<URLRequest> request);
   [[nodiscard]] bool isInOthersHands() const {
     const State state = state_;
@@ -111,7 +115,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   void finish(HTTPOutcome outcome);
 
   const std::shared_ptr<URLSessionCore> core_;
-  const Promise<HTTPResult> promise_;
+  Future<HTTPResult> future_;
   std::size_t index_ = 0;  // among the session's tasks; guarded by its lock
 
   std::atomic<State> state_{State::exchanging};
@@ -123,6 +127,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   /// The redirect that is being decided.
   std::optional<HTTPResult> redirect_;
   std::weak_ptr<class TaskInterception> interception_;
+  unsigned offers_ = 0;  // to interceptors; of the queue
 };
 
 }  // namespace orvo::detail

@@ -126,14 +126,16 @@ TEST_F(Composition, FlatMapGoesOnWithTheInnerFutureOnThatOnesQueue) {
   EXPECT_EQ(codeOf(flat.error()), 3);
 }
 
-TEST_F(Composition, ValidateFailsUnwrapped) {
+TEST_F(Composition, ValidateFailsUnwrappedAlsoWithWhatThePredicateThrows) {
   const auto even = [](int value) { return value % 2 == 0; };
   const auto rejected = first_.future().validate(even);
   const auto accepted = second_.future().validate(even);
+  const auto thrown = first_.future().validate([](int) -> bool { throw Broken{5}; });
   first_.success(1);
   second_.success(2);
   queue_->run();
   EXPECT_TRUE(rejected.error()->as<GeneralError>()->is<GeneralError::elementNotFound>());
+  EXPECT_EQ(codeOf(thrown.error()), 5);
   EXPECT_EQ(*accepted.value(), 2);
 }
 

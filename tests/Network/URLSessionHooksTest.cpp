@@ -163,6 +163,14 @@ struct Keeper final : URLInterceptor {
   std::shared_ptr<InterceptedRequest> kept;  // read when it was taken
 };
 
+/// Answers, and yet lets everything go by.
+struct Talker final : URLInterceptor {
+  bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
+    request->fail({URLError::unknown, "not asked"});
+    return false;
+  }
+};
+
 TEST(URLSessionInterceptor, FirstThatTakesARequestAnswersIt) {
   const HTTPServer server([](const ServedRequest&) -> ServedAnswer { return {.body = "real"}; });
   const auto watching = std::make_shared<StubInterceptor>();
@@ -172,7 +180,7 @@ TEST(URLSessionInterceptor, FirstThatTakesARequestAnswersIt) {
   first->answer("/a", "first");
   second->answer("/a", "second");
   second->fail("/b", {URLError::networkConnectionLost, ""});
-  URLSession session({.protocolClasses = {watching, first, second}});
+  URLSession session({.protocolClasses = {watching, std::make_shared<Talker>(), first, second}});
   EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/a")})), "once");
   EXPECT_EQ(codeOf(session.fetch({.url = server.url("/b")})), URLError::networkConnectionLost);
   EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/c")})), "real");

@@ -7,8 +7,10 @@
 #include <tests/support/Signal.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <memory>
 #include <string>
 #include <thread>
 #include <vector>
@@ -59,6 +61,46 @@ TEST(URLSessionCancel, RacesWithTheAnswer) {
     EXPECT_EQ(codeOf(fetches[3]), 200);
     cancelling.join();
   }
+}
+
+/// Counts those that are destroyed on the network thread.
+struct Mourned {
+  struct Interceptor final : URLInterceptor {
+    bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>&) override {
+      return false;
+    }
+    std::shared_ptr<void> held;
+  };
+  [[nodiscard]] std::shared_ptr<void> make() {
+    return {nullptr, [this](void*) {
+              char name[16] = {};
+              pthread_getname_np(pthread_self(), name, sizeof name);
+              onNetworkThread += name == std::string("orvo-network");
+              gone.tell();
+            }};
+  }
+  std::atomic<int> onNetworkThread = 0;
+  Signal gone;
+};
+
+TEST(URLSessionCancel, DestroysNothingOfTheAppsOnTheNetworkThread) {
+  constexpr int kFetches = 50;
+  Silence silence;
+  Mourned mourned;
+  auto interceptor = std::make_shared<Mourned::Interceptor>();
+  interceptor->held = mourned.make();
+  for (const bool together : {false, true}) {
+    URLSession session({.protocolClasses = {interceptor}});
+    for (int i = 0; i < kFetches; ++i) {
+      const auto fetch = session.fetch({.url = silence.server.url()});
+      (void)fetch.map([held = mourned.make()](const auto&) { return held; });
+      if (!together) fetch.cancel();
+    }
+    if (together) session.invalidateAndCancel();
+  }
+  interceptor.reset();
+  EXPECT_TRUE(mourned.gone.wait(2 * kFetches + 1));
+  EXPECT_EQ(mourned.onNetworkThread, 0);
 }
 
 TEST(URLSessionDropped, FinishesWhatIsUnderWay) {

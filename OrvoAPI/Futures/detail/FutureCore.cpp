@@ -48,6 +48,15 @@ void FutureCore::releaseWeakly(FutureCore* core) noexcept {
   }
 }
 
+void FutureCore::releaseOn(DispatchQueue& queue) noexcept {
+  if (counts(this).strong.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  try {
+    queue.post([this] { dispose(); });
+  } catch (const std::bad_alloc&) {
+    dispose();
+  }
+}
+
 CoreRef<FutureCore> FutureCore::lock(FutureCore* core) noexcept {
   auto& strong = counts(core).strong;
   auto count = strong.load(std::memory_order_relaxed);

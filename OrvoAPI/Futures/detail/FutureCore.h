@@ -125,6 +125,9 @@ class FutureCore {
   void release() noexcept {
     if (counts(this).strong.fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
   }
+  /// As `release`, but what goes with the last reference, callbacks of the app's among it, goes in
+  /// a job on the queue.
+  void releaseOn(DispatchQueue& queue) noexcept;
   void retainWeakly() noexcept { counts(this).weak.fetch_add(1, std::memory_order_relaxed); }
   static void releaseWeakly(FutureCore* core) noexcept;
   /// A strong reference from a weak one; empty when the future has gone.
