@@ -1,10 +1,12 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Futures/detail/ErrorEnumeration.h>
 #include <OrvoAPI/HTTP/HTTPURLResponse.h>
 
-#include <concepts>
 #include <string>
+#include <utility>
+#include <variant>
 
 namespace orvo {
 
@@ -13,7 +15,7 @@ struct Response {
   Response() = delete;
 
   /// A status that is no success. A value.
-  class Error {
+  class Error : public detail::ErrorEnumeration<Error> {
    public:
     struct badStatus {
       using Enumeration = Error;
@@ -21,27 +23,17 @@ struct Response {
       friend bool operator==(const badStatus&, const badStatus&) = default;
     };
 
-    Error(badStatus value)  // NOLINT(google-explicit-constructor): a case is its enumeration
-        : value_(value) {}
+    template <detail::CaseOf<Error> Case>
+    Error(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+        : value_(std::move(value)) {}
 
-    /// The payload when it is this case, else null.
-    template <std::same_as<badStatus> Case>
-    [[nodiscard]] const Case* as() const {
-      return &value_;
-    }
-    template <std::same_as<badStatus> Case>
-    [[nodiscard]] bool is() const {
-      return true;
-    }
+    [[nodiscard]] std::string description() const;
 
-    [[nodiscard]] std::string description() const {
-      return "badStatus " + std::to_string(value_.status);
-    }
-
-    friend bool operator==(const Error&, const Error&) = default;
+    friend bool operator==(const Error& lhs, const Error& rhs) { return lhs.value_ == rhs.value_; }
 
    private:
-    badStatus value_;
+    friend detail::ErrorEnumeration<Error>;
+    std::variant<badStatus> value_;
   };
 
   /// The answer unchanged when its status is at most 399, else `Error::badStatus`.

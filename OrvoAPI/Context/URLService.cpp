@@ -16,7 +16,9 @@ URLService::URLFromToken streamURL(std::string id, std::string_view suffix) {
 
 }  // namespace
 
-std::string URLService::Error::description() const { return "invalidInput: " + value_.input; }
+std::string URLService::Error::description() const {
+  return "invalidInput: " + as<invalidInput>()->input;
+}
 
 URL URLService::session(Client client) const {
   std::string reference = "session?os_family=";

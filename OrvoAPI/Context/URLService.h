@@ -2,13 +2,14 @@
 
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Futures/detail/ErrorEnumeration.h>
 #include <OrvoAPI/HTTP/URL.h>
 
-#include <concepts>
 #include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
+#include <variant>
 
 namespace orvo {
 
@@ -16,7 +17,7 @@ namespace orvo {
 /// from any thread.
 struct URLService {
   /// A URL that cannot be formed. A value.
-  class Error {
+  class Error : public detail::ErrorEnumeration<Error> {
    public:
     struct invalidInput {
       using Enumeration = Error;
@@ -24,25 +25,15 @@ struct URLService {
       std::string input;
     };
 
-    template <class Case>
-    requires std::same_as<typename Case::Enumeration, Error> Error(
-        Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+    template <detail::CaseOf<Error> Case>
+    Error(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
         : value_(std::move(value)) {}
-
-    /// The payload when it is this case, else null.
-    template <std::same_as<invalidInput> Case>
-    [[nodiscard]] const Case* as() const {
-      return &value_;
-    }
-    template <std::same_as<invalidInput> Case>
-    [[nodiscard]] bool is() const {
-      return true;
-    }
 
     [[nodiscard]] std::string description() const;
 
    private:
-    invalidInput value_;
+    friend detail::ErrorEnumeration<Error>;
+    std::variant<invalidInput> value_;
   };
 
   /// Makes a relative URL of a session's token.

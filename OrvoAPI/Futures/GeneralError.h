@@ -1,14 +1,16 @@
 #pragma once
 
 #include <OrvoAPI/Futures/AnyError.h>
+#include <OrvoAPI/Futures/detail/ErrorEnumeration.h>
 
 #include <string>
+#include <utility>
 #include <variant>
 
 namespace orvo {
 
 /// The failures that belong to no single concern. A value.
-class GeneralError {
+class GeneralError : public detail::ErrorEnumeration<GeneralError> {
  public:
   /// A transform given to `Future::map` failed with this error.
   struct underlying {
@@ -25,24 +27,14 @@ class GeneralError {
     using Enumeration = GeneralError;
   };
 
-  template <class Case>
-  requires std::same_as<typename Case::Enumeration, GeneralError> GeneralError(
-      Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+  template <detail::CaseOf<GeneralError> Case>
+  GeneralError(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
       : value_(std::move(value)) {}
-
-  /// The payload when it is this case, else null.
-  template <class Case>
-  [[nodiscard]] const Case* as() const {
-    return std::get_if<Case>(&value_);
-  }
-  template <class Case>
-  [[nodiscard]] bool is() const {
-    return as<Case>() != nullptr;
-  }
 
   [[nodiscard]] std::string description() const;
 
  private:
+  friend detail::ErrorEnumeration<GeneralError>;
   std::variant<underlying, unableToPerformAction, elementNotFound> value_;
 };
 

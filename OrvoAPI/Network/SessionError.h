@@ -1,13 +1,15 @@
 #pragma once
 
-#include <concepts>
+#include <OrvoAPI/Futures/detail/ErrorEnumeration.h>
+
 #include <string>
+#include <utility>
 #include <variant>
 
 namespace orvo {
 
 /// An answer of the server that an authorised request cannot recover from. A value.
-class SessionError {
+class SessionError : public detail::ErrorEnumeration<SessionError> {
  public:
   /// The HTTP status was 400 or above.
   struct unexpectedStatus {
@@ -21,26 +23,18 @@ class SessionError {
     friend bool operator==(const couldNotUpdateSession&, const couldNotUpdateSession&) = default;
   };
 
-  template <class Case>
-  requires std::same_as<typename Case::Enumeration, SessionError> SessionError(
-      Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
-      : value_(value) {}
-
-  /// The payload when it is this case, else null.
-  template <class Case>
-  [[nodiscard]] const Case* as() const {
-    return std::get_if<Case>(&value_);
-  }
-  template <class Case>
-  [[nodiscard]] bool is() const {
-    return as<Case>() != nullptr;
-  }
+  template <detail::CaseOf<SessionError> Case>
+  SessionError(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+      : value_(std::move(value)) {}
 
   [[nodiscard]] std::string description() const;
 
-  friend bool operator==(const SessionError&, const SessionError&) = default;
+  friend bool operator==(const SessionError& lhs, const SessionError& rhs) {
+    return lhs.value_ == rhs.value_;
+  }
 
  private:
+  friend detail::ErrorEnumeration<SessionError>;
   std::variant<unexpectedStatus, couldNotUpdateSession> value_;
 };
 

@@ -3,7 +3,7 @@
 namespace orvo {
 
 std::string DateFormatError::description() const {
-  const auto& mismatch = std::get<stringDoesNotMatchFormat>(value_);
+  const auto& mismatch = *as<stringDoesNotMatchFormat>();
   return "stringDoesNotMatchFormat: \"" + mismatch.string + "\", " + mismatch.format;
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <compare>
-#include <concepts>
+#include <OrvoAPI/Futures/detail/ErrorEnumeration.h>
+
 #include <string>
 #include <utility>
 #include <variant>
@@ -9,7 +9,7 @@
 namespace orvo {
 
 /// A text that is no date of the expected format. A value.
-class DateFormatError {
+class DateFormatError : public detail::ErrorEnumeration<DateFormatError> {
  public:
   struct stringDoesNotMatchFormat {
     using Enumeration = DateFormatError;
@@ -21,26 +21,18 @@ class DateFormatError {
                            const stringDoesNotMatchFormat&) = default;
   };
 
-  template <class Case>
-  requires std::same_as<typename Case::Enumeration, DateFormatError> DateFormatError(
-      Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+  template <detail::CaseOf<DateFormatError> Case>
+  DateFormatError(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
       : value_(std::move(value)) {}
-
-  /// The payload when it is this case, else null.
-  template <class Case>
-  [[nodiscard]] const Case* as() const {
-    return std::get_if<Case>(&value_);
-  }
-  template <class Case>
-  [[nodiscard]] bool is() const {
-    return as<Case>() != nullptr;
-  }
 
   [[nodiscard]] std::string description() const;
 
-  friend bool operator==(const DateFormatError&, const DateFormatError&) = default;
+  friend bool operator==(const DateFormatError& lhs, const DateFormatError& rhs) {
+    return lhs.value_ == rhs.value_;
+  }
 
  private:
+  friend detail::ErrorEnumeration<DateFormatError>;
   std::variant<stringDoesNotMatchFormat> value_;
 };
 

@@ -1,9 +1,9 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Futures/detail/ErrorEnumeration.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
 
-#include <concepts>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -12,7 +12,7 @@
 namespace orvo {
 
 /// A document that was read but is not what a parser wants. A value.
-class JSONParseError {
+class JSONParseError : public detail::ErrorEnumeration<JSONParseError> {
  public:
   /// A model's required key is missing or of the wrong kind.
   struct unableToParse {
@@ -33,27 +33,19 @@ class JSONParseError {
     friend bool operator==(const unexpectedType&, const unexpectedType&) = default;
   };
 
-  template <class Case>
-  requires std::same_as<typename Case::Enumeration, JSONParseError> JSONParseError(
-      Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
+  template <detail::CaseOf<JSONParseError> Case>
+  JSONParseError(Case value)  // NOLINT(google-explicit-constructor): a case is its enumeration
       : value_(std::move(value)) {}
-
-  /// The payload when it is this case, else null.
-  template <class Case>
-  [[nodiscard]] const Case* as() const {
-    return std::get_if<Case>(&value_);
-  }
-  template <class Case>
-  [[nodiscard]] bool is() const {
-    return as<Case>() != nullptr;
-  }
 
   /// Case, type and key. A payload that is a value is left out: it may hold a session's token.
   [[nodiscard]] std::string description() const;
 
-  friend bool operator==(const JSONParseError&, const JSONParseError&) = default;
+  friend bool operator==(const JSONParseError& lhs, const JSONParseError& rhs) {
+    return lhs.value_ == rhs.value_;
+  }
 
  private:
+  friend detail::ErrorEnumeration<JSONParseError>;
   std::variant<unableToParse, unexpectedType> value_;
 };
 
