@@ -7,6 +7,7 @@
 #include <OrvoAPI/Storage/AppStore.h>
 
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 namespace orvo {
@@ -21,10 +22,6 @@ constexpr auto kContentTimeout = 10s;
 /// A system view is the first thing that a user sees: he gets no page at all without it.
 constexpr auto kSystemViewTimeout = 15s;
 
-/// What every content request but the lineup's asks of the pipeline.
-constexpr bool kRetry = true;
-constexpr bool kAuthed = true;
-
 template <class T>
 Result<Shared<T>> share(Result<T> result) {
   if (result.failed()) return Failure{*result.error()};
@@ -38,9 +35,11 @@ Future<Shared<T>> parsed(const Future<Data>& body, Parse parse) {
       .map([parse = std::move(parse)](const JSONObject& json) { return share<T>(parse(json)); });
 }
 
-template <class T>
-Future<T> failed(const Result<URL>& url) {
-  return Future<T>::failed(*url.error());
+/// What `fetch` makes of the URL, or the failure when there is none.
+template <class Fetch>
+std::invoke_result_t<Fetch&, const URL&> fetchFrom(const Result<URL>& url, Fetch fetch) {
+  if (url.failed()) return std::invoke_result_t<Fetch&, const URL&>::failed(*url.error());
+  return fetch(*url.value());
 }
 
 /// A cached video names the playlist of whoever fetched it first; this caller asked with his own.
@@ -63,154 +62,151 @@ Shared<Page> withTitle(Shared<Page> page, std::string_view title) {
 
 Future<Shared<Page>> Context::fetchPage(std::string_view id,
                                         const PageFetchOptions& options) const {
-  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Page>>(url);
-  const auto load = [&] {
-    return parsed<Page>(
-        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
-        [](const JSONObject& json) { return PageParser::parse(json); });
-  };
-  return options.noCache ? load() : store_->pages.access(url.value()->text(), load);
+  return fetchFrom(
+      ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
+        const auto load = [&] {
+          return parsed<Page>(pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+                              [](const JSONObject& json) { return PageParser::parse(json); });
+        };
+        return options.noCache ? load() : store_->pages.access(url.text(), load);
+      });
 }
 
 Future<Shared<Video>> Context::fetchVideo(std::string_view id,
                                           const VideoFetchOptions& options) const {
-  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Video>>(url);
-  const auto load = [&] {
-    return parsed<Video>(
-        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
-        [playlistID = options.playlistID](const JSONObject& json) {
-          return VideoParser::parse(json, playlistID);
-        });
-  };
-  if (options.noCache) return load();
-  const auto& key = url.value()->text();
-  if (auto hit = store_->videos.element(key)) {
-    return Future<Shared<Video>>::succeeded(withPlaylistID(std::move(hit), options.playlistID));
-  }
-  return store_->videos.keep(load(), key);
+  return fetchFrom(
+      ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
+        const auto load = [&] {
+          return parsed<Video>(pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+                               [playlistID = options.playlistID](const JSONObject& json) {
+                                 return VideoParser::parse(json, playlistID);
+                               });
+        };
+        if (options.noCache) return load();
+        if (auto hit = store_->videos.element(url.text())) {
+          return Future<Shared<Video>>::succeeded(
+              withPlaylistID(std::move(hit), options.playlistID));
+        }
+        return store_->videos.keep(load(), url.text());
+      });
 }
 
 Future<Shared<ContentItem>> Context::fetchContentItem(std::string_view id) const {
-  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<ContentItem>>(url);
-  return store_->items.access(url.value()->text(), [&] {
-    return parsed<ContentItem>(
-        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
-        [](const JSONObject& json) { return ContentItemParser::parse(json); });
-  });
+  return fetchFrom(ContentRequest::of("products", id).url(urlService_.baseURL),
+                   [&](const URL& url) {
+                     return store_->items.access(url.text(), [&] {
+                       return parsed<ContentItem>(
+                           pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+                           [](const JSONObject& json) { return ContentItemParser::parse(json); });
+                     });
+                   });
 }
 
 Future<Shared<Page>> Context::fetchSystemView(std::string_view id, std::string_view label) const {
-  const auto url = ContentRequest("products/" + std::string(id), id).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Page>>(url);
-  const auto& key = url.value()->text();
-  if (auto hit = store_->systemViews.element(key)) {
-    return Future<Shared<Page>>::succeeded(withTitle(std::move(hit), label));
-  }
-  return store_->systemViews.keep(
-      parsed<Page>(
-          pipeline_->fetch(uncachedRequest(*url.value(), kSystemViewTimeout), kRetry, kAuthed),
-          [label = std::string(label)](const JSONObject& json) {
-            return SystemViewParser::parse(json, label);
-          }),
-      key);
+  return fetchFrom(
+      ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
+        if (auto hit = store_->systemViews.element(url.text())) {
+          return Future<Shared<Page>>::succeeded(withTitle(std::move(hit), label));
+        }
+        auto view = parsed<Page>(pipeline_->fetch(uncachedRequest(url, kSystemViewTimeout)),
+                                 [label = std::string(label)](const JSONObject& json) {
+                                   return SystemViewParser::parse(json, label);
+                                 });
+        return store_->systemViews.keep(std::move(view), url.text());
+      });
 }
 
 Future<Shared<ItemCollection>> Context::fetchItemCollection(std::string_view id,
                                                             const ListFetchOptions& options) const {
-  const auto url = ContentRequest("collections/" + std::string(id), id)
-                       .add(options.page)
-                       .url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<ItemCollection>>(url);
-  return store_->collections.access(url.value()->text(), [&] {
-    return parsed<ItemCollection>(
-        pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
-        [](const JSONObject& json) { return ItemCollectionParser::parse(json); });
+  const auto request = ContentRequest::of("collections", id).add(options.page);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return store_->collections.access(url.text(), [&] {
+      return parsed<ItemCollection>(
+          pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+          [](const JSONObject& json) { return ItemCollectionParser::parse(json); });
+    });
   });
 }
 
 Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id,
                                                 const ListFetchOptions& options) const {
-  const auto url =
-      ContentRequest("playlists/" + std::string(id), id).add(options.page).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Playlist>>(url);
-  return store_->playlists.access(url.value()->text(), [&] {
-    return parsed<Playlist>(pipeline_->fetch(URLRequest{.url = *url.value()}, kRetry, kAuthed),
-                            [](const JSONObject& json) { return PlaylistParser::parse(json); });
+  const auto request = ContentRequest::of("playlists", id).add(options.page);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return store_->playlists.access(url.text(), [&] {
+      return parsed<Playlist>(pipeline_->fetch(URLRequest{.url = url}),
+                              [](const JSONObject& json) { return PlaylistParser::parse(json); });
+    });
   });
 }
 
 Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id, const Video& including) const {
-  const auto url = ContentRequest("playlists/" + std::string(id), id)
-                       .add("includes", including.id)
-                       .url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Playlist>>(url);
-  return store_->playlists.access(url.value()->text(), [&] {
-    return parsed<Playlist>(
-        pipeline_->fetch(URLRequest{.url = *url.value()}, kRetry, kAuthed),
-        [including](const JSONObject& json) { return PlaylistParser::parse(json, &including); });
+  const auto request = ContentRequest::of("playlists", id).add("includes", including.id);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return store_->playlists.access(url.text(), [&] {
+      return parsed<Playlist>(
+          pipeline_->fetch(URLRequest{.url = url}),
+          [including](const JSONObject& json) { return PlaylistParser::parse(json, &including); });
+    });
   });
 }
 
 Future<Shared<std::vector<SearchCollection>>> Context::fetchSearchResults(
     std::string_view query) const {
-  using Results = std::vector<SearchCollection>;
-  const auto url = ContentRequest("search", query).add("q", query).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Results>>(url);
-  return parsed<Results>(
-      pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
-      [query = std::string(query)](const JSONObject& json) {
-        return SearchResultsParser::parse(json, query);
-      });
+  const auto request = ContentRequest("search", query).add("q", query);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return parsed<std::vector<SearchCollection>>(
+        pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+        [query = std::string(query)](const JSONObject& json) {
+          return SearchResultsParser::parse(json, query);
+        });
+  });
 }
 
 Future<Shared<SearchCollection>> Context::fetchSearchCollection(
     std::string_view query, SearchCollection::ResultsKind kind,
     const ListFetchOptions& options) const {
-  const auto url = ContentRequest("search", query)
-                       .add("q", query)
-                       .add("collection_type", rawValue(kind))
-                       .add(options.page)
-                       .url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<SearchCollection>>(url);
-  return parsed<SearchCollection>(
-      pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed),
-      [query = std::string(query), kind](const JSONObject& json) -> Result<SearchCollection> {
-        auto collections = SearchResultsParser::parse(json, query);
-        if (collections.failed()) return Failure{*collections.error()};
-        for (auto& collection : *collections.value()) {
-          if (collection.resultsKind == kind) return std::move(collection);
-        }
-        return SearchCollection::empty(query, kind);
-      });
+  const auto request = ContentRequest("search", query)
+                           .add("q", query)
+                           .add("collection_type", rawValue(kind))
+                           .add(options.page);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return parsed<SearchCollection>(
+        pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+        [query = std::string(query), kind](const JSONObject& json) -> Result<SearchCollection> {
+          auto collections = SearchResultsParser::parse(json, query);
+          if (collections.failed()) return Failure{*collections.error()};
+          for (auto& collection : *collections.value()) {
+            if (collection.resultsKind == kind) return std::move(collection);
+          }
+          return SearchCollection::empty(query, kind);
+        });
+  });
 }
 
 Future<Shared<std::vector<std::string>>> Context::fetchSearchSuggestions(
     std::string_view query) const {
-  using Texts = std::vector<std::string>;
-  const auto url = ContentRequest("search/suggest", query).add("q", query).url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<Texts>>(url);
-  return pipeline_->fetch(uncachedRequest(*url.value(), kContentTimeout), kRetry, kAuthed)
-      .map([](const Data& data) { return share<Texts>(JSONDataParser::stringArray(data)); });
+  const auto request = ContentRequest("search/suggest", query).add("q", query);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return pipeline_->fetch(uncachedRequest(url, kContentTimeout)).map([](const Data& data) {
+      return share(JSONDataParser::stringArray(data));
+    });
+  });
 }
 
 Future<Shared<LinearProgramGuide>> Context::fetchLinearProgramGuide(
     std::string_view id, Date start, Date end, const ListFetchOptions& options) const {
   const auto formatter = epgFromDateFormatter();
-  const auto url = ContentRequest("epg", id)
-                       .add("start_time", formatter.string(start))
-                       .add("end_time", formatter.string(end))
-                       .add(options.page)
-                       .url(urlService_.baseURL);
-  if (url.failed()) return failed<Shared<LinearProgramGuide>>(url);
-  return store_->guide.access(url.value()->text(), [&] {
-    return parsed<LinearProgramGuide>(
-        pipeline_->fetch(URLRequest{.url = *url.value()}, kRetry, kAuthed),
-        [start, end](const JSONObject& json) {
-          return LinearProgramGuideParser::parse(json, start, end);
-        });
+  const auto request = ContentRequest("epg", id)
+                           .add("start_time", formatter.string(start))
+                           .add("end_time", formatter.string(end))
+                           .add(options.page);
+  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+    return store_->guide.access(url.text(), [&] {
+      return parsed<LinearProgramGuide>(pipeline_->fetch(URLRequest{.url = url}),
+                                        [start, end](const JSONObject& json) {
+                                          return LinearProgramGuideParser::parse(json, start, end);
+                                        });
+    });
   });
 }
 
@@ -219,7 +215,8 @@ Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
     return Future<Shared<Lineup>>::failed(URLService::Error::invalidInput{url.text()});
   }
   return store_->lineups.access(url.text(), [&] {
-    return pipeline_->fetch(uncachedRequest(url, kContentTimeout), !kRetry, !kAuthed)
+    return pipeline_
+        ->fetch(uncachedRequest(url, kContentTimeout), {.retry = false, .authed = false})
         .map([](const Data& data) { return JSONDataParser::array(data); })
         .map([](const JSONObjects& slots) {
           return Shared<Lineup>(std::make_shared<const Lineup>(LineupParser::parse(slots)));
@@ -232,7 +229,7 @@ Future<Shared<VideoAdMetadata>> Context::fetchVideoAdMetadata(std::string_view i
   auto url = constants().hlsBaseURL.appendingPathComponent(
       relative(sessionProvider()->currentToken()).text());
   return parsed<VideoAdMetadata>(
-      pipeline_->fetch(uncachedRequest(std::move(url), kContentTimeout), kRetry, kAuthed),
+      pipeline_->fetch(uncachedRequest(std::move(url), kContentTimeout)),
       [](const JSONObject& json) { return Result(VideoAdMetadataParser::parse(json)); });
 }
 

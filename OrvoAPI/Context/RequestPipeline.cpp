@@ -11,10 +11,10 @@ RequestPipeline::RequestPipeline(std::shared_ptr<SessionProvider> sessionProvide
     : sessionProvider_(std::move(sessionProvider)),
       networkDataProvider_(std::move(networkDataProvider)) {}
 
-Future<Data> RequestPipeline::fetch(const URLRequest& request, bool retry,
-                                    const Promise<Data>& promise, bool authed) {
+Future<Data> RequestPipeline::fetch(const URLRequest& request, RequestPolicy policy,
+                                    const Promise<Data>& promise) {
   sessionProvider_->retrieveSessionToken()
-      .map([request, authed](const std::string& token) {
+      .map([request, authed = policy.authed](const std::string& token) {
         auto authorised = request;
         if (authed) authorised.headers.add("Authorization", token);
         return authorised;
@@ -22,7 +22,7 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, bool retry,
       .flatMap([network = networkDataProvider_](const URLRequest& authorised) {
         return network->fetch(authorised);
       })
-      .onComplete([request, retry, promise, weak = weak_from_this(),
+      .onComplete([request, retry = policy.retry, promise, weak = weak_from_this(),
                    session = sessionProvider_](const Result<HTTPResult>& result) {
         if (result.failed()) return promise.failure(*result.error());
         const int status = result.value()->response.statusCode;
@@ -41,7 +41,7 @@ void RequestPipeline::renewThenSendAgain(const URLRequest& request, const Promis
   session.updateSession().onComplete([request, promise, weak](const Result<bool>& renewed) {
     if (renewed.failed()) return promise.failure(*renewed.error());
     if (!*renewed.value()) return promise.failure(SessionError::couldNotUpdateSession{});
-    if (const auto self = weak.lock()) (void)self->fetch(request, false, promise, true);
+    if (const auto self = weak.lock()) (void)self->fetch(request, {.retry = false}, promise);
   });
 }
 

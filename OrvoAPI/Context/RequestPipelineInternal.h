@@ -10,6 +10,12 @@
 
 namespace orvo::detail {
 
+/// How a request is sent; this is how nearly all are.
+struct RequestPolicy {
+  bool retry = true;   // a 401 renews the session, and the request is sent once more
+  bool authed = true;  // the token is sent; it is waited for in any case
+};
+
 /// Sends the content requests of a `Context`, which owns it: gets the token, adds it, sorts the
 /// status, and after a 401 renews the session once and sends again. Safe to use from any thread.
 ///
@@ -20,11 +26,9 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
   RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
                   std::shared_ptr<NetworkDataProvider> networkDataProvider);
 
-  /// The body of the answer. `retry`: whether a 401 may renew the session. `authed`: whether the
-  /// token is sent; it is waited for in any case. Cancelling the future drops the result and
-  /// reaches nothing upstream.
-  [[nodiscard]] Future<Data> fetch(const URLRequest& request, bool retry, bool authed) {
-    return fetch(request, retry, Promise<Data>(), authed);
+  /// The body of the answer. Cancelling the future drops the result and reaches nothing upstream.
+  [[nodiscard]] Future<Data> fetch(const URLRequest& request, RequestPolicy policy = {}) {
+    return fetch(request, policy, Promise<Data>());
   }
 
   [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const {
@@ -35,8 +39,7 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
   }
 
  private:
-  Future<Data> fetch(const URLRequest& request, bool retry, const Promise<Data>& promise,
-                     bool authed);
+  Future<Data> fetch(const URLRequest& request, RequestPolicy policy, const Promise<Data>& promise);
   static void renewThenSendAgain(const URLRequest& request, const Promise<Data>& promise,
                                  const std::weak_ptr<RequestPipeline>& weak,
                                  SessionProvider& session);
