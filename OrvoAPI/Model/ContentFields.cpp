@@ -38,10 +38,9 @@ std::vector<CollectionReference> collections(const JSONMember& member) {
     const auto id = members["id"].string();
     const auto label = members["label"].string();
     if (!id || !label) continue;
-    const auto reference = [&] {
+    appendMade(references, [&] {
       return CollectionReference{.id = std::string(*id), .label = std::string(*label)};
-    };
-    references.emplace_back(Made{reference});
+    });
   }
   return references;
 }
@@ -78,8 +77,7 @@ ContentLinks::ContentLinks(const JSONMember& member) {
     const auto type = members["type"].string();
     if (type == "button") {
       const AppActionReader action(members);
-      const auto record = [&] { return action.record(); };
-      if (!action.failed()) actions.emplace_back(Made{record});
+      if (!action.failed()) appendMade(actions, [&] { return action.record(); });
     } else if (type == "sibling") {
       const auto id = members["id"].string();
       const auto label = members["label"].string();

@@ -29,11 +29,11 @@ Failure ContentItemReader::failure() const {
 
 ContentItem ContentItemReader::record(const std::optional<std::string>& collectionID) const {
   if (const auto* video = std::get_if<VideoReader>(&reader_)) {
-    const auto record = [&] { return video->record(collectionID); };
-    return ContentItem(std::in_place_type<Video>, Made{record});
+    return ContentItem(std::in_place_type<Video>,
+                       Made{[&] { return video->record(collectionID); }});
   }
-  const auto record = [&] { return std::get<PageReader>(reader_).record(); };
-  return ContentItem(std::in_place_type<Page>, Made{record});
+  const auto& page = std::get<PageReader>(reader_);
+  return ContentItem(std::in_place_type<Page>, Made{[&] { return page.record(); }});
 }
 
 }  // namespace detail

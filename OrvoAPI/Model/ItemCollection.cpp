@@ -18,15 +18,15 @@ Result<ItemCollection> ItemCollectionParser::parse(const JSONObject& json) {
   const auto items = required.objects(members["items"]);
   if (required.failed()) return required.failure();
 
-  ItemCollection collection{.id = std::string(id), .label = std::string(label)};
-  collection.shortLabel = shortLabel;
-  collection.kind = kind;
-  collection.contentsKind =
-      detail::rawValueOr(members["item_type"], ItemCollection::ContentsKind::mixed);
-  collection.meta = meta;
-  collection.items =
-      detail::parsedItems<detail::ContentItemReader>(*items, std::optional(collection.id));
-  return collection;
+  return ItemCollection{
+      .id = std::string(id),
+      .label = std::string(label),
+      .shortLabel = std::string(shortLabel),
+      .kind = kind,
+      .contentsKind = detail::rawValueOr(members["item_type"], ItemCollection::ContentsKind::mixed),
+      .meta = meta,
+      .items =
+          detail::parsedItems<detail::ContentItemReader>(*items, std::optional(std::string(id)))};
 }
 
 }  // namespace orvo

@@ -61,10 +61,9 @@ std::optional<LineupTemplateImage> LineupTemplateImages::find(Key key) const {
 
 Result<LineupTemplateImage> LineupTemplateImageParser::parse(const JSONObject& json) {
   static constexpr detail::TextIndex kKeys({"template"});
+  const detail::JSONMembers<kKeys> members(json);
   detail::RequiredMembers required("LineupTemplateImage");
-  const auto text = required.text(detail::JSONMembers<kKeys>(json)["template"]);
-  if (required.failed()) return required.failure();
-  return LineupTemplateImage{.template_ = std::string(text)};
+  return required.result(LineupTemplateImage{.template_ = required.string(members["template"])});
 }
 
 }  // namespace orvo

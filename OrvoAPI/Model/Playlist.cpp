@@ -17,10 +17,12 @@ Result<Playlist> PlaylistParser::parse(const JSONObject& json, const Video* incl
   const auto items = required.objects(members["items"]);
   if (required.failed()) return required.failure();
 
-  Playlist playlist{.id = std::string(id), .label = std::string(label)};
-  playlist.shortLabel = shortLabel;
-  playlist.meta = meta;
-  playlist.items = detail::parsedItems<detail::VideoReader>(*items, std::optional(playlist.id));
+  Playlist playlist{
+      .id = std::string(id),
+      .label = std::string(label),
+      .shortLabel = std::string(shortLabel),
+      .meta = meta,
+      .items = detail::parsedItems<detail::VideoReader>(*items, std::optional(std::string(id)))};
   if (include && std::ranges::find(playlist.items, *include) == playlist.items.end()) {
     printToConsole("Prepending video to playlist");
     playlist.items.insert(playlist.items.begin(), *include);

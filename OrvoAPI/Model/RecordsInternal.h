@@ -7,6 +7,7 @@
 #include <concepts>
 #include <cstddef>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 /// Records are read in two steps: a reader's construction finds what the record requires, and only
@@ -14,15 +15,21 @@
 /// error, and one that is kept is made where it stays.
 namespace orvo::detail {
 
-/// What `make` returns, made by the constructor that it is given to.
+/// What `make` returns, made by the constructor that it is given to: neither copied nor moved.
 template <class F>
 struct Made {
-  const F& make;
+  F make;
   // NOLINTNEXTLINE(google-explicit-constructor): the conversion is what it is for
   operator std::invoke_result_t<const F&>() const { return make(); }
 };
 template <class F>
-Made(const F&) -> Made<F>;
+Made(F) -> Made<F>;
+
+/// Appends what `make` returns, made where it stays.
+template <class Item, class F>
+void appendMade(std::vector<Item>& items, F make) {
+  items.emplace_back(Made{std::move(make)});
+}
 
 /// Makes room for that many records, within reason: a body of tiny bad elements must not claim
 /// gigabytes for records that will never be.
@@ -56,8 +63,7 @@ requires std::invocable<LeftOut, const Reader&>
       leftOut(reader);
       continue;
     }
-    const auto record = [&] { return reader.record(arguments...); };
-    items.emplace_back(Made{record});
+    appendMade(items, [&] { return reader.record(arguments...); });
   }
   return items;
 }

@@ -5,41 +5,55 @@
 namespace orvo {
 namespace {
 
+constexpr detail::TextIndex kSegmentKeys({"ad", "start", "duration"});
+using SegmentMembers = detail::JSONMembers<kSegmentKeys>;
+
 class VideoSegmentReader : public detail::RequiredMembers {
  public:
-  explicit VideoSegmentReader(const JSONObject& json) : detail::RequiredMembers("VideoSegment") {
-    static constexpr detail::TextIndex kKeys({"ad", "start", "duration"});
-    const detail::JSONMembers<kKeys> members(json);
-    segment_ = {.ad = boolean(members["ad"]),
-                .start = number(members["start"]),
-                .duration = number(members["duration"])};
+  explicit VideoSegmentReader(const SegmentMembers& members)
+      : detail::RequiredMembers("VideoSegment"),
+        ad_(boolean(members["ad"])),
+        start_(number(members["start"])),
+        duration_(number(members["duration"])) {}
+  explicit VideoSegmentReader(const JSONObject& json) : VideoSegmentReader(SegmentMembers(json)) {}
+
+  [[nodiscard]] VideoSegment record() const {
+    return {.ad = ad_, .start = start_, .duration = duration_};
   }
-  [[nodiscard]] VideoSegment record() const { return segment_; }
 
  private:
-  VideoSegment segment_;
+  bool ad_;
+  double start_;
+  double duration_;
 };
+
+constexpr detail::TextIndex kBeaconKeys({"name", "time", "url"});
+using BeaconMembers = detail::JSONMembers<kBeaconKeys>;
 
 class VideoBeaconReader : public detail::RequiredMembers {
  public:
-  explicit VideoBeaconReader(const JSONObject& json) : detail::RequiredMembers("VideoBeacon") {
-    static constexpr detail::TextIndex kKeys({"name", "time", "url"});
-    const detail::JSONMembers<kKeys> members(json);
-    name_ = text(members["name"]);
-    time_ = number(members["time"]);
-    const auto address = text(members["url"]);
-    if (!failed()) url_ = URL::parse(address);
-    // A relative address has nothing to be relative to.
-    if (!url_ || !url_->isAbsolute()) fail("url");
-  }
+  explicit VideoBeaconReader(const BeaconMembers& members)
+      : detail::RequiredMembers("VideoBeacon"),
+        name_(text(members["name"])),
+        time_(number(members["time"])),
+        url_(absoluteURL(members["url"])) {}
+  explicit VideoBeaconReader(const JSONObject& json) : VideoBeaconReader(BeaconMembers(json)) {}
+
   [[nodiscard]] VideoBeacon record() const {
-    return {.name = std::string(name_), .time = time_, .url = *url_};
+    return {.name = std::string(name_), .time = time_, .url = url_};
   }
 
  private:
+  /// A relative address has nothing to be relative to.
+  [[nodiscard]] URL absoluteURL(const detail::JSONMember& member) {
+    auto found = url(member);
+    if (!found.isAbsolute()) fail(member.key());
+    return found;
+  }
+
   std::string_view name_;
-  double time_ = 0;
-  std::optional<URL> url_;
+  double time_;
+  URL url_;
 };
 
 }  // namespace
