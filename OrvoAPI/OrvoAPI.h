@@ -101,6 +101,7 @@
 #include <OrvoAPI/Context/Capability.h>
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/ContextOptions.h>
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Context/FetchOptions.h>

@@ -2,12 +2,12 @@
 
 #include <OrvoAPI/Configuration/Configuration.h>
 #include <OrvoAPI/Context/Capability.h>
+#include <OrvoAPI/Context/ContextOptions.h>
 #include <OrvoAPI/Context/FetchOptions.h>
 #include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
 #include <OrvoAPI/Linear/Lineup.h>
-#include <OrvoAPI/Logging/Logger.h>
 #include <OrvoAPI/Model/ContentItem.h>
 #include <OrvoAPI/Model/ItemCollection.h>
 #include <OrvoAPI/Model/ResourceHost.h>
@@ -15,7 +15,6 @@
 #include <OrvoAPI/Model/VideoAdMetadata.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/SessionProvider.h>
-#include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Storage/KeyedStore.h>
 
 #include <any>
@@ -31,15 +30,6 @@ class AppStore;
 namespace detail {
 class RequestPipeline;
 }
-
-struct ContextOptions {
-  /// Takes the library's diagnostics; a `LoggingService` when there is none.
-  std::shared_ptr<Logger> logger = nullptr;
-  /// Where caches and tokens learn their age; the system's clocks when there is none.
-  std::shared_ptr<const Clock> clock = nullptr;
-  /// Pixels per point of the display, for the sizes of images.
-  double displayScale = 1;
-};
 
 /// The library's root object: the service as one session and one configuration see it. Safe to use
 /// from any thread. Held by shared pointers; the app owns it. Dropping it cancels nothing: fetches

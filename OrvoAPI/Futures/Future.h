@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Result.h>
+#include <OrvoAPI/Futures/detail/ConcatState.h>
 #include <OrvoAPI/Futures/detail/DerivedStates.h>
 #include <OrvoAPI/Futures/detail/FutureWait.h>
 #include <OrvoAPI/HTTP/URLError.h>
