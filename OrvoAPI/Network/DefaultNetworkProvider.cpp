@@ -53,7 +53,7 @@ Future<HTTPResult> DefaultNetworkProvider::fetch(const URLRequest& request) {
 }
 
 std::shared_ptr<URLSession> DefaultNetworkProvider::urlSession() {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   if (session_ == nullptr) {
     URLSessionConfiguration configuration;
     configuration.maximumConnectionsPerHost = kMaximumConnectionsPerHost;
@@ -64,7 +64,7 @@ std::shared_ptr<URLSession> DefaultNetworkProvider::urlSession() {
 }
 
 void DefaultNetworkProvider::setURLSession(std::shared_ptr<URLSession> session) {
-  const std::lock_guard guard(mutex_);
+  const detail::LockGuard guard(lock_);
   session_.swap(session);
 }
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/HTTP/URLInterceptor.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Network/URLSession.h>
 
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -51,8 +51,8 @@ class DefaultNetworkProvider final : public NetworkDataProvider {
   const ProtocolClasses protocolClasses_;
   /// An object of its own: the session holds it, and must not hold the provider that holds it.
   const std::shared_ptr<URLSessionDelegate> delegate_;
-  std::mutex mutex_;
-  std::shared_ptr<URLSession> session_;  // guarded by mutex_
+  detail::Lock lock_;
+  std::shared_ptr<URLSession> session_ ORVO_GUARDED_BY(lock_);
 };
 
 }  // namespace orvo

@@ -1,9 +1,9 @@
+#include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 
 #include <atomic>
 #include <cstdio>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 
@@ -12,9 +12,9 @@ namespace {
 
 struct Current {
   std::atomic<bool> silent{false};
-  std::mutex mutex;
+  detail::Lock lock;
   // Shared, so that a line is handed over outside the lock and a sink may replace itself.
-  std::shared_ptr<const ConsoleSink> sink;
+  std::shared_ptr<const ConsoleSink> sink ORVO_GUARDED_BY(lock);
 };
 
 // Never destroyed: a thread may still print while the process ends.
@@ -27,7 +27,7 @@ Current& current() {
 
 void setConsoleSink(ConsoleSink sink) {
   auto next = sink ? std::make_shared<const ConsoleSink>(std::move(sink)) : nullptr;
-  const std::lock_guard lock(current().mutex);
+  const detail::LockGuard guard(current().lock);
   current().sink.swap(next);
   current().silent = false;
 }
@@ -44,7 +44,7 @@ void printToConsole(std::string_view line) {
 
   std::shared_ptr<const ConsoleSink> sink;
   {
-    const std::lock_guard lock(current().mutex);
+    const detail::LockGuard guard(current().lock);
     sink = current().sink;
   }
   if (sink) {

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Base/FatalInternal.h>
+#include <OrvoAPI/Base/MutexInternal.h>
 #include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 #include <OrvoAPI/Queues/TimerInternal.h>
@@ -8,7 +9,6 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <mutex>
 #include <thread>
 
 namespace orvo {
@@ -22,30 +22,30 @@ constexpr std::chrono::seconds kExitPatience{2};
 /// `running` is the thread inside a job, whoever may run the next: a new claim waits until there is
 /// none, and so does the fallback when a claim is given up from inside a job.
 struct MainQueue::State {
-  std::mutex mutex;
+  detail::Mutex mutex;
   std::condition_variable forFallback;  // jobs wait unclaimed, or the end has come
   std::condition_variable forClaimant;  // jobs wait, or `stop` was called
   std::condition_variable forClaim;     // no job is running
-  detail::JobList jobs;
-  std::size_t count = 0;
-  std::uint64_t claim = 0;  // the one that is held; 0: none
-  std::uint64_t latestClaim = 0;
-  bool stopped = false;  // the claimant's `run` is to return
-  bool fallbackStarted = false;
-  bool ending = false;
-  std::thread::id claimant;
-  std::thread::id running;
-  int event = -1;
   detail::ThreadCount fallback;
+  detail::JobList jobs ORVO_GUARDED_BY(mutex);
+  std::size_t count ORVO_GUARDED_BY(mutex) = 0;
+  std::uint64_t claim ORVO_GUARDED_BY(mutex) = 0;  // the one that is held; 0: none
+  std::uint64_t latestClaim ORVO_GUARDED_BY(mutex) = 0;
+  bool stopped ORVO_GUARDED_BY(mutex) = false;  // the claimant's `run` is to return
+  bool fallbackStarted ORVO_GUARDED_BY(mutex) = false;
+  bool ending ORVO_GUARDED_BY(mutex) = false;
+  std::thread::id claimant ORVO_GUARDED_BY(mutex);
+  std::thread::id running ORVO_GUARDED_BY(mutex);
+  int event ORVO_GUARDED_BY(mutex) = -1;
 
-  /// Runs the first job with the lock given up; the caller holds `guard` and jobs are not empty.
-  void runOne(std::unique_lock<std::mutex>& guard) {
+  /// Runs the first job with the lock given up; `guard` holds the mutex and jobs are not empty.
+  void runOne(detail::MutexGuard& guard) ORVO_REQUIRES(mutex) ORVO_UNCHECKED {
     /// The lock taken again and the queue handed on, also when the job throws.
     struct Turn {
       State& state;
-      std::unique_lock<std::mutex>& guard;
+      detail::MutexGuard& guard;
       const std::thread::id outer;  // a job may run the queue, and so others inside itself
-      ~Turn() {
+      ~Turn() ORVO_UNCHECKED {
         guard.lock();
         state.running = outer;
         if (outer == std::thread::id()) state.handOn();
@@ -59,7 +59,7 @@ struct MainQueue::State {
   }
   /// No job is running any more: lets a claim that waits for that have the queue, or, when the
   /// claim was given up meanwhile, the fallback.
-  void handOn() {
+  void handOn() ORVO_REQUIRES(mutex) {
     if (claim != 0) {
       forClaim.notify_one();
     } else if (count > 0) {
@@ -67,7 +67,7 @@ struct MainQueue::State {
     }
   }
   /// Wakes whoever is to run what waits; a fallback thread is started when it first has to.
-  void wakeRunner() {
+  void wakeRunner() ORVO_REQUIRES(mutex) {
     if (claim != 0) {
       forClaimant.notify_one();
       if (event >= 0) eventfd_write(event, 1);
@@ -83,7 +83,7 @@ struct MainQueue::State {
     forFallback.notify_one();
   }
 
-  void demandClaimant() const {
+  void demandClaimant() const ORVO_REQUIRES(mutex) {
     if (claimant != std::this_thread::get_id()) {
       detail::fatal("the main queue is run on another thread than the one that claimed it");
     }
@@ -105,7 +105,7 @@ std::string MainQueue::label() const { return "main"; }
 
 void MainQueue::post(Job job) {
   auto& state = *state_;
-  const std::lock_guard guard(state.mutex);
+  const detail::MutexGuard guard(state.mutex);
   state.jobs.append(job.release());
   if (state.count++ == 0) state.wakeRunner();
 }
@@ -115,17 +115,17 @@ void MainQueue::postAfter(std::chrono::milliseconds delay, Job job) {
 }
 
 bool MainQueue::isCurrent() const {
-  const std::lock_guard guard(state_->mutex);
+  const detail::MutexGuard guard(state_->mutex);
   const auto self = std::this_thread::get_id();
   return state_->running == self || (state_->claim != 0 && state_->claimant == self);
 }
 
 void MainQueue::runAsFallback() {
   auto& state = *state_;
-  std::unique_lock guard(state.mutex);
+  detail::MutexGuard guard(state.mutex);
   while (!state.ending) {
     if (state.claim != 0 || state.count == 0 || state.running != std::thread::id()) {
-      state.forFallback.wait(guard);
+      guard.wait(state.forFallback);
     } else {
       state.runOne(guard);
     }
@@ -136,18 +136,18 @@ void MainQueue::runAsFallback() {
 
 std::optional<MainQueue::Claim> MainQueue::claim() {
   auto& state = *state_;
-  std::unique_lock guard(state.mutex);
+  detail::MutexGuard guard(state.mutex);
   if (state.claim != 0 || state.running == std::this_thread::get_id()) return std::nullopt;
   const auto id = state.claim = ++state.latestClaim;
   state.claimant = std::this_thread::get_id();
   state.stopped = false;
-  state.forClaim.wait(guard, [&] { return state.running == std::thread::id(); });
+  while (state.running != std::thread::id()) guard.wait(state.forClaim);
   return Claim(state, id);
 }
 
 void MainQueue::endFallback() {
   {
-    const std::lock_guard guard(state_->mutex);
+    const detail::MutexGuard guard(state_->mutex);
     state_->ending = true;
     state_->forFallback.notify_all();
   }
@@ -160,7 +160,7 @@ MainQueue::Claim::Claim(Claim&& other) noexcept
 
 MainQueue::Claim::~Claim() {
   if (state_ == nullptr) return;
-  const std::lock_guard guard(state_->mutex);
+  const detail::MutexGuard guard(state_->mutex);
   state_->claim = 0;
   state_->claimant = {};
   if (state_->event >= 0) close(std::exchange(state_->event, -1));
@@ -172,11 +172,11 @@ void MainQueue::Claim::run() {
   // Copies: a job may destroy this claim.
   auto& state = *state_;
   const auto id = id_;
-  std::unique_lock guard(state.mutex);
+  detail::MutexGuard guard(state.mutex);
   state.demandClaimant();
   while (state.claim == id && !state.stopped) {
     if (state.count == 0) {
-      state.forClaimant.wait(guard);
+      guard.wait(state.forClaimant);
     } else {
       state.runOne(guard);
     }
@@ -185,7 +185,7 @@ void MainQueue::Claim::run() {
 }
 
 void MainQueue::Claim::stop() {
-  const std::lock_guard guard(state_->mutex);
+  const detail::MutexGuard guard(state_->mutex);
   state_->stopped = true;
   state_->forClaimant.notify_all();
 }
@@ -193,7 +193,7 @@ void MainQueue::Claim::stop() {
 std::size_t MainQueue::Claim::drain() {
   auto& state = *state_;
   const auto id = id_;
-  std::unique_lock guard(state.mutex);
+  detail::MutexGuard guard(state.mutex);
   state.demandClaimant();
   std::size_t ran = 0;
   for (const auto waiting = state.count; ran < waiting && state.count > 0 && state.claim == id;) {
@@ -208,7 +208,7 @@ std::size_t MainQueue::Claim::drain() {
 }
 
 int MainQueue::Claim::eventDescriptor() const {
-  const std::lock_guard guard(state_->mutex);
+  const detail::MutexGuard guard(state_->mutex);
   if (state_->event < 0) {
     state_->event = eventfd(state_->count > 0 ? 1 : 0, EFD_CLOEXEC | EFD_NONBLOCK);
   }

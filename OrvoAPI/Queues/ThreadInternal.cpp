@@ -93,20 +93,22 @@ bool isForkedChild() { return owner != 0 && owner != getpid(); }
 bool isLibraryThread() { return libraryThread; }
 
 void ThreadCount::add() {
-  const std::lock_guard guard(mutex_);
+  const MutexGuard guard(mutex_);
   ++count_;
 }
 
 void ThreadCount::remove() {
   // Within the lock: once the count is down, this object may be gone.
-  const std::lock_guard guard(mutex_);
+  const MutexGuard guard(mutex_);
   --count_;
   changed_.notify_all();
 }
 
 void ThreadCount::waitUntilAtMost(unsigned count, std::chrono::milliseconds patience) {
-  std::unique_lock guard(mutex_);
-  changed_.wait_for(guard, patience, [&] { return count_ <= count; });
+  const auto end = std::chrono::steady_clock::now() + patience;
+  MutexGuard guard(mutex_);
+  while (count_ > count && guard.waitUntil(changed_, end)) {
+  }
 }
 
 void atProcessExit(ExitStage stage, void (*end)()) {

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <OrvoAPI/Base/MutexInternal.h>
+
 #include <pthread.h>
 
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
 #include <optional>
 
 namespace orvo::detail {
@@ -33,9 +34,9 @@ class ThreadCount {
   void waitUntilAtMost(unsigned count, std::chrono::milliseconds patience);
 
  private:
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable changed_;
-  unsigned count_ = 0;
+  unsigned count_ ORVO_GUARDED_BY(mutex_) = 0;
 };
 
 /// What ends with the process, in this order: nothing new arrives from the network or the timer

@@ -57,7 +57,7 @@ Timer::Timer()
 void Timer::post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue> queue, Job job) {
   if (delay.count() <= 0) return queue->post(std::move(job));
   const auto due = sinceBoot() + std::min<std::chrono::milliseconds>(delay, kLongestDelay);
-  const std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   heap_.push_back({due, order_++, std::move(queue), std::move(job)});
   std::push_heap(heap_.begin(), heap_.end(), [](auto& a, auto& b) { return a.isAfter(b); });
   startOnce();
@@ -66,7 +66,7 @@ void Timer::post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue>
 
 std::shared_ptr<const void> Timer::watchWallClock(std::function<void()> task) {
   auto watch = std::make_shared<Watch>(std::move(task));
-  const std::lock_guard guard(mutex_);
+  const LockGuard guard(lock_);
   std::erase_if(watches_, [](const auto& other) { return other.expired(); });
   watches_.push_back(watch);
   startOnce();
@@ -120,7 +120,7 @@ void Timer::work() {
     std::vector<Entry> due;
     std::vector<std::shared_ptr<Watch>> told;
     {
-      const std::lock_guard guard(mutex_);
+      const LockGuard guard(lock_);
       if (ending_) break;
       due = takeDue();
       if (wallClockWasSet) told = watches();
@@ -134,7 +134,7 @@ void Timer::work() {
 
 void Timer::shutDown() {
   {
-    const std::lock_guard guard(mutex_);
+    const LockGuard guard(lock_);
     ending_ = true;
     arm();
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/Queues/DispatchQueue.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 
@@ -7,7 +8,6 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <vector>
 
 namespace orvo::detail {
@@ -44,20 +44,20 @@ class Timer {
 
   Timer();
   void work();
-  void startOnce();
-  void arm();
-  [[nodiscard]] std::vector<Entry> takeDue();
-  [[nodiscard]] std::vector<std::shared_ptr<Watch>> watches();
+  void startOnce() ORVO_REQUIRES(lock_);
+  void arm() ORVO_REQUIRES(lock_);
+  [[nodiscard]] std::vector<Entry> takeDue() ORVO_REQUIRES(lock_);
+  [[nodiscard]] std::vector<std::shared_ptr<Watch>> watches() ORVO_REQUIRES(lock_);
 
   const int timer_;
   const int wallClock_;  // never expires; ends its wait when the wall clock is set
   ThreadCount running_;
-  std::mutex mutex_;
-  std::vector<Entry> heap_;                    // guarded by mutex_, the earliest first
-  std::uint64_t order_ = 0;                    // guarded by mutex_
-  std::vector<std::weak_ptr<Watch>> watches_;  // guarded by mutex_
-  bool started_ = false;                       // guarded by mutex_
-  bool ending_ = false;                        // guarded by mutex_
+  Lock lock_;
+  std::vector<Entry> heap_ ORVO_GUARDED_BY(lock_);  // the earliest first
+  std::uint64_t order_ ORVO_GUARDED_BY(lock_) = 0;
+  std::vector<std::weak_ptr<Watch>> watches_ ORVO_GUARDED_BY(lock_);
+  bool started_ ORVO_GUARDED_BY(lock_) = false;
+  bool ending_ ORVO_GUARDED_BY(lock_) = false;
 };
 
 }  // namespace orvo::detail

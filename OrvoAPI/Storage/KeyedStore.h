@@ -1,10 +1,12 @@
 #pragma once
 
+#include <OrvoAPI/Base/Shared.h>
+#include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/Base/detail/UUID.h>
 
 #include <functional>
 #include <map>
-#include <mutex>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,8 +15,8 @@
 
 namespace orvo {
 
-/// A table of elements by text keys. Safe to use from any thread; an element's copy constructor may
-/// use the table again. Owns its elements and hands out copies.
+/// A table of elements by text keys. Safe to use from any thread, also from inside an element's
+/// copy constructor or destructor. Owns its elements and hands out copies.
 template <class T>
 class KeyedStore {
  public:
@@ -31,42 +33,52 @@ class KeyedStore {
 
   /// Adds the element in place of any other under the key.
   void add(T element, std::string key) {
-    // What it replaces goes with the parameter, after the lock: its destructor may be anybody's.
-    const std::lock_guard guard(lock_);
-    const auto [position, isNew] = store_.try_emplace(std::move(key), std::move(element));
-    if (!isNew) std::swap(position->second, element);
+    // Made, and what it replaces destroyed, outside the lock: elements may be anybody's.
+    auto added = std::make_shared<const T>(std::move(element));
+    const detail::LockGuard guard(lock_);
+    store_[std::move(key)].swap(added);
   }
 
   /// Removes the element, if there is one.
   void remove(std::string_view key) {
     typename Table::node_type removed;  // destroyed after the lock is released
-    const std::lock_guard guard(lock_);
+    const detail::LockGuard guard(lock_);
     if (const auto found = store_.find(key); found != store_.end()) {
       removed = store_.extract(found);
     }
   }
 
   [[nodiscard]] std::optional<T> element(std::string_view key) const {
-    const std::lock_guard guard(lock_);
-    const auto found = store_.find(key);
-    if (found == store_.end()) return std::nullopt;
-    return found->second;
+    const auto found = shared(key);
+    if (found == nullptr) return std::nullopt;
+    return *found;
   }
 
   /// All elements, in no defined order.
   [[nodiscard]] std::vector<T> elements() const {
     std::vector<T> elements;
-    const std::lock_guard guard(lock_);
-    elements.reserve(store_.size());
-    for (const auto& entry : store_) elements.push_back(entry.second);
+    for (const auto& element : allShared()) elements.push_back(*element);
     return elements;
   }
 
  private:
-  using Table = std::map<std::string, T, std::less<>>;
+  using Table = std::map<std::string, Shared<T>, std::less<>>;
 
-  mutable std::recursive_mutex lock_;
-  Table store_;  // guarded by lock_
+  [[nodiscard]] Shared<T> shared(std::string_view key) const {
+    const detail::LockGuard guard(lock_);
+    const auto found = store_.find(key);
+    return found != store_.end() ? found->second : nullptr;
+  }
+  [[nodiscard]] std::vector<Shared<T>> allShared() const {
+    std::vector<Shared<T>> all;
+    const detail::LockGuard guard(lock_);
+    all.reserve(store_.size());
+    for (const auto& entry : store_) all.push_back(entry.second);
+    return all;
+  }
+
+  mutable detail::Lock lock_;
+  Table store_ ORVO_GUARDED_BY(lock_);
 };
 
 }  // namespace orvo

@@ -14,3 +14,5 @@
 #define ORVO_ACQUIRE(...) ORVO_THREAD_ANNOTATION(acquire_capability(__VA_ARGS__))
 #define ORVO_RELEASE(...) ORVO_THREAD_ANNOTATION(release_capability(__VA_ARGS__))
 #define ORVO_EXCLUDES(...) ORVO_THREAD_ANNOTATION(locks_excluded(__VA_ARGS__))
+/// For a function that the analysis cannot follow; its callers are checked all the same.
+#define ORVO_UNCHECKED ORVO_THREAD_ANNOTATION(no_thread_safety_analysis)

@@ -1,8 +1,8 @@
+#include <OrvoAPI/Base/MutexInternal.h>
 #include <OrvoAPI/Futures/detail/FutureWait.h>
 
 #include <algorithm>
 #include <condition_variable>
-#include <mutex>
 #include <optional>
 
 namespace orvo::detail {
@@ -14,24 +14,26 @@ constexpr std::chrono::hours kLongestWait{24 * 365 * 100};
 }  // namespace
 
 struct Waiter::State {
-  std::mutex mutex;
+  Mutex mutex;
   std::condition_variable woken;
-  std::optional<Outcome> outcome;
+  std::optional<Outcome> outcome ORVO_GUARDED_BY(mutex);
 };
 
 Waiter::Waiter() : state_(std::make_unique<State>()) {}
 Waiter::~Waiter() = default;
 
 void Waiter::wake(Outcome outcome) {
-  const std::lock_guard guard(state_->mutex);
+  const MutexGuard guard(state_->mutex);
   if (!state_->outcome) state_->outcome = outcome;
   state_->woken.notify_all();
 }
 
 Waiter::Outcome Waiter::wait(std::chrono::milliseconds limit) {
-  std::unique_lock guard(state_->mutex);
-  state_->woken.wait_for(guard, std::min<std::chrono::milliseconds>(limit, kLongestWait),
-                         [this] { return state_->outcome.has_value(); });
+  const auto end =
+      std::chrono::steady_clock::now() + std::min<std::chrono::milliseconds>(limit, kLongestWait);
+  MutexGuard guard(state_->mutex);
+  while (!state_->outcome && guard.waitUntil(state_->woken, end)) {
+  }
   return state_->outcome.value_or(Outcome::timedOut);
 }
 

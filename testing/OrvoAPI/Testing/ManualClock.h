@@ -1,13 +1,13 @@
 #pragma once
 
 #include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Testing/detail/Locked.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -44,17 +44,14 @@ class ManualClock final : public Clock {
   /// call.
   void setWall(Date wall) {
     wall_ = wall.millisecondsSince1970();
-    std::unique_lock guard(lock_);
-    const auto watches = watches_;
-    guard.unlock();
-    for (const auto& weak : watches) {
+    const auto told = watches_.with([](const auto& watches) { return watches; });
+    for (const auto& weak : told) {
       if (const auto watch = weak.lock()) (*watch)();
     }
   }
   [[nodiscard]] std::shared_ptr<const void> onWallSet(std::function<void()> task) const override {
     auto watch = std::make_shared<Watch>(std::move(task));
-    const std::lock_guard guard(lock_);
-    watches_.push_back(watch);
+    watches_.with([&](auto& watches) { watches.push_back(watch); });
     return watch;
   }
 
@@ -63,8 +60,7 @@ class ManualClock final : public Clock {
 
   std::atomic<std::int64_t> wall_;
   std::atomic<std::int64_t> elapsed_;
-  mutable std::mutex lock_;
-  mutable std::vector<std::weak_ptr<Watch>> watches_;  // guarded by lock_
+  mutable detail::Locked<std::vector<std::weak_ptr<Watch>>> watches_;
 };
 
 }  // namespace orvo

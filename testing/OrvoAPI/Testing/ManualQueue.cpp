@@ -3,15 +3,13 @@
 namespace orvo {
 
 void ManualQueue::post(Job job) {
-  const std::lock_guard guard(lock_);
-  jobs_.push_back(std::move(job));
-  came_.notify_all();
+  jobs_.change([&](Jobs& jobs) { jobs.ready.push_back(std::move(job)); });
 }
 
 void ManualQueue::postAfter(std::chrono::milliseconds delay, Job job) {
   if (delay <= std::chrono::milliseconds(0)) return post(std::move(job));
-  const std::lock_guard guard(lock_);
-  delayed_.emplace(clock_->elapsed() + delay, std::move(job));
+  const auto due = clock_->elapsed() + delay;
+  jobs_.with([&](Jobs& jobs) { jobs.delayed.emplace(due, std::move(job)); });
 }
 
 bool ManualQueue::runOne() {
@@ -44,23 +42,21 @@ std::size_t ManualQueue::advanceToNext() {
 }
 
 bool ManualQueue::waitForJob(std::chrono::milliseconds limit) const {
-  std::unique_lock guard(lock_);
-  return came_.wait_for(guard, limit, [this] { return !jobs_.empty(); });
+  return jobs_.waitUntil([](const Jobs& jobs) { return !jobs.ready.empty(); }, limit);
 }
 
 std::size_t ManualQueue::waiting() const {
-  const std::lock_guard guard(lock_);
-  return jobs_.size();
+  return jobs_.with([](const Jobs& jobs) { return jobs.ready.size(); });
 }
 
 std::size_t ManualQueue::delayed() const {
-  const std::lock_guard guard(lock_);
-  return delayed_.size();
+  return jobs_.with([](const Jobs& jobs) { return jobs.delayed.size(); });
 }
 
 std::optional<std::chrono::milliseconds> ManualQueue::nextDue() const {
-  const std::lock_guard guard(lock_);
-  return delayed_.empty() ? std::nullopt : std::optional(delayed_.begin()->first);
+  return jobs_.with([](const Jobs& jobs) {
+    return jobs.delayed.empty() ? std::nullopt : std::optional(jobs.delayed.begin()->first);
+  });
 }
 
 /// A job, or another queue on the same clock, may have moved it further already.
@@ -69,14 +65,16 @@ void ManualQueue::moveTo(std::chrono::milliseconds time) {
 }
 
 Job ManualQueue::next() {
-  const std::lock_guard guard(lock_);
-  while (!delayed_.empty() && delayed_.begin()->first <= clock_->elapsed()) {
-    jobs_.push_back(std::move(delayed_.extract(delayed_.begin()).mapped()));
-  }
-  if (jobs_.empty()) return {};
-  Job job = std::move(jobs_.front());
-  jobs_.pop_front();
-  return job;
+  return jobs_.with([this](Jobs& jobs) -> Job {
+    auto& [ready, delayed] = jobs;
+    while (!delayed.empty() && delayed.begin()->first <= clock_->elapsed()) {
+      ready.push_back(std::move(delayed.extract(delayed.begin()).mapped()));
+    }
+    if (ready.empty()) return {};
+    Job job = std::move(ready.front());
+    ready.pop_front();
+    return job;
+  });
 }
 
 }  // namespace orvo

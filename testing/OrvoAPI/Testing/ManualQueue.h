@@ -2,14 +2,13 @@
 
 #include <OrvoAPI/Queues/DispatchQueue.h>
 #include <OrvoAPI/Testing/ManualClock.h>
+#include <OrvoAPI/Testing/detail/Locked.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <utility>
@@ -54,16 +53,18 @@ class ManualQueue final : public DispatchQueue {
   [[nodiscard]] ManualClock& clock() const { return *clock_; }
 
  private:
+  struct Jobs {
+    std::deque<Job> ready;
+    std::multimap<std::chrono::milliseconds, Job> delayed;  // by due time
+  };
+
   [[nodiscard]] Job next();
   [[nodiscard]] std::optional<std::chrono::milliseconds> nextDue() const;
   void moveTo(std::chrono::milliseconds time);
 
   const std::string label_;
   const std::shared_ptr<ManualClock> clock_;
-  mutable std::mutex lock_;
-  mutable std::condition_variable came_;
-  std::deque<Job> jobs_;                                   // guarded by lock_
-  std::multimap<std::chrono::milliseconds, Job> delayed_;  // by due time; guarded by lock_
+  detail::Locked<Jobs> jobs_;
 };
 
 }  // namespace orvo

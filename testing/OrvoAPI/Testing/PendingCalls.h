@@ -1,13 +1,12 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Testing/detail/Locked.h>
 
 #include <chrono>
-#include <condition_variable>
 #include <cstddef>
 #include <deque>
 #include <memory>
-#include <mutex>
 #include <utility>
 
 namespace orvo {
@@ -24,16 +23,15 @@ class PendingCalls {
 
   /// How many calls there were, settled or not.
   [[nodiscard]] std::size_t count() const {
-    const std::lock_guard guard(lock_);
-    return promises_.size();
+    return promises_.with([](const Promises& promises) { return promises.size(); });
   }
 
   /// Waits until there were so many calls; false when the time is over. For calls that come from
   /// another thread.
   [[nodiscard]] bool waitForCount(
       std::size_t count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
-    std::unique_lock guard(lock_);
-    return came_.wait_for(guard, limit, [&] { return promises_.size() >= count; });
+    return promises_.waitUntil([&](const Promises& promises) { return promises.size() >= count; },
+                               limit);
   }
 
   void succeed(std::size_t call, T value) { promise(call).success(std::move(value)); }
@@ -45,22 +43,21 @@ class PendingCalls {
   /// For stubs: a new call's future.
   [[nodiscard]] Future<T> add() {
     const Promise<T> promise(callbackQueue_);
-    const std::lock_guard guard(lock_);
-    promises_.push_back(promise);
-    came_.notify_all();
+    promises_.change([&](Promises& promises) { promises.push_back(promise); });
     return promise.future();
   }
 
  private:
+  using Promises = std::deque<Promise<T>>;
+
   [[nodiscard]] const Promise<T>& promise(std::size_t call) const {
-    const std::lock_guard guard(lock_);
-    return promises_.at(call);  // stays where it is when others come
+    return promises_.with([&](const Promises& promises) -> const Promise<T>& {
+      return promises.at(call);  // stays where it is when others come
+    });
   }
 
   const std::shared_ptr<DispatchQueue> callbackQueue_;
-  mutable std::mutex lock_;
-  mutable std::condition_variable came_;
-  std::deque<Promise<T>> promises_;  // guarded by lock_
+  detail::Locked<Promises> promises_;
 };
 
 }  // namespace orvo

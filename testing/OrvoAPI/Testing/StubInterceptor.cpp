@@ -24,21 +24,19 @@ void StubInterceptor::fail(std::string path, URLError error) {
 }
 
 void StubInterceptor::answerOthers(std::string_view body, StubAnswerOptions options) {
-  const std::lock_guard guard(lock_);
-  others_ = Canned{std::move(options), Data(body)};
+  state_.with([&](State& state) { state.others = Canned{std::move(options), Data(body)}; });
 }
 
 std::vector<URLRequest> StubInterceptor::requests() const {
-  const std::lock_guard guard(lock_);
-  return requests_;
+  return state_.with([](const State& state) { return state.requests; });
 }
 
 bool StubInterceptor::intercept(const URLRequest& request,
                                 const std::shared_ptr<InterceptedRequest>& intercepted) {
-  std::unique_lock guard(lock_);
-  requests_.push_back(request);
-  const auto answer = take(request.url);
-  guard.unlock();
+  const auto answer = state_.with([&](State& state) {
+    state.requests.push_back(request);
+    return state.take(request.url);
+  });
   if (!answer) return false;
   if (const auto* error = std::get_if<URLError>(&*answer)) {
     intercepted->fail(*error);
@@ -53,19 +51,18 @@ bool StubInterceptor::intercept(const URLRequest& request,
 }
 
 void StubInterceptor::add(std::string path, Answer answer) {
-  const std::lock_guard guard(lock_);
-  answers_[std::move(path)].push_back(std::move(answer));
+  state_.with([&](State& state) { state.answers[std::move(path)].push_back(std::move(answer)); });
 }
 
-std::optional<StubInterceptor::Answer> StubInterceptor::take(const URL& url) {
+std::optional<StubInterceptor::Answer> StubInterceptor::State::take(const URL& url) {
   const std::string path(url.path());
-  auto found = url.query() ? answers_.find(path + "?" + std::string(*url.query())) : answers_.end();
-  if (found == answers_.end()) found = answers_.find(path);
-  if (found == answers_.end()) return others_;
-  auto& answers = found->second;
-  if (answers.size() == 1) return answers.front();
-  Answer next = std::move(answers.front());
-  answers.pop_front();
+  auto found = url.query() ? answers.find(path + "?" + std::string(*url.query())) : answers.end();
+  if (found == answers.end()) found = answers.find(path);
+  if (found == answers.end()) return others;
+  auto& inTurn = found->second;
+  if (inTurn.size() == 1) return inTurn.front();
+  Answer next = std::move(inTurn.front());
+  inTurn.pop_front();
   return next;
 }
 

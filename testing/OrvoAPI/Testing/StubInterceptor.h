@@ -1,11 +1,11 @@
 #pragma once
 
 #include <OrvoAPI/HTTP/URLInterceptor.h>
+#include <OrvoAPI/Testing/detail/Locked.h>
 
 #include <deque>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -54,13 +54,17 @@ class StubInterceptor final : public URLInterceptor {
   };
   using Answer = std::variant<Canned, URLError>;
 
-  void add(std::string path, Answer answer);
-  [[nodiscard]] std::optional<Answer> take(const URL& url);
+  struct State {
+    std::vector<URLRequest> requests;
+    std::map<std::string, std::deque<Answer>> answers;
+    std::optional<Answer> others;
 
-  mutable std::mutex lock_;
-  std::vector<URLRequest> requests_;                   // guarded by lock_
-  std::map<std::string, std::deque<Answer>> answers_;  // guarded by lock_
-  std::optional<Answer> others_;                       // guarded by lock_
+    [[nodiscard]] std::optional<Answer> take(const URL& url);
+  };
+
+  void add(std::string path, Answer answer);
+
+  detail::Locked<State> state_;
 };
 
 }  // namespace orvo

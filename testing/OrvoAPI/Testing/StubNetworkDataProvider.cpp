@@ -3,15 +3,14 @@
 namespace orvo {
 
 Future<HTTPResult> StubNetworkDataProvider::fetch(const URLRequest& request) {
-  // One lock over both, so that a request has its call's number.
-  const std::lock_guard guard(lock_);
-  requests_.push_back(request);
-  return fetches.add();
+  return requests_.with([&](auto& requests) {
+    requests.push_back(request);
+    return fetches.add();  // under the lock, so that a request has its call's number
+  });
 }
 
 URLRequest StubNetworkDataProvider::request(std::size_t call) const {
-  const std::lock_guard guard(lock_);
-  return requests_.at(call);
+  return requests_.with([&](const auto& requests) { return requests.at(call); });
 }
 
 void StubNetworkDataProvider::answer(std::size_t call, int statusCode, std::string_view body,

@@ -2,10 +2,10 @@
 
 #include <OrvoAPI/Network/NetworkDataProvider.h>
 #include <OrvoAPI/Testing/PendingCalls.h>
+#include <OrvoAPI/Testing/detail/Locked.h>
 
 #include <cstddef>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -39,8 +39,7 @@ class StubNetworkDataProvider final : public NetworkDataProvider {
   PendingCalls<HTTPResult> fetches;
 
  private:
-  mutable std::mutex lock_;
-  std::vector<URLRequest> requests_;  // guarded by lock_
+  detail::Locked<std::vector<URLRequest>> requests_;
 };
 
 }  // namespace orvo

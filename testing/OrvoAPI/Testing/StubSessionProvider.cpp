@@ -3,31 +3,24 @@
 namespace orvo {
 
 std::string StubSessionProvider::currentToken() const {
-  const std::lock_guard guard(lock_);
-  return token_;
+  return tokens_.with([](const Tokens& tokens) { return tokens.current; });
 }
 
 Future<std::string> StubSessionProvider::retrieveSessionToken() {
   const auto future = retrievals.add();
-  std::unique_lock guard(lock_);
-  if (!holdsTokens_) {
-    auto token = token_;
-    guard.unlock();
-    future.success(std::move(token));
-  }
+  auto [token, held] = tokens_.with([](const Tokens& tokens) { return tokens; });
+  if (!held) future.success(std::move(token));
   return future;
 }
 
 Future<bool> StubSessionProvider::updateSession() { return updates.add(); }
 
 void StubSessionProvider::setToken(std::string token) {
-  const std::lock_guard guard(lock_);
-  token_ = std::move(token);
+  tokens_.with([&](Tokens& tokens) { tokens.current = std::move(token); });
 }
 
 void StubSessionProvider::holdTokens() {
-  const std::lock_guard guard(lock_);
-  holdsTokens_ = true;
+  tokens_.with([](Tokens& tokens) { tokens.held = true; });
 }
 
 }  // namespace orvo

@@ -2,9 +2,9 @@
 
 #include <OrvoAPI/Network/SessionProvider.h>
 #include <OrvoAPI/Testing/PendingCalls.h>
+#include <OrvoAPI/Testing/detail/Locked.h>
 
 #include <memory>
-#include <mutex>
 #include <string>
 #include <utility>
 
@@ -22,7 +22,7 @@ class StubSessionProvider final : public SessionProvider {
   explicit StubSessionProvider(
       std::string token = "token",
       std::shared_ptr<DispatchQueue> callbackQueue = DispatchQueue::global())
-      : retrievals(callbackQueue), updates(std::move(callbackQueue)), token_(std::move(token)) {}
+      : retrievals(callbackQueue), updates(std::move(callbackQueue)), tokens_({std::move(token)}) {}
 
   [[nodiscard]] std::string currentToken() const override;
   [[nodiscard]] Future<std::string> retrieveSessionToken() override;
@@ -38,9 +38,12 @@ class StubSessionProvider final : public SessionProvider {
   PendingCalls<bool> updates;
 
  private:
-  mutable std::mutex lock_;
-  std::string token_;         // guarded by lock_
-  bool holdsTokens_ = false;  // guarded by lock_
+  struct Tokens {
+    std::string current;
+    bool held = false;
+  };
+
+  detail::Locked<Tokens> tokens_;
 };
 
 }  // namespace orvo
