@@ -160,9 +160,8 @@ void Catalogue::addEvents() {
     if (text.hoursFromNow > 0) shelves_.at(std::string(kUpcomingEvents)).items.push_back(live);
   }
   std::vector<std::string> stops;
-  for (std::size_t index = 0; index < texts::kHarbourStops.size(); ++index) {
+  for (std::size_t index = 0; index < texts::kHarbourStops.size(); ++index)
     stops.push_back("stop-" + std::to_string(index + 1));
-  }
   for (std::size_t index = 0; index < stops.size(); ++index) {
     add({.id = stops[index],
          .sort = Product::Sort::page,

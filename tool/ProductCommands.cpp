@@ -2,6 +2,14 @@
 #include <tool/ContentViews.h>
 
 namespace orvo::tool {
+namespace {
+
+struct VideoOptions {
+  std::string id{};
+  std::optional<std::string> playlistID{};
+};
+
+}  // namespace
 
 void addProductCommands(Commands& commands) {
   const auto pageID = std::make_shared<std::string>();
@@ -16,10 +24,6 @@ void addProductCommands(Commands& commands) {
       ->add_option("ID", *pageID)
       ->required();
 
-  struct VideoOptions {
-    std::string id{};
-    std::optional<std::string> playlistID{};
-  };
   const auto video = std::make_shared<VideoOptions>();
   CLI::App* command = commands.add("video", "A video", [video](Tool& tool) {
     return fetchAndAnswer(

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Checks the written rules about the layout of the sources: which file may include which, where
-system and third-party headers may stand, what library code must not call, and that the umbrella
-header is complete.
+system and third-party headers may stand, what library code must not call, how long files and functions
+may be, and that the umbrella header is complete.
 
 Usage: check_layout.py ROOT; prints one line per fault, exit status 1 when there is one.
 """
@@ -38,6 +38,32 @@ FOREIGN = {("Futures/AnyError.cpp", "cxxabi.h"): "the compiler's own, to name a 
 
 TOO_HEAVY_FOR_HEADERS = {"future", "iostream", "regex"}
 
+# Everything that is compiled beside the library.
+OTHER_FOLDERS = ["testing", "tool", "demo", "tests", "support", "examples", "benchmarks", "fuzz",
+                 "soak"]
+
+# How many lines a file and a function may have.
+MOST_LINES = {".h": 200, ".cpp": 400}
+MOST_IN_FUNCTION = 40
+
+# Files and functions that have more, with the reason.
+LONG_FILES = {
+    "OrvoAPI/Futures/Future.h": "one class and its contract; its operations are templates",
+    "benchmarks/support/Transport.h": "one measurement, by the library and by libcurl",
+    "soak/FaultyServer.h": "one table of faults and the server that makes them",
+    "soak/host.cpp": "one program: its scenes and what each of them checks",
+    "soak/sim.cpp": "one program: what can happen to a fetch, and how it must end",
+}
+LONG_FUNCTIONS = {
+    ("OrvoAPI/HTTP/CurlErrors.cpp", "errorCode"): "a table of libcurl's codes",
+    ("benchmarks/documents_bad.cpp", "lists"): "a table of documents",
+    ("benchmarks/documents_peers.cpp", "configuration"): "a document, key by key",
+    ("benchmarks/support/Documents.cpp", "configurationDocument"): "a document, key by key",
+    ("soak/FaultyServer.h", "faults"): "a table of faults",
+    ("soak/sim.cpp", "Round::answer"): "a table of faults",
+    ("soak/sim.cpp", "Round::call"): "a table of fetches",
+}
+
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*([<"])([^>"]+)[>"]', re.M)
 TEXT = re.compile(r'//[^\n]*|/\*.*?\*/|R"(\w*)\(.*?\)\1"|"(?:\\.|[^"\\\n])*"'
                   r"|(?<![0-9A-Fa-f])'(?:\\.|[^'\\\n])+'", re.S)
@@ -45,6 +71,26 @@ PRINTS_OR_STOPS = re.compile(
     r"\b(?:printf|fprintf|vprintf|vfprintf|puts|fputs|putchar|putc|fputc|fwrite|perror"
     r"|abort|_?exit|_Exit|quick_exit|terminate|assert)\s*\(|\bstd::(?:cout|cerr|clog)\b"
     r"|\b(?:stdout|stderr)\b")
+
+# What a block begins with that is no function; clang-format's indentation tells where it ends.
+NO_FUNCTION = re.compile(r"(?:\} )?(?:if|for|while|switch|do|else|try|catch|case|default|return"
+                         r"|namespace|struct|class|enum|union)\b")
+
+
+def functions(source):
+    """The functions of a formatted source: their names, and how many lines they have."""
+    lines = source.splitlines()
+    depths = [len(line) - len(line.lstrip()) if line and line[0] != "#" else 1000
+              for line in lines]
+    for end, line in enumerate(lines):
+        if line.strip() != "}":
+            continue
+        begin = end - 1
+        while begin >= 0 and depths[begin] > depths[end]:
+            begin -= 1
+        head = lines[begin].strip() if begin >= 0 else ""
+        if "(" in head and not NO_FUNCTION.match(head):
+            yield re.split(r"[\s*&]", head.split("(")[0])[-1], end - begin + 1
 
 
 def includes(source):
@@ -87,6 +133,9 @@ class Layout:
                         for pattern in ("*.h", "*.cpp") for path in library.rglob(pattern)}
         self.headers = {name for name in self.sources if name.endswith(".h")}
         self.headers |= {path.name.removesuffix(".in") for path in library.glob("*.h.in")}
+        self.others = {path.relative_to(self.root).as_posix(): path.read_text(encoding="utf-8")
+                       for folder in OTHER_FOLDERS for pattern in ("*.h", "*.cpp")
+                       for path in sorted((self.root / folder).rglob(pattern))}
 
     def fault(self, path, text):
         self.faults.append(f"{path}: {text}")
@@ -104,6 +153,7 @@ class Layout:
         self.check_cycles()
         self.check_umbrella()
         self.check_users()
+        self.check_lengths()
         return self.faults
 
     def check_library_file(self, name):
@@ -167,20 +217,36 @@ class Layout:
     def check_users(self):
         kit = {path.relative_to(self.root / "testing").as_posix()
                for path in (self.root / "testing").rglob("*.h")}
-        for folder in ("testing", "tool", "demo", "tests", "support", "examples", "benchmarks",
-                       "fuzz", "soak"):
-            files = [path for pattern in ("*.h", "*.cpp")
-                     for path in (self.root / folder).rglob(pattern)]
-            for path in sorted(files):
-                name = path.relative_to(self.root).as_posix()
-                for _, target in includes(path.read_text(encoding="utf-8")):
-                    if "OrvoAPI/" not in target or target in kit:
-                        continue
-                    header = target.removeprefix("OrvoAPI/")
-                    if header not in self.headers or is_private(header):
-                        self.fault(name, f"<{target}> is no installed header")
-                    elif is_detail(header):
-                        self.fault(name, f"<{target}> is no interface")
+        for name, source in self.others.items():
+            for _, target in includes(source):
+                if "OrvoAPI/" not in target:
+                    continue
+                header = target.removeprefix("OrvoAPI/")
+                if target not in kit and (header not in self.headers or is_private(header)):
+                    self.fault(name, f"<{target}> is no installed header")
+                elif is_detail(header) and not (target in kit and name.startswith("testing/")):
+                    self.fault(name, f"<{target}> is no interface")
+
+    def check_lengths(self):
+        long_files, long_functions = set(), set()
+        library = {f"OrvoAPI/{name}": source for name, source in self.sources.items()}
+        for name, source in {**library, **self.others}.items():
+            count, most = source.count("\n"), MOST_LINES[pathlib.PurePath(name).suffix]
+            if count > most:
+                long_files.add(name)
+                if name not in LONG_FILES:
+                    self.fault(name, f"has {count} lines, where {most} are the limit")
+            for function, lines in functions(source):
+                if lines <= MOST_IN_FUNCTION:
+                    continue
+                long_functions.add((name, function))
+                if (name, function) not in LONG_FUNCTIONS:
+                    self.fault(name, f"{function} has {lines} lines, where {MOST_IN_FUNCTION} are"
+                                     " the limit")
+        for name in sorted(set(LONG_FILES) - long_files):
+            self.fault(name, "needs no exception from the limits")
+        for name, function in sorted(set(LONG_FUNCTIONS) - long_functions):
+            self.fault(name, f"{function} needs no exception from the limits")
 
 
 if __name__ == "__main__":

@@ -23,6 +23,11 @@ BAD = [
     ("Model/A.h is missing", "Model/A.h", "#pragma once"),
     ("no folder of the library", "Util/A.h", "#pragma once"),
     ("no #pragma once", "Model/A.h", ""),
+    ("has 201 lines, where 200", "Model/A.h", "#pragma once" + "\n" * 200),
+    ("has 401 lines, where 400", "Model/A.cpp", "\n" * 400),
+    ("C::f has 41 lines, where 40", "Model/A.cpp",
+     "int C::f(int a,\n         int b) {\n" + "  if (a) {\n    ++b;\n  }\n" * 12 + "\n\n}"),
+    ("Future.h: needs no exception", "Futures/Future.h", "#pragma once"),
 ]
 
 
