@@ -37,17 +37,13 @@ Json toJson(Date date) {
 
 Json toJson(const URL& url) { return url.text(); }
 
-Json toJson(const PagingMeta& meta) {
-  return Json::object({{"total", meta.total}, {"limit", meta.limit}, {"offset", meta.offset}});
-}
+Json toJson(const Session& session) { return ORVO_FIELDS(session, token); }
 
-Json toJson(const CollectionReference& collection) {
-  return Json::object({{"id", collection.id}, {"label", collection.label}});
-}
+Json toJson(const PagingMeta& meta) { return ORVO_FIELDS(meta, total, limit, offset); }
 
-Json toJson(const LineupReference& lineup) {
-  return Json::object({{"url", toJson(lineup.url)}, {"displayKind", caseName(lineup.displayKind)}});
-}
+Json toJson(const CollectionReference& collection) { return ORVO_FIELDS(collection, id, label); }
+
+Json toJson(const LineupReference& lineup) { return ORVO_FIELDS(lineup, url, displayKind); }
 
 namespace {
 
@@ -55,74 +51,39 @@ template <class Table>
 Json tableJson(const Table& table) {
   Json json = Json::object();
   for (const auto& [key, resource] : table) {
-    json.set(std::string(caseName(key)),
-             Json::object({{"key", caseName(resource.key)}, {"productID", resource.productID}}));
+    json.set(std::string(caseName(key)), toJson(resource));
   }
   return json;
 }
 
 }  // namespace
 
+Json toJson(const ImageResource& resource) { return ORVO_FIELDS(resource, key, productID); }
+
+Json toJson(const VideoPreview& preview) { return ORVO_FIELDS(preview, key, productID); }
+
 Json toJson(const ImageResources& resources) { return tableJson(resources); }
 
 Json toJson(const VideoPreviews& previews) { return tableJson(previews); }
 
 Json toJson(const Status& status) {
-  return Json::object({{"code", caseName(status.code)},
-                       {"label", status.label},
-                       {"ttl", status.ttl},
-                       {"message", status.message},
-                       {"startTime", toJson(status.startTime)},
-                       {"endTime", toJson(status.endTime)}});
+  return ORVO_FIELDS(status, code, label, ttl, message, startTime, endTime);
 }
 
-Json toJson(const AppAction& action) {
-  return Json::object({{"id", action.id},
-                       {"label", action.label},
-                       {"kind", caseName(action.kind)},
-                       {"icon", action.icon}});
-}
+Json toJson(const AppAction& action) { return ORVO_FIELDS(action, id, label, kind, icon); }
 
 Json toJson(const Video& video) {
-  return Json::object({{"id", video.id},
-                       {"title", video.title},
-                       {"subheading", video.subheading},
-                       {"shortDescription", video.shortDescription},
-                       {"kind", caseName(video.kind)},
-                       {"duration", video.duration},
-                       {"playbackStatus", caseName(video.playbackStatus)},
-                       {"collections", toJson(video.collections)},
-                       {"lineupMeta", toJson(video.lineupMeta)},
-                       {"imageResources", toJson(video.imageResources)},
-                       {"videoPreviews", toJson(video.videoPreviews)},
-                       {"status", toJson(video.status)},
-                       {"appActions", toJson(video.appActions)},
-                       {"playlistID", video.playlistID},
-                       {"deepLinkPlaylistID", video.deepLinkPlaylistID},
-                       {"nextPlaylistID", video.nextPlaylistID},
-                       {"shareURL", toJson(video.shareURL)}});
+  return ORVO_FIELDS(video, id, title, subheading, shortDescription, kind, duration, playbackStatus,
+                     collections, lineupMeta, imageResources, videoPreviews, status, appActions,
+                     playlistID, deepLinkPlaylistID, nextPlaylistID, shareURL);
 }
 
-Json toJson(const Page::Sibling& sibling) {
-  return Json::object({{"label", sibling.label}, {"id", sibling.id}});
-}
+Json toJson(const Page::Sibling& sibling) { return ORVO_FIELDS(sibling, label, id); }
 
 Json toJson(const Page& page) {
-  return Json::object({{"id", page.id},
-                       {"title", page.title},
-                       {"subheading", page.subheading},
-                       {"shortDescription", page.shortDescription},
-                       {"longDescription", page.longDescription},
-                       {"kind", caseName(page.kind)},
-                       {"collections", toJson(page.collections)},
-                       {"lineupMeta", toJson(page.lineupMeta)},
-                       {"imageResources", toJson(page.imageResources)},
-                       {"videoPreviews", toJson(page.videoPreviews)},
-                       {"iconID", page.iconID},
-                       {"status", toJson(page.status)},
-                       {"appActions", toJson(page.appActions)},
-                       {"siblings", toJson(page.siblings)},
-                       {"shareURL", toJson(page.shareURL)}});
+  return ORVO_FIELDS(page, id, title, subheading, shortDescription, longDescription, kind,
+                     collections, lineupMeta, imageResources, videoPreviews, iconID, status,
+                     appActions, siblings, shareURL);
 }
 
 Json toJson(const ContentItem& item) {
@@ -131,47 +92,22 @@ Json toJson(const ContentItem& item) {
 }
 
 Json toJson(const ItemCollection& collection) {
-  return Json::object({{"id", collection.id},
-                       {"label", collection.label},
-                       {"shortLabel", collection.shortLabel},
-                       {"kind", caseName(collection.kind)},
-                       {"contentsKind", caseName(collection.contentsKind)},
-                       {"meta", toJson(collection.meta)},
-                       {"items", toJson(collection.items)}});
+  return ORVO_FIELDS(collection, id, label, shortLabel, kind, contentsKind, meta, items);
 }
 
 Json toJson(const SearchCollection& collection) {
-  return Json::object({{"query", collection.query},
-                       {"label", collection.label},
-                       {"shortLabel", collection.shortLabel},
-                       {"kind", caseName(collection.kind)},
-                       {"contentsKind", caseName(collection.contentsKind)},
-                       {"resultsKind", caseName(collection.resultsKind)},
-                       {"meta", toJson(collection.meta)},
-                       {"items", toJson(collection.items)}});
+  return ORVO_FIELDS(collection, query, label, shortLabel, kind, contentsKind, resultsKind, meta,
+                     items);
 }
 
 Json toJson(const Playlist& playlist) {
-  return Json::object({{"id", playlist.id},
-                       {"label", playlist.label},
-                       {"shortLabel", playlist.shortLabel},
-                       {"meta", toJson(playlist.meta)},
-                       {"kind", caseName(playlist.kind)},
-                       {"items", toJson(playlist.items)}});
+  return ORVO_FIELDS(playlist, id, label, shortLabel, meta, kind, items);
 }
 
-Json toJson(const VideoBeacon& beacon) {
-  return Json::object({{"name", beacon.name}, {"time", beacon.time}, {"url", toJson(beacon.url)}});
-}
+Json toJson(const VideoBeacon& beacon) { return ORVO_FIELDS(beacon, name, time, url); }
 
-Json toJson(const VideoSegment& segment) {
-  return Json::object(
-      {{"ad", segment.ad}, {"start", segment.start}, {"duration", segment.duration}});
-}
+Json toJson(const VideoSegment& segment) { return ORVO_FIELDS(segment, ad, start, duration); }
 
-Json toJson(const VideoAdMetadata& metadata) {
-  return Json::object(
-      {{"beacons", toJson(metadata.beacons)}, {"segments", toJson(metadata.segments)}});
-}
+Json toJson(const VideoAdMetadata& metadata) { return ORVO_FIELDS(metadata, beacons, segments); }
 
 }  // namespace orvo::tool

@@ -16,12 +16,13 @@ namespace {
 Json kind(const char* name) { return Json::object({{"kind", name}}); }
 
 Json unableToParse(const JSONParseError::unableToParse& error, Secrets secrets) {
+  const auto& [type, value] = error;
   Json json = kind("unableToParse");
-  json.set("type", error.type);
+  json.set("type", type);
   json.set("key", error.key() != nullptr ? Json(*error.key()) : Json());
-  if (const auto* value = std::get_if<JSONValue>(&error.value)) {
-    const bool hidden = secrets == Secrets::hidden && error.type == "Session";
-    json.set("value", hidden ? Json("(hidden)") : toJson(*value));
+  if (const auto* document = std::get_if<JSONValue>(&value)) {
+    const bool hidden = secrets == Secrets::hidden && type == "Session";
+    json.set("value", hidden ? Json("(hidden)") : toJson(*document));
   }
   return json;
 }
@@ -37,30 +38,27 @@ Json inner(const AnyError& error, Secrets secrets) {
   }
   if (const auto* date = error.as<DateFormatError>()) {
     const auto* mismatch = date->as<DateFormatError::stringDoesNotMatchFormat>();
-    return Json::object({{"kind", "stringDoesNotMatchFormat"},
-                         {"string", mismatch->string},
-                         {"format", mismatch->format}});
+    return ORVO_WITH_FIELDS(kind("stringDoesNotMatchFormat"), *mismatch, string, format);
   }
   if (const auto* reader = error.as<JSONReaderError>()) {
-    return Json::object({{"kind", "reader"}, {"message", reader->message}});
+    const auto& [code, message] = *reader;  // the code says no more than the message does
+    return Json::object({{"kind", "reader"}, {"message", message}});
   }
   if (const auto* session = error.as<SessionError>()) {
-    const auto* status = session->as<SessionError::unexpectedStatus>();
-    return status != nullptr
-               ? Json::object({{"kind", "unexpectedStatus"}, {"status", status->status}})
-               : kind("couldNotUpdateSession");
+    const auto* unexpected = session->as<SessionError::unexpectedStatus>();
+    return unexpected != nullptr ? ORVO_WITH_FIELDS(kind("unexpectedStatus"), *unexpected, status)
+                                 : kind("couldNotUpdateSession");
   }
   if (const auto* response = error.as<Response::Error>()) {
-    const int status = response->as<Response::Error::badStatus>()->status;
-    return Json::object({{"kind", "badStatus"}, {"status", status}});
+    const auto* bad = response->as<Response::Error::badStatus>();
+    return ORVO_WITH_FIELDS(kind("badStatus"), *bad, status);
   }
-  if (const auto* input = error.as<URLService::Error>()) {
-    return Json::object(
-        {{"kind", "invalidInput"}, {"input", input->as<URLService::Error::invalidInput>()->input}});
+  if (const auto* service = error.as<URLService::Error>()) {
+    const auto* invalid = service->as<URLService::Error::invalidInput>();
+    return ORVO_WITH_FIELDS(kind("invalidInput"), *invalid, input);
   }
   if (const auto* transport = error.as<URLError>()) {
-    return Json::object(
-        {{"kind", "URLError"}, {"code", transport->code}, {"message", transport->message}});
+    return ORVO_WITH_FIELDS(kind("URLError"), *transport, code, message);
   }
   return Json::object({{"kind", "other"}, {"message", error.description()}});
 }

@@ -2,71 +2,39 @@
 
 namespace orvo::tool {
 
-namespace {
+Json toJson(const LineupTemplateImage& image) { return ORVO_FIELDS(image, template_); }
 
-Json imagesJson(const LineupTemplateImages& images) {
+Json toJson(const LineupTemplateImages& images) {
   Json json = Json::object();
-  for (const auto& [key, image] : images) {
-    json.set(std::string(caseName(key)), Json::object({{"template", image.template_}}));
-  }
+  for (const auto& [key, image] : images) json.set(std::string(caseName(key)), toJson(image));
   return json;
 }
 
-Json slotsJson(const LineupSlots& slots) {
+Json toJson(const LineupSlots& slots) {
   return Json::list(slots, [](const LineupSlot& slot) { return toJson(slot); });
 }
 
-}  // namespace
-
 Json toJson(const LineupSlot& slot) {
-  return Json::object({{"start", toJson(slot.start)},
-                       {"end", toJson(slot.end)},
-                       {"title", slot.title},
-                       {"imageResources", imagesJson(slot.imageResources)},
-                       {"channelID", slot.channelID},
-                       {"channelName", slot.channelName},
-                       {"channelOrder", slot.channelOrder}});
+  return ORVO_FIELDS(slot, start, end, title, imageResources, channelID, channelName, channelOrder);
 }
 
-Json toJson(const LineupHour& hour) {
-  return Json::object({{"startTime", toJson(hour.startTime)}, {"slots", slotsJson(hour.slots_)}});
-}
+Json toJson(const LineupHour& hour) { return ORVO_FIELDS(hour, startTime, slots_); }
 
-Json toJson(const LineupDay& day) {
-  return Json::object({{"startTime", toJson(day.startTime)}, {"hours", toJson(day.hours)}});
-}
+Json toJson(const LineupDay& day) { return ORVO_FIELDS(day, startTime, hours); }
 
-Json toJson(const Lineup& lineup) {
-  return Json::object({{"slots", slotsJson(lineup.slots_)}, {"days", toJson(lineup.days)}});
-}
+Json toJson(const Lineup& lineup) { return ORVO_FIELDS(lineup, slots_, days); }
 
 Json toJson(const LinearProgram& program) {
-  return Json::object({{"id", program.id},
-                       {"title", program.title},
-                       {"subheading", program.subheading},
-                       {"shortDescription", program.shortDescription},
-                       {"playbackStatus", caseName(program.playbackStatus)},
-                       {"imageResources", toJson(program.imageResources)},
-                       {"startTime", toJson(program.startTime)},
-                       {"endTime", toJson(program.endTime)},
-                       {"duration", program.duration}});
+  return ORVO_FIELDS(program, id, title, subheading, shortDescription, playbackStatus,
+                     imageResources, startTime, endTime, duration);
 }
 
 Json toJson(const LinearProgramGuide& guide) {
-  return Json::object({{"startDate", toJson(guide.startDate)},
-                       {"endDate", toJson(guide.endDate)},
-                       {"items", toJson(guide.items)},
-                       {"meta", toJson(guide.meta)}});
+  return ORVO_FIELDS(guide, startDate, endDate, items, meta);
 }
 
-Json toJson(const GuideDay& day) {
-  return Json::object({{"title", day.title}, {"programs", toJson(day.programs)}});
-}
+Json toJson(const GuideDay& day) { return ORVO_FIELDS(day, title, programs); }
 
-Json toJson(const GuideUpdate& update) {
-  return Json::object({{"video", toJson(*update.video)},
-                       {"program", toJson(update.program)},
-                       {"days", toJson(update.days)}});
-}
+Json toJson(const GuideUpdate& update) { return ORVO_FIELDS(update, video, program, days); }
 
 }  // namespace orvo::tool

@@ -1,4 +1,3 @@
-#include <OrvoAPI/Network/Session.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <tool/ModelJson.h>
@@ -48,7 +47,7 @@ Outcome stringArray(std::string_view body, const Arguments&) {
 
 Outcome session(std::string_view body, const Arguments&) {
   return JSONDataParser::object(Data(body)).map(SessionParser::parse).map([](const Session& model) {
-    return Json::object({{"token", model.token}});
+    return toJson(model);
   });
 }
 
@@ -153,8 +152,11 @@ constexpr Kind kKinds[] = {
     {"playlist", playlist},
     {"system-view", systemView},
     {"video-ad-metadata", plain<VideoAdMetadataParser>},
+    {"video-beacon", plain<VideoBeaconParser>},
+    {"video-segment", plain<VideoSegmentParser>},
     {"lineup", lineup},
     {"lineup-slot", plain<LineupSlotParser>},
+    {"lineup-template-image", plain<LineupTemplateImageParser>},
     {"linear-program", plain<LinearProgramParser>},
     {"linear-program-guide", linearProgramGuide},
     {"event-date", eventDate},
