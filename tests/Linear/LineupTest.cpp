@@ -1,23 +1,15 @@
 #include <OrvoAPI/Linear/Lineup.h>
 #include <OrvoAPI/Linear/LineupScheduled.h>
-#include <OrvoAPI/Parsing/DateFormatError.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <initializer_list>
 
-#include "tests/support/Document.h"
 #include "tests/support/Zone.h"
 
 namespace orvo {
 namespace {
-
-const Document kChannel{{"id", R"("c")"}, {"name", R"("C")"}, {"order", "3"}};
-const Document kSlot{{"start", R"("2017-05-01T10:05:00.000Z")"},
-                     {"end", R"("2017-05-01T12:00:00+01:00")"},
-                     {"title", R"("T")"},
-                     {"channel", kChannel.text()}};
 
 Lineup lineupOf(std::initializer_list<std::string_view> starts) {
   std::vector<LineupSlot> slots;
@@ -42,51 +34,11 @@ std::string listing(const Lineup& lineup) {
   return text;
 }
 
-TEST(LineupSlotParser, ReportsEachRequiredMember) {
-  expectRequired("LineupSlot", kSlot, {"start", "end", "title", "channel"},
-                 LineupSlotParser::parse);
-  const auto parse = [](const Document& channel) {
-    return LineupSlotParser::parse(kSlot.with("channel", channel.text()));
-  };
-  expectRequired("LineupSlot", kChannel,
-                 {"id=channel/id", "name=channel/name", "order=channel/order"}, parse);
-  const auto late = LineupSlotParser::parse(kSlot.with("end", R"("12 o'clock")").without("title"));
-  EXPECT_TRUE(late.error()->is<DateFormatError>());
-}
-
-TEST(LineupSlotParser, KeepsTheImagesThatItCanRead) {
-  using Key = LineupTemplateImage::ResourceKey;
-  const auto slot = LineupSlotParser::parse(kSlot.with("images", R"({
-          "icon": {"template": "i"}, "orvo_display_art_square": {"template": 1},
-          "poster": {"template": "p"}, "orvo_background_portrait": "b",
-          "orvo_cover_art_banner": {"template": "c"}})"))
-                        .force();
-  EXPECT_EQ(slot.end - slot.start, std::chrono::minutes(55));
-  EXPECT_EQ(slot.title + slot.channelID + slot.channelName, "TcC");
-  EXPECT_EQ(slot.imageResources.size(), 2U);
-  EXPECT_EQ(slot.imageResources.find(Key::icon)->template_, "i");
-  EXPECT_EQ(slot.imageResources.find(Key::coverBanner)->template_, "c");
-}
-
-TEST(LineupParser, DropsTheSlotsThatItCannotRead) {
-  const auto json = "[" + kSlot.without("channel").text() + "," + kSlot.text() + ",{}]";
-  const auto lineup = LineupParser::parse(JSONDataParser::array(Data(json)).force());
-  ASSERT_EQ(lineup.slots_.size(), 1U);
-  EXPECT_EQ(lineup.slots_[0], LineupSlotParser::parse(kSlot).force());
-  EXPECT_EQ(lineup.ttl(), 300);
-}
-
-TEST(Lineup, IsGroupedByTheStartsOfItsSlots) {
-  const Zone zone("UTC");
-  const Lineup lineup =
-      lineupOf({"2017-05-02T00:00:00Z", "2017-05-01T11:00:00Z", "2017-05-01T10:55:00Z",
-                "2017-05-01T23:59:59Z", "2017-05-01T10:05:00Z", "2017-05-01T10:55:00Z"});
-  EXPECT_EQ(listing(lineup),
-            "2017-05-01T00:00: 10:00(10:55 10:05 10:55) 11:00(11:00) 23:00(23:59)\n"
-            "2017-05-02T00:00: 00:00(00:00)\n");
-  EXPECT_EQ(lineup.slots_[0].title + lineup.slots_[3].title, "00:0023:59") << "document order";
+TEST(LineupScheduled, IsOrderedByItsStarts) {
+  const Lineup lineup = lineupOf({"2017-05-02T00:00:00Z", "2017-05-01T11:00:00Z"});
   EXPECT_TRUE(before(lineup.days[0], lineup.slots_[0]));
-  EXPECT_FALSE(before(lineup.slots_[0], lineup.days[1].hours[0]));
+  EXPECT_TRUE(before(lineup.slots_[1], Date(lineup.slots_[0].start)));
+  EXPECT_FALSE(before(lineup.slots_[0], lineup.slots_[0].start));
 }
 
 TEST(Lineup, IsGroupedInTheDevicesZone) {

@@ -80,8 +80,6 @@ TEST(TemplateURL, FillsInTheTransformation) {
 }
 
 TEST(TemplateURL, NeedsATemplateOfAnAbsoluteURL) {
-  expectRequired("LineupTemplateImage", {{"template", R"("t")"}}, {"template"},
-                 LineupTemplateImageParser::parse);
   for (const char* text : {"", "a/{c_transform}", "https://t.example/{other}"}) {
     EXPECT_EQ(LineupTemplateImage{text}.url({1, 1}), std::nullopt) << text;
   }

@@ -27,12 +27,6 @@ std::string nested(std::size_t levels, std::string_view innermost) {
   return std::string(levels, '[').append(innermost) + std::string(levels, ']');
 }
 
-template <class T>
-bool isUnexpected(const Result<T>& result) {
-  const auto* error = result.failed() ? result.error()->template as<JSONParseError>() : nullptr;
-  return error && error->template is<JSONParseError::unexpectedType>();
-}
-
 TEST(JSONReader, NamesWhatItRefuses) {
   using namespace std::string_view_literals;
   for (const auto body : {""sv, " \n\t"sv, "\xEF\xBB\xBF"sv}) EXPECT_EQ(refusal(body), Code::empty);
@@ -120,21 +114,13 @@ TEST(JSONReader, ReadsOnManyThreadsAtOnce) {
   for (auto& thread : threads) thread.join();
 }
 
-TEST(JSONDataParser, ReadsOneShapeAndRefusesAnyOtherAsAWhole) {
-  EXPECT_EQ(JSONDataParser::object(Data(R"({"a":1})")).force().size(), 1U);
-  EXPECT_EQ(JSONDataParser::array(Data("[{},{}]")).force().size(), 2U);
-  EXPECT_EQ(JSONDataParser::stringArray(Data(R"(["a","b"])")).force()[1], "b");
-  for (const char* body : {"[1,2]", "\"text\"", "null"}) {
-    EXPECT_TRUE(isUnexpected(JSONDataParser::object(Data(body)))) << body;
-  }
-  for (const char* body : {"\"text\"", "{}", "[{},1]", "[[]]"}) {
-    EXPECT_TRUE(isUnexpected(JSONDataParser::array(Data(body)))) << body;
-  }
-  for (const char* body : {R"(["a", 1])", "[null]", "{}"}) {
-    EXPECT_TRUE(isUnexpected(JSONDataParser::stringArray(Data(body)))) << body;
-  }
-  const auto broken = JSONDataParser::stringArray(Data("["));
-  EXPECT_TRUE(broken.error()->is<JSONReaderError>());
+TEST(JSONDataParser, PassesTheReadersErrorOn) {
+  const auto isReaders = [](const auto& result) {
+    return result.error()->template is<JSONReaderError>();
+  };
+  const Data body("[");
+  EXPECT_TRUE(isReaders(JSONDataParser::object(body)) && isReaders(JSONDataParser::array(body)) &&
+              isReaders(JSONDataParser::stringArray(body)));
 }
 
 TEST(JSONParseError, NamesTypeAndKeyButNoValue) {

@@ -1,92 +1,132 @@
 #include "RunTool.h"
 
 #include <gtest/gtest.h>
+#include <tests/support/Document.h>
+#include <tests/support/Zone.h>
+#include <tool/Arguments.h>
+#include <tool/ErrorReport.h>
+#include <tool/Parse.h>
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace orvo::tool {
 namespace {
 
-void expectAnswer(const std::string& kind, const std::string& body, const std::string& answer) {
-  const ToolRun run = runTool(words("parse " + kind), body);
-  EXPECT_EQ(run.output, answer + "\n");
-  EXPECT_EQ(run.status, answer.starts_with(R"({"ok":)") ? 0 : 1) << answer;
+JSONObjects fixture(const std::string& kind) {
+  std::ifstream file(ORVO_FIXTURES "/" + kind + ".json");
+  return JSONDataParser::array(Data(std::string(std::istreambuf_iterator<char>(file), {}))).force();
 }
 
-TEST(ParseCommand, PrintsTheExactModelOfAVideo) {
-  const ToolRun run = runTool({"parse", "video", "--playlist-id", ""}, R"({
-      "id": "a", "title": "T", "short_description": "S", "content_type": "live_program",
-      "duration": 90500, "playable": true, "share_url": "w/a",
-      "deeplink_playlist": "d", "next_playlist": "n", "collections": [{"id": "c", "label": "C"}],
-      "lineup": {"url": "http://l/", "display_type": "grid"},
-      "resources": ["orvo_cover_art_square", "short_preview_mp4_low"],
-      "status": {"code": "live", "label": "L", "ttl": 1500,
-                 "start_time": "2017-05-01T10:00:00+0200"},
-      "links": [{"type": "button", "id": "b", "label": "B", "action": "tv"}]})");
-  EXPECT_EQ(run.output, R"({"ok":{"id":"a","title":"T","subheading":"","shortDescription":"S",)"
-                        R"("kind":"liveProgram","duration":90.5,"playbackStatus":"available",)"
-                        R"("collections":[{"id":"c","label":"C"}],)"
-                        R"("lineupMeta":{"url":"http://l/","displayKind":"grid"},)"
-                        R"("imageResources":{"coverSquare":{"key":"coverSquare","productID":"a"}},)"
-                        R"("videoPreviews":{"low":{"key":"low","productID":"a"}},)"
-                        R"("status":{"code":"live","label":"L","ttl":1.5,"message":null,)"
-                        R"("startTime":"2017-05-01T08:00:00.000Z","endTime":null},)"
-                        R"("appActions":[{"id":"b","label":"B","kind":"tv","icon":"space"}],)"
-                        R"("playlistID":"","deepLinkPlaylistID":"d","nextPlaylistID":"n",)"
-                        R"("shareURL":"w/a"}})"
-                        "\n");
-  EXPECT_EQ(run.status, 0);
+ParseArguments arguments(const JSONObject& with) {
+  ParseArguments arguments;
+  for (const auto& [key, value] : with) {
+    const std::string text(value.string().value_or(""));
+    if (key == "playlist-id") {
+      arguments.playlistID = text;
+    } else if (key == "collection-id") {
+      arguments.collectionID = text;
+    } else if (key == "include") {
+      arguments.include = VideoParser::parse(*value.object()).force();
+    } else if (key == "environment") {
+      arguments.environment = environmentNamed(text).value();
+    } else if (key == "start" || key == "end") {
+      (key == "start" ? arguments.start : arguments.end) = date(text).value();
+    } else {
+      EXPECT_TRUE(key == "query" || key == "label") << key << " is no argument";
+      (key == "query" ? arguments.query : arguments.label) = text;
+    }
+  }
+  return arguments;
 }
 
-TEST(ParseCommand, PassesOnWhatIsNotInTheDocument) {
-  const std::string meta = R"("meta":{"total":1,"limit":1,"offset":0})";
-  expectAnswer("search-results --query q",
-               R"({"collections": [{"type": "generic", "collection_type": "top_results",
-                   "label": "L", "short_label": "S", "items": [], )" +
-                   meta + "}, {}]}",
-               R"({"ok":[{"query":"q","label":"L","shortLabel":"S","kind":"generic",)"
-               R"("contentsKind":"mixed","resultsKind":"top",)" +
-                   meta + R"(,"items":[]}]})");
-  expectAnswer("linear-program-guide --start 2017-05-01T00:00:00.000Z", "{" + meta + "}",
-               R"({"ok":{"startDate":"2017-05-01T00:00:00.000Z",)"
-               R"("endDate":"1970-01-01T00:00:00.000Z","items":[],)" +
-                   meta + "}}");
+/// A document that is a text stands for the body as it is.
+std::string bodyOf(const JSONValue& document) {
+  return std::string(document.string() ? *document.string() : document.text());
 }
 
-TEST(ParseCommand, ReadsBareDatesWithOrWithoutALineEnd) {
-  const std::string nine = R"({"ok":"2017-05-01T09:00:00.000Z"})";
-  expectAnswer("event-date", "2017-05-01T10:00:00+01:00\n", nine);
-  expectAnswer("iso8601-date", "2017-05-01T09:00:00Z\r\n", nine);
-  expectAnswer("resource-date", "yesterday", R"({"ok":null})");
+/// What `orvo parse` prints.
+std::string printed(const std::string& kind, const std::string& body,
+                    const ParseArguments& arguments) {
+  const auto result = parseDocument(kind, body, arguments);
+  return (result.failed() ? errorJson(*result.error(), Secrets::shown)
+                          : demo::Json::object({{"ok", *result.value()}}))
+      .text();
 }
 
-TEST(ParseCommand, PrintsEachErrorWithItsPayload) {
-  expectAnswer("video", R"({"id": "a"})",
-               R"({"error":{"kind":"unableToParse","type":"Video","key":"title"}})");
-  expectAnswer("session", R"({"token": 5, "x": [1.50, null]})",
-               R"({"error":{"kind":"unableToParse","type":"Session","key":null,)"
-               R"("value":{"token":5,"x":[1.5,null]}}})");
-  expectAnswer("event-date", "2017-05-01 10:00:00+01:00",
-               R"({"error":{"kind":"stringDoesNotMatchFormat",)"
-               R"("string":"2017-05-01 10:00:00+0100",)"
-               R"("format":"yyyy-MM-dd'T'HH:mm:ss.SSSZ"}})");
-  const ToolRun run = runTool({"parse", "page"}, "{\"id\": ");
-  EXPECT_EQ(run.output.find(R"({"error":{"kind":"reader","message":")"), 0U);
-  EXPECT_EQ(run.status, 1);
+std::string minified(const std::string& json) {
+  return JSONDataParser::value(Data(json)).force().text();
 }
 
-TEST(ParseCommand, KeepsConsoleLinesOutOfTheDocument) {
+/// fixtures/<kind>.json lists situations: `why` each is there; `with`, what `orvo parse` is given
+/// beside the document; `document`, or `documents` that all read the same; `reads`, what is
+/// printed, with every field; `prints`, what goes to the console meanwhile.
+class Parse : public testing::TestWithParam<std::string> {};
+
+TEST_P(Parse, ReadsDocumentsAsTheFixtureSays) {
+  const Zone zone("UTC");
+  for (const JSONObject& situation : fixture(GetParam())) {
+    SCOPED_TRACE(situation.string("why").value());
+    const auto with = situation.object("with");
+    std::vector<JSONValue> documents;
+    if (const auto document = situation.value("document")) documents.push_back(*document);
+    if (const auto several = situation.array("documents")) {
+      for (const JSONValue& document : *several) documents.push_back(document);
+    }
+    EXPECT_FALSE(documents.empty());
+    for (const JSONValue& document : documents) {
+      const CapturedConsole console;
+      const auto answer =
+          printed(GetParam(), bodyOf(document), with ? arguments(*with) : ParseArguments{});
+      EXPECT_EQ(minified(answer), situation.value("reads").value().text()) << document.text();
+      EXPECT_EQ(console.lines, situation.string("prints").value_or(""));
+    }
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Parse, testing::ValuesIn(parseKinds()), [](const auto& test) {
+  std::string name = test.param;
+  std::replace(name.begin(), name.end(), '-', '_');
+  return name;
+});
+
+TEST(ParseFixtures, AreOfKindsThatThereAre) {
+  const std::filesystem::directory_iterator files(ORVO_FIXTURES);
+  EXPECT_EQ(std::distance(begin(files), end(files)), std::ssize(parseKinds()));
+}
+
+// The runs of the tool itself: its options, its streams and its exit status.
+TEST(ParseCommand, AnswersAsTheFixturesSay) {
   const std::string path = testing::TempDir() + "orvo-included-video";
-  std::ofstream(path) << R"({"id": "v", "title": "T", "short_description": "S"})";
-  const ToolRun run = runTool({"parse", "playlist", "--include", path},
-                              R"({"id": "p", "label": "L", "short_label": "S", "items": [],
-                              "meta": {"total": 0, "limit": 1, "offset": 0}})");
+  for (const std::string kind : {"configuration", "session", "video", "content-item", "playlist",
+                                 "search-results", "system-view", "linear-program-guide"}) {
+    for (const JSONObject& situation : fixture(kind)) {
+      const auto document = situation.value("document");
+      if (!document) continue;
+      SCOPED_TRACE(kind + ": " + std::string(situation.string("why").value()));
+      std::vector<std::string> words{"parse", kind};
+      if (const auto with = situation.object("with")) {
+        for (const auto& [option, value] : *with) {
+          std::ofstream(path) << bodyOf(value);
+          words.push_back("--" + std::string(option));
+          words.push_back(option == "include" ? path : bodyOf(value));
+        }
+      }
+      const ToolRun run = runTool(words, bodyOf(*document));
+      const auto reads = situation.object("reads").value();
+      EXPECT_EQ(minified(run.output), reads.asValue().text());
+      EXPECT_EQ(run.error, situation.string("prints").value_or(""));
+      EXPECT_EQ(run.status, reads.value("ok") ? 0 : 1);
+    }
+  }
   std::remove(path.c_str());
-  EXPECT_EQ(run.output.find(R"({"ok":{"id":"p")"), 0U);
-  EXPECT_NE(run.output.find(R"("items":[{"id":"v")"), std::string::npos);
-  EXPECT_EQ(run.error, "Prepending video to playlist\n");
   EXPECT_EQ(runTool({"parse", "playlist", "--include", path}, "{}").status, 2);
+  const ToolRun malformed = runTool({"parse", "page"}, "{\"id\": ");
+  EXPECT_EQ(malformed.output.find(R"({"error":{"kind":"reader","message":")"), 0U);
+  EXPECT_EQ(malformed.status, 1);
 }
 
 }  // namespace
