@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <iterator>
 
@@ -92,11 +91,6 @@ INSTANTIATE_TEST_SUITE_P(All, Parse, testing::ValuesIn(parseKinds()), [](const a
   std::replace(name.begin(), name.end(), '-', '_');
   return name;
 });
-
-TEST(ParseFixtures, AreOfKindsThatThereAre) {
-  const std::filesystem::directory_iterator files(ORVO_FIXTURES);
-  EXPECT_EQ(std::distance(begin(files), end(files)), std::ssize(parseKinds()));
-}
 
 // The runs of the tool itself: its options, its streams and its exit status.
 TEST(ParseCommand, AnswersAsTheFixturesSay) {
