@@ -194,53 +194,51 @@ TEST(StoreThreads, WriteReadAndEmptyAtOnce) {
   EXPECT_GT(hits, 0);
 }
 
-template <class T>
-void put(Store<T>& store, T value, const std::string& key) {
-  store.store(std::make_shared<const T>(std::move(value)), key);
+/// Calls `visit` with each store and a value of its kind.
+template <class Visit>
+void visitStores(AppStore& store, Visit visit) {
+  visit(store.systemViews, Page{});
+  visit(store.collections, ItemCollection{});
+  visit(store.playlists, Playlist{});
+  visit(store.pages, Page{});
+  visit(store.videos, Video{});
+  visit(store.lineups, Lineup{});
+  visit(store.items, ContentItem(Page{}));
+  visit(store.guide, LinearProgramGuide({}, {}, Date(), Date()));
 }
 
-void fill(AppStore& store, const std::string& key = "key") {
-  put(store.systemViews, Page{}, key);
-  put(store.collections, ItemCollection{}, key);
-  put(store.playlists, Playlist{}, key);
-  put(store.pages, Page{}, key);
-  put(store.videos, Video{}, key);
-  put(store.lineups, Lineup{}, key);
-  put(store.items, ContentItem(Page{}), key);
-  put(store.guide, LinearProgramGuide({}, {}, Date(), Date()), key);
+void fill(AppStore& store, int count) {
+  visitStores(store, [&](auto& one, const auto& value) {
+    using Value = std::decay_t<decltype(value)>;
+    for (int i = 0; i < count; ++i)
+      one.store(std::make_shared<const Value>(value), std::to_string(i));
+  });
 }
 
-int filled(AppStore& store) {
-  const auto count = [](auto&... stores) { return ((stores.element("key") != nullptr) + ...); };
-  return count(store.systemViews, store.collections, store.playlists, store.pages, store.videos,
-               store.lineups, store.items, store.guide);
+/// How many of the elements that were put into them the stores hold.
+std::vector<int> held(AppStore& store) {
+  std::vector<int> held;
+  visitStores(store, [&](auto& one, const auto&) {
+    held.push_back(0);
+    for (int i = 0; i < 300; ++i) held.back() += one.element(std::to_string(i)) != nullptr;
+  });
+  return held;
 }
 
 TEST(AppStore, BoundsItsStoresAndForgetsAllOnOneClockAndWhenItIsTold) {
   const auto clock = std::make_shared<ManualClock>();
   AppStore store(clock);
-  put(store.pages, Page{}, "key");
-  EXPECT_EQ(filled(store), 1) << "system views are kept apart from pages";
-  fill(store);
+  store.pages.store(std::make_shared<const Page>(), "0");
+  EXPECT_THAT(held(store), ElementsAre(0, 0, 0, 1, 0, 0, 0, 0)) << "pages are no system views";
+  fill(store, 1);
   clock->advance(299'999ms);
-  EXPECT_EQ(filled(store), 8);
+  EXPECT_THAT(held(store), testing::Each(1));
   clock->advance(1ms);
-  EXPECT_EQ(filled(store), 0);
-  fill(store);
+  EXPECT_THAT(held(store), testing::Each(0));
+  fill(store, 300);
+  EXPECT_THAT(held(store), ElementsAre(16, 32, 32, 64, 256, 8, 256, 16));
   store.removeAll();
-  EXPECT_EQ(filled(store), 0);
-  for (int i = 0; i < 300; ++i) fill(store, std::to_string(i));
-  const auto kept = [](auto&... stores) {
-    const auto count = [](auto& one) {
-      int found = 0;
-      for (int i = 0; i < 300; ++i) found += one.element(std::to_string(i)) != nullptr;
-      return found;
-    };
-    return std::vector{count(stores)...};
-  };
-  EXPECT_THAT(kept(store.systemViews, store.collections, store.playlists, store.pages, store.videos,
-                   store.lineups, store.items, store.guide),
-              ElementsAre(16, 32, 32, 64, 256, 8, 256, 16));
+  EXPECT_THAT(held(store), testing::Each(0));
 }
 
 TEST(KeyedStore, MakesKeysReplacesAndRemoves) {
