@@ -1,5 +1,7 @@
+#include <demo/CodePoints.h>
 #include <demo/Json.h>
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -9,46 +11,32 @@ namespace orvo::demo {
 
 namespace {
 
-void writeEscape(std::string& out, char character) {
-  static constexpr char kHex[] = "0123456789abcdef";
-  switch (character) {
-    case '"':
-      out += "\\\"";
-      return;
-    case '\\':
-      out += "\\\\";
-      return;
-    case '\n':
-      out += "\\n";
-      return;
-    case '\r':
-      out += "\\r";
-      return;
-    case '\t':
-      out += "\\t";
-      return;
-    default: {
-      const auto byte = static_cast<unsigned char>(character);
-      out += "\\u00";
-      out += kHex[byte >> 4];
-      out += kHex[byte & 15];
-    }
+/// What a string holds in place of the character; nothing when it holds the character itself.
+std::string escape(const Character& character) {
+  if (!character.point) return std::string(kReplacement);
+  switch (*character.point) {
+    case U'"':
+      return "\\\"";
+    case U'\\':
+      return "\\\\";
+    case U'\n':
+      return "\\n";
+    case U'\r':
+      return "\\r";
+    case U'\t':
+      return "\\t";
+    default:
+      return isControl(*character.point) ? unicodeEscape(*character.point) : "";
   }
 }
 
 void writeString(std::string& out, std::string_view text) {
   out += '"';
   while (!text.empty()) {
-    const std::size_t length = utf8SequenceLength(text);
-    if (length == 0) {
-      out += "\xEF\xBF\xBD";
-    } else if (length == 1 && (text[0] == '"' || text[0] == '\\' ||
-                               static_cast<unsigned char>(text[0]) < 0x20 || text[0] == 0x7F)) {
-      writeEscape(out, text[0]);
-    } else {
-      out += text.substr(0, length);
-    }
-    text.remove_prefix(length == 0 ? 1 : length);
+    const Character character = firstCharacter(text);
+    const std::string escaped = escape(character);
+    out += escaped.empty() ? character.bytes : escaped;
+    text.remove_prefix(character.bytes.size());
   }
   out += '"';
 }
@@ -68,31 +56,13 @@ void writeNumber(std::string& out, double value) {
 }
 
 void newLine(std::string& out, int depth) {
+  // A document nested much deeper would be more indentation than text.
+  constexpr int kDeepest = 50;
   out += '\n';
-  out.append(static_cast<std::size_t>(depth) * 2, ' ');
+  out.append(static_cast<std::size_t>(std::min(depth, kDeepest)) * 2, ' ');
 }
 
 }  // namespace
-
-std::size_t utf8SequenceLength(std::string_view text) {
-  const auto byte = [&](std::size_t index) -> unsigned {
-    return index < text.size() ? static_cast<unsigned char>(text[index]) : 0U;
-  };
-  const auto continues = [&](std::size_t index) { return (byte(index) & 0xC0U) == 0x80U; };
-  const unsigned first = byte(0);
-  if (text.empty()) return 0;
-  if (first < 0x80) return 1;
-  if (first < 0xC2) return 0;
-  if (first < 0xE0) return continues(1) ? 2 : 0;
-  if (first < 0xF0) {
-    const bool overlong = first == 0xE0 && byte(1) < 0xA0;
-    const bool surrogate = first == 0xED && byte(1) >= 0xA0;
-    return !overlong && !surrogate && continues(1) && continues(2) ? 3 : 0;
-  }
-  if (first > 0xF4) return 0;
-  const bool outside = (first == 0xF0 && byte(1) < 0x90) || (first == 0xF4 && byte(1) >= 0x90);
-  return !outside && continues(1) && continues(2) && continues(3) ? 4 : 0;
-}
 
 Json Json::array(std::vector<Json> elements) {
   Json json;

@@ -49,7 +49,8 @@ class Json {
   /// Appends a member to an object; the caller sees to it that keys differ.
   void set(std::string key, Json value);
 
-  /// The document on one line. Bytes that are no UTF-8 come out as U+FFFD.
+  /// The document on one line. What a terminal would obey is escaped, bytes that are no UTF-8 come
+  /// out as U+FFFD.
   [[nodiscard]] std::string text() const;
   /// The document with an indentation of two spaces, for people.
   [[nodiscard]] std::string indentedText() const;
@@ -73,8 +74,5 @@ struct Json::Member {
   std::string key;
   Json value;
 };
-
-/// The length of the UTF-8 sequence at the start of the text; 0 when it starts with none.
-[[nodiscard]] std::size_t utf8SequenceLength(std::string_view text);
 
 }  // namespace orvo::demo

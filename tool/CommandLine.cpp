@@ -137,7 +137,7 @@ CommandLine::Explanation CommandLine::explanation(const CLI::ParseError& error) 
     return {0, command.help(&command == &app_ ? "" : app_.get_name())};
   }
   const std::string name = &command == &app_ ? "orvo" : "orvo " + command.get_name();
-  return {kWrongUsage, fmt::format("orvo: {}\n{}Try \"{} --help\".\n", complaint(error),
+  return {kWrongUsage, fmt::format("orvo: {}\n{}Try \"{} --help\".\n", escaped(complaint(error)),
                                    helpFormatter()->make_usage(&command, name), name)};
 }
 

@@ -4,6 +4,7 @@
 #include <tool/Commands.h>
 #include <tool/ErrorReport.h>
 #include <tool/Parse.h>
+#include <tool/Text.h>
 #include <tool/Wording.h>
 #include <unistd.h>
 
@@ -37,7 +38,7 @@ std::optional<std::string> readAll(int descriptor) {
 }
 
 int wrongFile(const std::string& name, const std::string& reason) {
-  printDiagnostic("orvo: " + name + ": " + reason + "\n");
+  printDiagnostic(escaped("orvo: " + name + ": " + reason) + "\n");
   return 2;
 }
 

@@ -13,6 +13,10 @@ namespace orvo::tool {
 /// that turn the direction of writing round, and without bytes that are no UTF-8.
 [[nodiscard]] std::string printable(std::string_view text);
 
+/// The same for messages that repeat what somebody wrote: what terminals would obey is shown as an
+/// escape like `\u001b`.
+[[nodiscard]] std::string escaped(std::string_view text);
+
 /// The columns that a printable text takes: East Asian characters two, combining marks none.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);
 
@@ -22,8 +26,6 @@ namespace orvo::tool {
 
 /// The text, cut or filled up with spaces to exactly that width.
 [[nodiscard]] std::string padded(std::string_view text, std::size_t width);
-/// Likewise, with the spaces in front.
-[[nodiscard]] std::string paddedLeft(std::string_view text, std::size_t width);
 
 /// The lines of a paragraph, broken at spaces; a word that is longer than a line, between its
 /// characters.

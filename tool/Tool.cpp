@@ -50,7 +50,7 @@ int Tool::fail(const AnyError& error) const {
     printDiagnostic(documentText(errorJson(error), standardError().isTerminal));
   } else {
     const std::string head = styled(standardError(), Style::bad, "orvo:");
-    printDiagnostic(head + " " + printable(explanation(error)) + "\n");
+    printDiagnostic(head + " " + escaped(explanation(error)) + "\n");
   }
   return 1;
 }

@@ -1,6 +1,7 @@
 #include <OrvoAPI/Platform/ConsoleSink.h>
 #include <tool/CommandLine.h>
 #include <tool/Output.h>
+#include <tool/Text.h>
 
 #include <csignal>
 
@@ -9,7 +10,9 @@ int main(int argc, char** argv) {
   // A reader that has gone away shows when the text is written, and ends the program quietly.
   std::signal(SIGPIPE, SIG_IGN);
   // Standard output is for the answer alone.
-  orvo::setConsoleSink([](std::string_view line) { printDiagnostic(line); });
+  orvo::setConsoleSink([](std::string_view line) {
+    printDiagnostic(escaped(line.substr(0, line.size() - 1)) + "\n");
+  });
   CommandLine commandLine;
   if (const auto explanation = commandLine.read(argc, argv)) {
     (explanation->exitStatus == 0 ? print : printDiagnostic)(explanation->text);

@@ -52,6 +52,10 @@ TEST(DemoJson, EscapesWhatStringsCannotHold) {
   const std::string text("a\"b\\c\n\x01\x7F\xC3\xA9\xFF\xE2\x82", 13);
   EXPECT_EQ(Json(text).text(), "\"a\\\"b\\\\c\\n\\u0001\\u007f\u00e9\uFFFD\uFFFD\uFFFD\"");
   EXPECT_EQ(Json("\xED\xA0\x80").text(), "\"\uFFFD\uFFFD\uFFFD\"");  // half of a surrogate pair
+  EXPECT_EQ(Json("\xC2\x80\xC2\x9F\xC2\xA0\u061C\u200D\u200E\u200F\u2027\u2028\u2029").text(),
+            "\"\\u0080\\u009f\xC2\xA0\\u061c\u200D\\u200e\\u200f\u2027\\u2028\\u2029\"");
+  EXPECT_EQ(Json("\u202A\u202E\u202F\u2065\u2066\u2069\u206A\U0001F682").text(),
+            "\"\\u202a\\u202e\u202F\u2065\\u2066\\u2069\u206A\U0001F682\"");
 }
 
 }  // namespace
