@@ -156,7 +156,7 @@ void addMonitorCommand(Commands& commands) {
                                    [written](Tool& tool) { return runMonitor(tool, *written); });
   command
       ->add_option("--updates", written->updates, "End after so many updates; 0: when interrupted")
-      ->check(CLI::NonNegativeNumber)
+      ->check(CLI::Range(std::int64_t{0}, std::int64_t{1'000'000'000}))
       ->type_name("N")
       ->capture_default_str();
   command->add_option("--days", written->days, "How many days of the guide to begin with")

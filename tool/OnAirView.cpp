@@ -86,7 +86,8 @@ void drawOnAir(Screen& screen, const std::string& channel, const GuideUpdate& up
   const std::string end = timeText(update)(program.endTime);
   const std::string rest = onAir ? remainder(program, now) : "";
   const std::size_t used = start.size() + end.size() + rest.size() + 8;
-  const std::size_t cells = std::clamp<std::size_t>(screen.columns() - used, 4, 48);
+  const std::size_t room = screen.columns() - std::min(screen.columns(), used);
+  const std::size_t cells = std::clamp<std::size_t>(room, 4, 48);
   screen.line("  " + start + " " + screen.in(Style::good, bar(program, now, cells)) + " " + end +
               "  " + screen.in(Style::good, rest));
   auto next = following(update);

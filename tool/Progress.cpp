@@ -8,10 +8,9 @@
 
 namespace orvo::tool {
 
-Progress::Progress(std::string label)
-    : terminal_(standardError()),
-      label_(std::move(label)),
-      start_(std::chrono::steady_clock::now()) {}
+Progress::Progress(std::string label, Terminal terminal,
+                   std::chrono::steady_clock::time_point start)
+    : terminal_(terminal), label_(std::move(label)), start_(start) {}
 
 Progress::~Progress() {
   if (drawn_) printDiagnostic("\r\x1b[K");

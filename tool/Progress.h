@@ -12,7 +12,8 @@ namespace orvo::tool {
 /// second, and is wiped away at the end. Used by one thread.
 class Progress {
  public:
-  explicit Progress(std::string label);
+  explicit Progress(std::string label, Terminal terminal = standardError(),
+                    std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now());
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;

@@ -13,6 +13,10 @@ constexpr std::size_t kFieldName = 16;
 /// Longer lines are hard to read.
 constexpr std::size_t kWidestParagraph = 96;
 
+/// A text that is wider, on a terminal that is not, does not fill up all others in its column: with
+/// many rows that would be gigabytes of spaces.
+constexpr std::size_t kWidestColumn = 200;
+
 /// The width that marks a column as left out.
 constexpr std::size_t kLeftOut = std::string::npos;
 
@@ -69,7 +73,7 @@ void Screen::title(std::string_view text, std::string_view aside) {
   const std::string right = printable(aside);
   const std::size_t used = displayWidth(right);
   const std::size_t room = columns() > used + kGap ? columns() - used - kGap : columns();
-  const std::string left = cut(printable(text), room);
+  const std::string left = terminal_.isTerminal ? cut(printable(text), room) : printable(text);
   text_ += in(Style::strong, left);
   if (!right.empty()) {
     const std::size_t width = displayWidth(left);
@@ -108,11 +112,13 @@ void Screen::field(std::string_view name, std::string_view value, Style style) {
 }
 
 std::vector<std::size_t> Screen::widths(const Table& table) const {
+  const std::size_t widest = std::max(kWidestColumn, columns());
   std::vector<std::size_t> result;
   for (const Column& column : table.columns) result.push_back(displayWidth(column.title));
   for (const auto& cells : table.rows) {
     for (std::size_t index = 0; index < cells.size(); ++index) {
-      result[index] = std::max(result[index], displayWidth(printable(cells[index].text)));
+      const std::size_t width = displayWidth(printable(cells[index].text));
+      result[index] = std::max(result[index], std::min(width, widest));
     }
   }
   // What is not shown on a terminal is read by programs or saved: nothing is cut off there.
@@ -129,9 +135,9 @@ void Screen::row(const std::vector<Column>& columns, const std::vector<std::size
   for (std::size_t index = 0; index < cells.size(); ++index) {
     if (widths[index] == kLeftOut) continue;
     const std::string text = printable(cells[index].text);
-    const std::size_t width = widths[index];
-    const std::string shown = cut(text, width);
-    const std::size_t rest = width - displayWidth(shown);
+    const bool givesWay = terminal_.isTerminal && columns[index].least > 0;
+    const std::string shown = givesWay ? cut(text, widths[index]) : text;
+    const std::size_t rest = widths[index] - std::min(widths[index], displayWidth(shown));
     out.append(gap + (columns[index].right ? rest : 0), ' ');
     out += in(cells[index].style, shown);
     gap = kGap + (columns[index].right ? 0 : rest);

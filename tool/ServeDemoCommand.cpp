@@ -69,7 +69,7 @@ void addServeDemoCommand(Commands& commands) {
   command
       ->add_option("--expire-after", written->expireAfter,
                    "Let each token expire after that many requests; 0: never")
-      ->check(CLI::NonNegativeNumber)
+      ->check(CLI::Range(0, 1'000'000'000))
       ->capture_default_str();
   command
       ->add_option("--program-seconds", written->programSeconds,

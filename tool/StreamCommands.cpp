@@ -4,6 +4,7 @@
 #include <tool/Wording.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace orvo::tool {
 
@@ -16,16 +17,25 @@ void drawStrip(Screen& screen, const std::vector<VideoSegment>& segments) {
     end = std::max(end, segment.start + segment.duration);
   }
   if (!(end > 0) || end > 1e9) return;
-  const std::size_t width = screen.columns() - 4;
-  std::string strip;
-  for (std::size_t column = 0; column < width; ++column) {
-    const double share = end / static_cast<double>(width);
-    const double from = share * static_cast<double>(column);
+  const std::size_t columns = screen.columns() - 4;
+  const auto place = [&](double time) {
+    return std::clamp(time / end, 0.0, 1.0) * static_cast<double>(columns);
+  };
+  // How many more ads there are in a column than in the one before.
+  std::vector<int> changes(columns + 2);
+  for (const VideoSegment& segment : segments) {
+    if (!segment.ad || segment.start + segment.duration < 0) continue;
+    const auto first = static_cast<std::size_t>(place(segment.start));
+    const auto last = static_cast<std::size_t>(std::ceil(place(segment.start + segment.duration)));
+    ++changes[first];
     // However short an ad is, it shows.
-    const bool ad = std::any_of(segments.begin(), segments.end(), [&](const auto& segment) {
-      return segment.ad && segment.start < from + share && from < segment.start + segment.duration;
-    });
-    strip += ad ? screen.in(Style::warning, "█") : screen.in(Style::faint, "─");
+    --changes[std::max(first + 1, last)];
+  }
+  std::string strip;
+  int ads = 0;
+  for (std::size_t column = 0; column < columns; ++column) {
+    ads += changes[column];
+    strip += ads > 0 ? screen.in(Style::warning, "█") : screen.in(Style::faint, "─");
   }
   screen.blank();
   screen.line("  " + strip);
@@ -48,7 +58,9 @@ void drawAds(Screen& screen, const VideoAdMetadata& metadata) {
                              {secondsText(segment.start)},
                              {secondsText(segment.duration)}});
   }
-  Table beacons{.columns = {{.title = "Beacon"}, {.title = "at", .right = true}, {.title = "URL"}}};
+  Table beacons{.columns = {{.title = "Beacon", .least = 8},
+                            {.title = "at", .right = true},
+                            {.title = "URL", .least = 16}}};
   for (const VideoBeacon& beacon : metadata.beacons) {
     beacons.rows.push_back(
         {{beacon.name}, {secondsText(beacon.time)}, {beacon.url.text(), Style::faint}});

@@ -13,6 +13,13 @@ namespace {
 using std::chrono::milliseconds;
 
 constexpr std::size_t kLabelDistance = 10;
+constexpr std::chrono::hours kDay(24);
+
+std::string labelText(Date date, milliseconds step) {
+  if (step < std::chrono::minutes(1)) return preciseClockText(date);
+  // Where clocks have changed since the first label, a day's begins an hour beside it.
+  return step < kDay ? clockText(date) : dayText(date + kDay / 2);
+}
 
 }  // namespace
 
@@ -34,10 +41,9 @@ std::string TimeAxis::labels() const {
   std::string line;
   std::size_t width = 0;
   for (Date date = midnight + step * stepsBefore; date < end(); date = date + step) {
-    const std::string label =
-        step < std::chrono::minutes(1) ? preciseClockText(date) : clockText(date);
+    const std::string label = labelText(date, step);
     const std::size_t position = column(date);
-    if (position < width || position + label.size() > columns_) continue;
+    if ((width > 0 && position <= width) || position + label.size() > columns_) continue;
     line.append(position - width, ' ').append(label);
     width = position + label.size();
   }
@@ -54,10 +60,11 @@ milliseconds roundStep(milliseconds least) {
       std::chrono::hours(12)};
   const auto step = std::find_if(kSteps.begin(), kSteps.end(),
                                  [&](std::chrono::seconds value) { return value >= least; });
-  return step == kSteps.end() ? std::chrono::hours(24) : milliseconds(*step);
+  if (step != kSteps.end()) return *step;
+  return kDay * ((least + kDay - milliseconds(1)) / kDay);
 }
 
-std::string boxLine(const Screen& screen, const TimeAxis& axis, const std::vector<TimeBox>& boxes) {
+std::string boxLine(const Screen& screen, const TimeAxis& axis, std::span<const TimeBox> boxes) {
   std::string line;
   std::size_t position = 0;
   for (const TimeBox& box : boxes) {

@@ -5,8 +5,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <span>
 #include <string>
-#include <vector>
 
 namespace orvo::tool {
 
@@ -21,7 +21,7 @@ class TimeAxis {
   /// The column of an instant; instants beyond an end are at that end.
   [[nodiscard]] std::size_t column(Date date) const;
 
-  /// Times of the day at round distances, as many as fit.
+  /// Times of the day at round distances, or days, as many as fit.
   [[nodiscard]] std::string labels() const;
 
  private:
@@ -41,7 +41,7 @@ struct TimeBox {
 /// The boxes along the axis, in the order of their starts. A box that overlaps the one before it
 /// begins where that ends.
 [[nodiscard]] std::string boxLine(const Screen& screen, const TimeAxis& axis,
-                                  const std::vector<TimeBox>& boxes);
+                                  std::span<const TimeBox> boxes);
 
 /// How long a distance between labels must be at least so that they stay apart: a round time.
 [[nodiscard]] std::chrono::milliseconds roundStep(std::chrono::milliseconds least);

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <tool/Progress.h>
 #include <tool/Screen.h>
 #include <tool/Text.h>
 #include <tool/TimeAxis.h>
@@ -28,7 +29,15 @@ TEST(ToolText, DisarmsWhatTerminalsWouldObey) {
   EXPECT_EQ(printable("a\nb\tc"), "a b c");
   EXPECT_EQ(printable("\xC2\x9B"), "\uFFFD");  // the same as ESC [ in eight bits
   EXPECT_EQ(printable("\xFF\xE5\xA4"), "\uFFFD\uFFFD\uFFFD");
-  EXPECT_EQ(printable("\u202Eabc\u202C"), "abc");
+  for (const char* mark : {"\u061C", "\u200E", "\u200F", "\u202A", "\u202E", "\u2066", "\u2069"}) {
+    EXPECT_EQ(printable(mark), "");
+  }
+  EXPECT_EQ(printable("\u2028\u2029"), "\uFFFD\uFFFD");
+  EXPECT_EQ(escaped("a\x1b\n\xC2\x9B\u200F\u202E\xFF"),
+            "a\\u001b\\u000a\\u009b\\u200f\\u202e\uFFFD");
+  std::string marks("n");
+  for (int mark = 0; mark < 10'000; ++mark) marks += "\u0303";
+  EXPECT_LT(cut(marks, 5).size(), 500U) << "endless within one column";
 }
 
 TEST(ToolText, BreaksLinesAtSpacesOrElseAnywhere) {
@@ -38,35 +47,33 @@ TEST(ToolText, BreaksLinesAtSpacesOrElseAnywhere) {
   EXPECT_TRUE(wrapped("  ", 5).empty());
 }
 
-std::string drawn(std::size_t columns, bool isTerminal = true) {
-  Screen screen({.isTerminal = isTerminal, .columns = columns});
-  screen.table({.columns = {{.right = true}, {.least = 6}, {.optional = 1}, {}},
-                .rows = {{{"1"}, {"夜の市場 at night"}, {"optional"}, {"id-1"}},
-                         {{"12"}, {"short"}, {""}, {"id-22"}}}});
-  return screen.text();
+TEST(ScreenTable, IsNotFilledUpToTheWidthOfAGiantText) {
+  Screen screen({.isTerminal = true, .columns = 80});
+  Table table{.columns = {{}, {}}, .rows = std::vector<std::vector<Cell>>(1'000, {{"a"}, {"b"}})};
+  table.rows.push_back({{std::string(100'000, 'x')}, {"b"}});
+  screen.table(table);
+  EXPECT_LT(screen.text().size(), 400'000U);
 }
 
-TEST(ScreenTable, ShrinksThenLeavesOptionalColumnsOutOnATerminal) {
-  const std::string whole =
-      "   1  夜の市場 at night  optional  id-1\n"
-      "  12  short                        id-22\n";
-  EXPECT_EQ(drawn(60), whole);
-  EXPECT_EQ(drawn(10, false), whole) << "no terminal";
-  EXPECT_EQ(drawn(34),
-            "   1  夜の市場 a…  optional  id-1\n"
-            "  12  short                  id-22\n");
-  EXPECT_EQ(drawn(22),
-            "   1  夜の市場…  id-1\n"
-            "  12  short      id-22\n");
-}
-
-TEST(ScreenTable, StandsInLineWithOthersThoughAColumnIsEmpty) {
-  Screen screen({.isTerminal = true, .columns = 20});
-  screen.tables({{}, {.least = 4}, {}}, {{"One", {{{}, {"a title"}, {"id-1"}}}},
-                                         {"Two", {{{}, {"夜の市場 at night"}, {"2"}}}}});
-  EXPECT_EQ(screen.text(),
-            "\nOne\n    a title     id-1\n"
-            "\nTwo\n    夜の市場 …  2\n");
+TEST(ProgressLine, StandsOnATerminalAfterASecondAndIsWipedAway) {
+  const auto seen = [](const Terminal& terminal, std::chrono::seconds waited) {
+    testing::internal::CaptureStderr();
+    {
+      Progress progress("fetching", terminal, std::chrono::steady_clock::now() - waited);
+      progress.tick();
+      progress.set(30, 40);
+      progress.tick();
+    }
+    return testing::internal::GetCapturedStderr();
+  };
+  const Terminal terminal{.isTerminal = true, .columns = 60};
+  EXPECT_EQ(seen(terminal, 0s), "");
+  EXPECT_EQ(seen({.columns = 50}, 60s), "");
+  EXPECT_EQ(seen(terminal, 3'600s),
+            "\r◐ fetching  3600 s\x1b[K"
+            "\r◓ fetching  ███████████████░░░░░  30 of 40  3600 s\x1b[K\r\x1b[K");
+  EXPECT_EQ(seen({.isTerminal = true, .columns = 12}, 60s),
+            "\r◐ fetching…\x1b[K\r◓ fetching…\x1b[K\r\x1b[K");
 }
 
 TEST(ToolTimeAxis, KeepsInstantsInItsColumnsAndItsStepsRound) {
@@ -76,17 +83,6 @@ TEST(ToolTimeAxis, KeepsInstantsInItsColumnsAndItsStepsRound) {
   EXPECT_EQ(axis.column(kNoon + 5h), 60U);
   EXPECT_EQ(roundStep(7min), 10min);
   EXPECT_EQ(roundStep(30min), 30min);
-}
-
-TEST(ToolTimeAxis, BoxesAreCutToTheirTimes) {
-  const Screen screen({.columns = 40});
-  const TimeAxis axis(kNoon, 4h, 40);
-  EXPECT_EQ(boxLine(screen, axis,
-                    {{kNoon - 1h, kNoon + 1h, "begun before"},
-                     {kNoon + 30min, kNoon + 2h, "overlapping"},
-                     {kNoon + 150min, kNoon + 154min, "too short"},
-                     {kNoon + 3h, kNoon + 9h, "夜の市場 goes on"}}),
-            "│begun be…│overlapp…          │夜の市場…");
 }
 
 }  // namespace
