@@ -1,11 +1,14 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <gtest/gtest.h>
+#include <tool/Arguments.h>
 #include <tool/OnAirView.h>
 #include <tool/Patience.h>
 
+#include <algorithm>
 #include <sstream>
 #include <vector>
 
+#include "Fixtures.h"
 #include "RunTool.h"
 #include "tests/support/Zone.h"
 
@@ -34,8 +37,28 @@ TEST(MonitorCommand, PrintsAnObjectForEachUpdateAndEndsAfterTheLast) {
 TEST(MonitorCommand, EndsWhileIdleWhenInterruptedOrNoLongerRead) {
   const std::string idle =
       "exec 3< <(exec $orvo --demo --json monitor --program-seconds 86400); tool=$!; read -u 3; ";
-  EXPECT_EQ(bash(idle + "kill -INT $tool; wait $tool"), 0);
-  EXPECT_EQ(bash(idle + "exec 3<&-; wait $tool"), 0);
+  EXPECT_EQ(runLine(idle + "kill -INT $tool; wait $tool").status, 0);
+  EXPECT_EQ(runLine(idle + "exec 3<&-; wait $tool").status, 0);
+}
+
+TEST(MonitorCommand, DrawsOverTheWholePictureBefore) {
+  const auto seen = runLine("orvo --demo monitor --updates 2 --program-seconds 2", 60).output;
+  const std::string first = seen.substr(0, seen.find("F\x1b[J"));
+  ASSERT_LT(first.size(), seen.size()) << seen;
+  EXPECT_EQ(std::stol(first.substr(first.rfind('[') + 1)), std::ranges::count(first, '\n'));
+}
+
+TEST(MonitorCommand, EndsWhenTheGuideOfTheseDaysCannotBeHad) {
+  const DocumentService service;
+  const auto run = runTool({"monitor", "--days", "2", "--api", service.base() + "/tired/"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.output, "");
+  EXPECT_EQ(run.error, "orvo: the service answered with status 404 (there is no such thing)\n");
+  const std::string asked = service.targets(0);
+  const auto time = [&](const std::string& key) {
+    return *date(asked.substr(asked.find(key) + key.size(), 24));
+  };
+  EXPECT_EQ(time("end_time=") - time("start_time="), 48h) << asked;
 }
 
 TEST(Patience, GrowsUntilAnUpdateComes) {

@@ -5,7 +5,6 @@
 #include <tests/support/Token.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -35,29 +34,35 @@ std::vector<std::string> words(const std::string& text) {
   return {std::istream_iterator<std::string>(stream), {}};
 }
 
-ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input) {
+ToolRun runLine(const std::string& line, int columns, const std::string& input) {
   const std::string files = testing::TempDir() + "orvo-" + std::to_string(getpid());
   std::ofstream(files + ".in", std::ios::binary) << input;
-  std::string command = "exec env -i TZ=UTC";
+  std::ofstream(files + ".sh", std::ios::binary)
+      << "orvo=" ORVO_TOOL_PATH "; orvo() { $orvo \"$@\"; }\n"
+      << line;
+  std::string command = "env -i TZ=UTC PATH=/usr/bin:/bin";
   for (const std::string sanitizer : {"ASAN", "UBSAN", "TSAN", "LSAN"}) {
     command += " " + sanitizer + "_OPTIONS=\"$" + sanitizer + "_OPTIONS\"";
   }
-  command += " " ORVO_TOOL_PATH;
-  for (const std::string& argument : arguments) command += " '" + argument + "'";
+  command += columns == 0 ? " bash " + files + ".sh"
+                          : " TERM=xterm script -qec \"stty cols " + std::to_string(columns) +
+                                "; exec bash " + files + ".sh\" /dev/null";
   const int status = run(command + " <" + files + ".in >" + files + ".out 2>" + files + ".error");
-  std::remove((files + ".in").c_str());
-  ToolRun run{status, taken(files + ".out"), taken(files + ".error")};
+  taken(files + ".in");
+  taken(files + ".sh");
+  const ToolRun run{status, taken(files + ".out"), taken(files + ".error")};
   // Only the address of a stream shows what the player needs.
-  const bool showsStream = std::any_of(arguments.begin(), arguments.end(), [](const auto& word) {
-    return word == "stream" || word == "tour";
-  });
+  const bool showsStream =
+      line.find("stream") != std::string::npos || line.find("tour") != std::string::npos;
   EXPECT_EQ((showsStream ? run.error : run.output + run.error).find(kToken), std::string::npos)
-      << command;
+      << line;
   return run;
 }
 
-int bash(const std::string& script) {
-  return run("orvo=" ORVO_TOOL_PATH " exec bash -c '" + script + "'");
+ToolRun runTool(const std::vector<std::string>& arguments, const std::string& input) {
+  std::string line = "orvo";
+  for (const std::string& argument : arguments) line += " '" + argument + "'";
+  return runLine(line, 0, input);
 }
 
 }  // namespace orvo::tool

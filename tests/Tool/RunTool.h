@@ -16,12 +16,14 @@ struct ToolRun {
 /// The words of a command line, between spaces.
 [[nodiscard]] std::vector<std::string> words(const std::string& text);
 
+/// Runs a line of bash, for which `orvo` (and `$orvo`) is the tool, without a locale and in UTC:
+/// with its output into files, or on a terminal of so many columns.
+[[nodiscard]] ToolRun runLine(const std::string& line, int columns = 0,
+                              const std::string& input = "");
+
 /// Runs the tool without a locale, without a terminal and without colours. Nothing here may hold a
 /// single quote.
 [[nodiscard]] ToolRun runTool(const std::vector<std::string>& arguments,
                               const std::string& input = "");
-
-/// The exit status of a script for which `$orvo` is the tool.
-[[nodiscard]] int bash(const std::string& script);
 
 }  // namespace orvo::tool
