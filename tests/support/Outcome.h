@@ -4,16 +4,22 @@
 #include <OrvoAPI/HTTP/HTTPURLResponse.h>
 #include <OrvoAPI/HTTP/URLError.h>
 #include <gtest/gtest.h>
+#include <tests/support/Signal.h>
 #include <tests/support/Token.h>
 
-#include <chrono>
 #include <stdexcept>
 #include <string>
 
 namespace orvo {
 
-/// How long a test waits for what must come; it is there for a fault to end a test.
-inline constexpr std::chrono::seconds kPatience{30};
+/// The result. None at all ends the test: it must not pass for a time-out of the library's.
+template <class T>
+Result<T> resultOf(const Future<T>& future) {
+  const auto result = future.wait(kPatience);
+  if (future.didComplete() || future.isCancelled()) return result;
+  throw std::runtime_error("a future that is still pending after " +
+                           std::to_string(kPatience.count()) + " s");
+}
 
 /// The error, which must not tell the session's token.
 inline const AnyError& discreet(const AnyError& error) {
@@ -21,10 +27,18 @@ inline const AnyError& discreet(const AnyError& error) {
   return error;
 }
 
-/// What the future fails with; a success or a pending future fails the test by throwing.
+/// The value; an error ends the test.
+template <class T>
+T valueOf(const Future<T>& future) {
+  auto result = resultOf(future);
+  if (result.failed()) throw std::runtime_error(discreet(*result.error()).description());
+  return *std::move(result.value());
+}
+
+/// What the future fails with; a success ends the test.
 template <class T>
 AnyError errorOf(const Future<T>& future) {
-  const auto result = future.wait(kPatience);
+  const auto result = resultOf(future);
   if (result.error() == nullptr) throw std::runtime_error("no error");
   return discreet(*result.error());
 }
@@ -43,11 +57,11 @@ inline int codeOf(const Result<HTTPResult>& result) {
   const auto* const error = discreet(*result.error()).as<URLError>();
   return error != nullptr ? error->code : 0;
 }
-inline int codeOf(const Future<HTTPResult>& future) { return codeOf(future.wait(kPatience)); }
+inline int codeOf(const Future<HTTPResult>& future) { return codeOf(resultOf(future)); }
 
 /// The answer's body, or what went wrong.
 inline std::string bodyOf(const Future<HTTPResult>& future) {
-  const auto result = future.wait(kPatience);
+  const auto result = resultOf(future);
   return result.failed() ? discreet(*result.error()).description()
                          : std::string(result.value()->body.view());
 }

@@ -1,13 +1,22 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <thread>
 
-namespace orvo::test {
+namespace orvo {
 
-/// What one thread tells others: `wait` returns whether as many as it wants were told in time. The
-/// limit is there for a fault to end a test; no test waits for it to pass.
+/// How long a test waits for what must come; no test waits for it to pass. It is there for a fault
+/// to end the test, soon, and is long enough for a machine that has much else to do.
+inline constexpr std::chrono::seconds kPatience{20};
+
+namespace test {
+
+/// What one thread tells others: `wait` is true once as many as it wants were told, and says how
+/// many were when they do not come.
 class Signal {
  public:
   void tell() {
@@ -15,9 +24,13 @@ class Signal {
     ++told_;
     changed_.notify_all();
   }
-  [[nodiscard]] bool wait(int times = 1) {
+  [[nodiscard]] testing::AssertionResult wait(int times = 1) {
     std::unique_lock guard(mutex_);
-    return changed_.wait_for(guard, std::chrono::seconds(60), [&] { return told_ >= times; });
+    if (changed_.wait_for(guard, kPatience, [&] { return told_ >= times; })) {
+      return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure()
+           << "told " << told_ << " times of " << times << " after " << kPatience.count() << " s";
   }
 
   [[nodiscard]] bool told() {
@@ -31,4 +44,18 @@ class Signal {
   int told_ = 0;
 };
 
-}  // namespace orvo::test
+/// Lets others run until the condition holds, for what nobody tells.
+template <class Condition>
+[[nodiscard]] testing::AssertionResult eventually(Condition condition) {
+  const auto end = std::chrono::steady_clock::now() + kPatience;
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > end) {
+      return testing::AssertionFailure() << "not after " << kPatience.count() << " s";
+    }
+    std::this_thread::yield();
+  }
+  return testing::AssertionSuccess();
+}
+
+}  // namespace test
+}  // namespace orvo
