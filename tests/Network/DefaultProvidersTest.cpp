@@ -107,6 +107,8 @@ TEST_F(DefaultNetworkProviderTest, MakesOneSessionForAllThreads) {
   provider_.setURLSession(std::make_shared<URLSession>(
       URLSessionConfiguration{.protocolClasses = {stub}}, provider_.sessionDelegate()));
   EXPECT_EQ(bodyOf(provider_.fetch({.url = server_.url()})), "stubbed");
+  DefaultNetworkProvider stubbed(session_, {{stub}});
+  EXPECT_EQ(bodyOf(stubbed.fetch({.url = server_.url()})), "stubbed");
 }
 
 struct Provider {
@@ -122,7 +124,7 @@ TEST(DefaultSessionProvider, ATokenIsFreshForTwelveHoursWhateverTimeoutAndWallCl
   Provider p;
   p.clock->advance(12h - 1ms);
   p.clock->setWall(Date(4'000'000'000'000));
-  EXPECT_EQ(p.provider->retrieveSessionToken().wait(kPatience).force(), kOld);
+  EXPECT_EQ(valueOf(p.provider->retrieveSessionToken()), kOld);
   EXPECT_EQ(p.fetches->count(), 0U);
   p.clock->setWall(Date(0));
   p.clock->advance(1ms);
@@ -130,9 +132,9 @@ TEST(DefaultSessionProvider, ATokenIsFreshForTwelveHoursWhateverTimeoutAndWallCl
   ASSERT_EQ(p.fetches->count(), 1U);
   p.fetches->succeed(0, {.token = kNew});
   p.queue->run();
-  EXPECT_EQ(token.wait(kPatience).force(), kNew);
+  EXPECT_EQ(valueOf(token), kNew);
   p.clock->advance(12h - 1ms);
-  EXPECT_EQ(p.provider->retrieveSessionToken().wait(kPatience).force(), kNew);
+  EXPECT_EQ(valueOf(p.provider->retrieveSessionToken()), kNew);
 }
 
 TEST(DefaultSessionProvider, EachStaleRetrievalFetchesAndTheLastToFinishDecides) {
@@ -143,10 +145,16 @@ TEST(DefaultSessionProvider, EachStaleRetrievalFetchesAndTheLastToFinishDecides)
   ASSERT_EQ(p.fetches->count(), 2U);
   p.fetches->succeed(1, {.token = "b"});
   p.queue->run();
-  EXPECT_EQ(second.wait(kPatience).force(), "b");
+  EXPECT_EQ(valueOf(second), "b");
   p.fetches->succeed(0, {.token = "a"});
   p.queue->run();
-  EXPECT_EQ(first.wait(kPatience).force(), "a");
+  EXPECT_EQ(valueOf(first), "a");
+  EXPECT_EQ(p.provider->currentToken(), "a");
+  p.clock->advance(12h);
+  const auto failed = p.provider->retrieveSessionToken();
+  p.fetches->fail(2, URLError{URLError::timedOut, ""});
+  p.queue->run();
+  EXPECT_EQ(errorOf(failed).as<URLError>()->code, URLError::timedOut);
   EXPECT_EQ(p.provider->currentToken(), "a");
 }
 
@@ -159,7 +167,7 @@ TEST(DefaultSessionProvider, ARetrievalKeepsItAliveAndAnUpdateDoesNot) {
   p.provider.reset();
   p.fetches->succeed(0, {.token = kNew});
   p.queue->run();
-  EXPECT_EQ(token.wait(kPatience).force(), kNew);
+  EXPECT_EQ(valueOf(token), kNew);
   EXPECT_TRUE(watched.expired());
   p.fetches->succeed(1, {.token = "newer"});
   p.queue->run();

@@ -1,6 +1,9 @@
 #include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Testing/StubInterceptor.h>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/socket.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
@@ -11,6 +14,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <memory>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
@@ -119,7 +123,10 @@ TEST(URLSessionDropped, FinishesWhatIsUnderWay) {
   for (const auto& fetch : fetches) EXPECT_EQ(bodyOf(fetch), "arrived");
 }
 
-TEST(URLSessionDropped, ClosesItsConnectionsInTheEnd) {
+TEST(URLSessionDropped, ClosesItsConnectionsInTheEndAndLeavesOthersAlone) {
+  Silence silence;
+  const auto pending = URLSession().fetch({.url = silence.server.url()});
+  ASSERT_TRUE(silence.asked.wait());
   Signal left;
   const ScriptedServer server([&](Connection& connection) {
     connection.readHead();
@@ -127,20 +134,29 @@ TEST(URLSessionDropped, ClosesItsConnectionsInTheEnd) {
     connection.waitForClose();
     left.tell();
   });
-  EXPECT_EQ(codeOf(URLSession().fetch({.url = server.url()})), 200);
+  const auto watching = std::make_shared<StubInterceptor>();
+  EXPECT_EQ(codeOf(URLSession({.protocolClasses = {watching}}).fetch({.url = server.url()})), 200);
+  EXPECT_TRUE(eventually([&] { return watching.use_count() == 1; })) << "nothing of it is kept";
+  EXPECT_FALSE(pending.didComplete());
+  pending.cancel();
   EXPECT_TRUE(left.wait());
 }
 
 TEST(URLSessionInvalidate, FailsWhatIsUnderWayAndWhatComesLater) {
   Silence silence;
-  URLSession session({.maximumConnectionsPerHost = 1});
-  const auto first = session.fetch({.url = silence.server.url()});
-  const auto waiting = session.fetch({.url = silence.server.url()});
+  URLSession session({.maximumConnectionsPerHost = 0});  // at least one
+  const auto fetch = [&] { return session.fetch({.url = silence.server.url()}); };
+  const auto first = fetch();
+  const auto waiting = fetch();
   ASSERT_TRUE(silence.asked.wait());
+  // Others have gone before, the older first.
+  for (const auto& gone : {fetch(), fetch()}) gone.cancel();
+  const ScriptedServer other("HTTP/1.0 204 None\r\n\r\n");
+  EXPECT_EQ(codeOf(session.fetch({.url = other.url()})), 204);
   session.invalidateAndCancel();
   EXPECT_EQ(codeOf(first), URLError::cancelled);
   EXPECT_EQ(codeOf(waiting), URLError::cancelled);
-  EXPECT_EQ(codeOf(session.fetch({.url = silence.server.url()})), URLError::cancelled);
+  EXPECT_EQ(codeOf(fetch()), URLError::cancelled);
   EXPECT_TRUE(first.didComplete()) << "it was the session that was cancelled, not the future";
 }
 
@@ -195,6 +211,27 @@ TEST(NetworkProcessDeathTest, AForkedChildExitsAtOnce) {
   EXPECT_EXIT(leave(), testing::ExitedWithCode(3), "");
   EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
   EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200) << "the parent works on";
+}
+
+/// The connections that a program which the host starts would inherit.
+std::set<int> inherited() {
+  std::set<int> open;
+  for (int descriptor = 0; descriptor < 1024; ++descriptor) {
+    sockaddr address{};
+    socklen_t size = sizeof address;
+    if (getsockname(descriptor, &address, &size) != 0 || address.sa_family != AF_INET) continue;
+    if ((fcntl(descriptor, F_GETFD) & FD_CLOEXEC) == 0) open.insert(descriptor);
+  }
+  return open;
+}
+
+TEST(NetworkProcess, LeavesNoConnectionToProgramsThatTheHostStarts) {
+  const auto before = inherited();
+  Silence silence;
+  URLSession session;
+  const auto pending = session.fetch({.url = silence.server.url()});
+  ASSERT_TRUE(silence.asked.wait());
+  EXPECT_EQ(inherited(), before);
 }
 
 TEST(NetworkProcess, IsNotEndedByAServerThatStopsReading) {

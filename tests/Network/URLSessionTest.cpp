@@ -1,4 +1,6 @@
+#include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <OrvoAPI/Version.h>
 #include <gtest/gtest.h>
 #include <openssl/ssl.h>
@@ -6,10 +8,13 @@
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
 #include <tests/support/Signal.h>
+#include <tests/support/Zone.h>
+#include <time.h>
 
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <memory>
 #include <set>
 #include <string>
 #include <utility>
@@ -25,21 +30,33 @@ ServedAnswer echo(const ServedRequest& request) {
           .headers = {{"Set-Cookie", "id=7; Path=/"}}};
 }
 
+/// Larger than the buffer that a body begins in, with no two parts alike.
+const std::string kLarge = [] {
+  std::string text;
+  for (int i = 0; i < 20'000; ++i) text += std::to_string(i) + " ";
+  return text;
+}();
+
 TEST(URLSessionFetch, DeliversAnyStatusWithItsBodyAndHeaders) {
   const HTTPServer server([](const ServedRequest& request) -> ServedAnswer {
     if (request.target == "/empty") return {};
+    if (request.target == "/large") return {.body = kLarge};
     return {404, "not here", {{"X-One", "1"}, {"x-two", ""}}};
   });
   URLSession session;
-  const auto missing = session.fetch({.url = server.url("/x?a=1#here")}).wait(kPatience);
+  const auto missing = resultOf(session.fetch({.url = server.url("/x?a=1#here")}));
   ASSERT_FALSE(missing.failed());
   EXPECT_EQ(missing.value()->response.statusCode, 404);
   EXPECT_EQ(missing.value()->response.url, server.url("/x?a=1#here"));
   EXPECT_EQ(missing.value()->response.headers.value("x-one"), "1");
   EXPECT_EQ(missing.value()->response.headers.value("X-TWO"), "");
   EXPECT_EQ(missing.value()->body.view(), "not here");
-  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/empty")})), "");
-  EXPECT_EQ(server.targets(), "/x?a=1 /empty");
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/empty"), .timeoutInterval = 0ms})), "");
+  EXPECT_TRUE(bodyOf(session.fetch({.url = server.url("/large")})) == kLarge);
+  EXPECT_EQ(server.targets(), "/x?a=1 /empty /large");
+  // Of no announced length, and exactly as long as a buffer.
+  const ScriptedServer unannounced("HTTP/1.0 200 OK\r\n\r\n" + kLarge.substr(0, 4096));
+  EXPECT_TRUE(bodyOf(session.fetch({.url = unannounced.url()})) == kLarge.substr(0, 4096));
 }
 
 TEST(URLSessionFetch, SendsTheRequestAsItIsGiven) {
@@ -55,15 +72,18 @@ TEST(URLSessionFetch, SendsTheRequestAsItIsGiven) {
   EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/d"), .method = "DELETE"})), "DELETE /d ");
   EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/h"), .method = "HEAD"})), "");
   EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/g")})), "GET /g ");
+  EXPECT_EQ(bodyOf(session.fetch({.url = server.url("/i"), .headers = {{"A", "2"}}})), "GET /i ");
 
   const auto requests = server.requests();
-  ASSERT_EQ(requests.size(), 5U);
+  ASSERT_EQ(requests.size(), 6U);
   EXPECT_EQ(requests[0].header("A"), "1");
   EXPECT_EQ(requests[0].header("User-Agent"), "OrvoAPI/" ORVO_API_VERSION_STRING);
   EXPECT_EQ(requests[1].headers.values("X").size(), 2U);
   EXPECT_EQ(requests[1].header("Expect"), "(none)");
+  EXPECT_EQ(requests[1].header("Content-Type"), "(none)");
   EXPECT_EQ(requests[4].header("A"), "(none)");
   EXPECT_EQ(requests[4].header("X"), "(none)");
+  EXPECT_EQ(requests[5].header("A"), "2");
 }
 
 TEST(URLSessionFetch, SendsAFieldWithoutAValue) {
@@ -124,26 +144,33 @@ TEST(URLSessionFetch, DecodesAndSkipsInterimResponses) {
       "Transfer-Encoding: chunked\r\nY:  final \r\n\r\n19\r\n" +
       kPacked + "\r\n0\r\nTrailer: t\r\n\r\n");
   URLSession session;
-  const auto result = session.fetch({.url = server.url()}).wait(kPatience);
-  ASSERT_FALSE(result.failed());
-  EXPECT_EQ(result.value()->body.view(), "hello");
-  EXPECT_EQ(result.value()->response.headers,
+  const auto result = valueOf(session.fetch({.url = server.url()}));
+  EXPECT_EQ(result.body.view(), "hello");
+  EXPECT_EQ(result.response.headers,
             (HTTPHeaders{
                 {"Content-Encoding", "gzip"}, {"Transfer-Encoding", "chunked"}, {"Y", "final"}}));
 }
 
 TEST(URLSessionCookies, StayWithinTheSession) {
-  const HTTPServer server(echo);
+  Signal arrived;
+  const HTTPServer server([&](const ServedRequest& request) -> ServedAnswer {
+    arrived.tell();
+    EXPECT_TRUE(request.target == "/" || arrived.wait(3)) << "two are under way at once";
+    return echo(request);
+  });
   URLSession first;
   URLSession second;
-  for (auto* const session : {&first, &first, &second}) {
-    EXPECT_EQ(codeOf(session->fetch({.url = server.url()})), 200);
-    const bool known = server.requests().size() == 2;
-    EXPECT_EQ(server.requests().back().header("Cookie"), known ? "id=7" : "(none)");
-  }
+  EXPECT_EQ(codeOf(first.fetch({.url = server.url()})), 200);
+  const auto one = first.fetch({.url = server.url("/both")});
+  const auto other = first.fetch({.url = server.url("/both")});
+  EXPECT_EQ(codeOf(one) + codeOf(other), 400);
+  EXPECT_EQ(codeOf(second.fetch({.url = server.url()})), 200);
+  std::string cookies;
+  for (const auto& request : server.requests()) cookies += request.header("Cookie") + " ";
+  EXPECT_EQ(cookies, "(none) id=7 id=7 (none) ");
 }
 
-TEST(URLSessionConnections, AreAtMostTenToAHost) {
+TEST(URLSessionConnections, AreAtMostTenToAHostForEachSession) {
   Signal arrived;
   Signal released;
   const HTTPServer server([&](const ServedRequest&) -> ServedAnswer {
@@ -152,20 +179,42 @@ TEST(URLSessionConnections, AreAtMostTenToAHost) {
     return {};
   });
   URLSession session;
+  DefaultNetworkProvider provider(std::make_shared<StubSessionProvider>());
   std::vector<Future<HTTPResult>> fetches;
-  for (int i = 0; i < 40; ++i) {
+  for (int i = 0; i < 20; ++i) {
     fetches.push_back(session.fetch({.url = server.url()}));
+    fetches.push_back(provider.fetch({.url = server.url()}));
   }
-  EXPECT_TRUE(arrived.wait(10));
+  EXPECT_TRUE(arrived.wait(20));
   released.tell();
   for (const auto& fetch : fetches) EXPECT_EQ(codeOf(fetch), 200);
   std::set<int> ports;
   for (const auto& request : server.requests()) ports.insert(request.clientPort);
-  EXPECT_EQ(ports.size(), 10U);
+  EXPECT_EQ(ports.size(), 20U);
+}
+
+// Beyond so many hosts a session forgets those that nobody uses.
+TEST(URLSessionConnections, AreCountedForEachPortOfAHostAsLongAsTheyAreUsed) {
+  Signal asked;
+  Signal released;
+  const auto script = [&](Connection& connection) {
+    connection.readHead();
+    asked.tell();
+    if (released.wait()) connection.send("HTTP/1.0 204 None\r\n\r\n");
+  };
+  URLSession session({.maximumConnectionsPerHost = 1});
+  std::vector<std::unique_ptr<ScriptedServer>> servers;
+  std::vector<Future<HTTPResult>> fetches;
+  for (int i = 0; i < 20; ++i) {
+    servers.push_back(std::make_unique<ScriptedServer>(script));
+    for (int j = 0; j < 2; ++j) fetches.push_back(session.fetch({.url = servers.back()->url()}));
+  }
+  EXPECT_TRUE(asked.wait(20));
+  released.tell();
+  for (const auto& fetch : fetches) EXPECT_EQ(codeOf(fetch), 204);
 }
 
 TEST(URLSessionConnections, AreWaitedForWithoutATimeLimit) {
-  using namespace std::chrono_literals;
   const ScriptedServer server([](Connection& connection) {
     while (!connection.readHead().empty()) {
       connection.trickle("HTTP/1.1 200 OK\r\nContent-Length: 8\r\n\r\n", 0ms);
@@ -191,18 +240,30 @@ int impatient(const ScriptedServer& server) {
   return codeOf(session.fetch({.url = server.url(), .timeoutInterval = kLimit}));
 }
 
+/// The code of the server's answer, in a session that is made so.
+int codeOfAnswer(const std::string& answer, const URLSessionConfiguration& configuration = {}) {
+  const ScriptedServer server(answer);
+  const ScriptedServer other("HTTP/1.0 204 None\r\nX: y\r\n\r\n");
+  URLSession session(configuration);
+  const int code = codeOf(session.fetch({.url = server.url("/" + kToken)}));
+  EXPECT_EQ(codeOf(session.fetch({.url = other.url()})), 204) << "after " << answer.substr(0, 99);
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), code)
+      << "again: " << answer.substr(0, 99);
+  return code;
+}
+
 TEST(URLSessionFault, HasTheCodeOfWhatWentWrong) {
   const std::string ok = "HTTP/1.1 200 OK\r\n";
-  const std::vector<std::pair<std::string, int>> answers = {
-      {"HTTP/1.1 103 Early Hints\r\n\r\n", URLError::networkConnectionLost},
-      {ok + "Transfer-Encoding: chunked\r\n\r\n5\r\nhel", URLError::networkConnectionLost},
-      {"HTTP/2 9013\r\n\r\n", URLError::badServerResponse},
-      {"<html>an answer without a head</html>", URLError::badServerResponse},
-      {ok + "Content-Encoding: wishful\r\n\r\nx", URLError::cannotDecodeRawData}};
-  URLSession session;
-  for (const auto& [answer, code] : answers) {
-    const ScriptedServer server(answer);
-    EXPECT_EQ(codeOf(session.fetch({.url = server.url("/" + kToken)})), code) << answer;
+  for (const auto& [answer, code] : std::vector<std::pair<std::string, int>>{
+           {"", URLError::networkConnectionLost},
+           {"HTTP/1.1 103 Early Hints\r\n\r\n", URLError::networkConnectionLost},
+           {ok + "X: half a he", URLError::networkConnectionLost},
+           {ok + "Content-Length: 5\r\n\r\nhel", URLError::networkConnectionLost},
+           {ok + "Transfer-Encoding: chunked\r\n\r\n5\r\nhel", URLError::networkConnectionLost},
+           {"HTTP/2 9013\r\n\r\n", URLError::badServerResponse},
+           {"<html>an answer without a head</html>", URLError::badServerResponse},
+           {ok + "Content-Encoding: wishful\r\n\r\nx", URLError::cannotDecodeRawData}}) {
+    EXPECT_EQ(codeOfAnswer(answer), code) << answer;
   }
 }
 
@@ -228,19 +289,31 @@ TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
   }
 }
 
-TEST(URLSessionTimeout, ComesSoonAfterTheServerFallsSilent) {
+/// What the process has worked so far.
+std::chrono::nanoseconds processorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
+TEST(URLSessionTimeout, ComesSoonAfterTheServerFallsSilentAndCostsNoWork) {
   const std::string burst = "HTTP/1.1 200 OK\r\nContent-Length: 2000000\r\n\r\n";
   for (const std::string& said : {std::string(), burst + std::string(1'000'000, 'x')}) {
+    Signal left;
     const ScriptedServer server([&](Connection& connection) {
       connection.readHead();
       connection.send(said);
+      const auto before = processorTime();
       connection.waitForClose();
+      EXPECT_LT(processorTime() - before, kLimit / 8) << "somebody was busy with the silence";
+      left.tell();
     });
     const auto start = Clock::now();
     EXPECT_EQ(impatient(server), URLError::timedOut);
     const auto elapsed = Clock::now() - start;
     EXPECT_GE(elapsed, kLimit);
     EXPECT_LT(elapsed, kLimit + 1s);
+    EXPECT_TRUE(left.wait());
   }
 }
 
@@ -253,13 +326,6 @@ TEST(URLSessionTimeout, DoesNotComeWhileHeaderAndBodyTrickle) {
   const auto start = Clock::now();
   EXPECT_EQ(impatient(server), 200);
   EXPECT_GT(Clock::now() - start, kLimit + kLimit) << "the server was too fast to tell";
-}
-
-/// The code of the server's answer, in a session that is made so.
-int codeOfAnswer(const std::string& answer, const URLSessionConfiguration& configuration = {}) {
-  const ScriptedServer server(answer);
-  URLSession session(configuration);
-  return codeOf(session.fetch({.url = server.url()}));
 }
 
 TEST(URLSessionBound, StopsABodyOfOneByteTooMany) {
@@ -302,10 +368,12 @@ class URLSessionTLS : public testing::Test {
     Exchange exchange;
     const ScriptedServer server([&](Connection& connection) { exchange.heard = hear(connection); });
     URLSession session({.certificateAuthorityFile = authority_.file()});
-    const auto url = "https://127.0.0.1:" + std::to_string(server.port()) + "/private";
     exchange.code =
-        codeOf(session.fetch({.url = *URL::parse(url), .headers = {{"Authorization", kToken}}}));
+        codeOf(session.fetch({.url = secure(server), .headers = {{"Authorization", kToken}}}));
     return exchange;
+  }
+  static URL secure(const ScriptedServer& server) {
+    return *URL::parse("https://127.0.0.1:" + std::to_string(server.port()) + "/private");
   }
   Exchange with(const Certificate& certificate, int newestVersion = TLS1_3_VERSION) {
     return with([&](Connection& connection) {
@@ -315,6 +383,34 @@ class URLSessionTLS : public testing::Test {
 
   const CertificateAuthority authority_;
 };
+
+TEST_F(URLSessionTLS, TakesItsTimeToConnect) {
+  Signal asked;
+  Signal released;
+  const ScriptedServer slow([&](Connection& connection) {
+    asked.tell();
+    if (released.wait()) answerSecurely(connection, authority_.issue(), TLS1_3_VERSION);
+  });
+  URLSession session({.certificateAuthorityFile = authority_.file()});
+  const auto fetch = session.fetch({.url = secure(slow)});
+  ASSERT_TRUE(asked.wait());
+  // Another fetch measures the time.
+  const ScriptedServer silent([](Connection& connection) { connection.waitForClose(); });
+  EXPECT_EQ(impatient(silent), URLError::timedOut);
+  EXPECT_FALSE(fetch.didComplete()) << "the time-out is a minute";
+  released.tell();
+  EXPECT_EQ(codeOf(fetch), 200);
+}
+
+TEST_F(URLSessionTLS, TakesEachByteOverHTTP2ForASignOfLife) {
+  const ScriptedServer server([&](Connection& connection) {
+    trickleOverHTTP2(connection, authority_.issue(), "trickled", 60ms);
+  });
+  URLSession session({.certificateAuthorityFile = authority_.file()});
+  const auto start = Clock::now();
+  EXPECT_EQ(bodyOf(session.fetch({.url = secure(server), .timeoutInterval = kLimit})), "trickled");
+  EXPECT_GT(Clock::now() - start, kLimit) << "the server was too fast to tell";
+}
 
 TEST_F(URLSessionTLS, TellsNothingToWhomItDoesNotTrust) {
   const CertificateAuthority stranger;
@@ -367,8 +463,12 @@ TEST_F(URLSessionTLS, KeepsItsConnectionsAndRefusesADowngrade) {
         return {302, "stay", {{"Location", plain.url().text()}}};
       },
       authority_.issue());
-  URLSession session({.certificateAuthorityFile = authority_.file()});
-  EXPECT_EQ(codeOf(session.fetch({.url = server.url("/")})), 200);
+  const HTTPServer up([&](const ServedRequest&) -> ServedAnswer {
+    return {302, "", {{"Location", server.url("/").text()}}};
+  });
+  const Variable file("SSL_CERT_FILE", authority_.file());
+  URLSession session;
+  EXPECT_EQ(codeOf(session.fetch({.url = up.url()})), 200);
   const URLRequest down{.url = server.url("/down"), .headers = {{"Authorization", kToken}}};
   EXPECT_EQ(bodyOf(session.fetch(down)), "stay");
   const auto requests = server.requests();

@@ -33,7 +33,7 @@ class Connection {
 
  private:
   friend class ScriptedServer;
-  friend std::string answerSecurely(Connection&, const Certificate&, int);
+  friend class SecureConnection;
   int socket_;
   std::string received_;
 };
@@ -43,6 +43,10 @@ class Connection {
 /// handshake down, all that came after that.
 std::string answerSecurely(Connection& connection, const Certificate& certificate,
                            int newestVersion);
+
+/// Answers a request over HTTP/2 with a 200, the body byte by byte with a pause before each.
+void trickleOverHTTP2(Connection& connection, const Certificate& certificate, std::string_view body,
+                      std::chrono::milliseconds pause);
 
 /// A server on a free loopback port that does exactly what its script says, however wrong. Each
 /// connection has a thread; going away ends them.
