@@ -9,15 +9,27 @@ function(orvo_options target)
   endif()
 endfunction()
 
-# For programs that people run: what the compiler and the linker can do so that a fault in memory
-# ends the program instead of being of use to somebody.
+# For what reads strangers' bytes: what the compiler and the linker can do so that a fault in memory
+# ends the program instead of being of use to somebody. In every configuration, so that the tests see
+# what is delivered; only the checks of _FORTIFY_SOURCE need an optimised build.
+include(CheckCXXCompilerFlag)
+set(orvo_hardening -fstack-protector-strong)
+# Not on every processor: probes of a growing stack, and landing pads for indirect jumps.
+foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
+  string(MAKE_C_IDENTIFIER "ORVO_HAS${flag}" has_flag)
+  check_cxx_compiler_flag(${flag} ${has_flag})
+  if(${has_flag})
+    list(APPEND orvo_hardening ${flag})
+  endif()
+endforeach()
+
 function(orvo_harden target)
-  target_compile_options(${target} PRIVATE $<$<CONFIG:Release>:-fstack-protector-strong>
-    $<$<CONFIG:Release>:-fstack-clash-protection>)
-  target_compile_definitions(${target} PRIVATE $<$<CONFIG:Release>:_FORTIFY_SOURCE=2>
-    $<$<CONFIG:Release>:_GLIBCXX_ASSERTIONS>)
+  # Some distributions' compilers define _FORTIFY_SOURCE by themselves.
+  target_compile_options(${target} PRIVATE ${orvo_hardening}
+    $<$<NOT:$<CONFIG:Debug>>:-U_FORTIFY_SOURCE> $<$<NOT:$<CONFIG:Debug>>:-D_FORTIFY_SOURCE=2>)
   get_target_property(type ${target} TYPE)
-  if(type STREQUAL EXECUTABLE)
-    target_link_options(${target} PRIVATE -pie -Wl,-z,relro,-z,now)
+  if(NOT type STREQUAL STATIC_LIBRARY)
+    target_link_options(${target} PRIVATE $<$<STREQUAL:${type},EXECUTABLE>:-pie>
+      -Wl,-z,relro,-z,now,-z,noexecstack)
   endif()
 endfunction()
