@@ -2,6 +2,7 @@
 #include <OrvoAPI/HTTP/CurlErrorsInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
+#include <OrvoAPI/HTTP/KeyLogInternal.h>
 #include <OrvoAPI/HTTP/WatchdogInternal.h>
 #include <OrvoAPI/Version.h>
 
@@ -83,6 +84,7 @@ CurlTransfer::~CurlTransfer() { curl_easy_cleanup(handle_); }
 
 void CurlTransfer::setSecurity(const URLSessionConfiguration& configuration) {
   set(CURLOPT_PROTOCOLS_STR, "http,https");
+  if (!configuration.writesKeyLog) forgoKeyLog(handle_);
   set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
   // Searching a folder of certificates for each connection costs 50 ms; the one file is read once
   // and kept.

@@ -28,6 +28,10 @@ struct URLSessionConfiguration {
   /// A file of PEM certificates to trust instead of the system's; else the one that the environment
   /// variable SSL_CERT_FILE names, if it is set.
   std::optional<std::string> certificateAuthorityFile = std::nullopt;
+  /// Lets libcurl append the keys of TLS connections to the file that the environment variable
+  /// SSLKEYLOGFILE names, for who debugs. A connection that another session has opened stays as
+  /// that one wished.
+  bool writesKeyLog = false;
 };
 
 }  // namespace orvo
