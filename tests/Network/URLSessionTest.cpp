@@ -3,7 +3,6 @@
 #include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <OrvoAPI/Version.h>
 #include <gtest/gtest.h>
-#include <openssl/ssl.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
@@ -13,7 +12,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <memory>
 #include <set>
 #include <string>
@@ -355,125 +353,6 @@ TEST(URLSessionBound, StopsAHeaderOfOneByteTooMany) {
   EXPECT_EQ(codeOfAnswer(head(kDefault + 1), {.maximumHeaderSize = kDefault + 1}), 200);
   EXPECT_EQ(codeOfAnswer("HTTP/1.1 200 OK\r\n" + std::string(10'000'000, 'x')), kTooLong)
       << "a line without an end";
-}
-
-class URLSessionTLS : public testing::Test {
- protected:
-  /// What came of a request with a token, and what the server heard of it.
-  struct Exchange {
-    int code = 0;
-    std::string heard;
-  };
-  Exchange with(const std::function<std::string(Connection&)>& hear) {
-    Exchange exchange;
-    const ScriptedServer server([&](Connection& connection) { exchange.heard = hear(connection); });
-    URLSession session({.certificateAuthorityFile = authority_.file()});
-    exchange.code =
-        codeOf(session.fetch({.url = secure(server), .headers = {{"Authorization", kToken}}}));
-    return exchange;
-  }
-  static URL secure(const ScriptedServer& server) {
-    return *URL::parse("https://127.0.0.1:" + std::to_string(server.port()) + "/private");
-  }
-  Exchange with(const Certificate& certificate, int newestVersion = TLS1_3_VERSION) {
-    return with([&](Connection& connection) {
-      return answerSecurely(connection, certificate, newestVersion);
-    });
-  }
-
-  const CertificateAuthority authority_;
-};
-
-TEST_F(URLSessionTLS, TakesItsTimeToConnect) {
-  Signal asked;
-  Signal released;
-  const ScriptedServer slow([&](Connection& connection) {
-    asked.tell();
-    if (released.wait()) answerSecurely(connection, authority_.issue(), TLS1_3_VERSION);
-  });
-  URLSession session({.certificateAuthorityFile = authority_.file()});
-  const auto fetch = session.fetch({.url = secure(slow)});
-  ASSERT_TRUE(asked.wait());
-  // Another fetch measures the time.
-  const ScriptedServer silent([](Connection& connection) { connection.waitForClose(); });
-  EXPECT_EQ(impatient(silent), URLError::timedOut);
-  EXPECT_FALSE(fetch.didComplete()) << "the time-out is a minute";
-  released.tell();
-  EXPECT_EQ(codeOf(fetch), 200);
-}
-
-TEST_F(URLSessionTLS, TakesEachByteOverHTTP2ForASignOfLife) {
-  const ScriptedServer server([&](Connection& connection) {
-    trickleOverHTTP2(connection, authority_.issue(), "trickled", 60ms);
-  });
-  URLSession session({.certificateAuthorityFile = authority_.file()});
-  const auto start = Clock::now();
-  EXPECT_EQ(bodyOf(session.fetch({.url = secure(server), .timeoutInterval = kLimit})), "trickled");
-  EXPECT_GT(Clock::now() - start, kLimit) << "the server was too fast to tell";
-}
-
-TEST_F(URLSessionTLS, TellsNothingToWhomItDoesNotTrust) {
-  const CertificateAuthority stranger;
-  for (const int version : {TLS1_2_VERSION, TLS1_3_VERSION}) {
-    const auto trusted = with(authority_.issue(), version);
-    EXPECT_EQ(trusted.code, 200);
-    EXPECT_NE(trusted.heard.find(kToken), std::string::npos) << "the server is no witness";
-    for (const auto& [certificate, code] :
-         {std::pair(authority_.issue({.validTo = -1h}), URLError::serverCertificateHasBadDate),
-          std::pair(authority_.issue({.validFrom = 1h, .validTo = 2h}),
-                    URLError::serverCertificateNotYetValid),
-          std::pair(authority_.issue({.selfSigned = true}), URLError::serverCertificateUntrusted),
-          std::pair(authority_.issue({.address = "127.0.0.2"}),
-                    URLError::serverCertificateUntrusted),
-          std::pair(stranger.issue(), URLError::serverCertificateHasUnknownRoot)}) {
-      const auto refused = with(certificate, version);
-      EXPECT_EQ(refused.code, code);
-      EXPECT_EQ(refused.heard, "") << code;
-    }
-  }
-  const auto old = with(authority_.issue(), TLS1_1_VERSION);
-  EXPECT_EQ(old.code, URLError::secureConnectionFailed);
-  EXPECT_EQ(old.heard, "");
-}
-
-TEST_F(URLSessionTLS, TellsNothingWhereNoHandshakeIsDone) {
-  using namespace std::string_literals;
-  // Takes a version that was not offered.
-  const auto hello =
-      "\x16\x03\x02\x00\x2a\x02\x00\x00\x26\x03\x02"s + std::string(32, 'r') + "\x00\xc0\x13\x00"s;
-  for (const auto& said : {""s, "220 hello\r\n"s, hello, hello.substr(0, 20),
-                           "\x15\x03\x01\x00\x02\x02\x46"s /* no such version */}) {
-    const auto failed = with([&](Connection& connection) {
-      connection.send(said);
-      connection.finish();
-      return connection.waitForClose();
-    });
-    EXPECT_EQ(failed.code, URLError::secureConnectionFailed) << said;
-    EXPECT_EQ(failed.heard.front(), '\x16') << "a handshake begins so";
-    EXPECT_EQ(failed.heard.find(kToken), std::string::npos);
-    EXPECT_EQ(failed.heard.find("/private"), std::string::npos);
-  }
-}
-
-TEST_F(URLSessionTLS, KeepsItsConnectionsAndRefusesADowngrade) {
-  const ScriptedServer plain([](Connection& connection) { connection.waitForClose(); });
-  const HTTPServer server(
-      [&](const ServedRequest& request) -> ServedAnswer {
-        if (request.target != "/down") return {};
-        return {302, "stay", {{"Location", plain.url().text()}}};
-      },
-      authority_.issue());
-  const HTTPServer up([&](const ServedRequest&) -> ServedAnswer {
-    return {302, "", {{"Location", server.url("/").text()}}};
-  });
-  const Variable file("SSL_CERT_FILE", authority_.file());
-  URLSession session;
-  EXPECT_EQ(codeOf(session.fetch({.url = up.url()})), 200);
-  const URLRequest down{.url = server.url("/down"), .headers = {{"Authorization", kToken}}};
-  EXPECT_EQ(bodyOf(session.fetch(down)), "stay");
-  const auto requests = server.requests();
-  EXPECT_EQ(requests[0].clientPort, requests[1].clientPort);
-  EXPECT_EQ(plain.connections(), 0);
 }
 
 }  // namespace

@@ -35,7 +35,7 @@ class CheckLayout(unittest.TestCase):
     def test_each_broken_rule_is_found(self):
         for fault, name, text in BAD:
             with self.subTest(name=name, text=text):
-                layout = Layout(pathlib.Path(__file__).parents[2])
+                layout = Layout(pathlib.Path(__file__).parents[1])
                 layout.sources[name] = text + "\n"
                 if name.endswith(".h"):
                     layout.headers.add(name)

@@ -9,7 +9,7 @@ from check_keys import TABLE, library_sources, unread_keys
 
 class CheckKeys(unittest.TestCase):
     def test_a_key_more_in_any_table_is_found(self):
-        sources = library_sources(pathlib.Path(__file__).parents[2])
+        sources = library_sources(pathlib.Path(__file__).parents[1])
         tables = [(name, table) for name, text in sources.items() for table in TABLE.finditer(text)]
         self.assertGreater(len(tables), 20)
         for name, table in tables:
