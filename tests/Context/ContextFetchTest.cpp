@@ -221,6 +221,33 @@ TEST(RequestPipeline, TakesAStatusBelow400ForASuccess) {
   }
 }
 
+TEST(RequestPipeline, RenewsTheSessionOnceWhenATokenIsRefused) {
+  StubbedContext stubbed;
+  auto& renewals = stubbed.session->updates;
+  const auto refused = [&] {
+    const auto page = stubbed.context->fetchPage("a", {.noCache = true});
+    stubbed.answer(401);
+    return page;
+  };
+  const auto twice = refused();
+  stubbed.session->setToken(kToken + "-2");
+  renewals.succeed(0, true);
+  EXPECT_EQ(stubbed.requests(), 2U);
+  EXPECT_EQ(stubbed.network->request(1).headers.value("Authorization"), kToken + "-2");
+  stubbed.answer(401);
+  EXPECT_EQ(caseOf<SessionError::unexpectedStatus>(errorOf(twice))->status, 401);
+  EXPECT_EQ(renewals.count(), 1U);
+
+  const auto inVain = refused();
+  renewals.succeed(1, false);
+  stubbed.queue->run();
+  EXPECT_NE(caseOf<SessionError::couldNotUpdateSession>(errorOf(inVain)), nullptr);
+  const auto failed = refused();
+  renewals.fail(2, URLError{URLError::timedOut, "silent"});
+  EXPECT_EQ(stubbed.requests(), 4U) << "nothing is sent again";
+  EXPECT_EQ(errorOf(failed).as<URLError>()->code, URLError::timedOut);
+}
+
 TEST(RequestPipeline, ALineupWaitsForTheTokenThatItDoesNotCarry) {
   StubbedContext stubbed;
   stubbed.session->holdTokens();

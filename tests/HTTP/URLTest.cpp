@@ -47,6 +47,7 @@ TEST(URLParse, TellsThePartsApart) {
 
   const auto address = url("http://[2001:db8::1]:80");
   EXPECT_EQ(address.host(), "2001:db8::1");
+  EXPECT_EQ(address.port(), 80);
 
   const auto relative = url("a/b:c?#");
   EXPECT_FALSE(relative.isAbsolute());

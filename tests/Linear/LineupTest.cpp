@@ -45,6 +45,9 @@ TEST(Lineup, IsGroupedInTheDevicesZone) {
   const Zone zone("Asia/Kolkata");  // 5:30 ahead
   EXPECT_EQ(listing(lineupOf({"2017-05-01T18:29:00Z", "2017-05-01T18:31:00Z"})),
             "2017-04-30T18:30: 17:30(18:29)\n2017-05-01T18:30: 18:30(18:31)\n");
+  const Zone other("UTC");
+  EXPECT_EQ(listing(lineupOf({"2017-05-01T12:00:00Z", "2017-05-01T10:00:00Z"})),
+            "2017-05-01T00:00: 10:00(10:00) 12:00(12:00)\n");
 }
 
 TEST(Lineup, CountsElapsedHoursWhenClocksChange) {

@@ -90,8 +90,9 @@ TEST(LoggingService, PrefersTheJournalAndPutsItBehindTheConsole) {
   ASSERT_THAT(loggers, SizeIs(2));
   EXPECT_NE(dynamic_cast<DebugConsoleLogger*>(loggers[0].get()), nullptr);
   EXPECT_NE(dynamic_cast<OSLogger*>(loggers[1].get()), nullptr);
-  LoggingService(loggers).log("x");
-  EXPECT_EQ(journal.fields()["MESSAGE"], "x");
+  LoggingService(loggers).log("x", LogLevel::info, "Linear", "Guide");
+  auto fields = journal.fields();
+  EXPECT_EQ(fields["MESSAGE"] + fields["SUBSYSTEM"] + fields["CATEGORY"], "xLinearGuide");
   EXPECT_EQ(journal.record(), std::nullopt);
   EXPECT_EQ(classic.record(), std::nullopt);
 }
@@ -151,7 +152,8 @@ TEST_F(OSLoggerTest, MapsEachLevelToItsPriority) {
 }
 
 TEST_F(OSLoggerTest, CutsALongMessageBetweenTwoCharacters) {
-  const std::string whole(SystemLog::kLongestJournalMessage, 'x');
+  std::string whole(SystemLog::kLongestJournalMessage, 'x');
+  whole[whole.size() / 2] = '\n';
   logger->log(whole);
   EXPECT_EQ(reader->fields()["MESSAGE"], whole);
 

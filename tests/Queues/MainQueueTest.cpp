@@ -90,8 +90,8 @@ TEST_F(MainQueueTest, AClaimWaitsForTheJobThatTheFallbackRuns) {
   ASSERT_TRUE(begun.wait());
   auto claim = kQueue->claim();
   EXPECT_TRUE(finished);
-  EXPECT_TRUE(ran_.empty());
-  EXPECT_EQ(claim->drain(), 1U);
+  // The second job runs before the claim is asked for, or waits for it.
+  EXPECT_EQ(ran_.size() + claim->drain(), 1U);
 }
 
 TEST_F(MainQueueTest, HasOneClaimAtATimeAndNoneFromItsJobs) {
