@@ -5,6 +5,7 @@
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
 #include <curl/curl.h>
+#include <dlfcn.h>
 #include <sys/epoll.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -34,6 +35,18 @@ std::chrono::nanoseconds sleptSinceBoot() {
   clock_gettime(CLOCK_BOOTTIME, &all);
   return std::chrono::seconds(all.tv_sec - awake.tv_sec) +
          std::chrono::nanoseconds(all.tv_nsec - awake.tv_nsec);
+}
+
+/// Has the TLS library register its exit handler now, so that ours, registered behind it, runs
+/// first. Else it would do so within libcurl's initialisation, and a process that ends at that
+/// moment would take the TLS library apart while the network thread sets it up. Found by name, for
+/// libcurl may use another one.
+void registerCleanupOfTLS() {
+  using Initialise = int (*)(std::uint64_t, const void*);
+  // The least part of it: asked for none at all, it registers nothing.
+  constexpr std::uint64_t kAsynchronousJobs = 0x100;
+  void* const initialise = dlsym(RTLD_DEFAULT, "OPENSSL_init_crypto");
+  if (initialise != nullptr) reinterpret_cast<Initialise>(initialise)(kAsynchronousJobs, nullptr);
 }
 
 }  // namespace
@@ -85,6 +98,8 @@ bool NetworkThread::post(Command command) {
 
 void NetworkThread::begin() {
   atProcessExit(ExitStage::network, [] { shared().shutDown(); });
+  registerCleanupOfTLS();
+  std::atexit([] { shared().shutDown(); });
   epoll_ = epoll_create1(EPOLL_CLOEXEC);
   wakeup_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   epoll_event event{};
