@@ -3,6 +3,7 @@
 // of an answer.
 
 #include <OrvoAPI/Context/ListWalk.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
@@ -13,6 +14,7 @@
 #include <fuzz/FuzzTarget.h>
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -70,12 +72,23 @@ class Service {
       queue_->run();
       main().drain();
       if (requests() == answered_) continue;
-      if (answered_ == answers_.size()) break;
+      if (hasSaidAll()) break;
       network_->answer(answered_, 200, answers_[answered_]);
       ++answered_;
     } while (network_->fetches.waitForCount(answered_ + 1, kPatience) || queue_->waiting() > 0);
   }
-  [[nodiscard]] bool hasSaidAll() const { return answered_ == answers_.size(); }
+  /// Refuses what is left, so that nothing waits in a circle that holds itself.
+  void end() {
+    answers_.resize(answered_);
+    do {
+      serve();
+      while (answered_ < requests()) {
+        network_->fetches.fail(answered_++, URLError{URLError::cancelled, "the end"});
+      }
+    } while (network_->fetches.waitForCount(answered_ + 1, 10 * kPatience) ||
+             queue_->waiting() > 0);
+  }
+  [[nodiscard]] bool hasSaidAll() const { return answered_ >= answers_.size(); }
 
  private:
   static MainQueue::Claim& main() {
@@ -98,26 +111,29 @@ class Service {
 template <class First>
 void walk(Service& service, First first) {
   ListWalk walk(service.context(), first);
-  std::optional<std::int64_t> last;
-  bool wentOn = true;
-  const auto all = walk.forEach(service.queue(), [&](const auto& part) {
-    wentOn = wentOn && (!last || part->meta.offset > *last);
-    last = part->meta.offset;
+  struct Seen {
+    std::optional<std::int64_t> last;
+    bool wentOn = true;
+  };
+  const auto seen = std::make_shared<Seen>();  // the walk may outlive its input
+  const auto all = walk.forEach(service.queue(), [seen](const auto& part) {
+    seen->wentOn = seen->wentOn && (!seen->last || part->meta.offset > *seen->last);
+    seen->last = part->meta.offset;
   });
   const auto isOver = [&] { return all.didComplete() || service.hasSaidAll(); };
   for (int look = 0; look < kMostLooks && !isOver(); ++look) service.serve();
   fuzz::require(isOver(), "a walk goes on or ends");
-  fuzz::require(wentOn, "each part lies further on than the one before");
+  fuzz::require(seen->wentOn, "each part lies further on than the one before");
   fuzz::require(service.requests() <= kMostAnswers + 1, "a walk asks once for each part");
 }
 
 void watch(Service& service) {
   const auto monitor =
       LinearProgramGuideMonitor::make(service.context(), {.mainQueue = service.queue()});
-  bool complete = true;
-  monitor->onUpdate([&](const GuideUpdate& update) {
-    complete = complete && update.video != nullptr && !update.days.empty();
-    for (const auto& day : update.days) complete = complete && !day.programs.empty();
+  const auto complete = std::make_shared<bool>(true);
+  monitor->onUpdate([complete](const GuideUpdate& update) {
+    *complete = *complete && update.video != nullptr && !update.days.empty();
+    for (const auto& day : update.days) *complete = *complete && !day.programs.empty();
   });
   (void)monitor->load(kMorning, 3);
   service.serve();
@@ -129,7 +145,7 @@ void watch(Service& service) {
     service.serve();
     fuzz::require(service.requests() - before <= 2 * kMostAnswers, "a programme's end asks seldom");
   }
-  fuzz::require(complete, "an update has a video, and days with programmes");
+  fuzz::require(*complete, "an update has a video, and days with programmes");
 }
 
 }  // namespace
@@ -154,5 +170,6 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   } else {
     return -1;
   }
+  service.end();
   return 0;
 }
