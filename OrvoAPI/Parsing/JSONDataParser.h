@@ -17,11 +17,11 @@ namespace orvo {
 /// `JSONReaderError`, one of another shape with `JSONParseError::unexpectedType`; a single element
 /// of the wrong kind makes the shape wrong. An integer beyond 64 bits reads as a double.
 ///
-/// What a document costs in memory is bounded, however much a server packs into it: a body of more
-/// than 1 MiB in which more than 4,194,304 commas, colons and opening brackets stand fails with
-/// `URLError` -1103. Reading then takes at most 7 times the default bound of a body (112 MiB), the
-/// body not counted. Throws `std::bad_alloc` only when there is not even memory for the error or
-/// for the copied strings.
+/// What a document costs in memory is bounded, however much a server packs into it: a body in which
+/// more than 4,194,304 commas, colons and opening brackets stand fails with `URLError` -1103.
+/// Reading then takes at most 7 times the default bound of a body (112 MiB), the body not counted.
+/// Throws `std::bad_alloc` only when there is not even memory for the error or for the copied
+/// strings.
 class JSONDataParser {
  public:
   JSONDataParser() = delete;

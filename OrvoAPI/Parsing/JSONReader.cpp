@@ -215,15 +215,13 @@ JSONReaderError::Code codeOf(simdjson::error_code error) {
   }
 }
 
-/// Smaller bodies cost little whatever they hold: 14 times their size at most.
-constexpr std::size_t kSmallBody = std::size_t{1} << 20;
 /// A number and its comma, two bytes, become 24 in the document and the parser.
 constexpr std::size_t kMostMarks = URLSessionConfiguration::kDefaultMaximumBodySize / 4;
 
 /// Whether so many values stand in the body that to read it would cost too much. Marks within texts
 /// count as well: to tell them apart would be to read it, and no text holds that many.
 bool isTooDense(std::string_view body) {
-  if (body.size() <= kSmallBody) return false;
+  if (body.size() <= kMostMarks) return false;
   const auto isMark = [](char c) { return c == ',' || c == ':' || c == '[' || c == '{'; };
   return static_cast<std::size_t>(std::ranges::count_if(body, isMark)) > kMostMarks;
 }

@@ -63,18 +63,22 @@ class DocumentService {
   }
 
  private:
-  [[nodiscard]] test::ServedAnswer answer(const std::string& target) const {
+  /// `host` as the request names it: the server may not be made yet when the first one comes.
+  [[nodiscard]] test::ServedAnswer answer(const std::string& target, std::string_view host) const {
     auto found = documents_.value(target);
     if (!found) found = documents_.value(target.substr(0, target.find('?')));
     if (!found) return {.status = 404};
     if (const auto status = found->integer()) return {.status = static_cast<int>(*status)};
     const auto text = found->string();
-    if (text && text->starts_with('/')) return answer(std::string(*text));
-    return {.body = replaced(text ? std::string(*text) : toJson(*found).text(), kHost, base())};
+    if (text && text->starts_with('/')) return answer(std::string(*text), host);
+    return {.body = replaced(text ? std::string(*text) : toJson(*found).text(), kHost,
+                             "http://" + std::string(host))};
   }
 
   const JSONObject documents_ = serviceDocuments();
-  const test::HTTPServer server_{[this](const auto& request) { return answer(request.target); }};
+  const test::HTTPServer server_{[this](const auto& request) {
+    return answer(request.target, request.headers.value("Host").value_or(""));
+  }};
 };
 
 }  // namespace orvo::tool
