@@ -135,7 +135,7 @@ const char* const kSystemPath = "/run/systemd/journal/socket";
 iovec field(std::string_view text) { return {const_cast<char*>(text.data()), text.size()}; }
 
 void sendBySystemd() {
-  // As a caller has it: a message of his own behind the name of the field.
+  // As a caller has it: a message of its own behind the name of the field.
   const std::string message = "MESSAGE=" + std::string(kMessage);
   const std::array fields{field(message), field("PRIORITY=6"), field("SYSLOG_IDENTIFIER=journal"),
                           field("SUBSYSTEM=Network"), field("CATEGORY=Fetch")};

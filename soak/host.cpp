@@ -208,7 +208,7 @@ std::map<std::string, std::string> surroundings() {
   return all;
 }
 
-/// The host's own use of the HTTP library.
+/// The app's own use of libcurl.
 class OwnTransfers {
  public:
   explicit OwnTransfers(const URL& url) {

@@ -19,7 +19,7 @@ using detail::uncachedRequest;
 
 /// Most content answers at once or not at all.
 constexpr auto kContentTimeout = 10s;
-/// A system view is the first thing that a user sees: he gets no page at all without it.
+/// A system view is the first thing that a user sees: there is no page at all without it.
 constexpr auto kSystemViewTimeout = 15s;
 
 template <class T>
@@ -42,7 +42,7 @@ std::invoke_result_t<Fetch&, const URL&> fetchFrom(const Result<URL>& url, Fetch
   return fetch(*url.value());
 }
 
-/// A cached video names the playlist of whoever fetched it first; this caller asked with his own.
+/// A cached video names the playlist of whoever fetched it first; this caller named another.
 Shared<Video> withPlaylistID(Shared<Video> video, const std::optional<std::string>& playlistID) {
   if (video->playlistID == playlistID) return video;
   auto own = std::make_shared<Video>(*video);
@@ -50,7 +50,7 @@ Shared<Video> withPlaylistID(Shared<Video> video, const std::optional<std::strin
   return own;
 }
 
-/// A cached system view has the title of whoever fetched it first; this caller asked with his own.
+/// A cached system view has the title of whoever fetched it first; this caller named another.
 Shared<Page> withTitle(Shared<Page> page, std::string_view title) {
   if (page->title == title) return page;
   auto own = std::make_shared<Page>(*page);

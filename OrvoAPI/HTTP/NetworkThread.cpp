@@ -60,7 +60,7 @@ bool NetworkThread::isCurrent() { return isNetworkThread; }
 
 std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration configuration) {
   if (!configuration.certificateAuthorityFile) {
-    // As everybody who reads the environment: safe as long as the host does not write to it.
+    // As everybody who reads the environment: safe as long as the app does not write to it.
     const char* const file = std::getenv("SSL_CERT_FILE");  // NOLINT(concurrency-mt-unsafe)
     if (file != nullptr && *file != '\0') configuration.certificateAuthorityFile = file;
   }
@@ -125,8 +125,8 @@ void NetworkThread::shutDown() {
 
 void NetworkThread::run() {
   isNetworkThread = true;
-  // Here, for it takes a while, and leaves something behind with its thread. Counted: a host that
-  // uses the same library does not notice.
+  // Here, for it takes a while, and leaves something behind with its thread. Counted: an app that
+  // uses libcurl itself does not notice.
   isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
   // A second entry, to end before the TLS library takes itself apart: that one has just registered
   // its end.

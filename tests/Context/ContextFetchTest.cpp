@@ -190,7 +190,7 @@ TEST(ContextCache, AnUncachedFetchIsNotKept) {
   EXPECT_EQ(stubbed.requests(), 2U);
 }
 
-// The stored value is what the first caller asked for; a later one must not see his.
+// The stored value is what the first caller asked for; a later one must not see that.
 TEST(ContextCache, AHitCarriesThePlaylistOrTitleThatThisCallerNamed) {
   StubbedContext stubbed;
   const auto video = [&](const VideoFetchOptions& options) {

@@ -38,7 +38,7 @@ class Frame {
 template <class T>
 class Suspension final : public Continuation {
  public:
-  /// `result` lies in the frame: only he who has taken the frame may touch it.
+  /// `result` lies in the frame: only who has taken the frame may touch it.
   Suspension(std::shared_ptr<DispatchQueue> queue, std::coroutine_handle<> frame,
              std::optional<Result<T>>& result)
       : queue_(std::move(queue)), frame_(frame.address()), result_(&result) {}

@@ -134,7 +134,7 @@ class FutureCore {
   }
   /// Makes `result` the current one and posts the callbacks.
   void publish(const void* result) noexcept;
-  /// True for the first caller only: he may build the result in the block.
+  /// True for the first caller only, who may build the result in the block.
   [[nodiscard]] bool claimFirstResult() {
     return !firstClaimed_.exchange(true, std::memory_order_acq_rel);
   }
