@@ -78,17 +78,24 @@ void redirectSlowly(Connection& connection) {
   }
 }
 
-TEST(URLSessionLimit, OfTheWholeCountsTheWaitForAPlaceAndRedirects) {
+/// A server that says nothing, and a session whose one place there is taken.
+struct TakenPlace {
+  TakenPlace() { EXPECT_TRUE(asked.wait()); }
+
   Signal asked;
-  const ScriptedServer silent([&](Connection& connection) {
+  const ScriptedServer silent{[this](Connection& connection) {
     connection.readHead();
     asked.tell();
     connection.waitForClose();
-  });
-  URLSession session({.maximumConnectionsPerHost = 1});
-  const auto first = session.fetch({.url = silent.url()});
-  ASSERT_TRUE(asked.wait());
-  EXPECT_EQ(codeOf(session.fetch({.url = silent.url(), .totalTimeoutInterval = kLimit})),
+  }};
+  URLSession session{{.maximumConnectionsPerHost = 1}};
+  const Future<HTTPResult> first = session.fetch({.url = silent.url()});
+};
+
+TEST(URLSessionLimit, OfTheWholeCountsTheWaitForAPlaceAndRedirects) {
+  TakenPlace place;
+  auto& session = place.session;
+  EXPECT_EQ(codeOf(session.fetch({.url = place.silent.url(), .totalTimeoutInterval = kLimit})),
             URLError::timedOut);
   const ScriptedServer redirecting(redirectSlowly);
   EXPECT_EQ(codeOf(session.fetch({.url = redirecting.url(), .totalTimeoutInterval = kLimit})),
@@ -165,23 +172,18 @@ TEST(URLSessionFault, OfAHeaderThatIsTooLongToBeSentIsTheRequests) {
 }
 
 TEST(URLSessionCancel, TakesARequestOutOfTheLineAtOnce) {
-  Signal asked, released;
-  const ScriptedServer silent([&](Connection& connection) {
-    connection.readHead();
-    asked.tell();
-    connection.waitForClose();
-  });
-  URLSession session({.maximumConnectionsPerHost = 1});
-  const auto first = session.fetch({.url = silent.url()});
-  ASSERT_TRUE(asked.wait());
+  Signal released;
+  TakenPlace place;
   std::shared_ptr<const char> body(new char[1 + Data::kPadding](), [&](const char* bytes) {
     delete[] bytes;
     released.tell();
   });
-  session.fetch({.url = silent.url(), .method = "PUT", .body = Data(std::move(body), 1)}).cancel();
+  place.session
+      .fetch({.url = place.silent.url(), .method = "PUT", .body = Data(std::move(body), 1)})
+      .cancel();
   EXPECT_TRUE(released.wait());
-  EXPECT_FALSE(first.didComplete());
-  session.invalidateAndCancel();
+  EXPECT_FALSE(place.first.didComplete());
+  place.session.invalidateAndCancel();
 }
 
 TEST(URLSessionNetworkChange, KeepsConnectionsForWhatIsUnderWayOnly) {
