@@ -90,8 +90,8 @@ const std::vector<RequestCase> kRequests{
     {"playlists/a?includes=v%261",
      [](auto& c) { return deferred([&c] { return c.fetchPlaylist("a", kIncluded); }); },
      Cached::yes, 60s, kStandard},
-    {"search?q=a%20b%2B%C3%A4",
-     [](auto& c) { return deferred(c.searchCapability("a b+\xC3\xA4")); }, Cached::no},
+    {"search?q=a%20b%2B%C3%A4%26c%3Dd%3B",
+     [](auto& c) { return deferred(c.searchCapability("a b+\xC3\xA4&c=d;")); }, Cached::no},
     {"search?q=a&collection_type=top_results&offset=20&limit=10",
      [](auto& c) {
        return deferred([&c] { return c.fetchSearchCollection("a", Kind::top, kPage); });
@@ -235,7 +235,7 @@ TEST(RequestPipeline, RenewsTheSessionOnceWhenATokenIsRefused) {
   EXPECT_EQ(stubbed.requests(), 2U);
   EXPECT_EQ(stubbed.network->request(1).headers.value("Authorization"), kToken + "-2");
   stubbed.answer(401);
-  EXPECT_EQ(caseOf<SessionError::unexpectedStatus>(errorOf(twice))->status, 401);
+  EXPECT_EQ(errorOf(twice).description(), "unexpectedStatus 401");
   EXPECT_EQ(renewals.count(), 1U);
 
   const auto inVain = refused();

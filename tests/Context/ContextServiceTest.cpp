@@ -58,6 +58,39 @@ TEST(ContextService, OpensASessionAndLoadsTheConfiguration) {
   }
 }
 
+TEST(ContextService, HandsItsOptionsOnToAllThatComesLater) {
+  const auto clock = std::make_shared<ManualClock>(Date(0), 13h);
+  const test::HTTPServer server([](const test::ServedRequest& request) -> test::ServedAnswer {
+    if (request.target.starts_with("/v3/session")) return {.body = R"({"token": "secret-token"})"};
+    if (request.target.starts_with("/v3/configuration")) return {.body = configurationBody()};
+    return {.body =
+                request.target.ends_with("/p") ? std::string(kPageBody) : std::string(5000, ' ')};
+  });
+  const auto context =
+      valueOf(ContextService::context(server.url("/v3/"), url("http://img.example/"), Client::iPad,
+                                      {.session = {.maximumBodySize = 4096},
+                                       .context = {.clock = clock, .displayScale = 2},
+                                       .environment = Environment::qa}));
+  EXPECT_EQ(context->environment(), Environment::qa);
+  EXPECT_EQ(url(Environment::qa).text(), ORVO_QA_URL);
+  EXPECT_EQ(context->resourceHost().displayScale, 2);
+  EXPECT_EQ(context->resourceHost().baseURL.text(), "http://img.example/");
+  const auto requestsFor = [&](const std::string& target, std::size_t before) {
+    (void)context->fetchPage(target).wait(kPatience);
+    return server.requests().size() - before;
+  };
+  EXPECT_EQ(errorOf(context->fetchPage("large")).as<URLError>()->code,
+            URLError::dataLengthExceedsMaximum);
+  EXPECT_EQ(requestsFor("p", 3), 1U) << "the token is new";
+  clock->advance(299s);
+  EXPECT_EQ(requestsFor("p", 4), 0U);
+  clock->advance(1s);
+  EXPECT_EQ(requestsFor("p", 4), 1U);
+  clock->advance(12h);
+  EXPECT_EQ(requestsFor("p", 5), 2U) << "and a session";
+  EXPECT_TRUE(server.targets().find("configuration/ios/v1") != std::string::npos);
+}
+
 TEST(ContextService, AFailureOfTheSessionComesBeforeOneOfTheConfiguration) {
   StubbedService list;
   list.stub->answer("/v3/session", "[]");
@@ -66,9 +99,9 @@ TEST(ContextService, AFailureOfTheSessionComesBeforeOneOfTheConfiguration) {
 
   StubbedService unavailable;
   unavailable.stub->answer("/v3/session", R"({"token": "secret-token"})");
-  unavailable.stub->answer("/v3/configuration/tvos/v1", "", {.statusCode = 503});
+  unavailable.stub->answer("/v3/configuration/tvos/v1", "", {.statusCode = 400});
   EXPECT_EQ(*caseOf<Response::Error::badStatus>(unavailable.failure()),
-            Response::Error::badStatus{503});
+            Response::Error::badStatus{400});
 
   StubbedService lost;
   lost.stub->fail("/v3/session", URLError{URLError::cannotFindHost, ""});

@@ -58,6 +58,7 @@ TEST(AnyError, HoldsTheEnumerationOfACase) {
   EXPECT_EQ(general->as<GeneralError::underlying>()->error.as<Broken>()->code, 7);
   EXPECT_EQ(error.as<Broken>(), nullptr) << "what is wrapped is inside";
   EXPECT_EQ(error.description(), "underlying: broken 7");
+  EXPECT_EQ(AnyError(GeneralError::elementNotFound{}).description(), "elementNotFound");
 }
 
 TEST(AnyError, FindsACaughtExceptionByItsBaseClasses) {
@@ -65,6 +66,7 @@ TEST(AnyError, FindsACaughtExceptionByItsBaseClasses) {
   const auto copy = *result.error();
   EXPECT_STREQ(copy.as<std::exception>()->what(), "too far");
   EXPECT_EQ(copy.as<std::domain_error>(), nullptr);
+  EXPECT_EQ(copy.description(), "too far");
 }
 
 int codeOf(const AnyError* error) { return error->as<Broken>()->code; }

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -91,14 +92,26 @@ TEST_F(FutureCompletion, APromiseTakesTheOutcomeOfAnotherFutureUnlessItIsCancell
   const auto otherQueue = std::make_shared<ManualQueue>();
   const Promise<int> other(otherQueue);
   const Promise<int> cancelled;
+  const Promise<int> failed;
+  const Promise<int> failing(otherQueue);
   cancelled.future().cancel();
   promise_.complete(other.future());
   cancelled.complete(other.future());
+  failed.complete(failing.future());
   other.success(5);
+  failing.failure(Broken{});
   EXPECT_FALSE(future_.didComplete()) << "it comes on the other's queue";
-  EXPECT_EQ(otherQueue->run(), 2U);
+  EXPECT_EQ(otherQueue->run(), 3U);
   EXPECT_EQ(*future_.value(), 5);
+  EXPECT_TRUE(failed.future().didFail());
   EXPECT_FALSE(cancelled.future().didComplete());
+}
+
+TEST_F(FutureTest, HasOneLabelForTheQueueOfItsOwn) {
+  const auto label = future_.internalCallbackQueueLabel();
+  EXPECT_TRUE(label.starts_with(std::string(FutureQueueLabelPrefix) + "internal_"));
+  EXPECT_EQ(future_.internalCallbackQueueLabel(), label);
+  EXPECT_NE(Future<int>().internalCallbackQueueLabel(), label);
 }
 
 TEST_F(FutureTest, OneThatIsSettledAlreadyIsNeverCompleteOnReturn) {
@@ -127,7 +140,10 @@ bool isRefused(const Result<int>& result) {
 
 TEST(FutureWait, EndsWithTheResultOfAnotherThread) {
   const Promise<int> promise;
-  std::thread other([&] { promise.success(7); });
+  std::thread other([&] {
+    promise.success(7);
+    promise.future().cancel();
+  });
   EXPECT_EQ(promise.future().wait(std::chrono::milliseconds::max()).force(), 7);
   other.join();
 }

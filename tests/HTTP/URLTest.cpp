@@ -114,6 +114,7 @@ TEST(URLAppend, PutsExactlyOneSlashBetweenTheParts) {
   EXPECT_EQ(url("http://h").appendingPathComponent("a").text(), "http://h/a");
   EXPECT_EQ(url("/").appendingPathComponent("a").text(), "/a");
   EXPECT_EQ(url("http://h/x?q=/#f").appendingPathComponent("a").text(), "http://h/x/a?q=/#f");
+  EXPECT_EQ(url("http://h/x?q#f").withQuery("a=b")->text(), "http://h/x?a=b#f");
 }
 
 }  // namespace

@@ -122,8 +122,12 @@ TEST(URLSessionRedirect, GivesUpAfterTwenty) {
     if (left == 0) return {.body = "arrived"};
     return {302, "", {{"Location", "/" + std::to_string(left - 1)}}};
   });
-  const auto delegate =
-      std::make_shared<Delegate>([](auto next, auto& complete) { complete(next); });
+  Completion earlier = [](const auto&) {};
+  const auto delegate = std::make_shared<Delegate>([&](auto next, auto& complete) {
+    earlier(std::nullopt);  // the word on that redirect was given
+    earlier = complete;
+    complete(next);
+  });
   URLSession session({}, delegate);
   EXPECT_EQ(bodyOf(session.fetch({.url = counting.url("/20")})), "arrived");
   EXPECT_EQ(codeOf(session.fetch({.url = counting.url("/21")})), URLError::httpTooManyRedirects);

@@ -191,6 +191,31 @@ TEST(URLSessionConnections, AreAtMostTenToAHostForEachSession) {
   EXPECT_EQ(ports.size(), 20U);
 }
 
+TEST(URLSessionConnections, ThatAnswerAtOnceAreEachHandledByAWorker) {
+  Signal asked;
+  Signal called;
+  Signal ended;
+  int due = 0;
+  const HTTPServer server([&](const ServedRequest&) -> ServedAnswer {
+    asked.tell();
+    EXPECT_TRUE(asked.wait(due));
+    return {};
+  });
+  URLSession session;
+  const auto callback = [&](const auto&) {
+    called.tell();
+    EXPECT_TRUE(called.wait(due)) << "the other's worker was not woken";
+    ended.tell();
+  };
+  while (due < 60) {
+    due += 2;
+    for (int i = 0; i < 2; ++i) {
+      session.fetch({.url = server.url()}).onComplete(DispatchQueue::global(), callback);
+    }
+    ASSERT_TRUE(ended.wait(due));
+  }
+}
+
 // Beyond so many hosts a session forgets those that nobody uses.
 TEST(URLSessionConnections, AreCountedForEachPortOfAHostAsLongAsTheyAreUsed) {
   Signal asked;

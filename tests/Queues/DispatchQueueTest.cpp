@@ -8,11 +8,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <latch>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -25,6 +25,31 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// More jobs than there are workers.
+constexpr int kMany = 64;
+
+/// Keeps every worker of the global queue until they are let go.
+class HeldWorkers {
+ public:
+  HeldWorkers() {
+    for (int i = 0; i < kMany; ++i) {
+      DispatchQueue::global()->post([this] {
+        if (released_.wait()) ended_.tell();
+      });
+    }
+  }
+  /// Returns when all are free, and have taken what stood in line behind them.
+  void letGo() {
+    released_.tell();
+    for (int i = 0; i < kMany; ++i) DispatchQueue::global()->post([this] { ended_.tell(); });
+    EXPECT_TRUE(ended_.wait(2 * kMany));
+  }
+
+ private:
+  test::Signal released_;
+  test::Signal ended_;
+};
+
 bool isAsleep(pid_t thread) {
   std::string name;
   char state = 0;
@@ -34,8 +59,9 @@ bool isAsleep(pid_t thread) {
 
 class SerialQueueTest : public testing::Test {
  protected:
-  /// More jobs than there are workers, all of which wait.
-  static constexpr int kMany = 64;
+  [[nodiscard]] auto note(int number) {
+    return [this, number] { ran_.push_back(number); };
+  }
 
   const std::shared_ptr<SerialQueue> queue_ = SerialQueue::make("test");
   std::vector<int> ran_;  // by one job at a time
@@ -79,34 +105,37 @@ TEST_F(SerialQueueTest, JobsThatWaitKeepItAlive) {
 }
 
 TEST_F(SerialQueueTest, ASynchronousCallerTakesOverAQueueThatNoWorkerIsFreeFor) {
-  std::latch release(1);
-  test::Signal ended;
-  for (int i = 0; i < kMany; ++i) {
-    DispatchQueue::global()->post([&] {
-      release.wait();
-      ended.tell();
-    });
-  }
-  queue_->post([this] { ran_.push_back(1); });
-  queue_->sync([this] { ran_.push_back(2); });
+  HeldWorkers workers;
+  queue_->post(note(1));
+  queue_->sync(note(2));
   EXPECT_EQ(ran_, (std::vector{1, 2}));
-  queue_->post([this] { ran_.push_back(3); });
-  release.count_down();
-  EXPECT_TRUE(ended.wait(kMany));
+  queue_->post(note(3));
+  queue_->sync([&] {
+    queue_->post(note(4));
+    workers.letGo();
+    EXPECT_EQ(ran_.back(), 3) << "a worker has taken what its caller drains";
+  });
   queue_->sync([] {});
-  EXPECT_EQ(ran_.back(), 3) << "it was scheduled once more";
+  EXPECT_EQ(ran_, (std::vector{1, 2, 3, 4}));
 }
 
 TEST_F(SerialQueueTest, WorkersThatAllWaitForItDoNotLockEachOtherOut) {
   test::Signal done;
   int count = 0;
-  for (int i = 0; i < kMany; ++i) {
-    DispatchQueue::global()->post([&] {
-      queue_->post([&] { ++count; });
-      queue_->sync([&] { ++count; });
-      done.tell();
-    });
-  }
+  std::array<std::atomic<pid_t>, kMany> callers{};
+  queue_->sync([&] {
+    for (auto& caller : callers) {
+      DispatchQueue::global()->post([&] {
+        queue_->post([&] { ++count; });
+        caller = gettid();
+        queue_->sync([&] { ++count; });
+        done.tell();
+      });
+    }
+    const auto waits = [](const auto& caller) { return caller != 0 && isAsleep(caller); };
+    const auto workers = std::clamp(sysconf(_SC_NPROCESSORS_ONLN), 2L, long{kMany});
+    EXPECT_TRUE(test::eventually([&] { return std::ranges::count_if(callers, waits) == workers; }));
+  });
   ASSERT_TRUE(done.wait(kMany));
   queue_->sync([&] { EXPECT_EQ(count, 2 * kMany); });
 }
@@ -119,9 +148,9 @@ TEST_F(SerialQueueTest, ASynchronousCallerLeavesWhatCameAfterItToTheOnesThatWait
     queue_->post([&] { EXPECT_TRUE(returned.wait()) << "it works for others"; });
     other = std::thread([&] {
       caller = gettid();
-      queue_->sync([this] { ran_.push_back(1); });
+      queue_->sync(note(1));
     });
-    while (caller == 0 || !isAsleep(caller)) std::this_thread::yield();
+    EXPECT_TRUE(test::eventually([&] { return caller != 0 && isAsleep(caller); }));
   });
   returned.tell();
   other.join();
@@ -153,6 +182,9 @@ TEST(DelayedJobs, ComeInTheOrderOfTheirTimesAndNotTooEarly) {
   std::vector<std::pair<int, bool>> ran;
   test::Signal done;
   queue->postAfter(std::chrono::milliseconds::max(), [] { ADD_FAILURE(); });
+  bool isDue = false;
+  queue->postAfter(0ms, [&] { isDue = true; });
+  queue->sync([&] { EXPECT_TRUE(isDue) << "it was to be posted at once"; });
   for (const auto delay : {30ms, 10ms, 20ms, 10ms, 0ms}) {
     queue->postAfter(delay, [&, delay] {
       ran.emplace_back(delay.count(), clock->elapsed() - begun >= delay);
@@ -170,11 +202,12 @@ TEST(DelayedJobs, KeepTheirQueueUntilThen) {
   queue->postAfter(1ms, [&] { done.tell(); });
   queue.reset();
   EXPECT_TRUE(done.wait());
-  while (!probe.expired()) std::this_thread::yield();
+  EXPECT_TRUE(test::eventually([&] { return probe.expired(); }));
 }
 
 TEST(GlobalQueue, LeavesSignalsToTheHostsThreadsButForCrashes) {
   sigset_t blocked{};
+  sigset_t own{};
   test::Signal done;
   DispatchQueue::global()->post([&] {
     pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
@@ -183,6 +216,8 @@ TEST(GlobalQueue, LeavesSignalsToTheHostsThreadsButForCrashes) {
   ASSERT_TRUE(done.wait());
   EXPECT_TRUE(sigismember(&blocked, SIGTERM) && sigismember(&blocked, SIGCHLD));
   EXPECT_FALSE(sigismember(&blocked, SIGSEGV) || sigismember(&blocked, SIGBUS));
+  pthread_sigmask(SIG_SETMASK, nullptr, &own);
+  EXPECT_FALSE(sigismember(&own, SIGTERM)) << "a thread that starts one of the library's";
 }
 
 // What a continuation posts as its last act may stay on its worker. These are the cases in which
@@ -231,12 +266,10 @@ TEST(GlobalQueueTail, WhatFollowsDoesNotWaitForASynchronousCaller) {
 }
 
 TEST(GlobalQueueTail, ALongChainLetsOthersHaveTheirTurn) {
-  constexpr int kChains = 64;  // more than there are workers, which wait until all is posted
-  const auto posted = std::make_shared<std::latch>(1);
+  HeldWorkers workers;
   test::Signal turn;
   test::Signal ended;
-  for (int i = 0; i < kChains; ++i) DispatchQueue::global()->post([=] { posted->wait(); });
-  for (int i = 0; i < kChains; ++i) {
+  for (int i = 0; i < kMany; ++i) {
     auto future = Future<int>::completed(i);
     for (int hop = 0; hop < 100; ++hop) future = future.map([](int value) { return value; });
     future.onComplete([&](const auto&) {
@@ -244,8 +277,27 @@ TEST(GlobalQueueTail, ALongChainLetsOthersHaveTheirTurn) {
     });
   }
   DispatchQueue::global()->post([&] { turn.tell(); });
-  posted->count_down();
-  EXPECT_TRUE(ended.wait(kChains));
+  workers.letGo();
+  EXPECT_TRUE(ended.wait(kMany));
+}
+
+/// Posts itself again and again until it is told to end.
+struct Endless {
+  void operator()() const {
+    if (!end->told()) queue->post(*this);
+  }
+  std::shared_ptr<SerialQueue> queue;
+  std::shared_ptr<test::Signal> end;
+};
+
+TEST(GlobalQueue, ABusySerialQueueLetsOthersHaveTheirTurn) {
+  const auto turn = std::make_shared<test::Signal>();
+  for (int i = 0; i < kMany; ++i) {
+    const auto queue = SerialQueue::make("busy");
+    queue->post(Endless{queue, turn});
+  }
+  DispatchQueue::global()->post([turn] { turn->tell(); });
+  EXPECT_TRUE(turn->wait());
 }
 
 /// Work of every kind that is still to be done when the end comes.

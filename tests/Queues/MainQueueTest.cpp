@@ -41,7 +41,7 @@ class MainQueueTest : public testing::Test {
 using MainQueueDeathTest = MainQueueTest;
 
 TEST_F(MainQueueTest, RunsInAClaimUntilItIsStopped) {
-  auto claim = kQueue->claim();
+  std::optional claim = kQueue->claim();
   claim->stop();
   kQueue->post(note(1));
   claim->run();
@@ -55,12 +55,16 @@ TEST_F(MainQueueTest, RunsInAClaimUntilItIsStopped) {
   claim->run();
   other.join();
   EXPECT_THAT(ran_, ElementsAre(1)) << "it ends after the job that is running";
-  claim->drain();
-  EXPECT_THAT(ran_, ElementsAre(1, 2));
+  claim->stop();
+  claim.reset();
+  auto next = kQueue->claim();
+  kQueue->post([&] { next->stop(); });
+  next->run();
+  EXPECT_THAT(ran_, ElementsAre(1, 2)) << "a stop is for the claim of its time";
 }
 
 TEST_F(MainQueueTest, DrainsWhatWaitsAndItsDescriptorIsReadableExactlyWhileJobsWait) {
-  auto claim = kQueue->claim();
+  std::optional claim = kQueue->claim();
   EXPECT_EQ(claim->drain(), 0U);
   kQueue->post([&] { kQueue->post(note(2)); });
   kQueue->post(note(1));
@@ -76,6 +80,10 @@ TEST_F(MainQueueTest, DrainsWhatWaitsAndItsDescriptorIsReadableExactlyWhileJobsW
   EXPECT_TRUE(readable(descriptor));
   claim->drain();
   EXPECT_THAT(ran_, ElementsAre(1, 2, 3));
+  claim.reset();
+  EXPECT_EQ(fcntl(descriptor, F_GETFD), -1) << "it ends with its claim";
+  const auto next = kQueue->claim();
+  EXPECT_TRUE(fcntl(next->eventDescriptor(), F_GETFD) & FD_CLOEXEC);
 }
 
 TEST_F(MainQueueTest, AClaimWaitsForTheJobThatTheFallbackRuns) {
