@@ -7,16 +7,16 @@
 
 namespace orvo {
 
-/// An opaque colour of 24 bits. A value; safe to use from any thread. As initialised it is black.
+/// An opaque 24-bit colour. A value; safe to use from any thread. Black by default.
 class Color {
  public:
   constexpr Color() = default;
   /// `0xRRGGBB`; higher bits are ignored.
   constexpr explicit Color(std::uint32_t hexValue) : rgb_(hexValue & 0xFFFFFFU) {}
 
-  /// Reads hexadecimal digits in any case, between any number of "#": as a scanner does, behind
-  /// white space and an optional "0x", as far as there are digits; a number beyond 32 bits counts
-  /// as the greatest. Nothing when there is no digit.
+  /// Reads hexadecimal digits in either case, without the "#" signs around them. Like a scanner, it
+  /// skips white space and an optional "0x" and stops at the first character that is no digit; a
+  /// number beyond 32 bits counts as the greatest. Nothing when there is no digit.
   [[nodiscard]] static std::optional<Color> fromHexString(std::string_view hexString);
 
   /// The components, from 0 to 1.

@@ -17,7 +17,7 @@ class Data {
   Data() = default;
   /// Copies the bytes.
   explicit Data(std::string_view bytes);
-  /// Shares a buffer that has `kPadding` readable bytes behind the first `size`.
+  /// Shares a buffer that has `kPadding` readable bytes after the first `size`.
   Data(std::shared_ptr<const char> padded, std::size_t size)
       : bytes_(std::move(padded)), size_(size) {}
 

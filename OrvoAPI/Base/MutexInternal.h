@@ -15,7 +15,7 @@ class ORVO_CAPABILITY("mutex") Mutex {
   std::mutex mutex_;
 };
 
-/// Holds a `Mutex` for a scope; it can be given up and taken again within it.
+/// Holds a `Mutex` for a scope, within which it can be released and taken again.
 class ORVO_SCOPED_CAPABILITY MutexGuard {
  public:
   explicit MutexGuard(Mutex& mutex) ORVO_ACQUIRE(mutex) : lock_(mutex.mutex_) {}
@@ -25,10 +25,10 @@ class ORVO_SCOPED_CAPABILITY MutexGuard {
 
   void lock() ORVO_ACQUIRE() { lock_.lock(); }
   void unlock() ORVO_RELEASE() { lock_.unlock(); }
-  /// Gives the mutex up until somebody notifies `condition`, or until nothing has happened: ask
+  /// Releases the mutex until `condition` is notified. It may also return without that: check
   /// again.
   void wait(std::condition_variable& condition) { condition.wait(lock_); }
-  /// The same, until `end` at most; false when that has come.
+  /// The same, until `end` at the latest; false when it has passed.
   template <class Time>
   [[nodiscard]] bool waitUntil(std::condition_variable& condition, const Time& end) {
     return condition.wait_until(lock_, end) == std::cv_status::no_timeout;

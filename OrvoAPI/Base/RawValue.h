@@ -9,7 +9,7 @@
 namespace orvo {
 
 /// One case of an enumeration as text: its name, and the raw value with which it travels (the name
-/// where nothing else is said; empty in an enumeration that never travels).
+/// unless stated; empty in an enumeration that never travels).
 struct EnumCase {
   std::string_view name;
   std::string_view rawValue = name;
@@ -48,7 +48,7 @@ template <RawValueEnum E>
 [[nodiscard]] constexpr std::optional<E> fromRawValue(std::string_view text) {
   for (std::size_t i = 0; i < std::size(enumCases<E>); ++i) {
     const std::string_view value = enumCases<E>[i].rawValue;
-    // Raw values of one length mostly differ in their ends.
+    // Raw values of the same length mostly differ at the end.
     if (value.size() == text.size() && value.back() == text.back() && value == text) {
       return static_cast<E>(i);
     }

@@ -4,7 +4,7 @@
 
 namespace orvo {
 
-/// An immutable value that several hold: copying it copies a pointer. Null means none.
+/// An immutable value with shared ownership: copying it copies a pointer. Null means none.
 template <class T>
 using Shared = std::shared_ptr<const T>;
 

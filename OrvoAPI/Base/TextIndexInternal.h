@@ -52,7 +52,7 @@ struct TextEnds {
   std::uint64_t last = 0;
 };
 
-/// A few different texts, known when compiling, none of them empty, numbered from 0. To find one
+/// A few distinct texts, known at compile time, none of them empty, numbered from 0. Finding one
 /// takes a multiplication and a comparison, however many there are.
 class TextIndex {
  public:
@@ -115,7 +115,7 @@ class TextIndex {
     return true;
   }
 
-  /// Behind the last text there is an empty one, to which the places of no text lead.
+  /// After the last text comes an empty one, to which the places without a text lead.
   std::array<Entry, kMost + 1> entries_{};
   std::array<std::uint8_t, 128> numbers_{};
   std::size_t size_;

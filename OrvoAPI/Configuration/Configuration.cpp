@@ -94,7 +94,7 @@ Result<Configuration> ConfigurationParser::parse(const JSONObject& json, Environ
   if (!links) return unableToParse(kType, "links");
   auto constants = ConstantsParser::parse(json);
   if (constants.failed()) return unableToParse(kType, "constants");
-  // The constants hold it too, so that this can only fail if they once cease to.
+  // The constants hold it too, so that this can only fail if they ever cease to.
   const auto linearStreamID = members["linear_stream_id"].string();
   if (!linearStreamID) return unableToParse(kType, "linear_stream_id");
   auto stream = linearStream(members["tv"], *linearStreamID);

@@ -26,7 +26,7 @@ struct Configuration {
     std::string label;
     std::string id;
   };
-  /// The playlist of live events to come.
+  /// The playlist of upcoming live events.
   struct UpcomingEvents {
     std::string label = "Live Events";
     /// A whole identifier, as the playlist operations take it.

@@ -27,7 +27,7 @@ struct Constants {
   std::string shareStringTemplate;
   std::int64_t searchTopResultsLimit = 0;
   double playbackInterruptDelay = 0;
-  /// Agreed with the advertisers once for all; the document cannot set it.
+  /// Agreed with the advertisers once and for all; the document cannot set it.
   double adCornerBugDelay = 15.0;
 };
 

@@ -9,7 +9,7 @@ namespace orvo {
 
 /// When the app may ask to be rated.
 struct RatingPromptConfig {
-  /// How many sessions must have been.
+  /// How many sessions there must have been.
   std::int64_t sessionCountThreshold = 3;
   /// How long a session must have lasted, in seconds.
   double activeSessionTimeThreshold = 3600.0;

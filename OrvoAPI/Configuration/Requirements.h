@@ -8,7 +8,7 @@
 namespace orvo {
 
 /// What the service asks of an app before it may run. The library carries the values only; the app
-/// compares them with what it is and acts. As initialised, each asks for nothing.
+/// compares them with what it is and acts. By default each asks for nothing.
 struct Requirements {
   struct AppVersion {
     /// The lowest build of the app that may run.

@@ -24,7 +24,7 @@ struct SystemView {
   Capability<Shared<Page>> fetch;
 };
 
-/// The live events to come: a playlist with the label that the configuration gives it.
+/// The upcoming live events: a playlist with the label that the configuration gives it.
 struct UpcomingEvents {
   std::string label;
   Capability<Shared<Playlist>> fetch;

@@ -18,13 +18,13 @@ class ContentRequest {
   /// `input` is reported when path and query make no URL.
   ContentRequest(std::string path, std::string_view input)
       : reference_(std::move(path)), input_(input) {}
-  /// What stands under an identifier in one of the service's folders.
+  /// What has this identifier in one of the service's folders.
   [[nodiscard]] static ContentRequest of(std::string_view folder, std::string_view id) {
     return {std::string(folder).append(1, '/').append(id), id};
   }
 
   ContentRequest& add(std::string_view name, std::string_view value);
-  /// Adds "offset" and "limit" when there is a page.
+  /// Adds "offset" and "limit" when a part is asked for.
   ContentRequest& add(const std::optional<ListPartRequest>& page);
 
   /// Fails with `URLService::Error::invalidInput`. Nothing of an identifier may end up in a

@@ -33,11 +33,11 @@ class RequestPipeline;
 
 /// The library's root object: the service as one session and one configuration see it. Safe to use
 /// from any thread. Held by shared pointers; the app owns it. Dropping it cancels nothing: fetches
-/// under way complete, but for one whose session is just being renewed.
+/// under way complete, except one whose session is being renewed.
 ///
 /// A fetch delivers an immutable value that it shares with the cache. It fails with the error of
 /// the session or the transport (`URLError`) unchanged, with `SessionError` when the server
-/// refuses, with `GeneralError::underlying` around the parser's error when the answer is no such
+/// refuses, with `GeneralError::underlying` around the parser's error when the answer is not such a
 /// document, and with `URLService::Error::invalidInput` when the identifier makes no URL; then
 /// nothing is sent. Two equal fetches at once make two requests. Cancelling a fetch drops its
 /// result and reaches nothing that is under way. Values from the cache, and tokens that are still
@@ -107,7 +107,7 @@ class Context final : public std::enable_shared_from_this<Context> {
       std::string_view id, const ListFetchOptions& options = {}) const;
   [[nodiscard]] Future<Shared<Playlist>> fetchPlaylist(std::string_view id,
                                                        const ListFetchOptions& options = {}) const;
-  /// The playlist with this video in it, in front when the server does not list it.
+  /// The playlist with this video in it, put first when the server does not list it.
   [[nodiscard]] Future<Shared<Playlist>> fetchPlaylist(std::string_view id,
                                                        const Video& including) const;
   /// Never cached, nor are the other searches.

@@ -7,11 +7,11 @@
 namespace orvo {
 namespace {
 
-/// Where the list goes on, or nothing when this was its last part.
+/// Where the list continues, or nothing when this was its last part.
 std::optional<ListPartRequest> nextPart(const PagingMeta& meta) {
   std::int64_t next = 0;
   if (__builtin_add_overflow(meta.offset, meta.limit, &next)) {
-    detail::fatal("the offset of the next page is beyond 64 bits");
+    detail::fatal("the offset of the next part is beyond 64 bits");
   }
   if (meta.total <= next) return std::nullopt;
   return ListPartRequest{.offset = next, .limit = meta.limit};

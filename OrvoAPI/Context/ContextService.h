@@ -25,7 +25,7 @@ struct ContextService {
   ContextService() = delete;
 
   /// Opens a session and downloads the configuration, at once and without authorisation, and makes
-  /// the context of both. There is no retry and no fallback: any failure fails the future, one of
+  /// the context from both. There is no retry and no fallback: any failure fails the future, one of
   /// the session before one of the configuration. Transport errors come unchanged; a status of 400
   /// or above, and a document that cannot be read, within `GeneralError::underlying`. Cancelling
   /// the future cancels the session's request.
@@ -33,7 +33,7 @@ struct ContextService {
       Environment environment, Client client, const BootstrapOptions& options = {});
 
   /// The same for a deployment with base URLs of its own, which may be http. Both end with "/". A
-  /// relative one of the API fails with `URLService::Error::invalidInput`, and nothing is sent.
+  /// relative API base fails with `URLService::Error::invalidInput`, and nothing is sent.
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       const URL& baseURL, const URL& resourceURL, Client client,
       const BootstrapOptions& options = {});

@@ -15,7 +15,7 @@ template <>
 inline constexpr EnumCase enumCases<Environment>[] = {
     {"production", ""}, {"qa", ""}, {"staging", ""}};
 
-/// All deployments, in the order in which they are offered to a choice.
+/// All deployments, in the order in which they are offered for choice.
 inline constexpr std::array allEnvironments{Environment::production, Environment::qa,
                                             Environment::staging};
 

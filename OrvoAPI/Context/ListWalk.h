@@ -36,7 +36,7 @@ concept Listed = std::same_as<T, ItemCollection> || std::same_as<T, Playlist> ||
 ///     }
 ///
 /// The walk ends with the list: after the part that reaches its total, and before one that would
-/// not lie further on, or beyond 64 bits, so that no server makes it go round for ever.
+/// not lie further on, or lie beyond 64 bits, so that no server can make it go round for ever.
 template <Listed T>
 class ListWalk {
  public:
@@ -56,9 +56,9 @@ class ListWalk {
   /// next part is asked for.
   [[nodiscard]] bool ended() const { return walk_->ended(); }
 
-  /// Calls `task(const Shared<T>&)` on the queue with each part that is left, one call at a time;
-  /// the next part is asked for when the call has returned. A task may return false to have no
-  /// more.
+  /// Calls `task(const Shared<T>&)` on the queue with each remaining part, one call at a
+  /// time; the next part is asked for when the call has returned. A task may return false to
+  /// stop.
   ///
   /// The future succeeds after the last part: with false when a task wanted no more, else with
   /// true. The first error fails it, what a task throws included; the walk can then go on where it

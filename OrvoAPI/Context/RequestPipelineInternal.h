@@ -16,11 +16,11 @@ struct RequestPolicy {
   bool authed = true;  // the token is sent; it is waited for in any case
 };
 
-/// Sends the content requests of a `Context`, which owns it: gets the token, adds it, sorts the
+/// Sends the content requests of a `Context`, which owns it: gets the token, adds it, checks the
 /// status, and after a 401 renews the session once and sends again. Safe to use from any thread.
 ///
-/// What is under way holds the providers, not the pipeline. So a call whose context goes while its
-/// session is being renewed never completes: nobody is left to renew it for.
+/// What is under way holds the providers, not the pipeline. So a call whose context is destroyed
+/// while its session is being renewed never completes: nothing is left to send it again.
 class RequestPipeline final : public std::enable_shared_from_this<RequestPipeline> {
  public:
   RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,

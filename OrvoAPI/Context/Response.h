@@ -14,7 +14,7 @@ namespace orvo {
 struct Response {
   Response() = delete;
 
-  /// A status that is no success. A value.
+  /// A status of 400 or above. A value.
   class Error : public detail::ErrorEnumeration<Error> {
    public:
     struct badStatus {

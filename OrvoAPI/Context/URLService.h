@@ -48,7 +48,7 @@ struct URLService {
   /// process.
   [[nodiscard]] URL session(Client client) const;
 
-  /// Where the remote configuration lies; fails with `Error::invalidInput` and the client's raw
+  /// The remote configuration's address; fails with `Error::invalidInput` and the client's raw
   /// value.
   [[nodiscard]] Result<URL> configuration(Client client) const;
 

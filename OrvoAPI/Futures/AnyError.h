@@ -50,7 +50,7 @@ class TypedErrorBox final : public ErrorBox {
   E error_;
 };
 
-/// The case of an error enumeration names the enumeration it belongs to; an error holds the whole.
+/// A case of an error enumeration names its enumeration, which is what an error holds.
 template <class E>
 struct ErrorTypeOf {
   using type = E;

@@ -15,33 +15,33 @@
 ///       co_return (*video.value())->title;
 ///     }
 ///
-/// `co_await` gives the future's `Result` and goes on on the future's callback queue, or on the one
+/// `co_await` gives the future's `Result` and resumes on the future's callback queue, or on the one
 /// named with `resumeOn`; never at once, even when the result is there. When the awaited future is
-/// cancelled before it is completed, the coroutine goes on, on that queue, with `URLError` -999.
+/// cancelled before it is completed, the coroutine resumes on that queue with `URLError` -999.
 ///
 /// A coroutine runs on its caller's thread up to its first wait. What it returns with `co_return`,
 /// a value, a `Failure` or a `Result`, completes its future as `Promise::success` and `failure` do,
-/// after its variables and parameters have gone. What it throws fails that future, unwrapped.
+/// after its variables and parameters are destroyed. What it throws fails that future, unwrapped.
 ///
-/// The wait owns the frame. When the awaited future goes without a result, or the queue destroys
-/// the job that was to go on, the frame is destroyed with its variables, and the coroutine's own
-/// future stays pending, as that of a dropped promise does. A coroutine that holds a handle to the
-/// very future that it awaits keeps it from going: await the call itself, or
+/// The wait owns the frame. When the awaited future is destroyed without a result, or the queue
+/// destroys the job that was to continue, the frame is destroyed with its variables, and the
+/// coroutine's own future stays pending, as that of a dropped promise does. A coroutine that holds
+/// a handle to the very future that it awaits keeps that alive: await the call itself, or
 /// `std::move(variable)`, where a promise may be dropped.
 ///
 /// Dropping or cancelling the future that a coroutine returned does not stop the coroutine; its
-/// outcome is dropped then.
+/// outcome is then dropped.
 
 namespace orvo {
 
-/// To be awaited: the result of the future; the coroutine goes on on the queue.
+/// To be awaited: gives the future's result; the coroutine resumes on the queue.
 template <class T>
 [[nodiscard]] detail::FutureAwaiter<T> resumeOn(std::shared_ptr<DispatchQueue> queue,
                                                 Future<T> future) {
   return {std::move(queue), std::move(future)};
 }
 
-/// The result of the future; the coroutine goes on on the future's callback queue.
+/// Gives the future's result; the coroutine resumes on the future's callback queue.
 template <class T>
 [[nodiscard]] detail::FutureAwaiter<T> operator co_await(Future<T> future) {
   auto queue = future.callbackQueue();

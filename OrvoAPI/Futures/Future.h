@@ -33,19 +33,19 @@ struct IsFuture<Future<T>> : std::true_type {
 }  // namespace detail
 
 /// A result that will be there later. A cheap handle to shared state: copies are the same future,
-/// which lives as long as somebody holds one; one that was moved from can only be assigned to or
-/// destroyed. Safe to use from any thread.
+/// which lives as long as any of them; a moved-from handle can only be assigned to or destroyed.
+/// Safe to use from any thread.
 ///
 /// Callbacks run on the queue named at registration, else on the future's `callbackQueue`, never
 /// from inside the call that registers them. They are posted in the order in which they were
 /// registered. The result that a callback is given is immutable and shared. What a callback throws
 /// reaches whoever runs its queue.
 ///
-/// Callbacks are kept until they are posted or the future goes: one that holds its own future, or
-/// one made from it, keeps it alive until somebody completes it, a cancel callback until somebody
-/// cancels it.
+/// Callbacks are kept until they are posted or the future is destroyed: one that holds its own
+/// future, or one derived from it, keeps it alive until it is completed, a cancel callback until it
+/// is cancelled.
 ///
-/// A future can be completed again: the newer result replaces the older for those who ask later, no
+/// A future can be completed again: the newer result replaces the older for whatever asks later, no
 /// callback runs twice, and every result lives as long as the future.
 template <class T>
 class Future {
@@ -81,14 +81,14 @@ class Future {
   [[nodiscard]] bool didFail() const { return error() != nullptr; }
   [[nodiscard]] bool isCancelled() const { return core_->isCancelled(); }
   [[nodiscard]] const Queue& callbackQueue() const { return core_->callbackQueue(); }
-  /// The label of the serial queue that guards this future's state; for people who debug.
+  /// The label of the serial queue that guards this future's state; for debugging.
   [[nodiscard]] std::string internalCallbackQueueLabel() const { return core_->queueLabel(); }
 
   /// Completes, unless the future is cancelled: then the value is dropped.
   void success(T value) const { core_->settle(std::move(value)); }
   /// Fails, unless the future is cancelled: then the error is dropped.
   void failure(AnyError error) const { core_->settle(Failure{std::move(error)}); }
-  /// Completes even a cancelled future, for those who must learn the outcome in any case.
+  /// Completes even a cancelled future, where the outcome must be learned in any case.
   void complete(Result<T> result) const { core_->complete(std::move(result)); }
 
   /// Calls `task(const Result<T>&)` on the queue once the result is there.
@@ -139,13 +139,13 @@ class Future {
 
   /// Marks the future cancelled and runs its cancel callbacks on this thread, those of the futures
   /// that it was derived from first. The result stays what it is; a later `success` or `failure` is
-  /// dropped. What a cancel callback throws leaves this call; those that were to follow are
+  /// dropped. What a cancel callback throws leaves this call; the callbacks that remain are
   /// dropped.
   void cancel() const { core_->cancel(); }
 
   /// The value transformed by `transform`, which runs on the queue. One that throws or returns a
   /// failed `Result` fails the new future with `GeneralError::underlying`; an error of this future
-  /// passes unchanged. Cancelling the new future cancels this one.
+  /// passes through unchanged. Cancelling the new future cancels this one.
   template <class F>
   [[nodiscard]] auto map(Queue queue, F&& transform) const {
     return derive<detail::ErrorForm::wrapped>(std::move(queue), std::forward<F>(transform));
@@ -155,7 +155,7 @@ class Future {
     return map(callbackQueue(), std::forward<F>(transform));
   }
 
-  /// Goes on with the future that `task` returns; it runs on the queue. Cancelling the new future
+  /// Continues with the future that `task`, called on the queue, returns. Cancelling the new future
   /// cancels this one, never the one that the task returned.
   template <class F>
   [[nodiscard]] auto flatMap(Queue queue, F&& task) const {
@@ -179,7 +179,7 @@ class Future {
         });
   }
 
-  /// Both values. An error of this future comes before one of the other's.
+  /// Both values. An error of this future takes precedence over one of the other's.
   template <class U>
   [[nodiscard]] Future<std::pair<T, U>> zip(Future<U> other) const {
     return flatMap([other = std::move(other)](const T& left) {
@@ -200,8 +200,8 @@ class Future {
   }
 
   /// The values of all futures, in their order; the first failure in that order, as soon as all
-  /// before it are done. Cancelling it reaches the first future only, while that one's result is
-  /// not there.
+  /// before it are done. Cancelling it reaches the first future only, and only until that has a
+  /// result.
   [[nodiscard]] static Future<std::vector<T>> concat(std::vector<Future> futures) {
     if (futures.empty()) return Future<std::vector<T>>::succeeded({});
     const auto first = futures.front().core_;
@@ -220,8 +220,8 @@ class Future {
   }
 
   /// Blocks until the result is there, for tools and tests. Fails with `URLError` -1001 after the
-  /// time, with -999 as soon as the future is cancelled, and at once with
-  /// `GeneralError::unableToPerformAction` on a thread that the library must not see blocked.
+  /// limit, with -999 as soon as the future is cancelled, and at once with
+  /// `GeneralError::unableToPerformAction` where `DispatchQueue::isBlockingRefused`.
   [[nodiscard]] Result<T> wait(std::chrono::milliseconds limit) const;
 
  private:

@@ -115,8 +115,8 @@ class [[nodiscard]] Result {
     return failed() ? T(std::forward<F>(fallback)()) : *value();
   }
 
-  /// The success value; throws the error on failure. The fallback is never called: those who rely
-  /// on the error reaching them have come to depend on it (`rescue` is the one that falls back).
+  /// The success value; throws the error on failure. The fallback is never called: existing callers
+  /// depend on the error reaching them (`rescue` is the one that falls back).
   template <std::invocable F>
   [[nodiscard]] T d_rescue(F&&) const {
     return force();

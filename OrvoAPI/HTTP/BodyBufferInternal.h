@@ -21,11 +21,11 @@ class BodyBuffer {
  public:
   [[nodiscard]] std::size_t size() const { return size_; }
 
-  /// Makes room for so many bytes in all, as far as that is worth believing.
+  /// Makes room for so many bytes in all, as far as that figure is credible.
   void expect(std::size_t size);
   void append(std::string_view bytes);
 
-  /// Hands the bytes over and begins anew.
+  /// Hands the bytes over and starts afresh.
   [[nodiscard]] Data take();
 
  private:

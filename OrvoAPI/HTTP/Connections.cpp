@@ -16,7 +16,7 @@
 namespace orvo::detail {
 namespace {
 
-/// A connection on which somebody was answered so shortly before a time-out is not the cause.
+/// A connection heard from this shortly before a time-out is not its cause.
 constexpr std::chrono::milliseconds kAlive{500};
 constexpr unsigned kInputsBetweenWeighings = 16;
 

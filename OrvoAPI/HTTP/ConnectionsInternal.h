@@ -18,8 +18,8 @@ namespace orvo::detail {
 
 /// The connections that libcurl has open in one pool, by their sockets: which may be dead, and
 /// which brings more than it may. libcurl opens and closes them through here, so that a socket in
-/// the list is always the one that is meant. Of the network thread; the watchdog looks on, and may
-/// shut a connection down, from its own.
+/// the list is always the one that is meant. Used on the network thread; the watchdog looks on from
+/// its own, and may shut a connection down.
 ///
 /// A connection is *suspect* when a request to its host has timed out, or the device has slept, and
 /// nothing was heard on it since; *retired* when the app says that the network has changed.
@@ -27,7 +27,7 @@ namespace orvo::detail {
 /// down, which libcurl notices before it uses them again.
 class Connections {
  public:
-  /// A connection for as long as the process lives; its socket's number may be another's later.
+  /// Names a connection for the life of the process; its socket's number may be reused.
   struct ID {
     int socket = -1;
     std::uint64_t number = 0;  // zero: none
@@ -41,18 +41,19 @@ class Connections {
   Connections(const Connections&) = delete;
   Connections& operator=(const Connections&) = delete;
 
-  /// As libcurl's own, but that programs which the app starts do not inherit the socket.
+  /// As libcurl's own, except that programs which the app starts do not inherit the socket.
   int open(const curl_sockaddr& address, std::string_view host);
   int close(int socket);
-  /// The open one with these ends, or none.
+  /// The open connection with these endpoints, or none.
   [[nodiscard]] ID find(std::string_view peer, int peerPort, int localPort);
 
-  /// Bytes have come; true from time to time, when it should be weighed.
+  /// Bytes have arrived; true from time to time, when it should be weighed.
   [[nodiscard]] bool noteInput(int socket);
-  /// A transfer has ended that so many bytes were delivered to.
+  /// A transfer has ended to which so many bytes were delivered.
   void settle(const ID& connection, std::uint64_t delivered);
-  /// Whether it brings too much: beyond any earlier point, `kMostBytesForOne` times what has been
-  /// delivered since and one answer's bound more. `delivered` is that of the transfers under way.
+  /// Whether it brings too much: since some earlier point, more than `kMostBytesForOne` times the
+  /// sum of what was delivered and the bound of one answer. `delivered` is that of the transfers
+  /// under way.
   [[nodiscard]] bool isOverdrawn(const ID& connection, std::uint64_t delivered,
                                  std::uint64_t bound);
   static constexpr std::uint64_t kMostBytesForOne = 4;
@@ -104,7 +105,7 @@ class Connections {
   std::map<int, Connection> connections_ ORVO_GUARDED_BY(lock_);
   std::uint64_t lastNumber_ ORVO_GUARDED_BY(lock_) = 0;
   std::vector<ID> flooded_ ORVO_GUARDED_BY(lock_);
-  bool mayBeCondemned_ = false;  // of the network thread: some are, or were
+  bool mayBeCondemned_ = false;  // network thread only: some are, or were
   std::atomic<bool> hasFlooded_{false};
 };
 

@@ -17,7 +17,7 @@ int couldNotConnect(CURL* transfer) {
   return offline ? URLError::notConnectedToInternet : URLError::cannotConnectToHost;
 }
 
-/// The TLS library's verify results, which its own headers number so for good.
+/// The TLS library's verify results, whose numbers its headers fix for good.
 int certificateFault(CURL* transfer) {
   switch (number(transfer, CURLINFO_SSL_VERIFYRESULT)) {
     case 9:  // not yet valid
@@ -40,7 +40,7 @@ int errorCode(CURL* transfer, CURLcode code) {
     case CURLE_BAD_FUNCTION_ARGUMENT:
       return URLError::badURL;
     case CURLE_UNSUPPORTED_PROTOCOL:
-      // After the request it is the answer that speaks no protocol that we know.
+      // Once the request is sent, it is the answer that is in no protocol that we know.
       return number(transfer, CURLINFO_REQUEST_SIZE) > 0 ? URLError::badServerResponse
                                                          : URLError::unsupportedURL;
     case CURLE_NOT_BUILT_IN:

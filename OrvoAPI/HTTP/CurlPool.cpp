@@ -48,7 +48,7 @@ CurlPool::~CurlPool() {
 void CurlPool::adjustHostConnections(long connections) {
   hostConnections_ += connections;
   curl_multi_setopt(multi_, CURLMOPT_MAX_HOST_CONNECTIONS, hostConnections_);
-  // Without it a burst that ends closes most of its connections.
+  // Without it, the end of a burst would close most of its connections.
   curl_multi_setopt(multi_, CURLMOPT_MAXCONNECTS, std::max(4 * hostConnections_, 8L));
 }
 
@@ -124,8 +124,8 @@ void CurlPool::socketIsReady(int socket, std::uint32_t events, void* context) {
   if (isToBeWeighed) weigh(socket);
 }
 
-/// Ends the transfers of a connection that brings too much for what it delivers, as endless
-/// decorations of chunks and empty frames do.
+/// Ends the transfers of a connection that brings too much for what it delivers, as with endless
+/// chunk extensions and empty frames.
 void CurlPool::weigh(int socket) {
   std::uint64_t delivered = 0, bound = 0;
   Connections::ID connection;
@@ -203,8 +203,8 @@ int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self,
   }
   auto* const transfer = CurlTransfer::from(handle);
   if (transfer != nullptr) {
-    // One whose connection broke goes on with another. The earlier socket is forgotten: it may
-    // outlive the transfer.
+    // A transfer whose connection broke goes on with another. The earlier socket is forgotten: it
+    // may outlive the transfer.
     const int earlier = std::exchange(transfer->place().socket, socket);
     if (earlier >= 0 && earlier != socket) thread.forgetContext(earlier, transfer);
   }

@@ -14,7 +14,7 @@
 namespace orvo::detail {
 
 /// The connections of all sessions that trust the same authorities, over one multi handle of
-/// libcurl, with the transfers that are under way on them. Of the network thread; held by its
+/// libcurl, with the transfers that are under way on them. Used on the network thread; held by its
 /// sessions, and closed with the last of them.
 ///
 /// One for several sessions because opening the first connection of a multi handle costs 50 ms, for
@@ -29,14 +29,14 @@ class CurlPool {
   CurlPool(const CurlPool&) = delete;
   CurlPool& operator=(const CurlPool&) = delete;
 
-  /// A session has come, or gone with a negative number: so many more connections to one host.
+  /// A session has come or, with a negative number, gone: so many more connections to one host.
   void adjustHostConnections(long connections);
 
-  /// Lets the transfer begin; its session learns the end.
+  /// Starts the transfer; its session learns of its end.
   void add(std::unique_ptr<CurlTransfer> transfer);
   /// Ends all transfers of the session.
   void endAll(const CurlSession& session, const URLError& error);
-  /// Ends those whose deadline has passed, as soon as libcurl can bear it.
+  /// Ends those whose deadline has passed, as soon as libcurl allows it.
   void checkDeadlinesSoon() { nextDeadline_ = NetworkTime::min(); }
   [[nodiscard]] Connections& connections() { return connections_; }
   /// Nothing new is sent on the connections that are open now, or, when the device has slept, not
@@ -50,7 +50,7 @@ class CurlPool {
 
   /// `context` is what the socket is watched with; `events` are those of epoll.
   void socketIsReady(int socket, std::uint32_t events, void* context);
-  /// Does what was due by now.
+  /// Does what is due by now.
   void runTimers();
   /// When `runTimers` has something to do; the largest time when it never has.
   [[nodiscard]] NetworkTime nextTimer() const {
@@ -76,7 +76,7 @@ class CurlPool {
   long hostConnections_ = 0;
   std::vector<std::unique_ptr<CurlTransfer>> active_;
   NetworkTime curlTimer_ = NetworkTime::max();
-  NetworkTime nextDeadline_ = NetworkTime::max();  // not after the first one
+  NetworkTime nextDeadline_ = NetworkTime::max();  // at or before the first one
 };
 
 }  // namespace orvo::detail

@@ -8,8 +8,8 @@
 namespace orvo::detail {
 namespace {
 
-/// With more streams an HTTP/2 connection gets slower instead of faster: their bodies come in turns
-/// and drive each other out of the processor's caches (60 KB: 1.7 times the time with 100).
+/// With more streams an HTTP/2 connection gets slower instead of faster: their bodies arrive by
+/// turns and evict each other from the processor's caches (60 KB: 1.7 times the time with 100).
 constexpr std::size_t kStreamsPerHost = 16;
 /// Enough for a burst to find handles and hosts as the last one left them.
 constexpr std::size_t kIdleTransfersKept = 16;

@@ -17,24 +17,24 @@
 
 namespace orvo::detail {
 
-/// A place where connections lead: scheme, name and port.
+/// Where connections lead: scheme, name and port.
 struct CurlHost {
-  std::string_view name;  // of the map that it stands in
+  std::string_view name;  // a view of its key in the map
   std::size_t underWay = 0;
-  /// One connection carries many exchanges, so that connections need not be waited for.
+  /// One connection carries many exchanges, so that an exchange need not wait for one.
   bool multiplexed = false;
-  /// The last exchange found no way there: its name may lead elsewhere by now.
+  /// The last exchange could not reach it: its name may resolve elsewhere by now.
   bool isFailing = false;
   std::list<std::shared_ptr<HTTPExchange>> waiting = {};
 };
 
 /// Admits the exchanges of one session to a pool of connections, as many to each host as it may
-/// have, and keeps the session's cookies. Of the network thread, which holds it from its first
+/// have, and keeps the session's cookies. Used on the network thread, which holds it from its first
 /// exchange until it is closed.
 ///
-/// An exchange is *waiting* while its host has as many under way as it may have: then it costs no
-/// handle, and of its limits only that of the whole runs. *Under way* it has a transfer, which the
-/// pool holds and which holds it. At its *end* the transfer goes back among the idle ones, the next
+/// An exchange is *waiting* while its host has as many under way as it may have: it then costs no
+/// handle, and of its limits only the total one runs. *Under way* it has a transfer, which the pool
+/// holds and which holds it. At its *end* the transfer goes back among the idle ones, the next
 /// exchange that waits for the host takes its place, and the exchange learns the outcome; the
 /// session forgets it.
 class CurlSession {
@@ -49,10 +49,10 @@ class CurlSession {
 
   /// The session takes the transfer back from the pool.
   void transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome);
-  /// A transfer has failed where libcurl does not see it: soon its deadline has passed.
+  /// A transfer has failed unseen by libcurl: it ends at the next check of the deadlines.
   void transferDidFail() { pool_->checkDeadlinesSoon(); }
 
-  /// The network may be another: names are asked for their addresses anew.
+  /// The network may have changed: names are resolved anew.
   void networkDidChange();
 
   // For the network thread.
@@ -77,7 +77,7 @@ class CurlSession {
   CURLSH* share_ = nullptr;
   std::map<std::string, CurlHost, std::less<>> hosts_;
   std::vector<std::unique_ptr<CurlTransfer>> idle_;
-  NetworkTime nextDeadline_ = NetworkTime::max();  // not after the first one of those that wait
+  NetworkTime nextDeadline_ = NetworkTime::max();  // at or before the first of those that wait
 };
 
 }  // namespace orvo::detail

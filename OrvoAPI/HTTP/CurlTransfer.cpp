@@ -19,14 +19,14 @@ namespace {
 constexpr std::size_t kUsualFields = 16;
 constexpr std::size_t kUsualFieldBytes = 384;
 
-/// Before 8.2 a handle remembers the last header field of its earlier answer, freed by then, and
-/// writes into that when the next answer's header begins with a folded line.
+/// Before libcurl 8.2 a handle remembers the last header field of its previous answer, freed by
+/// then, and writes into it when the next answer's header begins with a folded line.
 bool handlesRememberFields() {
   static const bool remember = curl_version_info(CURLVERSION_NOW)->version_num < 0x080200;
   return remember;
 }
 
-/// Within which a header has to be complete.
+/// A header has to be complete within so many time-out intervals.
 constexpr int kIntervalsForHeader = 4;
 
 /// Whether libcurl, which takes a mebibyte for the head of a request, could not send this one.
@@ -72,7 +72,7 @@ CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH*
   // A first burst waits for one connection to tell whether it can carry all of them.
   set(CURLOPT_PIPEWAIT, 1L);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
-  // A connection whose other end has gone in silence is found out before it is wanted.
+  // A connection whose other end vanished in silence is found out before it is needed.
   set(CURLOPT_TCP_KEEPALIVE, 1L);
   set(CURLOPT_TCP_KEEPIDLE, 30L);
   set(CURLOPT_TCP_KEEPINTVL, 10L);
@@ -86,8 +86,8 @@ void CurlTransfer::setSecurity(const URLSessionConfiguration& configuration) {
   set(CURLOPT_PROTOCOLS_STR, "http,https");
   if (!configuration.writesKeyLog) forgoKeyLog(handle_);
   set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
-  // Searching a folder of certificates for each connection costs 50 ms; the one file is read once
-  // and kept.
+  // Searching a directory of certificates for each connection costs 50 ms; the one file is read
+  // once and kept.
   set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
   if (configuration.certificateAuthorityFile) {
     set(CURLOPT_CAINFO, configuration.certificateAuthorityFile->c_str());
@@ -103,7 +103,7 @@ void CurlTransfer::setCallbacks() {
   set(CURLOPT_DEBUGDATA, this);
   set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
   set(CURLOPT_OPENSOCKETDATA, this);
-  // Of the pool: a connection may outlive the transfer that it was opened for.
+  // The pool's, since a connection may outlive the transfer that it was opened for.
   set(CURLOPT_CLOSESOCKETFUNCTION, &CurlTransfer::onCloseSocket);
   set(CURLOPT_CLOSESOCKETDATA, &connections_);
   set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
@@ -124,12 +124,12 @@ void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& se
   noteActivity();
   const auto& request = exchange_->exchangeRequest();
   set(CURLOPT_URL, request.url.text().c_str());
-  // HTTP/2 comes by agreement within TLS only. Offered without, a first burst would wait for the
-  // first answer.
+  // HTTP/2 is negotiated within TLS only. Were it offered without TLS, a first burst would wait for
+  // the first answer.
   const bool secure = request.url.text().starts_with("https:");
   set(CURLOPT_HTTP_VERSION, long{secure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1});
-  // It gives a second address its chance when a first one does not answer. Zero would mean the
-  // library's own choice.
+  // It gives a second address a chance when the first does not answer. Zero would mean libcurl's
+  // default.
   constexpr long kLongest = std::numeric_limits<int>::max();
   const long timeout = request.timeoutInterval.count();
   set(CURLOPT_CONNECTTIMEOUT_MS, timeout > 0 ? std::min(timeout, kLongest) : kLongest);
@@ -231,7 +231,7 @@ void CurlTransfer::giveUp() {
 
 HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   if (failure_) return *std::move(failure_);
-  // A single header line beyond what libcurl takes.
+  // A single header line longer than libcurl accepts.
   if (code == CURLE_OUT_OF_MEMORY && !headIsComplete_) {
     if (isTooLong(exchange_->exchangeRequest())) {
       return URLError{URLError::badURL, "the request's header is too long"};
@@ -243,7 +243,7 @@ HTTPOutcome CurlTransfer::outcome(CURLcode code) {
   curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
   if (status == 0) return URLError{URLError::badURL, "no HTTP response"};
   if (status < 100 || status > 999) return URLError{URLError::badServerResponse, "no status"};
-  // libcurl takes an end within the header, or behind an interim response, for the answer's.
+  // libcurl takes an end within the header, or after an interim response, for the answer's.
   const bool interim = status < 200 && status != 101;
   if (!headIsComplete_ || interim) {
     return URLError{URLError::networkConnectionLost, "the connection ended within the header"};
@@ -283,7 +283,7 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
   if (headerBytes_ > maximumHeaderSize_) return failTooLong("the header is too long");
   if (bodyHasBegun_) return true;  // trailers
   if (line.starts_with("HTTP/")) {
-    // Another response than the one before, which was an interim one.
+    // A new response: the one before was an interim one.
     multiplexed_ = line.starts_with("HTTP/2");
     headIsComplete_ = false;
     if (headerBegan_ == NetworkTime::max()) headerBegan_ = lastActivity_;
@@ -351,8 +351,8 @@ std::size_t CurlTransfer::onBody(char* bytes, std::size_t size, std::size_t coun
   });
 }
 
-/// Sees the line behind the status before libcurl does, and nothing else: a trace of all would
-/// cost more than the transfer. To pause is what keeps libcurl from the line.
+/// Sees the line after the status line before libcurl does, and nothing else: tracing everything
+/// would cost more than the transfer. Pausing is what keeps libcurl from that line.
 int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size,
                           void* self) {
   if (kind != CURLINFO_HEADER_IN) return 0;

@@ -18,9 +18,9 @@ namespace orvo::detail {
 struct CurlHost;
 class CurlSession;
 
-/// A place for one transfer at a time: the handle with its settings, and what has arrived. Of the
-/// network thread. The session keeps it for the next transfer, since making one costs more than a
-/// short transfer itself.
+/// A place for one transfer at a time: the handle with its settings, and what has arrived. Used on
+/// the network thread. The session keeps it for the next transfer, since making one costs more than
+/// a short transfer itself.
 class CurlTransfer {
  public:
   /// `share` holds the session's cookies and TLS sessions; `connections` are the pool's.
@@ -43,17 +43,18 @@ class CurlTransfer {
   /// Lets go of the exchange and of all that it needed.
   void clear();
 
-  /// Its socket is ready. Until the header is complete that is activity, for libcurl tells only of
-  /// whole lines; on a connection with several exchanges it may be another's.
+  /// Its socket is ready. Until the header is complete that counts as activity, since libcurl
+  /// reports only whole lines; not on a multiplexed connection, where it may be another exchange's.
   void noteSocketActivity(bool isInput);
-  /// When the silence, the header or the whole has lasted too long; long ago when it has failed.
+  /// When the silence, the header or the whole will have lasted too long; long ago when it has
+  /// failed.
   [[nodiscard]] NetworkTime deadline() const;
   /// Whether it has a failure that libcurl does not know of.
   [[nodiscard]] bool hasFailed() const { return failure_.has_value(); }
 
-  /// What it is sent on, or was; none while it is not.
+  /// The connection that it is sent on, or was; none while there is none.
   [[nodiscard]] const Connections::ID& connection() const { return connection_; }
-  /// Has it take a new connection, and ask for the name's address anew; before it begins.
+  /// Makes it take a new connection, and resolve the name anew; called before it begins.
   void setFresh(bool connection, bool name);
   /// Bytes of the header, interim ones included, and of the body, decoded, so far.
   [[nodiscard]] std::uint64_t received() const { return received_; }
@@ -83,7 +84,7 @@ class CurlTransfer {
   void set(CURLoption option, T value) {
     curl_easy_setopt(handle_, option, value);
   }
-  /// What came of it, taken out.
+  /// Its outcome, moved out.
   [[nodiscard]] HTTPOutcome outcome(CURLcode code);
   void setSecurity(const URLSessionConfiguration& configuration);
   void setCallbacks();
@@ -117,7 +118,7 @@ class CurlTransfer {
   bool freshConnection_ = false;
   bool freshName_ = false;
 
-  // Of the transfer under way.
+  // For the transfer under way.
   CurlSession* session_ = nullptr;
   CurlHost* host_ = nullptr;
   Place place_;

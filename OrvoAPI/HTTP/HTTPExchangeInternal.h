@@ -17,7 +17,7 @@ class CurlTransfer;
 
 using NetworkTime = std::chrono::steady_clock::time_point;
 
-/// Whether a time limit is one: zero is none, and what nobody lives to see.
+/// Whether a time limit is one: zero is none, nor is more than a year.
 [[nodiscard]] inline bool isLimit(std::chrono::milliseconds limit) {
   return limit > limit.zero() && limit <= std::chrono::hours(24 * 365);
 }
@@ -35,10 +35,10 @@ class HTTPExchange {
 
   /// What to send; not changed from the start to the end.
   [[nodiscard]] virtual const URLRequest& exchangeRequest() const = 0;
-  /// Called on the network thread, once for each start; must not block nor run foreign code.
+  /// Called on the network thread, once for each start; must not block or run foreign code.
   virtual void exchangeDidEnd(HTTPOutcome outcome) = 0;
 
-  /// When it has to have ended, whatever happens; the largest time when that is left open.
+  /// When it must have ended, whatever happens; the largest time when there is no limit.
   [[nodiscard]] NetworkTime deadline() const { return deadline_; }
 
   /// Whether it ends as soon as it is started. Any thread.
@@ -54,7 +54,7 @@ class HTTPExchange {
 
   std::atomic<bool> cancelled_{false};
   NetworkTime deadline_ = NetworkTime::max();
-  // Of the network thread.
+  // Network thread only.
   CurlTransfer* transfer_ = nullptr;  // while it is under way
   CurlHost* waitingFor_ = nullptr;    // while it waits for a free connection
   std::list<std::shared_ptr<HTTPExchange>>::iterator place_;  // then

@@ -50,7 +50,7 @@ void HTTPHeaders::add(std::string_view name, std::string_view value) {
 }
 
 void HTTPHeaders::set(std::string_view name, std::string_view value) {
-  const std::string copy(value);  // it may be a view of a field that goes
+  const std::string copy(value);  // it may be a view of a field that is removed
   const std::string nameCopy(name);
   remove(nameCopy);
   add(nameCopy, copy);

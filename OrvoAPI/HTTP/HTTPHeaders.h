@@ -24,9 +24,9 @@ class HTTPHeaders {
 
   /// Makes room for so many fields with so many bytes in all.
   void reserve(std::size_t fields, std::size_t bytes);
-  /// Adds a field behind the others; one of that name which is there already stays.
+  /// Adds a field after the others; those of the same name stay.
   void add(std::string_view name, std::string_view value);
-  /// Puts a field in place of all of that name.
+  /// Puts a field in place of any others of that name.
   void set(std::string_view name, std::string_view value);
   void remove(std::string_view name);
 

@@ -27,7 +27,7 @@ CURLcode onContext(CURL*, void* context, void*) {
 }  // namespace
 
 void forgoKeyLog(CURL* handle) {
-  // As everybody who reads the environment: safe as long as the app does not write to it.
+  // Like every read of the environment: safe as long as the app does not write to it.
   if (std::getenv("SSLKEYLOGFILE") == nullptr) return;  // NOLINT(concurrency-mt-unsafe)
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &onContext);
 }

@@ -23,7 +23,7 @@ constexpr int kEventsAtATime = 64;
 constexpr std::chrono::seconds kExitPatience{2};
 /// Longer than a few answers take, shorter than anybody notices.
 constexpr std::chrono::microseconds kLongestHold{250};
-/// Nobody forgets a connection for less.
+/// Nothing on the way forgets a connection for less.
 constexpr std::chrono::seconds kShortestSleep{5};
 
 [[gnu::tls_model("initial-exec")]] thread_local constinit bool isNetworkThread = false;
@@ -37,10 +37,10 @@ std::chrono::nanoseconds sleptSinceBoot() {
          std::chrono::nanoseconds(all.tv_nsec - awake.tv_nsec);
 }
 
-/// Has the TLS library register its exit handler now, so that ours, registered behind it, runs
-/// first. Else it would do so within libcurl's initialisation, and a process that ends at that
-/// moment would take the TLS library apart while the network thread sets it up. Found by name, for
-/// libcurl may use another one.
+/// Makes the TLS library register its exit handler now, so that ours, registered after it, runs
+/// first. Otherwise it would do so within libcurl's initialisation, and a process that ends at that
+/// moment would take the TLS library down while the network thread sets it up. Found by name,
+/// because libcurl may use another one.
 void registerCleanupOfTLS() {
   using Initialise = int (*)(std::uint64_t, const void*);
   // The least part of it: asked for none at all, it registers nothing.
@@ -60,7 +60,7 @@ bool NetworkThread::isCurrent() { return isNetworkThread; }
 
 std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration configuration) {
   if (!configuration.certificateAuthorityFile) {
-    // As everybody who reads the environment: safe as long as the app does not write to it.
+    // Like every read of the environment: safe as long as the app does not write to it.
     const char* const file = std::getenv("SSL_CERT_FILE");  // NOLINT(concurrency-mt-unsafe)
     if (file != nullptr && *file != '\0') configuration.certificateAuthorityFile = file;
   }
@@ -125,11 +125,11 @@ void NetworkThread::shutDown() {
 
 void NetworkThread::run() {
   isNetworkThread = true;
-  // Here, for it takes a while, and leaves something behind with its thread. Counted: an app that
-  // uses libcurl itself does not notice.
+  // Here, because it takes a while and leaves something behind with its thread. Reference-counted:
+  // an app that uses libcurl itself does not notice.
   isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  // A second entry, to end before the TLS library takes itself apart: that one has just registered
-  // its end.
+  // Registered once more, to run before the TLS library takes itself down: that has just registered
+  // its own exit handler.
   std::atexit([] { shared().shutDown(); });
   now_ = std::chrono::steady_clock::now();
   slept_ = sleptSinceBoot();
@@ -193,7 +193,7 @@ void NetworkThread::changeNetwork() {
   for (const auto& session : sessions_) session->networkDidChange();
 }
 
-/// While the device slept, those on the way have forgotten the connections, without a word.
+/// While the device slept, servers and routers may have forgotten the connections, without a word.
 void NetworkThread::noticeSleep() {
   const auto slept = sleptSinceBoot();
   if (slept - std::exchange(slept_, slept) < kShortestSleep) return;
@@ -214,7 +214,7 @@ void NetworkThread::waitForEvents() {
   std::array<epoll_event, kEventsAtATime> events;
   int count = 0;
   if (WorkerPool::holdsAWake()) {
-    // While more comes at once, those who handle the answers are not woken for each.
+    // While more comes at once, the workers that handle the answers are not woken for each.
     count = epoll_wait(epoll_, events.data(), kEventsAtATime, 0);
     if (count <= 0 || std::chrono::steady_clock::now() >= holdEnd_) WorkerPool::wakeHeld();
   }
@@ -230,7 +230,7 @@ void NetworkThread::waitForEvents() {
       eventfd_read(wakeup_, &value);
       continue;
     }
-    // An event of a socket that was closed meanwhile finds nobody, or one who finds nothing to
+    // An event of a socket that was closed meanwhile finds no watcher, or one that finds nothing to
     // read.
     const auto watch = watches_[static_cast<std::size_t>(event.data.fd)];
     if (watch.pool != nullptr) {
@@ -257,7 +257,7 @@ void NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void
   epoll_event event{};
   event.events = events;
   event.data.fd = socket;
-  // Should a socket have been closed unnoticed, its number is another's now.
+  // If a socket was closed unnoticed, its number is another's now.
   if (watch.pool == nullptr || epoll_ctl(epoll_, EPOLL_CTL_MOD, socket, &event) != 0) {
     epoll_ctl(epoll_, EPOLL_CTL_ADD, socket, &event);
   }

@@ -24,7 +24,7 @@ class NetworkThread {
 
   // From any thread.
 
-  /// A session that belongs to this thread: what else is done with it is done here.
+  /// A session that belongs to this thread: all else that is done with it is done here.
   [[nodiscard]] static std::shared_ptr<CurlSession> makeSession(
       URLSessionConfiguration configuration);
   /// Starts the exchange, or returns why that cannot be: the process is ending, or the system has
@@ -38,12 +38,12 @@ class NetworkThread {
   void networkChanged();
   void shutDown();
 
-  /// Whether the calling thread is it.
+  /// Whether the calling thread is this one.
   [[nodiscard]] static bool isCurrent();
 
   // On the network thread, for the pools.
 
-  /// False when the HTTP library could not be initialised.
+  /// False when libcurl could not be initialised.
   [[nodiscard]] bool isUsable() const { return isUsable_; }
   /// The time at which the thread last woke up.
   [[nodiscard]] NetworkTime now() const { return now_; }
@@ -87,7 +87,7 @@ class NetworkThread {
   int epoll_ = -1;                                          // set before the thread starts
   int wakeup_ = -1;                                         // likewise
 
-  // Of the network thread.
+  // Network thread only.
   bool isUsable_ = false;
   NetworkTime now_;
   std::chrono::nanoseconds slept_{0};  // in all, when last noticed

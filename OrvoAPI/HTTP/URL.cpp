@@ -10,7 +10,7 @@
 namespace orvo {
 namespace {
 
-/// A reference taken apart by the parser, whose lists are freed again.
+/// A reference as the parser took it apart; frees the parser's lists.
 class ParsedURI {
  public:
   explicit ParsedURI(std::string_view text) {
@@ -30,7 +30,7 @@ class ParsedURI {
   [[nodiscard]] std::optional<std::string> text() const {
     int length = 0;
     if (uriToStringCharsRequiredA(&uri_, &length) != URI_SUCCESS) return std::nullopt;
-    // The writer ends its text with a NUL, for which a string has room behind its last character.
+    // The writer ends its text with a NUL, for which a string has room after its last character.
     std::string text(static_cast<std::size_t>(length), '\0');
     if (uriToStringA(text.data(), &uri_, length + 1, nullptr) != URI_SUCCESS) return std::nullopt;
     return text;
@@ -115,9 +115,9 @@ bool isQueryText(std::string_view text) {
   return true;
 }
 
-/// Where the parts end of a web address as nearly all in documents are: a host name, a path,
-/// perhaps a query. Taking such a one apart costs the parser more than all else that is done with
-/// it; whatever is less plain is its to judge.
+/// Where the parts of a web address end that is as plain as nearly all in documents: a host name, a
+/// path, perhaps a query. Taking it apart costs the parser more than all else that is done with it;
+/// anything less plain is left to the parser.
 struct PlainAddress {
   static constexpr std::string_view kScheme = "https";
   static constexpr std::size_t kHostBegin = kScheme.size() + 3;
@@ -141,8 +141,9 @@ struct PlainAddress {
   }
 };
 
-/// Whether the text is a path, perhaps with a query, that resolving only puts behind the base's
-/// path: it could not be taken for anything else, and no segment is empty, "." or "..".
+/// Whether the text is a path, perhaps with a query, that resolving only appends to the base's path
+/// up to its last "/": it could not be taken for anything else, and no segment is empty, "." or
+/// "..".
 bool isPlainPath(std::string_view text) {
   bool firstSegment = true, segmentBegins = true;
   std::size_t at = 0;
@@ -207,7 +208,7 @@ std::optional<URL> URL::parse(std::string_view text) {
   return URL(std::string(text));
 }
 
-/// Whether resolving a plain path leaves all before the last "/" of this one's path as it is.
+/// Whether resolving a plain path leaves all up to the last "/" of this URL's path as it is.
 bool URL::isPlainBase() const {
   const auto name = host();
   const auto afterName = part(hostEnd_, pathBegin_);
@@ -234,7 +235,7 @@ URL::URL(const URL& base, std::string_view plainPath)
 }
 
 std::optional<URL> URL::parse(std::string_view reference, const URL& base) {
-  // As each fetch asks for; the parser takes ten times as long for the same.
+  // What each fetch asks for; the parser takes ten times as long for the same.
   if (isPlainPath(reference) && base.isPlainBase()) {
     URL url(base, reference);
     if (url.text_.size() > kMaximumLength) return std::nullopt;
@@ -261,7 +262,7 @@ URL URL::fromPath(std::string_view path) {
   std::string text;
   appendPath(text, path);
   if (!ParsedURI(text).valid()) {
-    // ":" and "@" are good in a path, but not in what reads as the beginning of a reference.
+    // ":" and "@" are valid in a path, but not in what reads as the beginning of a reference.
     text.clear();
     appendPath(text, path, ":@");
   }

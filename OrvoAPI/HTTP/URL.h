@@ -12,8 +12,8 @@ namespace orvo {
 /// from any thread. The views that it hands out live as long as the URL itself.
 class URL {
  public:
-  /// The longest text that is taken. No server accepts as much; without a bound a hostile document
-  /// would decide how much memory taking it apart costs.
+  /// The longest text that is accepted. No server accepts as much; without a bound a hostile
+  /// document would decide how much memory it costs to parse.
   static constexpr std::size_t kMaximumLength = std::size_t{1} << 20;
 
   /// Reads an absolute or relative URL by the strict grammar of RFC 3986: no spaces, no non-ASCII,
@@ -28,7 +28,7 @@ class URL {
   [[nodiscard]] static std::optional<URL> parsePath(std::string_view path, const URL& base);
 
   /// The reference that consists of this path, which is not empty. What a path cannot hold is
-  /// percent-encoded (percent triples stay), so that it never fails, not even by length.
+  /// percent-encoded (existing escapes stay), so that it never fails, not even by length.
   [[nodiscard]] static URL fromPath(std::string_view path);
 
   [[nodiscard]] const std::string& text() const { return text_; }
@@ -40,7 +40,7 @@ class URL {
   [[nodiscard]] std::string_view scheme() const { return part(0, schemeEnd_); }
   /// Without the brackets of an IPv6 address; empty when there is none.
   [[nodiscard]] std::string_view host() const { return part(hostBegin_, hostEnd_); }
-  /// As written; absent too when it is empty or above 65535.
+  /// Only as written; also absent when it is empty or above 65535.
   [[nodiscard]] std::optional<std::uint16_t> port() const;
   [[nodiscard]] std::string_view path() const { return part(pathBegin_, pathEnd_); }
   /// Without the "?"; an empty query ("a?") is there, and empty.
@@ -48,12 +48,12 @@ class URL {
   /// Without the "#".
   [[nodiscard]] std::optional<std::string_view> fragment() const;
 
-  /// The URL with a further component behind its path: exactly one "/" between the two, each "/"
-  /// within `component` begins a segment. What a path cannot hold is percent-encoded (percent
-  /// triples stay); query and fragment stay behind the path.
+  /// The URL with a further component after its path: exactly one "/" between the two, each "/"
+  /// within `component` begins a segment. What a path cannot hold is percent-encoded (existing
+  /// escapes stay); query and fragment stay after the path.
   [[nodiscard]] URL appendingPathComponent(std::string_view component) const;
 
-  /// The URL with this query in place of its own; nothing when `query` is no valid query text.
+  /// The URL with this query in place of its own; nothing when `query` is not a valid query.
   [[nodiscard]] std::optional<URL> withQuery(std::string_view query) const;
 
   [[nodiscard]] URL withoutFragment() const;
@@ -82,7 +82,7 @@ class URL {
 };
 
 /// `text` as the value of a query item. What a query cannot hold, and "+", "&", "=", ";" and "%",
-/// which mean something else there, become percent triples: a space is "%20", never "+".
+/// which mean something else there, is percent-encoded: a space is "%20", never "+".
 [[nodiscard]] std::string percentEncodedQueryValue(std::string_view text);
 
 }  // namespace orvo

@@ -15,8 +15,8 @@ class InterceptedRequest {
  public:
   virtual ~InterceptedRequest() = default;
 
-  /// Answers as a server would: a redirecting response with a Location is followed, or not, as one
-  /// from the network.
+  /// Answers as a server would: a redirecting response with a Location is followed, or not, like
+  /// one from the network.
   virtual void respond(HTTPURLResponse response, Data body = {}) = 0;
   virtual void fail(URLError error) = 0;
 
@@ -33,9 +33,9 @@ class URLInterceptor {
  public:
   virtual ~URLInterceptor() = default;
 
-  /// Returns true to take the request: no later interceptor nor the network sees it, and it is
-  /// answered through `intercepted`. False lets it go by, whatever it was answered before. Must not
-  /// block.
+  /// Returns true to take the request: neither a later interceptor nor the network sees it, and it
+  /// is answered through `intercepted`. False lets it go by; an answer given before is then
+  /// ignored. Must not block.
   virtual bool intercept(const URLRequest& request,
                          const std::shared_ptr<InterceptedRequest>& intercepted) = 0;
 };

@@ -9,12 +9,12 @@
 
 namespace orvo {
 
-/// What a request says about caches. There is no cache on this device, so that only the last one
+/// What a request says about caches. There is no cache on the device, so that only the last one
 /// changes what is sent.
 enum class CachePolicy {
   useProtocolCachePolicy,
   reloadIgnoringLocalCacheData,
-  /// Asks the caches on the way, too, to fetch anew (`Cache-Control: no-cache`, `Pragma`).
+  /// Also asks the caches on the way to fetch anew (`Cache-Control: no-cache`, `Pragma`).
   reloadIgnoringLocalAndRemoteCacheData,
 };
 
@@ -28,14 +28,14 @@ struct URLRequest {
   Data body = {};
   CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
   /// The longest silence on the way to the answer: connecting, and then each header or body byte,
-  /// begin it anew. A header has to be complete within four times that. Waiting for a free
-  /// connection or for a decision about a redirect does not count. Zero: no limit. 60 seconds
-  /// unless set otherwise.
+  /// restarts it. A response's header has to be complete within four times that. Waiting for a free
+  /// connection or for a decision about a redirect does not count. Zero: no limit. The default is
+  /// 60 seconds.
   std::chrono::milliseconds timeoutInterval{60'000};
   /// The longest time that the whole may take: waiting for a free connection, for interceptors and
-  /// for decisions about redirects, and the redirects themselves count (what a delegate writes
-  /// here is not heeded). Beyond it the request fails with `URLError` -1001. Zero: no limit.
-  /// 10 minutes unless set otherwise.
+  /// for decisions about redirects, and the redirects themselves count (what a delegate writes here
+  /// is ignored). Beyond it the request fails with `URLError` -1001. Zero: no limit. The default is
+  /// 10 minutes.
   std::chrono::milliseconds totalTimeoutInterval{600'000};
 };
 

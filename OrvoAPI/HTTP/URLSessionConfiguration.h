@@ -19,7 +19,7 @@ struct URLSessionConfiguration {
   /// Asked in this order before a request goes to the network.
   std::vector<std::shared_ptr<URLInterceptor>> protocolClasses = {};
   /// Connections to one host that the session uses at a time; requests beyond them wait. HTTP/2
-  /// carries as many requests on one connection, but never fewer than 16.
+  /// carries that many requests on one connection, or 16 if that is more.
   unsigned maximumConnectionsPerHost = 10;
   /// Bytes of a body, decoded, beyond which an answer fails with `URLError` -1103.
   std::size_t maximumBodySize = kDefaultMaximumBodySize;
@@ -29,8 +29,8 @@ struct URLSessionConfiguration {
   /// variable SSL_CERT_FILE names, if it is set.
   std::optional<std::string> certificateAuthorityFile = std::nullopt;
   /// Lets libcurl append the keys of TLS connections to the file that the environment variable
-  /// SSLKEYLOGFILE names, for who debugs. A connection that another session has opened stays as
-  /// that one wished.
+  /// SSLKEYLOGFILE names, for debugging. On a connection that another session has opened, that
+  /// session's choice holds.
   bool writesKeyLog = false;
 };
 

@@ -8,7 +8,7 @@ namespace orvo::detail {
 namespace {
 
 constexpr std::chrono::milliseconds kPeriod{100};
-/// Of the network thread's own time: that of others, on a busy device, is not the host's fault.
+/// In processor time of the network thread: waiting for a busy device is not the host's fault.
 constexpr std::chrono::milliseconds kLongestCall{150};
 /// What a flood brings in a period at the very least; less does not keep libcurl busy.
 constexpr std::uint64_t kLeastGrowth = 16U << 10;
@@ -93,7 +93,7 @@ void Watchdog::look() {
   const auto deliveredNow = delivered - std::exchange(deliveredBefore_, delivered);
   // A large answer, on a slow device, is no flood.
   if (deliveredNow * Connections::kMostBytesForOne >= greatest) return;
-  // The first growth is since whenever.
+  // The first growth is since an unknown time.
   if (isFirst || busiest == nullptr || used - *began_ < kLongestCall) return;
   busiest->shutDownBusiest();
   began_.reset();  // what has come already is still read

@@ -15,17 +15,17 @@
 
 namespace orvo::detail {
 
-/// Sees to it that a host that keeps libcurl from returning, with frames that come faster than they
-/// are read, stops nobody else: all sessions share the network thread. When one call has kept that
-/// thread busy for too long, with next to nothing to show for it, the connection that brings the
-/// most is shut down, so that libcurl finds its end. A thread of its own, asleep while the network
-/// is; lives as long as the process.
+/// Makes sure that a host that keeps libcurl from returning, with frames that come faster than they
+/// are read, holds up nobody else: all sessions share the network thread. When one call has kept
+/// that thread busy for too long, with next to nothing to show for it, the connection that brings
+/// the most is shut down, so that libcurl finds its end. A thread of its own, asleep while the
+/// network is; lives as long as the process.
 class Watchdog {
  public:
   [[nodiscard]] static Watchdog& shared();
 
-  // On the network thread, whose calls are watched from start to stop; without a thread to be had,
-  // not at all.
+  // On the network thread, whose calls are watched from start to stop; not at all when the watchdog
+  // gets no thread.
   void start();
   void stop();
   void add(Connections& connections);
@@ -49,7 +49,7 @@ class Watchdog {
   Watchdog() = default;
 
   void enter() {
-    // In the one order of all, as the watchdog falls asleep before it looks once more.
+    // Sequentially consistent, like the watchdog's falling asleep before it looks once more.
     calls_.fetch_add(1);
     if (isAsleep_.load()) wake();
   }
@@ -69,7 +69,7 @@ class Watchdog {
   std::optional<std::chrono::nanoseconds> began_;  // of the watchdog: the thread's time at first
   std::uint64_t deliveredBefore_ = 0;              // likewise: at the last look
   clockid_t networkClock_ = CLOCK_MONOTONIC;       // set before its thread starts
-  std::optional<pthread_t> thread_;                // of the network thread
+  std::optional<pthread_t> thread_;                // network thread only
 };
 
 }  // namespace orvo::detail

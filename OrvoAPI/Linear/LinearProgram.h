@@ -21,7 +21,7 @@ struct LinearProgram {
   std::optional<std::string> shortDescription = {};
   PlaybackStatus playbackStatus = PlaybackStatus::unavailable;
   ImageResources imageResources = {};
-  /// Scheduled begin and end.
+  /// Scheduled start and end.
   Date startTime = {};
   Date endTime = {};
   /// In seconds as the server sends it (not in milliseconds, as elsewhere); it need not agree with

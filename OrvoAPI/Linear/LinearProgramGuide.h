@@ -11,7 +11,7 @@
 
 namespace orvo {
 
-/// The schedule of the linear channel for a range of time; one page of it. A value.
+/// The schedule of the linear channel for a range of time; one part of it. A value.
 struct LinearProgramGuide {
   /// Sorts `items` by start; equal starts keep their order.
   LinearProgramGuide(std::vector<LinearProgram> items, PagingMeta meta, Date start, Date end);

@@ -32,7 +32,7 @@ Date countable(Date date) {
 
 Date addingDays(Date date, int days) { return Calendar().addingDays(countable(date), days); }
 
-/// What lies between the dates, if that has a number.
+/// The time between the dates, if it can be represented.
 std::optional<milliseconds> span(Date from, Date to) {
   std::int64_t result = 0;
   if (__builtin_sub_overflow(to.millisecondsSince1970(), from.millisecondsSince1970(), &result)) {
@@ -41,7 +41,7 @@ std::optional<milliseconds> span(Date from, Date to) {
   return milliseconds(result);
 }
 
-/// The date so much later, if at all, or the last one there is.
+/// The date that much later (a negative `by` counts as none), or the last one there is.
 Date later(Date date, milliseconds by) {
   std::int64_t result = 0;
   if (__builtin_add_overflow(date.millisecondsSince1970(), std::max(by.count(), std::int64_t{0}),
@@ -60,7 +60,7 @@ std::vector<GuideDay> group(const std::vector<LinearProgram>& programs, Date now
   GuideDay todays{.title = "TODAY", .programs = {}};
   GuideDay tomorrows{.title = "TOMORROW", .programs = {}};
   std::vector<GuideDay> weekdays;
-  std::array<std::size_t, 8> places{};  // by weekday, from 1: behind its group in `weekdays`
+  std::array<std::size_t, 8> places{};  // by weekday, from 1: one past its group in `weekdays`
   const auto groupOf = [&](Date start) -> GuideDay& {
     if (calendar.isToday(start, today)) return todays;
     if (calendar.isTomorrow(start, today)) return tomorrows;
@@ -79,8 +79,9 @@ std::vector<GuideDay> group(const std::vector<LinearProgram>& programs, Date now
   return weekdays;
 }
 
-/// Whether the server has a part of the range behind this one. A service that counts beyond 64 bits
-/// or does not get on has no more to give; to ask it for more would stop the process or never end.
+/// Whether the server has a part of the range after this one. A service that counts beyond 64 bits
+/// or makes no progress has no more to give; asking it for more would stop the process or never
+/// end.
 bool isFollowed(const PagingMeta& meta) {
   std::int64_t next = 0;
   return !__builtin_add_overflow(meta.offset, meta.limit, &next) && next > meta.offset &&
@@ -88,9 +89,9 @@ bool isFollowed(const PagingMeta& meta) {
 }
 
 /// When to look again for what is on, for a programme that ends at `end`; nothing when that is too
-/// far away to have a number. It is whole seconds from now, so that it may come a little early, and
-/// the same programme once more. But when less than a second is left, that is waited for to the
-/// millisecond: to round it to nothing would mean to look again and again until the end.
+/// far away to be represented. It is whole seconds from now, so that it may come a little early,
+/// and the same programme once more. But when less than a second is left, the wait is exact to the
+/// millisecond: rounding it to nothing would mean looking again and again until the end.
 std::optional<Date> timeToRegroup(Date end, Date now) {
   const auto left = span(now, end);
   if (!left) return std::nullopt;
@@ -190,7 +191,7 @@ void LinearProgramGuideMonitor::loadPartAfter(const GuidePart& part) {
   });
 }
 
-/// Takes a part in, also one that another load has overtaken.
+/// Takes a part in, even one that another load has overtaken.
 void LinearProgramGuideMonitor::update(const GuidePart& part) {
   const Date now = clock_->now();
   auto next = loaderAfter(part);

@@ -83,14 +83,14 @@ class LinearProgramGuideMonitor final
   /// first ten are there, and fails as `Context::fetchLinearProgramGuide` does. Waits that are
   /// under way go on: after a second load each end of a programme brings two updates.
   Future<bool> load(Date startingAt, Date endingAt, const GuideLoadOptions& options = {});
-  /// The range of so many days of the calendar.
+  /// The range of that many calendar days.
   Future<bool> load(Date startingAt, int days, const GuideLoadOptions& options = {});
 
   /// Loads the next ten programmes of the range; nothing when there are none. It holds the monitor
   /// weakly. When that part fails, nothing changes.
   [[nodiscard]] std::optional<std::function<void()>> loadNext() const;
 
-  /// Has `task` called with each update from now on, on the main queue; returns the key by which to
+  /// Calls `task` with each update from now on, on the main queue; returns the key by which to
   /// remove it. The same programme may come several times. A task that throws leaves the monitor
   /// idle.
   std::string onUpdate(UpdateHandler task);
@@ -100,7 +100,7 @@ class LinearProgramGuideMonitor final
   /// The latest update that was sent, or null.
   [[nodiscard]] Shared<GuideUpdate> lastUpdate() const;
 
-  /// The label of the queue that guards the state; for people who debug.
+  /// The label of the queue that guards the state; for debugging.
   [[nodiscard]] std::string accessQueueLabel() const { return accessQueue_->label(); }
 
  private:
@@ -118,15 +118,15 @@ class LinearProgramGuideMonitor final
   // - Live: `lastUpdate_` was sent, and the queue holds a job for the programme's end, with its
   //   entry in `waits_`.
   //
-  // Nobody cancels anything: each part that arrives, asked for by `load` or by `loadNext`, sends
-  // one more round on its way, and as many updates come for each programme. All rounds share the
-  // state, which is read and changed within `accessQueue_` only; requests are sent, and listeners
-  // called, outside. Callbacks and jobs hold the monitor weakly, and the monitor holds its context,
-  // so the last reference decides where all of it ends.
+  // Nothing is cancelled: each part that arrives, asked for by `load` or by `loadNext`, sends one
+  // more round on its way, and as many updates come for each programme. All rounds share the state,
+  // which is read and changed within `accessQueue_` only; requests are sent, and listeners called,
+  // outside. Callbacks and jobs hold the monitor weakly, and the monitor holds its context, so the
+  // last reference decides where all of it ends.
   //
-  // A queue's delay does not know of the wall clock. When somebody sets that, every wait is given
-  // up in favour of one for the time that is left now; the job of the one given up finds no entry
-  // when it comes, and does nothing.
+  // A queue's delay does not know of the wall clock. When that is set, every wait is given up in
+  // favour of one for the time that is left now; the job of the old one finds no entry when it
+  // runs, and does nothing.
   using GuidePart = Shared<LinearProgramGuide>;
 
   LinearProgramGuideMonitor(std::shared_ptr<const Context> context,

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-/// The readers (see RecordsInternal.h) of the records of which schedules consist.
+/// The readers (see RecordsInternal.h) of the records that make up schedules.
 namespace orvo::detail {
 
 inline constexpr TextIndex kLinearProgramKeys({"id", "title", "start_time", "end_time",

@@ -54,10 +54,10 @@ std::vector<LineupDay> groupDays(std::vector<LineupHour> hours, Calendar& calend
 
 /// Puts positions, which ascend, in the order of their hours.
 void sortByHour(std::span<std::uint32_t> positions, const std::vector<Date>& hourOfSlot) {
-  // Many documents are in the order of time.
+  // Many documents are in chronological order.
   if (std::ranges::is_sorted(hourOfSlot)) return;
-  // A schedule has many slots and few hours, so they are counted. Unless somebody sends single
-  // slots from far-off times, or the clocks of the place change by less than an hour.
+  // A schedule has many slots and few hours, so they are counted, unless a server sends single
+  // slots from far-off times, or the local clocks change by less than an hour.
   const auto first =
       static_cast<std::uint64_t>(std::ranges::min(hourOfSlot).millisecondsSince1970());
   std::vector<std::uint32_t> begins(positions.size() + 1);

@@ -36,9 +36,9 @@ template <LineupScheduled T>
   return scheduleDay(item, calendar);
 }
 
-/// The start of the hour in which the item begins: its day's start plus as many elapsed hours as
-/// the clock on the wall shows. On a day when clocks change that may be another hour than the
-/// wall's; it stays so, because it keeps hours in a fixed distance from each other.
+/// The start of the hour in which the item begins: its day's start plus as many elapsed hours as a
+/// wall clock shows. On a day when the clocks change that may be another hour than the wall
+/// clock's; that is deliberate, because it keeps hours at a fixed distance from each other.
 template <LineupScheduled T>
 [[nodiscard]] Date scheduleHour(const T& item, Calendar& calendar) {
   const Date start = startTime(item);

@@ -4,8 +4,8 @@
 
 namespace orvo {
 
-/// The place of a console logger for development builds. It discards every message, on purpose: an
-/// app's console is not the library's to write to. Safe to use from any thread; holds nothing.
+/// Takes the place of a console logger for development builds. Discards every message on purpose:
+/// an app's console is not the library's to write to. Safe to use from any thread; holds nothing.
 class DebugConsoleLogger final : public Logger {
  public:
   void log(std::string_view, LogLevel = LogLevel::default_, std::string_view = DefaultLogSubsystem,

@@ -10,8 +10,8 @@ namespace orvo {
 inline constexpr std::string_view DefaultLogSubsystem = "General";
 inline constexpr std::string_view DefaultLogCategory = "General";
 
-/// Takes the library's diagnostics; implement it to have them elsewhere. `log` is called from any
-/// thread, several at once, and should return soon. Shared by those that log.
+/// Takes the library's diagnostics; implement it to send them elsewhere. `log` is called from any
+/// thread, also from several at once, and should return soon. Shared by those that log.
 class Logger {
  public:
   virtual ~Logger() = default;

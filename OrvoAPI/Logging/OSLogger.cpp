@@ -32,7 +32,7 @@ void OSLogger::log(std::string_view message, LogLevel level, std::string_view su
 }
 
 // Two pairs whose texts join to the same key share the first one's handle: "subsystem-category" is
-// the name under which people know a handle.
+// the name by which a handle is known.
 const SystemLog::Handle& OSLogger::handle(std::string_view subsystem, std::string_view category) {
   std::string key;
   key.reserve(subsystem.size() + 1 + category.size());

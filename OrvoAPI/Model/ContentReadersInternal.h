@@ -13,7 +13,7 @@
 /// The readers (see RecordsInternal.h) of the records that several documents list.
 namespace orvo::detail {
 
-/// Of an element of "links".
+/// The keys of an element of "links".
 inline constexpr TextIndex kLinkKeys({"type", "id", "label", "action", "icon"});
 using LinkMembers = JSONMembers<kLinkKeys>;
 
@@ -71,7 +71,7 @@ class ContentItemReader {
   [[nodiscard]] ContentItem record(const std::optional<std::string>& collectionID) const;
 
  private:
-  /// The reader of what the item is; of neither, a failure that says so.
+  /// The reader of what the item is; if it is neither, a failure that says so.
   std::variant<RequiredMembers, VideoReader, PageReader> reader_;
 };
 

@@ -6,7 +6,7 @@
 
 namespace orvo {
 
-/// 30 points is the edge of an icon in the apps' navigation.
+/// 30 points is the side of an icon in the apps' navigation.
 struct IconURLOptions {
   ImageSize size = {.width = 30, .height = 30};
   ImageResourceFormat format = ImageResourceFormat::PNG;

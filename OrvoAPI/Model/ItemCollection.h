@@ -12,7 +12,7 @@
 
 namespace orvo {
 
-/// A shelf of videos and pages shown on a page; one page of it.
+/// A shelf of videos and pages shown on a page; one part of it.
 struct ItemCollection {
   /// How the collection is presented.
   enum class Kind { generic, featured, schedule };

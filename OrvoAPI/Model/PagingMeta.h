@@ -7,13 +7,13 @@
 
 namespace orvo {
 
-/// What a page of a list says about the whole list.
+/// What a part of a list says about the whole list.
 struct PagingMeta {
   /// How many items the server has.
   std::int64_t total = 0;
   /// How many were asked for.
   std::int64_t limit = 0;
-  /// The position of this page's first item.
+  /// The position of this part's first item.
   std::int64_t offset = 0;
 
   friend bool operator==(const PagingMeta&, const PagingMeta&) = default;

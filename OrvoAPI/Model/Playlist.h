@@ -12,7 +12,7 @@
 
 namespace orvo {
 
-/// Videos that play one after another; one page of them.
+/// Videos that play one after another; one part of them.
 struct Playlist {
   std::string id;
   std::string label;

@@ -31,10 +31,10 @@ template <RawValueEnum E>
   return number == TextIndex::kNone ? std::nullopt : std::optional(static_cast<E>(number));
 }
 
-/// Reads a record's required members one after the other and remembers the first that is missing
-/// or of the wrong kind; such a read gives an empty value ("/" for a URL). Ask `failed` before
-/// using what was read, or end with `result`. To fail costs nothing until `failure` is asked for.
-/// Used by one thread; what is read is a view into the document.
+/// Reads a record's required members one after the other and remembers the first that is missing or
+/// of the wrong kind; such a read gives an empty value ("/" for a URL). Ask `failed` before using
+/// what was read, or end with `result`. Failing costs nothing until `failure` is called. Used by
+/// one thread; what is read is a view into the document.
 class RequiredMembers {
  public:
   using Member = JSONMember;

@@ -10,15 +10,15 @@
 
 namespace orvo {
 
-/// Where an item stands in its life.
+/// Where an item stands in its life cycle.
 enum class StatusCode { post, unconfirmed, pre, trim, delayed, canceled, live, unknown };
 
 template <>
 inline constexpr EnumCase enumCases<StatusCode>[] = {
     {"post"}, {"unconfirmed"}, {"pre"}, {"trim"}, {"delayed"}, {"canceled"}, {"live"}, {"unknown"}};
 
-/// The scheduling state of a video or page. As initialised, it is the one that stands in for a
-/// state that is missing or cannot be read.
+/// The scheduling state of a video or page. The default is what stands in for a state that is
+/// missing or cannot be read.
 struct Status {
   StatusCode code = StatusCode::unknown;
   /// The state for display, as sent.
@@ -27,12 +27,12 @@ struct Status {
   double ttl = DefaultCacheableTTL;
   /// Additional text for display.
   std::optional<std::string> message = {};
-  /// Begin and end of the item's availability or broadcast.
+  /// Start and end of the item's availability or broadcast.
   std::optional<Date> startTime = {};
   std::optional<Date> endTime = {};
 
-  /// How long the item that carries this state may be cached, in seconds: nobody knows an unknown
-  /// state's end, so what the server says of it is ignored.
+  /// How long the item that carries this state may be cached, in seconds: an unknown state may end
+  /// at any time, so what the server says of it is ignored.
   [[nodiscard]] double contentTTL() const {
     return code == StatusCode::unknown ? DefaultCacheableTTL : ttl;
   }

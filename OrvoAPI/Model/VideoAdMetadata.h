@@ -18,7 +18,7 @@ struct VideoSegment {
   /// In seconds.
   double duration = 0;
 
-  /// Whether a playback position (in seconds) lies inside; both ends lie outside.
+  /// Whether a playback position (in seconds) lies inside, both ends excluded.
   [[nodiscard]] bool contains(double time) const { return start < time && time < start + duration; }
 };
 

@@ -41,7 +41,7 @@ class DefaultSessionProvider final : public SessionProvider,
   [[nodiscard]] Future<bool> updateSession() override;
 
   /// The lifetime of a token in seconds, as stated at construction. For information: freshness is
-  /// decided by the fixed 12 hours, which those who set another value have come to rely on.
+  /// decided by the fixed 12 hours, which callers that set another value have come to rely on.
   [[nodiscard]] double timeout() const { return timeout_; }
 
  private:

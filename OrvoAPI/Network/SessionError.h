@@ -8,7 +8,7 @@
 
 namespace orvo {
 
-/// An answer of the server that an authorised request cannot recover from. A value.
+/// An answer from the server that an authorised request cannot recover from. A value.
 class SessionError : public detail::ErrorEnumeration<SessionError> {
  public:
   /// The HTTP status was 400 or above.

@@ -11,7 +11,7 @@ namespace orvo {
 namespace detail {
 namespace {
 
-/// A timer cannot be taken back: with longer ones those of requests that have ended would add up.
+/// A timer cannot be cancelled: longer ones would add up, left by requests that have ended.
 constexpr std::chrono::seconds kLongestLookAhead{10};
 
 }  // namespace

@@ -36,9 +36,9 @@ class URLSession final : public NetworkDataProvider {
   void invalidateAndCancel();
 
   /// For apps that know that the device has another network now, or another address: no session
-  /// sends a new request on a connection that is older than this call, and names are asked for
-  /// their addresses anew. What is under way continues. Without it a lost path is found out by the
-  /// first request that times out, or after the device has slept.
+  /// sends a new request on a connection that is older than this call, and names are resolved anew.
+  /// What is under way continues. Without this call a lost path is found out by the first request
+  /// that times out, or after the device has slept.
   static void networkChanged();
 
  private:

@@ -18,9 +18,9 @@ class URLSessionDelegate {
 
   virtual ~URLSessionDelegate() = default;
 
-  /// A redirect is about to be followed. `newRequest` is what the session would send: the new
-  /// address without a fragment, and the header fields but for Authorization. `originalRequest` is
-  /// what the caller sent, before all redirects. A refused redirect's response is the answer.
+  /// A redirect is about to be followed. `newRequest` is what would be sent: without a fragment and
+  /// the header fields Authorization, Host and (to another host) Cookie. `originalRequest` is what
+  /// the caller sent, before all redirects. A refused redirect's response is the answer.
   virtual void willPerformHTTPRedirection(const HTTPURLResponse& response,
                                           const URLRequest& newRequest,
                                           const URLRequest& originalRequest,

@@ -33,7 +33,7 @@ bool isToken(std::string_view text) {
   });
 }
 
-/// What would make another request on the wire than the one that was meant.
+/// What would put another request on the wire than the one that was meant.
 std::optional<URLError> faultOfFields(const URLRequest& request) {
   using namespace std::string_view_literals;
   if (!isToken(request.method)) return URLError{URLError::badURL, "the method is no token"};

@@ -47,15 +47,15 @@ class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
  private:
   void endLateTasks();
 
-  NetworkTime nextLook_ = NetworkTime::max();  // of the queue
+  NetworkTime nextLook_ = NetworkTime::max();  // queue only
   Lock lock_;
   bool invalidated_ ORVO_GUARDED_BY(lock_) = false;
   std::vector<URLTask*> tasks_ ORVO_GUARDED_BY(lock_);
 };
 
-/// One fetch of a URL session, from the request to the end of its future. It belongs to whoever has
-/// the next step in hand, who also holds it: the network thread while it is exchanging, else the
-/// session's queue, with the interceptor or the delegate to give the word; the future only knows it
+/// One fetch of a URL session, from the request to the end of its future. It belongs to whatever
+/// takes the next step, which also holds it: the network thread while it is exchanging, else the
+/// session's queue, where the interceptor or the delegate gives the word; the future only knows it
 /// weakly.
 ///
 /// Each hop, the first one and one for each redirect that is followed, goes like this:
@@ -69,7 +69,7 @@ class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
 ///
 /// The network thread completes the future itself unless there is a redirect to decide: handing
 /// every answer to the queue first would cost a thread's wakeup, and no foreign code runs in
-/// either. For the same reason what the app has hung on a future, and its interceptors and
+/// either. For the same reason what the app has attached to a future, and its interceptors and
 /// delegate, are never destroyed there, but on the queue.
 ///
 /// Anything may also end in an error, and cancelling ends every state: at once while the
@@ -127,7 +127,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   /// The redirect that is being decided.
   std::optional<HTTPResult> redirect_;
   std::weak_ptr<class TaskInterception> interception_;
-  unsigned offers_ = 0;  // to interceptors; of the queue
+  unsigned offers_ = 0;  // to interceptors; queue only
 };
 
 }  // namespace orvo::detail

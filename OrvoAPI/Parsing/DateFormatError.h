@@ -8,7 +8,7 @@
 
 namespace orvo {
 
-/// A text that is no date of the expected format. A value.
+/// A text that is not a date in the expected format. A value.
 class DateFormatError : public detail::ErrorEnumeration<DateFormatError> {
  public:
   struct stringDoesNotMatchFormat {

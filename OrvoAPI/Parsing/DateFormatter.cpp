@@ -17,8 +17,8 @@ constexpr std::int64_t millisecondsPerDay = 86'400'000;
 constexpr std::size_t headLength = 19;
 constexpr std::string_view literalEnd = ".000Z";
 
-// --- the calendar: Gregorian throughout, also before it was introduced. Years are counted from
-// 1 March, so that the leap day is a year's last, in eras of 400 years, which all are alike.
+// --- the calendar: proleptic Gregorian. Years are counted from 1 March, so that the leap day is a
+// year's last, in eras of 400 years, which are all alike.
 
 constexpr std::int64_t daysPerEra = 146'097;
 /// Days from 1 March of the year 0 to 1 January 1970.
@@ -28,7 +28,7 @@ constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
   return a / b - (a % b < 0 ? 1 : 0);
 }
 
-/// Of a year from 1 to 9999.
+/// For years from 1 to 9999.
 constexpr std::int64_t daysSince1970(unsigned year, unsigned month, unsigned day) {
   const unsigned marchYear = month > 2 ? year : year - 1;
   const unsigned yearOfEra = marchYear % 400;
@@ -64,8 +64,7 @@ constexpr unsigned daysIn(unsigned month, unsigned year) {
 
 // --- reading
 
-/// Reads fixed places of a text; one that holds something else is remembered, and looked at once,
-/// at the end.
+/// Reads fixed places of a text; a mismatch is remembered, and checked once, at the end.
 class Places {
  public:
   explicit Places(std::string_view text) : text_(text) {}
@@ -142,7 +141,7 @@ char* writeTwoDigits(char* out, std::uint64_t value) {
   return writeDigit(writeDigit(out, value / 10), value % 10);
 }
 
-/// At least four digits, without a sign: before the year 1, a year is that of its era.
+/// At least four digits, without a sign: a year before 1 is written as its number BC.
 char* writeYear(char* out, std::int64_t year) {
   if (year <= 0) year = 1 - year;
   if (year > 9999) return std::to_chars(out, out + 20, year).ptr;
@@ -157,8 +156,8 @@ Failure mismatch(std::string_view string, const DateFormatter& formatter) {
                                                            std::string(formatter.pattern())}};
 }
 
-/// Where the third character from the end begins, of a text of UTF-8 characters. Marks that combine
-/// with the one before count for themselves: no date has any.
+/// Where the third character from the end of a UTF-8 text begins. Combining marks count for
+/// themselves: no date has any.
 std::optional<std::size_t> thirdFromLast(std::string_view text) {
   int characters = 0;
   for (std::size_t i = text.size(); i-- > 0;) {
@@ -253,8 +252,7 @@ std::string to8601(Date date) { return iso8601Formatter().string(date); }
 
 Result<Date> fromEventDate(std::string_view string) {
   if (const auto date = eventDate(string)) return *date;
-  // Names the pattern with milliseconds, also where it was not tried: those who read the logs
-  // expect it.
+  // Names the pattern with milliseconds, even where it was not tried: readers of logs expect it.
   const auto third = thirdFromLast(string);
   if (!third || string[*third] != ':') return mismatch(string, startResourceDateFormatter());
   return mismatch(std::string(string).erase(*third, 1), startResourceDateFormatter());

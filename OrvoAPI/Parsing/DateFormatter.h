@@ -12,12 +12,12 @@ namespace orvo {
 /// Reads and writes dates in one of the service's three patterns, always in UTC and never
 /// localised. A value, as cheap to make as to copy; safe to use from any thread.
 ///
-/// Reading takes the whole text or nothing: four digits of a year from 0001 on, two of everything
-/// else, days that the calendar has, no leap seconds. Where the pattern has a zone it is `Z` or
+/// Reading takes the whole text or nothing: a year of four digits from 0001 on, two digits for
+/// everything else, days that exist, no leap seconds. Where the pattern has a zone it is `Z` or
 /// `+hhmm` or `-hhmm` up to 23:59; where it has a fraction, that is exactly three digits.
 class DateFormatter {
  public:
-  /// What the pattern ends in, behind "yyyy-MM-dd'T'HH:mm:ss".
+  /// What the pattern ends in, after "yyyy-MM-dd'T'HH:mm:ss".
   enum class Kind { zone, millisecondsAndZone, literalZeroMilliseconds };
 
   explicit DateFormatter(Kind kind) : kind_(kind) {}
@@ -46,7 +46,7 @@ class DateFormatter {
 
 /// Reads an event's date: with a colon in its zone (`2017-05-01T10:00:00+01:00`) and no fraction,
 /// or without a colon and with milliseconds (`2017-05-01T10:00:00.000Z`). A `DateFormatError`
-/// always names the pattern with milliseconds, whichever was tried: readers of logs know it so.
+/// always names the pattern with milliseconds, whichever was tried: readers of logs expect it.
 [[nodiscard]] Result<Date> fromEventDate(std::string_view string);
 /// As `fromEventDate`, without an error.
 [[nodiscard]] std::optional<Date> eventDate(std::string_view string);

@@ -10,8 +10,8 @@
 #include <string>
 #include <string_view>
 
-/// How parsers read: all members of an object are found in one walk, and nothing counts owners on
-/// the way. Everything here is good as long as somebody keeps the document.
+/// How parsers read: all members of an object are found in one walk, and no owners are counted on
+/// the way. Everything here is valid as long as the document is held.
 namespace orvo::detail {
 
 /// A value as it was found in a document, or that there is none.
@@ -62,7 +62,7 @@ class JSONToken {
 // --- what the reader offers; `object` and `array` are at such values
 
 [[nodiscard]] JSONToken tokenAt(JSONPosition position);
-/// The first member with the key. For one key of many: it stops there.
+/// The first member with the key. For a single key: it stops there.
 [[nodiscard]] std::optional<JSONPosition> findMember(JSONPosition object, std::string_view key);
 /// Fills `found`, which is as long as `keys` and empty, with the first member of each key.
 void findMembers(JSONPosition object, const TextIndex& keys, JSONToken* found);
@@ -71,7 +71,7 @@ void findMembers(JSONPosition object, const TextIndex& keys, JSONToken* found);
 /// Which of the names are in the array, a bit for each; nothing unless all elements are strings.
 [[nodiscard]] std::optional<std::uint32_t> namesIn(JSONPosition array, const TextIndex& names);
 
-/// A member that may be absent; good as long as the members of which it is one. The handles that it
+/// A member that may be absent; valid as long as the members that it is one of. The handles that it
 /// gives are borrowed.
 class JSONMember {
  public:
@@ -96,7 +96,7 @@ class JSONMember {
     const bool right = token_.kind() == Kind::array && holdsOnly(Kind::object, token_.position());
     return right ? std::optional(JSONObjects(node())) : std::nullopt;
   }
-  /// Which of the names an array of strings holds, a bit for each; none when it is no such array.
+  /// Which of the names an array of strings holds, a bit for each; none when it is not one.
   [[nodiscard]] std::uint32_t names(const TextIndex& names) const {
     return token_.kind() == Kind::array ? namesIn(token_.position(), names).value_or(0) : 0;
   }
@@ -109,8 +109,8 @@ class JSONMember {
   std::string_view key_;
 };
 
-/// The members of an object whose keys are in `kKeys`: `members["title"].string()`. A key that is
-/// not does not compile.
+/// The members of an object whose keys are in `kKeys`: `members["title"].string()`. Any other key
+/// does not compile.
 template <const TextIndex& kKeys>
 class JSONMembers {
  public:

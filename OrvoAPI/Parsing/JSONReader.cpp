@@ -58,7 +58,7 @@ dom::object objectAt(JSONPosition position) {
   return at<dom::element>(position).get_object().value_unsafe();
 }
 
-/// In place: a token that is built elsewhere and copied waits for its parts.
+/// In place: copying a token that was just built elsewhere would stall on its parts.
 inline void setToken(JSONToken& token, dom::element element) {
   switch (element.type()) {
     case dom::element_type::ARRAY:
@@ -147,7 +147,7 @@ namespace {
 using detail::ReadDocument;
 
 /// Chooses the code for this processor when the library is loaded: the choice allocates where
-/// nothing may be thrown, so at the first reading a refusal would end the process.
+/// nothing may be thrown, so that a refusal at the first reading would end the process.
 [[maybe_unused]] const bool chosenAtLoading =
     simdjson::get_active_implementation()->supported_by_runtime_system();
 
@@ -155,7 +155,7 @@ using detail::ReadDocument;
 std::size_t capacityOf(const dom::parser& parser) { return parser.capacity(); }
 std::size_t capacityOf(const ReadDocument& document) { return document.contents.capacity(); }
 
-/// What is expensive to make: a few at rest are kept, with the memory that small bodies need. Not
+/// What is expensive to make: a few idle ones are kept, with the memory that small bodies need. Not
 /// one for each thread: threads come and go, and at exit a thread's own may be gone before its last
 /// reading. Never freed.
 template <class T>
@@ -183,7 +183,7 @@ class Spares {
   }
 
  private:
-  /// Parsers and documents have up to four and ten times as much.
+  /// Parsers and documents take up to four and ten times as much.
   static constexpr std::size_t kMostCapacity = 256 * 1024;
   static constinit inline std::array<std::atomic<T*>, 4> spares_{};
 };
@@ -218,8 +218,8 @@ JSONReaderError::Code codeOf(simdjson::error_code error) {
 /// A number and its comma, two bytes, become 24 in the document and the parser.
 constexpr std::size_t kMostMarks = URLSessionConfiguration::kDefaultMaximumBodySize / 4;
 
-/// Whether so many values stand in the body that to read it would cost too much. Marks within texts
-/// count as well: to tell them apart would be to read it, and no text holds that many.
+/// Whether the body holds so many values that reading it would cost too much. Marks within strings
+/// count as well: telling them apart would mean reading it, and no string holds that many.
 bool isTooDense(std::string_view body) {
   if (body.size() <= kMostMarks) return false;
   const auto isMark = [](char c) { return c == ',' || c == ':' || c == '[' || c == '{'; };
@@ -238,7 +238,7 @@ simdjson::error_code read(std::string_view body, dom::document& document) {
     const detail::WideIntegersAsDoubles rewritten(body, simdjson::SIMDJSON_PADDING);
     if (rewritten.found) error = parse(rewritten.view());
   }
-  // A parser that was refused memory is left half made.
+  // A parser that was refused memory is left half built.
   if (error != simdjson::MEMALLOC) SpareParsers::keep(std::move(parser));
   return error;
 }

@@ -4,10 +4,10 @@
 
 namespace orvo {
 
-/// What the JSON reader itself refuses, before anybody asks for a shape or a key. A value.
+/// What the JSON reader itself refuses, before any shape or key is asked for. A value.
 struct JSONReaderError {
   enum class Code {
-    /// Not JSON: a syntax error, or something behind the end.
+    /// Not JSON: a syntax error, or something after the end.
     malformed,
     /// No bytes, or nothing but white space.
     empty,

@@ -45,9 +45,9 @@ class JSONValue {
   [[nodiscard]] std::optional<bool> boolean() const;
   [[nodiscard]] std::optional<JSONObject> object() const;
   [[nodiscard]] std::optional<JSONArray> array() const;
-  /// An array whose every element is an object; one of another kind makes it nothing.
+  /// An array whose every element is an object; nothing when one is of another kind.
   [[nodiscard]] std::optional<JSONObjects> objects() const;
-  /// An array whose every element is a string; one of another kind makes it nothing.
+  /// An array whose every element is a string; nothing when one is of another kind.
   [[nodiscard]] std::optional<JSONStrings> strings() const;
 
   /// The value as compact JSON, for errors and logs.

@@ -13,7 +13,7 @@ bool belongsToNumber(char c) {
   return isDigit(c) || c == '-' || c == '+' || c == '.' || c == 'e' || c == 'E';
 }
 
-/// The index behind the string that begins at `begin`.
+/// The index after the string that begins at `begin`.
 std::size_t afterString(std::string_view body, std::size_t begin) {
   std::size_t i = begin + 1;
   while (i < body.size() && body[i] != '"') i += body[i] == '\\' ? 2 : 1;

@@ -6,8 +6,8 @@
 
 namespace orvo::detail {
 
-/// The body with ".0" behind each integer, outside strings, that 64 bits do not hold, so that it
-/// reads as a double; all else stays as it is, right or wrong. `padding` zero bytes lie behind the
+/// The body with ".0" after each integer, outside strings, that does not fit into 64 bits, so that
+/// it reads as a double; all else stays as it is, right or wrong. `padding` zero bytes follow the
 /// end, which the size does not count.
 struct WideIntegersAsDoubles {
   WideIntegersAsDoubles(std::string_view body, std::size_t padding);

@@ -10,8 +10,8 @@ namespace orvo {
 
 namespace {
 
-/// Seconds since 1970 of an instant; seconds that a clock on the wall has gone on since 1970 if it
-/// was never changed. The difference is the zone's offset.
+/// Seconds since 1970: of an instant; of the time that a wall clock shows, read as if it were UTC.
+/// The difference is the zone's offset.
 using Instant = std::int64_t;
 using WallTime = std::int64_t;
 
@@ -25,16 +25,16 @@ Instant instantOf(Date date) { return floorDivide(date.millisecondsSince1970(), 
 Date dateOf(Instant instant) { return Date(instant * 1000); }
 
 /// How far the zone is east of UTC at an instant. The C library's own conversion, because the other
-/// direction, mktime, would read the app's TZ anew and does not say what it does with a time that
-/// clocks skip.
+/// direction, mktime, would read the app's TZ anew and does not specify what becomes of a time that
+/// the clocks skip.
 std::int64_t offsetAt(Instant instant) {
   tm parts{};
   const time_t time = instant;
   return localtime_r(&time, &parts) ? parts.tm_gmtoff : 0;
 }
 
-/// The first instant in (`before`, `after`] at which clocks are as they are at `after`; they change
-/// once in between.
+/// The first instant in (`before`, `after`] at which the offset is that of `after`; it changes once
+/// in between.
 Instant changeBetween(Instant before, Instant after) {
   const auto offset = offsetAt(after);
   while (after - before > 1) {
@@ -44,20 +44,20 @@ Instant changeBetween(Instant before, Instant after) {
   return after;
 }
 
-/// What clocks around a time on the wall do: how they are before and after, and when they change if
-/// they do.
+/// What the clocks do around a wall-clock time: their offsets before and after, and when they
+/// change, if they do.
 class Surroundings {
  public:
   explicit Surroundings(WallTime wall) : wall_(wall) {
     const Instant near = wall - offsetAt(wall);
-    // A day to each side holds any change that matters, even one by a whole day.
+    // A day on either side covers any change that matters, even one by a whole day.
     before_ = near - secondsPerDay;
     after_ = near + secondsPerDay;
     offsetBefore_ = offsetAt(before_);
     offsetAfter_ = offsetAt(after_);
   }
 
-  /// When clocks show this for the first time, if they do.
+  /// When the clocks first show this time, if they do.
   [[nodiscard]] std::optional<Instant> first() const {
     for (const auto offset :
          {std::max(offsetBefore_, offsetAfter_), std::min(offsetBefore_, offsetAfter_)}) {
@@ -65,7 +65,7 @@ class Surroundings {
     }
     return std::nullopt;
   }
-  /// When it is this late by clocks that have not been changed yet.
+  /// When it is this time by the clocks as they were before the change.
   [[nodiscard]] Instant byUnchangedClocks() const { return wall_ - offsetBefore_; }
   [[nodiscard]] Instant change() const { return changeBetween(before_, after_); }
 
@@ -82,7 +82,7 @@ class Surroundings {
 const Calendar::Stretch& Calendar::otherStretch(Date date) {
   auto next = std::ranges::upper_bound(stretches_, date, {}, &Stretch::begin);
   if (next == stretches_.begin() || !std::prev(next)->holds(date)) {
-    // More than a year of days only comes from a hostile document, and would cost the square of it.
+    // Only a hostile document has more than a year of days, and each insertion moves the rest.
     constexpr std::size_t kMostStretches = 400;
     if (stretches_.size() == kMostStretches) {
       stretches_.clear();

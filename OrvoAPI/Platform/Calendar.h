@@ -14,13 +14,13 @@ namespace orvo {
 /// The Gregorian calendar in the device's time zone, as the C library has it. Used by one thread at
 /// a time; nothing is shared, so make one for each piece of work: it costs nothing.
 ///
-/// It remembers the days that it has seen and asks the C library only for new ones. An app that
-/// changes its zone with `tzset` is followed by the next calendar that is made.
+/// It remembers the days that it has seen and asks the C library only for new ones. When the app
+/// changes its zone with `tzset`, the next calendar that is made follows it.
 class Calendar {
  public:
-  /// The first instant of the day. That is not midnight where clocks skip midnight.
+  /// The first instant of the day. That is not midnight where the clocks skip midnight.
   [[nodiscard]] Date startOfDay(Date date) { return stretch(date).startOfDay; }
-  /// The hour that a clock on the wall shows, 0 to 23.
+  /// The hour that a wall clock shows, 0 to 23.
   [[nodiscard]] int hour(Date date) {
     const Stretch& found = stretch(date);
     return static_cast<int>((date - found.begin + found.wallTimeAtBegin) / std::chrono::hours(1));
@@ -28,11 +28,11 @@ class Calendar {
   /// From 1, Sunday, to 7, Saturday.
   [[nodiscard]] int weekday(Date date) { return stretch(date).weekday; }
 
-  /// The same time on the wall that many days later (earlier, if negative). A time that clocks skip
-  /// there becomes as much later as they skip; of one that they show twice it is the one by the
-  /// clocks of `date`.
+  /// The same wall-clock time that many days later (earlier, if negative). A time that the clocks
+  /// skip then moves later by as much as they skip; of one that they show twice it is the one with
+  /// the offset of `date`.
   [[nodiscard]] Date addingDays(Date date, int days);
-  /// That many times 3,600 seconds later, whatever clocks do.
+  /// That many times 3,600 seconds later, whatever the clocks do.
   [[nodiscard]] static Date addingHours(Date date, int hours);
 
   [[nodiscard]] bool isSameDay(Date lhs, Date rhs) { return startOfDay(lhs) == startOfDay(rhs); }
@@ -49,7 +49,7 @@ class Calendar {
     Date begin;
     Date end;
     Date startOfDay;
-    /// What clocks on the wall show at the beginning.
+    /// What a wall clock shows at the beginning.
     std::chrono::milliseconds wallTimeAtBegin;
     std::int64_t secondsEastOfUTC;
     int weekday;
@@ -67,7 +67,7 @@ class Calendar {
   std::size_t latest_ = 0;
 };
 
-/// The names of the weekdays, Sunday first, in the language of the device and in its capitals. The
+/// The names of the weekdays, Sunday first, in the device's language, upper-cased by its rules. The
 /// environment says which locale that is (LC_ALL, LC_TIME or LANG); the process's own stays as it
 /// is. English where the locale is not installed. UTF-8.
 [[nodiscard]] std::array<std::string, 7> capitalWeekdayNames();

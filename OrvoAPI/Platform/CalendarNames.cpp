@@ -17,7 +17,8 @@ struct FreeLocale {
 };
 using Locale = std::unique_ptr<std::remove_pointer_t<locale_t>, FreeLocale>;
 
-/// The locale of dates, with its own rules for capitals even where the terminal's are others.
+/// The locale for dates, with its own rules for capitals even where the terminal's locale has
+/// others.
 Locale dateLocale() {
   Locale locale(newlocale(LC_TIME_MASK, "", locale_t{}));
   if (!locale) locale.reset(newlocale(LC_TIME_MASK, "C", locale_t{}));

@@ -17,12 +17,12 @@ class Clock {
   /// The wall clock, for programme times. It may jump: a box boots in 1970 and is set later.
   [[nodiscard]] virtual Date now() const = 0;
 
-  /// Time since some fixed moment, for ages and delays: it only goes forward and counts sleep.
+  /// Time since some fixed moment, for ages and delays: it only goes forward, during sleep too.
   [[nodiscard]] virtual std::chrono::milliseconds elapsed() const = 0;
 
-  /// Has `task` called, on any thread, whenever somebody has set the wall clock, for as long as
-  /// what this returns is held and at most a moment longer. The task must return soon. A clock that
-  /// nobody sets returns nothing.
+  /// Calls `task`, on any thread, whenever the wall clock has been set, for as long as the returned
+  /// value is held and at most a moment longer. The task must return soon. A clock that is never
+  /// set returns null.
   [[nodiscard]] virtual std::shared_ptr<const void> onWallSet(std::function<void()> task) const;
 
   /// The clocks of the system.

@@ -39,7 +39,7 @@ std::string_view cut(std::string_view text, std::size_t limit) {
   return text.substr(0, limit);
 }
 
-/// How the journal wants the length of a value that holds line ends: 8 bytes, lowest first.
+/// How the journal wants the length of a value that holds line breaks: 8 bytes, lowest first.
 std::array<char, 8> littleEndian(std::uint64_t number) {
   std::array<char, 8> bytes{};
   for (char& byte : bytes) {
@@ -163,7 +163,7 @@ void SystemLog::transmit(iovec* parts, std::size_t count) const {
   if (sent()) return;
   const bool readerHasGone = errno == ECONNREFUSED || errno == ENOTCONN || errno == ECONNRESET ||
                              errno == EPIPE || errno == EDESTADDRREQ;
-  // Otherwise the reader's buffer is full: a lost record harms less than a caller who waits.
+  // Otherwise the reader's buffer is full: a lost record does less harm than a caller that waits.
   if (readerHasGone && connectTo(socket_, path_)) (void)sent();
 }
 

@@ -10,7 +10,7 @@ struct iovec;
 
 namespace orvo {
 
-/// A connection to the system's log: the journal in its native format, or else the classic log
+/// A connection to the system log: the journal in its native format, or else the classic log
 /// socket. Safe to use from any thread. It never blocks and never fails: a record that the reader
 /// cannot take at once is lost, and a reader that was restarted is found again by the next record.
 /// Owns its socket.
@@ -26,7 +26,7 @@ class SystemLog {
   enum class Priority { critical = 2, error = 3, notice = 5, info = 6, debug = 7 };
 
   /// Longer messages are cut (between two characters) and end in an ellipsis. The journal takes a
-  /// record whole only as long as it fits a socket's buffer, of which this is a third by default;
+  /// record whole only if it fits a socket's buffer, of which this is about a third by default;
   /// many readers of the classic socket lose what is beyond 8 KiB.
   static constexpr std::size_t kLongestJournalMessage = 64 * 1024;
   static constexpr std::size_t kLongestClassicMessage = 7 * 1024;
@@ -35,7 +35,7 @@ class SystemLog {
   class Handle {
     friend class SystemLog;
     explicit Handle(std::string text) : text_(std::move(text)) {}
-    /// What is the same in all its records, ready to be sent.
+    /// What all its records have in common, ready to be sent.
     std::string text_;
   };
 
@@ -48,8 +48,8 @@ class SystemLog {
   /// A handle of this log, for records of this subsystem and category.
   [[nodiscard]] Handle handle(std::string_view subsystem, std::string_view category) const;
 
-  /// Sends one record. The message may hold anything; it is no format string. The classic log keeps
-  /// one line for each record: control characters become spaces there.
+  /// Sends one record. The message may hold anything; it is not a format string. The classic log
+  /// keeps one line per record: control characters become spaces there.
   void send(const Handle& handle, Priority priority, std::string_view message) const;
 
  private:

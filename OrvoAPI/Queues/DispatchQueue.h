@@ -10,8 +10,8 @@ namespace orvo {
 
 /// Runs jobs somewhere, later. Implement it to have callbacks on an event loop of your own: `post`
 /// is called from any thread, must never run the job itself, and must not throw. Held by shared
-/// pointers: whoever has work outstanding on a queue keeps it alive, jobs that wait in it included.
-/// So one whose loop has ended destroys the jobs that it has not run, and those that still come.
+/// pointers: outstanding work keeps its queue alive, and so do the jobs waiting in it. So a queue
+/// whose loop has ended must destroy the jobs that it has not run, and those that still come.
 ///
 /// What a job throws reaches whoever runs it. On the library's threads that stops the process; a
 /// loop of your own decides for itself.
@@ -25,19 +25,19 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   /// Takes the job, to run it once and later.
   virtual void post(Job job) = 0;
 
-  /// Posts the job when the delay has passed, by a clock that counts the time the device sleeps. A
+  /// Posts the job when the delay has passed, by a clock that also runs while the device sleeps. A
   /// delay of zero or less posts it at once. The queue is kept alive until then.
   virtual void postAfter(std::chrono::milliseconds delay, Job job);
 
-  /// For people who debug.
+  /// For debugging.
   [[nodiscard]] virtual std::string label() const { return {}; }
 
-  /// The concurrent queue of user-initiated priority: a few worker threads, made as they are
-  /// needed, that all serial queues share. Lives as long as the process.
+  /// The concurrent queue of user-initiated priority: a few worker threads, started as needed, that
+  /// all serial queues share. Lives as long as the process.
   [[nodiscard]] static std::shared_ptr<DispatchQueue> global();
 
-  /// True on a thread that the library must not see blocked: its own threads, and the one that the
-  /// main queue runs on at present.
+  /// True on a thread that must not block: the library's own, and the one that the main queue
+  /// currently runs on.
   [[nodiscard]] static bool isBlockingRefused();
 };
 

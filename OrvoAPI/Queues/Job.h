@@ -77,8 +77,8 @@ class Job {
 
 namespace detail {
 
-/// Nodes that wait, in the order in which they came, linked by their `next`. Not synchronised. What
-/// is left is dropped with it.
+/// Waiting nodes in order of arrival, linked by their `next`. Not synchronised. Its destructor
+/// drops what is left.
 template <class Node>
 class NodeList {
  public:

@@ -38,9 +38,9 @@ struct MainQueue::State {
   std::thread::id running ORVO_GUARDED_BY(mutex);
   int event ORVO_GUARDED_BY(mutex) = -1;
 
-  /// Runs the first job with the lock given up; `guard` holds the mutex and jobs are not empty.
+  /// Runs the first job with the lock released; `guard` holds the mutex and jobs are not empty.
   void runOne(detail::MutexGuard& guard) ORVO_REQUIRES(mutex) ORVO_UNCHECKED {
-    /// The lock taken again and the queue handed on, also when the job throws.
+    /// Takes the lock again and hands the queue on, also when the job throws.
     struct Turn {
       State& state;
       detail::MutexGuard& guard;
@@ -57,8 +57,8 @@ struct MainQueue::State {
     guard.unlock();
     job->run();
   }
-  /// No job is running any more: lets a claim that waits for that have the queue, or, when the
-  /// claim was given up meanwhile, the fallback.
+  /// No job is running any more: gives the queue to a claim that waits for that or, when the claim
+  /// was given up meanwhile, to the fallback.
   void handOn() ORVO_REQUIRES(mutex) {
     if (claim != 0) {
       forClaim.notify_one();
@@ -66,7 +66,8 @@ struct MainQueue::State {
       wakeRunner();
     }
   }
-  /// Wakes whoever is to run what waits; a fallback thread is started when it first has to.
+  /// Wakes the thread that is to run what waits; starts the fallback thread when it is first
+  /// needed.
   void wakeRunner() ORVO_REQUIRES(mutex) {
     if (claim != 0) {
       forClaimant.notify_one();

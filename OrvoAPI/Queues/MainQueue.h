@@ -15,8 +15,8 @@ namespace orvo {
 /// were posted. Safe to use from any thread; lives as long as the process.
 ///
 /// An app claims it, to have its jobs run where its own events run: it runs the queue on a thread,
-/// or drains it now and then, or puts the event descriptor into a loop of its own. While nobody has
-/// claimed it, a thread of the library's runs it, so that a program without a loop never waits for
+/// or drains it now and then, or puts the event descriptor into a loop of its own. While it is
+/// unclaimed, a thread of the library runs it, so that a program without a loop never waits for
 /// ever.
 class MainQueue final : public DispatchQueue {
  public:
@@ -25,14 +25,14 @@ class MainQueue final : public DispatchQueue {
   [[nodiscard]] static std::shared_ptr<MainQueue> shared();
 
   /// Waits for the job that is running, then takes the queue over for the calling thread; nothing
-  /// when somebody else holds it, or when called from one of the queue's jobs.
+  /// when it is claimed already, or when called from one of the queue's jobs.
   [[nodiscard]] std::optional<Claim> claim();
 
   void post(Job job) override;
   void postAfter(std::chrono::milliseconds delay, Job job) override;
   [[nodiscard]] std::string label() const override;
 
-  /// True when the calling thread is the one that the queue's jobs run on at present.
+  /// True when the calling thread is the one that the queue's jobs currently run on.
   [[nodiscard]] bool isCurrent() const;
 
  private:
@@ -45,9 +45,9 @@ class MainQueue final : public DispatchQueue {
   const std::unique_ptr<State> state_;
 };
 
-/// The right to run the main queue. It belongs to the thread that made it: to run or drain on
+/// The right to run the main queue. It belongs to the thread that made it: running or draining on
 /// another stops the process; `stop` may be called from any. Destroying it, even from a job of the
-/// queue, gives the queue back with the jobs that wait.
+/// queue, gives the queue back with its waiting jobs.
 ///
 /// What a job throws leaves `run` and `drain`; the next call goes on with the next job.
 class MainQueue::Claim {
@@ -58,7 +58,7 @@ class MainQueue::Claim {
 
   /// Runs jobs as they come, until `stop`.
   void run();
-  /// Makes `run` return after the job that is running; one that is not running yet returns at once.
+  /// Makes `run` return after the job that is running; a `run` that has not begun returns at once.
   void stop();
 
   /// Runs the jobs that wait at the time of the call and returns how many it ran.

@@ -4,10 +4,10 @@
 
 namespace orvo {
 
-/// Begins the labels of the queues that guard the library's own state.
+/// The prefix of the labels of the queues that guard the library's own state.
 inline constexpr std::string_view ServiceDomainPrefix = "tv.orvo.api";
 
-/// Begins the labels of the futures' queues.
+/// The prefix of the labels of the futures' queues.
 inline constexpr std::string_view FutureQueueLabelPrefix = "tv.orvo.api.futures.";
 
 }  // namespace orvo

@@ -5,7 +5,7 @@
 namespace orvo {
 namespace {
 
-/// After so many jobs a queue stands in line again, so that a busy one does not keep a worker.
+/// After this many jobs a queue goes back in line, so that a busy one does not keep a worker.
 constexpr unsigned kJobsInARow = 64;
 
 const void* currentThread() {
@@ -58,8 +58,7 @@ void SerialQueue::runSynchronously(detail::JobNode& job) noexcept {
   lock_.unlock();
 }
 
-/// Waits until the job has run, or, and then it returns true, until the queue is handed to the
-/// caller.
+/// Waits until the job has run (false) or the queue is handed to the caller (true).
 bool SerialQueue::waitToDrain(const detail::JobNode& job) {
   Waiter waiter{&job};
   waiters_.append(&waiter);
@@ -70,12 +69,12 @@ bool SerialQueue::waitToDrain(const detail::JobNode& job) {
 }
 
 void SerialQueue::wake(Waiter& waiter, Waiter::Turn turn) {
-  // An exchange, not a store: it is seen before the look at whether anybody sleeps.
+  // An exchange, not a store: it is seen before the check whether a thread sleeps.
   waiter.turn.exchange(turn);
   waiter.turn.notify_one();
 }
 
-/// Runs jobs: for a synchronous caller to its `own`, else as a worker.
+/// Runs jobs: for a synchronous caller up to its `own`, otherwise as a worker.
 void SerialQueue::drain(const detail::JobNode* own) {
   state_ = State::draining;
   drainer_.store(currentThread(), std::memory_order_relaxed);
@@ -99,7 +98,8 @@ void SerialQueue::runFirst(bool asWorker) {
   if (waiter != nullptr) wake(*waiter, Waiter::hasRun);
 }
 
-/// Never to the workers while somebody waits, which may be the worker that it would be left to.
+/// Never to the workers while a caller waits: that may be the very worker that would have to run
+/// it.
 void SerialQueue::handOn() {
   if (!waiters_.empty()) return wake(*waiters_.pop(), Waiter::drains);
   state_ = jobs_.empty() ? State::idle : State::scheduled;

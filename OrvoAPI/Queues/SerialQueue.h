@@ -77,7 +77,7 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
   detail::NodeList<Waiter> waiters_ ORVO_GUARDED_BY(lock_);
   /// The queue itself while it stands in the global queue's list; present exactly then.
   std::shared_ptr<DispatchQueue> scheduledSelf_ ORVO_GUARDED_BY(lock_);
-  /// The thread that drains, by a token of its own; null when none does.
+  /// The token of the thread that drains; null when none does.
   std::atomic<const void*> drainer_{nullptr};
 };
 

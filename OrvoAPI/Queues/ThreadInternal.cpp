@@ -29,7 +29,7 @@ void* enter(void* argument) {
   return nullptr;
 }
 
-/// The process that is ended in order.
+/// The process whose threads are ended when it exits; a forked child has none.
 std::atomic<pid_t> owner{0};
 
 struct ExitList {

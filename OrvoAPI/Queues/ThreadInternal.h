@@ -10,22 +10,22 @@
 
 namespace orvo::detail {
 
-/// Starts a detached thread of the library's own, with a name for people who debug. Signals are
-/// blocked on it: the app's handlers run on the app's threads only; those that a faulty
-/// instruction raises are not, so that the app's crash reports are complete. What `body` throws
-/// stops the process. False when the system has no thread to give.
+/// Starts a detached thread of the library's own, with a name for debugging. Signals are blocked on
+/// it: the app's handlers run on the app's threads only; those that a faulty instruction raises are
+/// not, so that the app's crash reports are complete. What `body` throws stops the process. False
+/// when the system has no thread to give.
 [[nodiscard]] bool startThread(const char* name, void (*body)());
 
-/// As `startThread`, for a thread that somebody joins.
+/// As `startThread`, for a thread that is joined.
 [[nodiscard]] std::optional<pthread_t> startJoinableThread(const char* name, void (*body)());
-/// Waits until the thread is gone, with all that libraries keep for it, or the time has passed, or
-/// not at all on the thread itself. To be called once.
+/// Waits until the thread and its thread-local state are gone, or the time has passed; on the
+/// thread itself not at all. Call it once.
 void joinWithin(pthread_t thread, std::chrono::milliseconds patience);
 
 /// True on a thread that `startThread` started.
 [[nodiscard]] bool isLibraryThread();
 
-/// How many threads of a kind are running, for the one who waits for their end.
+/// Counts the running threads of a kind, so that their end can be waited for.
 class ThreadCount {
  public:
   void add();
@@ -43,13 +43,12 @@ class ThreadCount {
 /// while the queues that would run it come to rest.
 enum class ExitStage { network, timer, mainQueue, workers };
 
-/// True in a process forked from the one in which the threads were started: there are none here, so
-/// that nobody may wait for them.
+/// True in a process forked from the one in which the threads were started: it has none of them, so
+/// nothing may wait for them.
 [[nodiscard]] bool isForkedChild();
 
-/// Has `end` called once when the process exits, in the order of the stages, but not when a forked
-/// child does. It must wait for a limited time at most, and for no longer than its own threads
-/// need.
+/// Calls `end` once when the process exits, in the order of the stages, but not when a forked child
+/// does. It must wait for a limited time at most, and for no longer than its own threads need.
 void atProcessExit(ExitStage stage, void (*end)());
 
 }  // namespace orvo::detail

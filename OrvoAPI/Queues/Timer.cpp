@@ -25,7 +25,7 @@ std::chrono::nanoseconds sinceBoot() {
   return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
-/// A timer that ends its wait only when somebody sets the wall clock.
+/// A timer whose wait ends only when the wall clock is set.
 int makeWallClockWatch() {
   const int descriptor = timerfd_create(CLOCK_REALTIME, TFD_CLOEXEC | TFD_NONBLOCK);
   itimerspec never{};
@@ -34,7 +34,7 @@ int makeWallClockWatch() {
   return descriptor;
 }
 
-/// Takes note of what a timer has to say; true when the clock that it goes by was set.
+/// Reads the timer's expirations; true when the clock that it goes by was set.
 bool takeNote(int timer) {
   std::uint64_t expirations = 0;
   return read(timer, &expirations, sizeof expirations) < 0 && errno == ECANCELED;

@@ -12,18 +12,18 @@
 
 namespace orvo::detail {
 
-/// Posts jobs to their queues when their delay has passed, by the clock that counts sleep, and
-/// tells who wants to know that the wall clock was set. One thread, started when it is first
-/// needed, asleep in the kernel until the earliest job is due or the clock is set. Lives as long as
-/// the process; safe to use from any thread.
+/// Posts jobs to their queues when their delay has passed, by the clock that also runs during
+/// sleep, and reports when the wall clock was set. One thread, started when it is first needed,
+/// asleep in the kernel until the earliest job is due or the clock is set. Lives as long as the
+/// process; safe to use from any thread.
 class Timer {
  public:
   [[nodiscard]] static Timer& shared();
 
   void post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue> queue, Job job);
 
-  /// Has the task called on the timer's thread after each setting of the wall clock, a wake from
-  /// sleep included, until what this returns is gone.
+  /// Calls the task on the timer's thread whenever the wall clock was set, also by a wake from
+  /// sleep, until the returned value is gone.
   [[nodiscard]] std::shared_ptr<const void> watchWallClock(std::function<void()> task);
 
   /// Ends the thread. Jobs that still wait are never posted.

@@ -121,7 +121,7 @@ void WorkerPool::summon(Worker* sleeper) {
 }
 
 void WorkerPool::wake(Worker& sleeper) {
-  // An exchange, not a store: it is seen before the look at whether anybody sleeps.
+  // An exchange, not a store: it is seen before the check whether a thread sleeps.
   sleeper.woken.exchange(1);
   sleeper.woken.notify_one();
 }

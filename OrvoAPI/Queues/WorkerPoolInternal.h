@@ -22,18 +22,18 @@ class WorkerPool final : public DispatchQueue {
   void postAfter(std::chrono::milliseconds delay, Job job) override;
   [[nodiscard]] std::string label() const override;
 
-  /// Says that the calling worker goes on with `job` now. What an earlier one kept for the tail is
+  /// Says that the calling worker goes on with `job` now. What an earlier one kept for its tail is
   /// queued.
   static void goOnWith(const JobNode* job);
 
-  /// From here on the calling thread wakes nobody for the jobs that it posts until `wakeHeld`. To
-  /// wake a worker costs as much as many a job: who posts several in a row spares most of it.
+  /// From here until `wakeHeld`, the calling thread wakes no worker for the jobs that it posts.
+  /// Waking one costs as much as many a job does: posting several in a row saves most of that.
   static void holdWakes();
   [[nodiscard]] static bool holdsAWake();
   static void wakeHeld();
 
   /// Asks the workers to end and waits, for a limited time, until they have; a job that is running
-  /// is let run. Jobs that still wait are never run.
+  /// may finish. Jobs that still wait are never run.
   void shutDown();
 
  private:
@@ -45,8 +45,8 @@ class WorkerPool final : public DispatchQueue {
   WorkerPool();
   [[gnu::noinline]] static WorkerPool& makeShared();
   static void wake(Worker& sleeper);
-  /// Finds who is to take one more job: null is a worker that is to be started. False when all are
-  /// at work already.
+  /// Finds a worker for one more job: null is one that is to be started. False when all are at
+  /// work.
   [[nodiscard]] bool pickWorker(Worker*& sleeper) ORVO_REQUIRES(lock_);
   void summon(Worker* sleeper);
   [[gnu::cold]] void postHeld(Job job);

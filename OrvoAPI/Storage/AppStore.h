@@ -18,7 +18,7 @@ namespace orvo {
 /// which begin empty.
 ///
 /// The bounds are numbers of answers, chosen so that a full set of stores stays in the order of 10
-/// MB: an app comes back to a few pages and many videos, while a lineup or a page of the guide can
+/// MB: an app comes back to a few pages and many videos, while a lineup or a part of the guide can
 /// take a megabyte by itself.
 class AppStore {
  public:

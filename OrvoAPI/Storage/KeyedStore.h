@@ -33,7 +33,7 @@ class KeyedStore {
 
   /// Adds the element in place of any other under the key.
   void add(T element, std::string key) {
-    // Made, and what it replaces destroyed, outside the lock: elements may be anybody's.
+    // Made, and what it replaces destroyed, outside the lock: elements may run foreign code.
     auto added = std::make_shared<const T>(std::move(element));
     const detail::LockGuard guard(lock_);
     store_[std::move(key)].swap(added);

@@ -32,11 +32,11 @@ void removeAllElements(StoreCore& core);
 }  // namespace detail
 
 /// Keeps elements in memory, each for its own time to live. Safe to use from any thread. Shares its
-/// elements: a hit copies a pointer. It has room for so many elements; what was used least recently
-/// goes first.
+/// elements: a hit copies a pointer. It has room for a fixed number of elements; the least recently
+/// used one goes first.
 ///
-/// The age of an element is judged when it is read, on a clock that only goes forward and counts
-/// the time the device sleeps, so that nobody who sets the wall clock makes it fresh or stale.
+/// The age of an element is judged when it is read, by a clock that only goes forward and also runs
+/// while the device sleeps, so that setting the wall clock makes nothing fresh or stale.
 template <Cacheable T>
 class Store {
  public:
@@ -74,7 +74,7 @@ class Store {
   /// Forgets everything, for an app that runs short of memory.
   void removeAll() { detail::removeAllElements(*core_); }
 
-  /// The label of the serial queue that the store's lock stands for; for people who debug.
+  /// The label of the serial queue that the store's lock stands for; for debugging.
   [[nodiscard]] static std::string accessQueueLabel() { return detail::storeQueueLabel(typeid(T)); }
 
  private:

@@ -20,7 +20,7 @@ class ORVO_CAPABILITY("lock") Lock {
     if (!state_.compare_exchange_strong(expected, kHeld, std::memory_order_acquire)) lockSlowly();
   }
   void unlock() ORVO_RELEASE() {
-    // In the one order of all: it is seen before `wakeOne` looks at whether anybody sleeps.
+    // Sequentially consistent: it is seen before `wakeOne` checks whether a thread sleeps.
     if (state_.exchange(kFree) == kContended) wakeOne();
   }
 
@@ -35,7 +35,7 @@ class ORVO_CAPABILITY("lock") Lock {
   std::atomic<std::uint32_t> state_{kFree};
 };
 
-/// Holds a `Lock` for a scope; it can be given up and taken again within it.
+/// Holds a `Lock` for a scope, within which it can be released and taken again.
 class ORVO_SCOPED_CAPABILITY LockGuard {
  public:
   explicit LockGuard(Lock& lock) ORVO_ACQUIRE(lock) : lock_(lock), held_(true) { lock_.lock(); }

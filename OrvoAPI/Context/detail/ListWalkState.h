@@ -15,7 +15,7 @@
 
 namespace orvo::detail {
 
-/// Where a walk stands. It holds no fetch that is under way, and is held weakly by that.
+/// Where a walk stands. It holds no fetch that is under way; such a fetch holds it weakly.
 template <class T>
 class ListWalkState : public std::enable_shared_from_this<ListWalkState<T>> {
   using Fetch = std::shared_ptr<const Capability<Shared<T>>>;

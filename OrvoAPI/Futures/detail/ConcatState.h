@@ -10,8 +10,8 @@ namespace orvo::detail {
 
 /// Collects the values of its inputs, in their order: it waits for one after another, each on that
 /// input's own callback queue, and lets go of an input when it begins to wait for it: that input's
-/// list owns it from then on. Its cancellation reaches the first input only, and only until that
-/// one's result has come.
+/// list owns this state from then on. Its cancellation reaches the first input only, and only until
+/// that one's result has come.
 template <class T>
 class ConcatState final : public DerivedState<std::vector<T>> {
  public:

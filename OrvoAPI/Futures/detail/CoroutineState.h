@@ -15,7 +15,7 @@ namespace orvo::detail {
 template <class T>
 class CoroutinePromise;
 
-/// A coroutine that stands still: destroyed with this, unless it is resumed.
+/// A suspended coroutine: destroyed with this, unless it is resumed.
 class Frame {
  public:
   explicit Frame(std::coroutine_handle<> handle) : handle_(handle) {}
@@ -33,17 +33,17 @@ class Frame {
 };
 
 /// A coroutine's wait for a future: a callback for its result and one for its cancel in one block,
-/// which goes when the future has let go of both. Who takes the frame, the first to come, resumes
-/// the coroutine; the callback for the result destroys it when it is dropped.
+/// freed when the future has let go of both. The first to come takes the frame and resumes the
+/// coroutine; the callback for the result destroys it when it is dropped.
 template <class T>
 class Suspension final : public Continuation {
  public:
-  /// `result` lies in the frame: only who has taken the frame may touch it.
+  /// `result` lies in the frame: only the callback that has taken the frame may touch it.
   Suspension(std::shared_ptr<DispatchQueue> queue, std::coroutine_handle<> frame,
              std::optional<Result<T>>& result)
       : queue_(std::move(queue)), frame_(frame.address()), result_(&result) {}
 
-  /// Gives itself to the future. The coroutine may have gone on, elsewhere, before this returns.
+  /// Gives itself to the future. The coroutine may have resumed, elsewhere, before this returns.
   void waitFor(FutureCore& future) {
     if (future.isCompleted()) {
       onCancel_.drop();  // too late for a cancel to make a difference
@@ -87,7 +87,7 @@ class Suspension final : public Continuation {
     Suspension& whole_;
   };
 
-  /// The job that goes on with the cancel, if that came first.
+  /// The job that resumes with the cancellation, if that came first.
   Job resumption() {
     return [frame = take(), result = result_]() mutable {
       if (!frame) return;
@@ -96,7 +96,7 @@ class Suspension final : public Continuation {
     };
   }
 
-  /// The frame for the first who asks.
+  /// The frame, for the first caller only.
   Frame take() {
     void* const frame = frame_.exchange(nullptr, std::memory_order_acq_rel);
     return Frame(frame ? std::coroutine_handle<>::from_address(frame) : nullptr);
@@ -117,7 +117,7 @@ class Suspension final : public Continuation {
 };
 
 /// What `co_await` makes of a future. It lies in the frame and holds the future only until the
-/// coroutine stands still.
+/// coroutine is suspended.
 template <class T>
 class FutureAwaiter {
  public:
@@ -157,7 +157,7 @@ class CoroutinePromise {
   void unhandled_exception() { result_.emplace(Failure{AnyError::current()}); }
 
  private:
-  /// Destroys the frame and then completes, so that who sees the result sees nothing of the frame.
+  /// Destroys the frame, then completes: whoever sees the result sees nothing of the frame.
   struct Finish {
     [[nodiscard]] bool await_ready() const noexcept { return false; }
     [[gnu::noinline]] void await_suspend(

@@ -9,7 +9,7 @@ namespace {
 
 /// Futures whose last reference went while another was being destroyed on this thread: a chain of
 /// any length is taken down in a loop, not in a recursion. Null while none is being destroyed; the
-/// last of them is no future, but a mark.
+/// list ends in a mark, which is no future.
 [[gnu::tls_model("initial-exec")]] thread_local constinit FutureCore* disposed = nullptr;
 FutureCore* lastDisposed() {
   return reinterpret_cast<FutureCore*>(std::uintptr_t{1});  // NOLINT(performance-no-int-to-ptr)
@@ -40,7 +40,7 @@ void FutureCore::dropCallbacks() noexcept {
 }
 
 void FutureCore::releaseWeakly(FutureCore* core) noexcept {
-  // The last one needs no exchange: nobody is left to take or to give up another.
+  // The last one needs no exchange: nothing is left to take or release another.
   auto& weak = counts(core).weak;
   if (weak.load(std::memory_order_acquire) == 1 ||
       weak.fetch_sub(1, std::memory_order_acq_rel) == 1) {
@@ -118,8 +118,8 @@ JobNode* FutureCore::asNode(std::uintptr_t callbacks) {
 }
 
 void FutureCore::publish(const void* result) noexcept {
-  // Whoever finds no result is first; the others replace its result, but not before somebody has
-  // taken the callbacks that are to get it.
+  // The caller that finds no result is first; the others replace its result, but not before the
+  // callbacks that are to get it have been taken.
   const void* first = nullptr;
   if (result_.compare_exchange_strong(first, result, std::memory_order_acq_rel)) first = result;
   auto callbacks = callbacks_.load(std::memory_order_acquire);

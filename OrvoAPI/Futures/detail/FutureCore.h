@@ -41,7 +41,7 @@ class CancelCallback {
  public:
   virtual void call(bool completed) = 0;
   virtual void drop() noexcept = 0;
-  /// The form for a future that is already cancelled: a job that asks anew when it runs.
+  /// The form for a future that is already cancelled: a job that checks again when it runs.
   virtual Job intoJob(CoreRef<FutureCore> future) = 0;
 
   CancelCallback* next = nullptr;
@@ -60,22 +60,22 @@ class CancelCallback {
 ///     not cancelled --cancel--> cancelled
 ///
 ///   - A result is immutable once published. The first lies in the block; each further one is a
-///     node of its own, so that who holds the older reads on. All live as long as the future.
-///   - `publish` stores the result, takes the callbacks and posts them with the first result, also
-///     when a second one has come in between. While it does, the future is `posting`: who registers
-///     still joins the list, with the result as it is then, and the posting thread empties the list
-///     before it leaves. So callbacks are posted in the order in which they were registered, and
-///     none is lost or posted twice.
+///     node of its own, so that the older ones stay readable. All live as long as the future.
+///   - `publish` stores the result, takes the callbacks and posts them with the first result, even
+///     when a second one has come in between. While it does, the future is `posting`: a callback
+///     registered then joins the list, with the result of that moment, and the posting thread
+///     empties the list before it leaves. So callbacks are posted in the order in which they were
+///     registered, and none is lost or posted twice.
 ///   - A callback in a list is owned by it. Posted, it owns itself and a reference to the future,
 ///     until it has run.
 ///   - A derived future is at once the callback on its source: the source's list owns it. It holds
 ///     its source weakly, for cancelling.
-///   - `cancel` takes the cancel callbacks by the very exchange that raises the flag. So who
-///     registers either finds the flag or joins a list that will be called.
+///   - `cancel` takes the cancel callbacks by the very exchange that raises the flag. So a new
+///     callback either finds the flag or joins a list that will be called.
 ///
-/// Where one thinks of a serial queue that guards the lists there is one atomic word for each, the
-/// newest callback first, in which every change is a single exchange: nobody ever waits, and
-/// neither a queue nor a callback nor a destructor of others runs inside.
+/// What one may think of as a serial queue that guards the lists is one atomic word for each, the
+/// newest callback first, in which every change is a single exchange: no thread ever waits, and no
+/// queue, callback or destructor of the app's runs inside.
 class FutureCore {
  public:
   FutureCore(const FutureCore&) = delete;
@@ -92,8 +92,8 @@ class FutureCore {
   void release() noexcept {
     if (counts(this).strong.fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
   }
-  /// As `release`, but what goes with the last reference, callbacks of the app's among it, goes in
-  /// a job on the queue.
+  /// As `release`, but what the last reference takes with it, the app's callbacks included, is
+  /// destroyed in a job on the queue.
   void releaseOn(DispatchQueue& queue) noexcept;
   void retainWeakly() noexcept { counts(this).weak.fetch_add(1, std::memory_order_relaxed); }
   static void releaseWeakly(FutureCore* core) noexcept;
@@ -138,7 +138,7 @@ class FutureCore {
   [[nodiscard]] bool claimFirstResult() {
     return !firstClaimed_.exchange(true, std::memory_order_acq_rel);
   }
-  /// Whether a result was built in the block; only for when the last reference has gone.
+  /// Whether a result was built in the block; to be asked only once the last reference has gone.
   [[nodiscard]] bool hasFirstResult() const {
     return firstClaimed_.load(std::memory_order_relaxed);
   }

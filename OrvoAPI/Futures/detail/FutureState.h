@@ -49,7 +49,7 @@ class FutureState : public FutureCore {
     Result<T> result;
     Later* older;
   };
-  // Apart, for they are rare.
+  // Out of line, because it is rare.
   [[gnu::noinline]] void replace(Result<T>&& result) {
     auto* const later = new Later{std::move(result), later_.load(std::memory_order_relaxed)};
     while (!later_.compare_exchange_weak(later->older, later, std::memory_order_acq_rel)) {

@@ -15,8 +15,8 @@ struct JSONDocument {
 };
 void destroy(const JSONDocument* document) noexcept;
 
-/// A place in a document, in the reader's own form. Owns nothing. Handed on by value: a processor
-/// that reads as one what it has just written as two waits.
+/// A place in a document, in the reader's own form. Owns nothing. Passed by value: a processor
+/// stalls when it loads as one what it has just stored as two.
 struct JSONPosition {
   std::uint64_t document = 0;
   std::uint64_t place = 0;
@@ -33,7 +33,7 @@ class JSONNode {
       : document_(document), position_(position) {
     retain();
   }
-  /// Costs nothing; somebody else must keep the document as long as this is used.
+  /// Costs nothing; the document must be held elsewhere as long as this is used.
   [[nodiscard]] static JSONNode borrowed(const JSONDocument* document, JSONPosition position) {
     JSONNode node;
     node.document_ = document;
