@@ -3,21 +3,18 @@
 
 #include <charconv>
 #include <cmath>
-#include <functional>
+#include <utility>
 
 namespace orvo::tool {
 
 namespace {
 
-/// A check that says what was wanted when `read` gives nothing. The help does not name it: that
-/// says what is wanted already.
+/// Those that `read` makes something of.
 template <class Read>
-CLI::Validator reads(Read read, const std::string& wanted) {
-  return CLI::Validator(
-      [read, wanted](std::string& text) {
-        return read(text) ? std::string() : "\"" + text + "\" is not " + wanted;
-      },
-      "");
+Values readBy(Read read, std::string name, std::string wanted) {
+  return {.name = std::move(name),
+          .accepts = [read](const std::string& text) { return read(text).has_value(); },
+          .wanted = std::move(wanted)};
 }
 
 std::optional<double> pixels(std::string_view text) {
@@ -61,14 +58,18 @@ std::optional<ImageSize> imageSize(std::string_view text) {
   return ImageSize{.width = *width, .height = *height};
 }
 
-CLI::Validator isBaseURL() {
-  return reads(baseURL, "an absolute http or https URL without a query");
+Parameter identifier(std::string& target) {
+  return {.name = "ID", .target = &target, .required = true};
 }
 
-CLI::Validator isAbsoluteURL() { return reads(absoluteURL, "an absolute http or https URL"); }
+Values baseURLs() {
+  return readBy(baseURL, "URL", "an absolute http or https URL without a query");
+}
 
-CLI::Validator isDate() { return reads(date, "a date like 2017-05-01T00:00:00.000Z"); }
+Values absoluteURLs() { return readBy(absoluteURL, "URL", "an absolute http or https URL"); }
 
-CLI::Validator isImageSize() { return reads(imageSize, "a size like 600x400"); }
+Values dates() { return readBy(date, "DATE", "a date like 2017-05-01T00:00:00.000Z"); }
+
+Values imageSizes() { return readBy(imageSize, "WxH", "a size like 600x400"); }
 
 }  // namespace orvo::tool

@@ -5,7 +5,7 @@
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Model/ResourceHost.h>
-#include <CLI/CLI.hpp>
+#include <tool/CommandTable.h>
 
 #include <optional>
 #include <string>
@@ -14,25 +14,28 @@
 
 namespace orvo::tool {
 
-/// The texts of the command line as the values that they stand for, and the checks that refuse
-/// others.
+/// The texts of the command line as the values that they stand for, and which of them an
+/// option takes.
 
 [[nodiscard]] std::optional<Environment> environmentNamed(std::string_view text);
 
 /// An absolute http or https URL without a query, with the "/" that a base must end in.
 [[nodiscard]] std::optional<URL> baseURL(std::string_view text);
-[[nodiscard]] CLI::Validator isBaseURL();
+[[nodiscard]] Values baseURLs();
 
 [[nodiscard]] std::optional<URL> absoluteURL(std::string_view text);
-[[nodiscard]] CLI::Validator isAbsoluteURL();
+[[nodiscard]] Values absoluteURLs();
 
 /// `2017-05-01T00:00:00.000Z`
 [[nodiscard]] std::optional<Date> date(std::string_view text);
-[[nodiscard]] CLI::Validator isDate();
+[[nodiscard]] Values dates();
 
 /// `600x400`, in display points; numbers that are no number of pixels are refused.
 [[nodiscard]] std::optional<ImageSize> imageSize(std::string_view text);
-[[nodiscard]] CLI::Validator isImageSize();
+[[nodiscard]] Values imageSizes();
+
+/// The required argument `ID`.
+[[nodiscard]] Parameter identifier(std::string& target);
 
 /// The names of an enumeration's cases.
 template <NamedEnum E>

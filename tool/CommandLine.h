@@ -1,8 +1,9 @@
 #pragma once
 
-#include <tool/Commands.h>
+#include <tool/CommandParser.h>
+#include <tool/CommandTable.h>
+#include <tool/Tool.h>
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -12,13 +13,6 @@ namespace orvo::tool {
 /// Used by the main thread.
 class CommandLine {
  public:
-  /// What is printed in place of a command: help, the version, or what is wrong.
-  struct Explanation {
-    /// 0 for what was asked for; the text then goes to standard output, else to standard error.
-    int exitStatus;
-    std::string text;
-  };
-
   CommandLine();
   CommandLine(const CommandLine&) = delete;
   CommandLine& operator=(const CommandLine&) = delete;
@@ -43,15 +37,11 @@ class CommandLine {
     [[nodiscard]] GlobalOptions read() const;
   };
 
-  void addGlobalOptions();
-  [[nodiscard]] std::string complaint(const CLI::ParseError& error) const;
-  [[nodiscard]] Explanation explanation(const CLI::ParseError& error) const;
-  /// The command that the command line got as far as naming.
-  [[nodiscard]] const CLI::App& reachedCommand() const;
+  [[nodiscard]] std::vector<Parameter> globalOptions();
 
   WrittenOptions written_;
-  CLI::App app_;
-  Commands commands_;
+  CommandTable table_;
+  const Command* chosen_ = nullptr;
 };
 
 }  // namespace orvo::tool

@@ -120,24 +120,32 @@ int answerPart(Tool& tool, Part part, Draw draw) {
 }  // namespace
 
 void addConfigurationCommands(Commands& commands) {
-  commands.add("config", "The remote configuration", [](Tool& tool) {
-    const auto part = [](const Context& context) -> const auto& { return context.configuration(); };
-    return answerPart(tool, part, drawConfiguration);
-  });
-  commands.add("views", "The system views: where browsing begins", [](Tool& tool) {
-    const auto part = [](const Context& context) {
-      std::vector<Configuration::SystemView> views;
-      for (const SystemView& view : context.systemViews()) {
-        views.push_back({view.name, view.label, view.id});
-      }
-      return views;
-    };
-    return answerPart(tool, part, drawViews);
-  });
-  commands.add("palette", "The colours of the brand", [](Tool& tool) {
-    const auto part = [](const Context& context) -> const auto& { return context.colorPalette(); };
-    return answerPart(tool, part, drawPalette);
-  });
+  commands.push_back(
+      {.name = "config", .description = "The remote configuration", .run = [](Tool& tool) {
+         const auto part = [](const Context& context) -> const auto& {
+           return context.configuration();
+         };
+         return answerPart(tool, part, drawConfiguration);
+       }});
+  commands.push_back({.name = "views",
+                      .description = "The system views: where browsing begins",
+                      .run = [](Tool& tool) {
+                        const auto part = [](const Context& context) {
+                          std::vector<Configuration::SystemView> views;
+                          for (const SystemView& view : context.systemViews()) {
+                            views.push_back({view.name, view.label, view.id});
+                          }
+                          return views;
+                        };
+                        return answerPart(tool, part, drawViews);
+                      }});
+  commands.push_back(
+      {.name = "palette", .description = "The colours of the brand", .run = [](Tool& tool) {
+         const auto part = [](const Context& context) -> const auto& {
+           return context.colorPalette();
+         };
+         return answerPart(tool, part, drawPalette);
+       }});
 }
 
 }  // namespace orvo::tool

@@ -11,14 +11,15 @@ namespace {
 struct Written {
   std::string start{};
   std::string end{};
-  int days = 1;
+  std::int64_t days = 1;
 };
 
 int runGuide(Tool& tool, const Written& written) {
   const Date today = Calendar().startOfDay(Clock::system()->now());
   const Date start = written.start.empty() ? today : *date(written.start);
-  const Date end =
-      written.end.empty() ? Calendar().addingDays(start, written.days) : *date(written.end);
+  const Date end = written.end.empty()
+                       ? Calendar().addingDays(start, static_cast<int>(written.days))
+                       : *date(written.end);
   LinearStream stream;
   return fetchListAndAnswer(
       tool, "fetching the guide", true,
@@ -37,20 +38,23 @@ int runGuide(Tool& tool, const Written& written) {
 
 void addGuideCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command = commands.add("guide", "What is on the linear channel; by default, today",
-                                   [written](Tool& tool) { return runGuide(tool, *written); });
-  command
-      ->add_option("--start", written->start,
-                   "The start of the range, like 2017-05-01T00:00:00.000Z")
-      ->type_name("DATE")
-      ->check(isDate());
-  CLI::Option* end = command->add_option("--end", written->end, "The end of the range")
-                         ->type_name("DATE")
-                         ->check(isDate());
-  command->add_option("--days", written->days, "The length of the range in days")
-      ->check(CLI::Range(1, 366))
-      ->excludes(end)
-      ->capture_default_str();
+  commands.push_back(
+      {.name = "guide",
+       .description = "What is on the linear channel; by default, today",
+       .options = {{.name = "--start",
+                    .description = "The start of the range, like 2017-05-01T00:00:00.000Z",
+                    .values = dates(),
+                    .target = &written->start},
+                   {.name = "--end",
+                    .description = "The end of the range",
+                    .values = dates(),
+                    .target = &written->end},
+                   {.name = "--days",
+                    .description = "The length of the range in days",
+                    .values = number(1, 366),
+                    .target = &written->days,
+                    .excludes = {"--end"}}},
+       .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 
 }  // namespace orvo::tool

@@ -36,24 +36,36 @@ int runImage(Tool& tool, const Written& written) {
 
 void addImageCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command = commands.add("image", "The address of an image; nothing is sent",
-                                   [written](Tool& tool) { return runImage(tool, *written); });
-  command->add_option("ID", written->id, "The video, page or programme")->required();
   const auto keys = caseNames<ImageResourceKey>();
-  command->add_option("KEY", written->key, "The rendition: " + joined(keys))
-      ->required()
-      ->check(CLI::IsMember(keys).description(""));
-  command->add_option("--size", written->size, "Width and height in points; 0 leaves a side open")
-      ->required()
-      ->type_name("WxH")
-      ->check(isImageSize());
-  command->add_option("--crop", written->crop, "How it is fitted into the size")
-      ->type_name("C")
-      ->check(CLI::IsMember({"fill", "fit"}));
-  command->add_option("--format", written->format, "What the file is")
-      ->type_name("F")
-      ->check(CLI::IsMember({"png", "jpg"}));
-  command->add_flag("--title", written->title, "Cut off the empty border, as titles want it");
+  commands.push_back(
+      {.name = "image",
+       .description = "The address of an image; nothing is sent",
+       .arguments = {{.name = "ID",
+                      .description = "The video, page or programme",
+                      .target = &written->id,
+                      .required = true},
+                     {.name = "KEY",
+                      .description = "The rendition: " + joined(keys),
+                      .values = anyOf(keys),
+                      .target = &written->key,
+                      .required = true}},
+       .options = {{.name = "--size",
+                    .description = "Width and height in points; 0 leaves a side open",
+                    .values = imageSizes(),
+                    .target = &written->size,
+                    .required = true},
+                   {.name = "--crop",
+                    .description = "How it is fitted into the size",
+                    .values = anyOf({"fill", "fit"}, "C"),
+                    .target = &written->crop},
+                   {.name = "--format",
+                    .description = "What the file is",
+                    .values = anyOf({"png", "jpg"}, "F"),
+                    .target = &written->format},
+                   {.name = "--title",
+                    .description = "Cut off the empty border, as titles want it",
+                    .target = &written->title}},
+       .run = [written](Tool& tool) { return runImage(tool, *written); }});
 }
 
 }  // namespace orvo::tool

@@ -25,11 +25,17 @@ int runLineup(Tool& tool, const Written& written) {
 
 void addLineupCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command = commands.add("lineup", "A schedule that a video or page refers to",
-                                   [written](Tool& tool) { return runLineup(tool, *written); });
-  command->add_option("URL", written->url)->required()->check(isAbsoluteURL());
-  command->add_option("--display", written->display, "Draw a grid of channels, or one list")
-      ->check(CLI::IsMember({"grid", "lineup"}));
+  Values url = absoluteURLs();
+  url.name = "TEXT";
+  commands.push_back(
+      {.name = "lineup",
+       .description = "A schedule that a video or page refers to",
+       .arguments = {{.name = "URL", .values = url, .target = &written->url, .required = true}},
+       .options = {{.name = "--display",
+                    .description = "Draw a grid of channels, or one list",
+                    .values = anyOf({"grid", "lineup"}),
+                    .target = &written->display}},
+       .run = [written](Tool& tool) { return runLineup(tool, *written); }});
 }
 
 }  // namespace orvo::tool

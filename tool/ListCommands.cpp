@@ -1,3 +1,4 @@
+#include <tool/Arguments.h>
 #include <tool/Commands.h>
 #include <tool/ContentViews.h>
 #include <tool/Paging.h>
@@ -60,23 +61,25 @@ int runPlaylist(Tool& tool, const Written& written) {
 
 void addListCommands(Commands& commands) {
   const auto collection = std::make_shared<Written>();
-  CLI::App* command =
-      commands.add("collection", "A collection of videos and pages",
-                   [collection](Tool& tool) { return runCollection(tool, *collection); });
-  command->add_option("ID", collection->id)->required();
-  addPagingOptions(*command, collection->paging);
+  commands.push_back(
+      {.name = "collection",
+       .description = "A collection of videos and pages",
+       .arguments = {identifier(collection->id)},
+       .options = pagingOptions(collection->paging),
+       .run = [collection](Tool& tool) { return runCollection(tool, *collection); }});
 
   const auto playlist = std::make_shared<Written>();
-  command = commands.add("playlist", "Videos that play one after another",
-                         [playlist](Tool& tool) { return runPlaylist(tool, *playlist); });
-  command->add_option("ID", playlist->id)->required();
-  addPagingOptions(*command, playlist->paging);
-  CLI::Option* including =
-      command->add_option("--including", playlist->including, "A video to play in any case")
-          ->type_name("VIDEO_ID");
-  for (const char* name : {"--limit", "--offset", "--all"}) {
-    including->excludes(command->get_option(name));
-  }
+  auto options = pagingOptions(playlist->paging);
+  options.push_back({.name = "--including",
+                     .description = "A video to play in any case",
+                     .values = {.name = "VIDEO_ID"},
+                     .target = &playlist->including,
+                     .excludes = {"--limit", "--offset", "--all"}});
+  commands.push_back({.name = "playlist",
+                      .description = "Videos that play one after another",
+                      .arguments = {identifier(playlist->id)},
+                      .options = std::move(options),
+                      .run = [playlist](Tool& tool) { return runPlaylist(tool, *playlist); }});
 }
 
 }  // namespace orvo::tool

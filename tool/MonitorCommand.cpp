@@ -20,8 +20,8 @@ using std::chrono::milliseconds;
 
 struct Written {
   std::int64_t updates = 0;
-  int days = 3;
-  int programSeconds = 5;
+  std::int64_t days = 3;
+  std::int64_t programSeconds = 5;
 };
 
 /// While it lives, Ctrl-C and a request to end do not end the process but make a descriptor
@@ -99,7 +99,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
 
   void load() {
     patience_.loading();
-    monitor_->load(clock_->now(), written_.days)
+    monitor_->load(clock_->now(), static_cast<int>(written_.days))
         .onComplete(MainQueue::shared(), [weak = weak_from_this()](const Result<bool>& result) {
           if (const auto self = weak.lock()) self->loaded(result);
         });
@@ -152,23 +152,23 @@ int runMonitor(Tool& tool, const Written& written) {
 
 void addMonitorCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command = commands.add("monitor", "What is on the linear channel now, kept up to date",
-                                   [written](Tool& tool) { return runMonitor(tool, *written); });
-  command
-      ->add_option("--updates", written->updates, "End after so many updates; 0: when interrupted")
-      ->check(CLI::Range(std::int64_t{0}, std::int64_t{1'000'000'000}))
-      ->type_name("N")
-      ->capture_default_str();
-  command->add_option("--days", written->days, "How many days of the guide to begin with")
-      ->check(CLI::Range(1, 366))
-      ->type_name("D")
-      ->capture_default_str();
-  command
-      ->add_option("--program-seconds", written->programSeconds,
-                   "With --demo: the length of the programmes; 0: as on television")
-      ->check(CLI::Range(0, 86'400))
-      ->needs(command->get_parent()->get_option("--demo"))
-      ->capture_default_str();
+  commands.push_back(
+      {.name = "monitor",
+       .description = "What is on the linear channel now, kept up to date",
+       .options = {{.name = "--updates",
+                    .description = "End after so many updates; 0: when interrupted",
+                    .values = number(0, 1'000'000'000, "N"),
+                    .target = &written->updates},
+                   {.name = "--days",
+                    .description = "How many days of the guide to begin with",
+                    .values = number(1, 366, "D"),
+                    .target = &written->days},
+                   {.name = "--program-seconds",
+                    .description = "With --demo: the length of the programmes; 0: as on television",
+                    .values = number(0, 86'400),
+                    .target = &written->programSeconds,
+                    .needs = {"--demo"}}},
+       .run = [written](Tool& tool) { return runMonitor(tool, *written); }});
 }
 
 }  // namespace orvo::tool

@@ -3,8 +3,8 @@
 #include <OrvoAPI/Base/Shared.h>
 #include <OrvoAPI/Context/FetchOptions.h>
 #include <OrvoAPI/Context/ListWalk.h>
+#include <tool/CommandTable.h>
 #include <tool/Tool.h>
-#include <CLI/CLI.hpp>
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace orvo::tool {
 
@@ -33,24 +34,21 @@ struct WrittenPaging {
   }
 };
 
-/// Adds `--limit` and `--offset`.
-inline std::pair<CLI::Option*, CLI::Option*> addPartOptions(CLI::App& command,
-                                                            WrittenPaging& paging) {
+/// `--limit`, `--offset` and `--all`.
+[[nodiscard]] inline std::vector<Parameter> pagingOptions(WrittenPaging& paging) {
   constexpr std::int64_t kMost = 1'000'000'000'000'000;
-  return {command.add_option("--limit", paging.limit, "How many items at most")
-              ->check(CLI::Range(std::int64_t{1}, kMost))
-              ->type_name("N"),
-          command.add_option("--offset", paging.offset, "How many items to leave out before")
-              ->check(CLI::Range(std::int64_t{0}, kMost))
-              ->type_name("N")};
-}
-
-/// Adds `--limit`, `--offset` and `--all`.
-inline void addPagingOptions(CLI::App& command, WrittenPaging& paging) {
-  const auto [limit, offset] = addPartOptions(command, paging);
-  command.add_flag("--all", paging.all, "Fetch the whole list, part by part")
-      ->excludes(limit)
-      ->excludes(offset);
+  return {{.name = "--limit",
+           .description = "How many items at most",
+           .values = number(1, kMost, "N"),
+           .target = &paging.limit},
+          {.name = "--offset",
+           .description = "How many items to leave out before",
+           .values = number(0, kMost, "N"),
+           .target = &paging.offset},
+          {.name = "--all",
+           .description = "Fetch the whole list, part by part",
+           .target = &paging.all,
+           .excludes = {"--limit", "--offset"}}};
 }
 
 /// The whole list as one part, and the progress meanwhile.

@@ -84,29 +84,40 @@ int runParse(Tool& tool, const Written& written) {
 
 void addParseCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command = commands.add("parse", "Run one parser over a document on standard input",
-                                   [written](Tool& tool) { return runParse(tool, *written); });
-  command->add_option("KIND", written->kind, "What the document is: " + joined(parseKinds()))
-      ->required()
-      ->check(CLI::IsMember(parseKinds()).description(""));
-  const auto text = [&](const char* name, auto& value, const char* description) {
-    return command->add_option(name, value, description);
-  };
-  text("--playlist-id", written->arguments.playlistID, "video: the playlist that it was listed in");
-  text("--collection-id", written->arguments.collectionID,
-       "content-item: the collection that it was listed in");
-  text("--query", written->arguments.query,
-       "search-collection, search-results: what was searched for");
-  text("--label", written->arguments.label,
-       "system-view: the title that the configuration gives it");
-  text("--include", written->include, "playlist: a document of the video to put in front")
-      ->type_name("FILE");
-  text("--start", written->start, "linear-program-guide: the start of the range asked for")
-      ->type_name("DATE")
-      ->check(isDate());
-  text("--end", written->end, "linear-program-guide: the end of the range asked for")
-      ->type_name("DATE")
-      ->check(isDate());
+  ParseArguments& arguments = written->arguments;
+  commands.push_back(
+      {.name = "parse",
+       .description = "Run one parser over a document on standard input",
+       .arguments = {{.name = "KIND",
+                      .description = "What the document is: " + joined(parseKinds()),
+                      .values = anyOf(parseKinds()),
+                      .target = &written->kind,
+                      .required = true}},
+       .options = {{.name = "--playlist-id",
+                    .description = "video: the playlist that it was listed in",
+                    .target = &arguments.playlistID},
+                   {.name = "--collection-id",
+                    .description = "content-item: the collection that it was listed in",
+                    .target = &arguments.collectionID},
+                   {.name = "--query",
+                    .description = "search-collection, search-results: what was searched for",
+                    .target = &arguments.query},
+                   {.name = "--label",
+                    .description = "system-view: the title that the configuration gives it",
+                    .target = &arguments.label},
+                   {.name = "--include",
+                    .description = "playlist: a document of the video to put in front",
+                    .values = {.name = "FILE"},
+                    .target = &written->include},
+                   {.name = "--start",
+                    .description = "linear-program-guide: the start of the range asked for",
+                    .values = dates(),
+                    .target = &written->start},
+                   {.name = "--end",
+                    .description = "linear-program-guide: the end of the range asked for",
+                    .values = dates(),
+                    .target = &written->end}},
+       .run = [written](Tool& tool) { return runParse(tool, *written); }});
 }
 
 }  // namespace orvo::tool

@@ -1,52 +1,62 @@
+#include <tool/Arguments.h>
 #include <tool/Commands.h>
 #include <tool/ContentViews.h>
 
 namespace orvo::tool {
+
 namespace {
 
-struct VideoOptions {
+struct Written {
   std::string id{};
   std::optional<std::string> playlistID{};
 };
 
+int runPage(Tool& tool, const Written& written) {
+  return fetchAndAnswer(
+      tool, "fetching the page",
+      [&](const Context& context) { return context.fetchPage(written.id); },
+      [](Screen& screen, const Page& page) { draw(screen, page); });
+}
+
+int runVideo(Tool& tool, const Written& written) {
+  return fetchAndAnswer(
+      tool, "fetching the video",
+      [&](const Context& context) {
+        return context.fetchVideo(written.id, {.playlistID = written.playlistID});
+      },
+      [](Screen& screen, const Video& video) { draw(screen, video); });
+}
+
+int runItem(Tool& tool, const Written& written) {
+  return fetchAndAnswer(
+      tool, "fetching the item",
+      [&](const Context& context) { return context.fetchContentItem(written.id); },
+      [](Screen& screen, const ContentItem& item) { draw(screen, item); });
+}
+
 }  // namespace
 
 void addProductCommands(Commands& commands) {
-  const auto pageID = std::make_shared<std::string>();
-  commands
-      .add("page", "A page: a show, a channel, an event, …",
-           [pageID](Tool& tool) {
-             return fetchAndAnswer(
-                 tool, "fetching the page",
-                 [&](const Context& context) { return context.fetchPage(*pageID); },
-                 [](Screen& screen, const Page& page) { draw(screen, page); });
-           })
-      ->add_option("ID", *pageID)
-      ->required();
+  const auto page = std::make_shared<Written>();
+  commands.push_back({.name = "page",
+                      .description = "A page: a show, a channel, an event, …",
+                      .arguments = {identifier(page->id)},
+                      .run = [page](Tool& tool) { return runPage(tool, *page); }});
 
-  const auto video = std::make_shared<VideoOptions>();
-  CLI::App* command = commands.add("video", "A video", [video](Tool& tool) {
-    return fetchAndAnswer(
-        tool, "fetching the video",
-        [&](const Context& context) {
-          return context.fetchVideo(video->id, {.playlistID = video->playlistID});
-        },
-        [](Screen& screen, const Video& model) { draw(screen, model); });
-  });
-  command->add_option("ID", video->id)->required();
-  command->add_option("--playlist-id", video->playlistID, "The playlist that it is played from");
+  const auto video = std::make_shared<Written>();
+  commands.push_back({.name = "video",
+                      .description = "A video",
+                      .arguments = {identifier(video->id)},
+                      .options = {{.name = "--playlist-id",
+                                   .description = "The playlist that it is played from",
+                                   .target = &video->playlistID}},
+                      .run = [video](Tool& tool) { return runVideo(tool, *video); }});
 
-  const auto itemID = std::make_shared<std::string>();
-  commands
-      .add("item", "A video or a page, whichever it is",
-           [itemID](Tool& tool) {
-             return fetchAndAnswer(
-                 tool, "fetching the item",
-                 [&](const Context& context) { return context.fetchContentItem(*itemID); },
-                 [](Screen& screen, const ContentItem& item) { draw(screen, item); });
-           })
-      ->add_option("ID", *itemID)
-      ->required();
+  const auto item = std::make_shared<Written>();
+  commands.push_back({.name = "item",
+                      .description = "A video or a page, whichever it is",
+                      .arguments = {identifier(item->id)},
+                      .run = [item](Tool& tool) { return runItem(tool, *item); }});
 }
 
 }  // namespace orvo::tool

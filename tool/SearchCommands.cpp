@@ -42,33 +42,38 @@ int runSearch(Tool& tool, const Written& written) {
       });
 }
 
+int runSuggest(Tool& tool, const std::string& query) {
+  return fetchAndAnswer(
+      tool, "asking for suggestions",
+      [&](const Context& context) { return context.fetchSearchSuggestions(query); },
+      [](Screen& screen, const std::vector<std::string>& suggestions) {
+        for (const std::string& suggestion : suggestions) screen.paragraph(suggestion);
+      });
+}
+
 }  // namespace
 
 void addSearchCommands(Commands& commands) {
   const auto search = std::make_shared<Written>();
-  CLI::App* command = commands.add("search", "Search in everything, or in one category",
-                                   [search](Tool& tool) { return runSearch(tool, *search); });
-  command->add_option("QUERY", search->query)->required();
-  CLI::Option* kind = command->add_option("--kind", search->kind, "The category to search in")
-                          ->check(CLI::IsMember(caseNames<SearchCollection::ResultsKind>()));
-  addPagingOptions(*command, search->paging);
-  for (const char* name : {"--limit", "--offset", "--all"}) {
-    command->get_option(name)->needs(kind);
+  std::vector<Parameter> options{{.name = "--kind",
+                                  .description = "The category to search in",
+                                  .values = anyOf(caseNames<SearchCollection::ResultsKind>()),
+                                  .target = &search->kind}};
+  for (Parameter& option : pagingOptions(search->paging)) {
+    option.needs = {"--kind"};
+    options.push_back(std::move(option));
   }
+  commands.push_back({.name = "search",
+                      .description = "Search in everything, or in one category",
+                      .arguments = {{.name = "QUERY", .target = &search->query, .required = true}},
+                      .options = std::move(options),
+                      .run = [search](Tool& tool) { return runSearch(tool, *search); }});
 
   const auto query = std::make_shared<std::string>();
-  commands
-      .add("suggest", "Suggestions for the beginning of a search",
-           [query](Tool& tool) {
-             return fetchAndAnswer(
-                 tool, "asking for suggestions",
-                 [&](const Context& context) { return context.fetchSearchSuggestions(*query); },
-                 [](Screen& screen, const std::vector<std::string>& suggestions) {
-                   for (const std::string& suggestion : suggestions) screen.paragraph(suggestion);
-                 });
-           })
-      ->add_option("QUERY", *query)
-      ->required();
+  commands.push_back({.name = "suggest",
+                      .description = "Suggestions for the beginning of a search",
+                      .arguments = {{.name = "QUERY", .target = query.get(), .required = true}},
+                      .run = [query](Tool& tool) { return runSuggest(tool, *query); }});
 }
 
 }  // namespace orvo::tool

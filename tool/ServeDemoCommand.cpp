@@ -8,9 +8,9 @@ namespace orvo::tool {
 namespace {
 
 struct Written {
-  int port = 0;
-  int expireAfter = 0;
-  int programSeconds = 0;
+  std::int64_t port = 0;
+  std::int64_t expireAfter = 0;
+  std::int64_t programSeconds = 0;
   bool log = false;
 };
 
@@ -34,8 +34,8 @@ int runServeDemo(Tool& tool, const Written& written) {
   sigaddset(&signals, SIGTERM);
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
 
-  demo::DemoServiceOptions options{.port = written.port,
-                                   .tokenLifetime = written.expireAfter,
+  demo::DemoServiceOptions options{.port = static_cast<int>(written.port),
+                                   .tokenLifetime = static_cast<int>(written.expireAfter),
                                    .programLength = std::chrono::seconds(written.programSeconds)};
   if (written.log) {
     // With --json standard output is for the document alone.
@@ -61,22 +61,25 @@ int runServeDemo(Tool& tool, const Written& written) {
 
 void addServeDemoCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  CLI::App* command = commands.add("serve-demo", "Run the demo service by itself until interrupted",
-                                   [written](Tool& tool) { return runServeDemo(tool, *written); });
-  command->add_option("--port", written->port, "The port to listen on; 0 takes a free one")
-      ->check(CLI::Range(0, 65535))
-      ->capture_default_str();
-  command
-      ->add_option("--expire-after", written->expireAfter,
-                   "Let each token expire after that many requests; 0: never")
-      ->check(CLI::Range(0, 1'000'000'000))
-      ->capture_default_str();
-  command
-      ->add_option("--program-seconds", written->programSeconds,
-                   "The length of the guide's programmes; 0: as on television")
-      ->check(CLI::Range(0, 86'400))
-      ->capture_default_str();
-  command->add_flag("--log", written->log, "Print a line for each request");
+  commands.push_back(
+      {.name = "serve-demo",
+       .description = "Run the demo service by itself until interrupted",
+       .options = {{.name = "--port",
+                    .description = "The port to listen on; 0 takes a free one",
+                    .values = number(0, 65535),
+                    .target = &written->port},
+                   {.name = "--expire-after",
+                    .description = "Let each token expire after that many requests; 0: never",
+                    .values = number(0, 1'000'000'000),
+                    .target = &written->expireAfter},
+                   {.name = "--program-seconds",
+                    .description = "The length of the guide's programmes; 0: as on television",
+                    .values = number(0, 86'400),
+                    .target = &written->programSeconds},
+                   {.name = "--log",
+                    .description = "Print a line for each request",
+                    .target = &written->log}},
+       .run = [written](Tool& tool) { return runServeDemo(tool, *written); }});
 }
 
 }  // namespace orvo::tool

@@ -1,4 +1,5 @@
 #include <fmt/format.h>
+#include <tool/Arguments.h>
 #include <tool/Commands.h>
 #include <tool/Text.h>
 #include <tool/Wording.h>
@@ -72,32 +73,33 @@ void drawAds(Screen& screen, const VideoAdMetadata& metadata) {
   }
 }
 
+int runStream(Tool& tool, const std::string& id) {
+  const auto context = tool.context();
+  if (const AnyError* error = context.error()) return tool.fail(*error);
+  const URL url = (*context.value())->videoURL(id);
+  return tool.answer(toJson(url), [&](Screen& screen) { screen.line(url.text()); });
+}
+
+int runAds(Tool& tool, const std::string& id) {
+  return fetchAndAnswer(
+      tool, "fetching the ad metadata",
+      [&](const Context& context) { return context.fetchVideoAdMetadata(id); }, drawAds);
+}
+
 }  // namespace
 
 void addStreamCommands(Commands& commands) {
   const auto streamID = std::make_shared<std::string>();
-  commands
-      .add("stream", "The address of a video's stream, with the token in it",
-           [streamID](Tool& tool) {
-             const auto context = tool.context();
-             if (const AnyError* error = context.error()) return tool.fail(*error);
-             const URL url = (*context.value())->videoURL(*streamID);
-             return tool.answer(toJson(url), [&](Screen& screen) { screen.line(url.text()); });
-           })
-      ->add_option("ID", *streamID)
-      ->required();
+  commands.push_back({.name = "stream",
+                      .description = "The address of a video's stream, with the token in it",
+                      .arguments = {identifier(*streamID)},
+                      .run = [streamID](Tool& tool) { return runStream(tool, *streamID); }});
 
   const auto adsID = std::make_shared<std::string>();
-  commands
-      .add("ads", "Where a stream has ads, and what to call for them",
-           [adsID](Tool& tool) {
-             return fetchAndAnswer(
-                 tool, "fetching the ad metadata",
-                 [&](const Context& context) { return context.fetchVideoAdMetadata(*adsID); },
-                 drawAds);
-           })
-      ->add_option("ID", *adsID)
-      ->required();
+  commands.push_back({.name = "ads",
+                      .description = "Where a stream has ads, and what to call for them",
+                      .arguments = {identifier(*adsID)},
+                      .run = [adsID](Tool& tool) { return runAds(tool, *adsID); }});
 }
 
 }  // namespace orvo::tool

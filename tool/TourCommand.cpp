@@ -97,7 +97,9 @@ int runTour(Tool& tool) {
 }  // namespace
 
 void addTourCommand(Commands& commands) {
-  commands.add("tour", "A short walk: a page, a video on it, and its stream", runTour);
+  commands.push_back({.name = "tour",
+                      .description = "A short walk: a page, a video on it, and its stream",
+                      .run = runTour});
 }
 
 }  // namespace orvo::tool
