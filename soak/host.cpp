@@ -9,6 +9,7 @@
 
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
+#include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <curl/curl.h>
 #include <demo/DemoService.h>
@@ -46,6 +47,8 @@ using namespace std::chrono_literals;
 constexpr auto kPatience = 60s;
 /// A scene that takes longer hangs, and is ended by its alarm.
 constexpr unsigned kSecondsOfAScene = 300;
+/// So does a child that it forks.
+constexpr unsigned kSecondsOfAChild = 20;
 constexpr int kUnderWay = 20;
 constexpr int kThreads = 4;
 /// What it waits with, and what wakes it.
@@ -321,6 +324,62 @@ void leaveNothingToPrograms(const Service& service, int) {
   fetch(*context);
 }
 
+bool isForked = false;
+
+/// Runs `part` in a forked child, and ends it as programs end.
+void inForkedChild(const std::function<void()>& part) {
+  const pid_t child = fork();
+  if (child == 0) {
+    isForked = true;
+    alarm(kSecondsOfAChild);
+    part();
+    std::exit(0);  // NOLINT(concurrency-mt-unsafe)
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  require(status == 0, "a forked child ends with " + std::to_string(status));
+}
+
+template <class T>
+void requireRefusal(const Future<T>& fetched) {
+  const auto result = fetched.wait(kPatience);
+  require(result.failed(), "a forked child fetches");
+  const auto* const error = result.error()->template as<URLError>();
+  require(error != nullptr && error->code == URLError::unknown,
+          "another error in a forked child: " + result.error()->description());
+}
+
+/// Nothing that was under way, and no thread, has come along.
+void useInForkedChild(const Service& service, Context& context) {
+  URLSession session;
+  requireRefusal(session.fetch({.url = service.api}));
+  requireRefusal(context.fetchVideo("welcome", {.noCache = true}));
+  requireRefusal(ContextService::context(service.api, service.resources, Client::appleTV));
+  const auto video = context.fetchVideo("welcome").wait(kPatience);
+  require(!video.failed() && (*video.value())->id == "welcome", "the cache has gone");
+  int called = 0;
+  context.fetchVideo("welcome").onComplete([&called](const auto&) { ++called; });
+  session.fetch({.url = service.silent}).onComplete([&called](const auto&) { ++called; });
+  require(called == 2, "callbacks are not called");
+  DispatchQueue::global()->postAfter(1h, [] {});
+}
+
+void leaveForkedChildrenAlone(const Service& service, int) {
+  // Behind the library's own end, and before a leak checker that misses the parent's threads.
+  std::atexit([] {
+    if (isForked) _exit(0);
+  });
+  inForkedChild([&service] { fetch(*service.open()); });  // as a service that leaves its terminal
+  const auto context = service.open();
+  (void)context->fetchVideo("welcome").wait(kPatience).force();
+  leaveUnderWay(*context, service.silent);
+  std::atomic<bool> isDue{false};
+  DispatchQueue::global()->postAfter(100ms, [&isDue] { isDue = true; });
+  inForkedChild([&service, &context] { useInForkedChild(service, *context); });
+  settle("a child sets its parent's timer", [&isDue] { return isDue.load(); });
+  fetch(*context);
+}
+
 // ---- The end
 
 std::shared_ptr<Context> early;  // destroyed after everything that comes later
@@ -363,6 +422,7 @@ struct Scene {
 constexpr Scene kScenes[] = {{"contexts come and go", makeAndDropContexts},
                              {"the host's own is left alone", leaveTheHostAlone},
                              {"programs inherit nothing", leaveNothingToPrograms},
+                             {"forked children", leaveForkedChildrenAlone},
                              {"ends with a static made early", endWithAStaticMadeEarly},
                              {"ends with a static made late", endWithAStaticMadeLate},
                              {"ends while others fetch", endWhileOthersFetch},

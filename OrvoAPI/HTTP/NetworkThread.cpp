@@ -37,16 +37,14 @@ std::chrono::nanoseconds sleptSinceBoot() {
          std::chrono::nanoseconds(all.tv_nsec - awake.tv_nsec);
 }
 
-/// Makes the TLS library register its exit handler now, so that ours, registered after it, runs
-/// first. Otherwise it would do so within libcurl's initialisation, and a process that ends at that
-/// moment would take the TLS library down while the network thread sets it up. Found by name,
-/// because libcurl may use another one.
-void registerCleanupOfTLS() {
+/// Keeps the TLS library from registering its exit handler. A process that ends while another
+/// thread begins its first request would take the TLS library down while the network thread uses
+/// it. What it holds goes with the process. Found by name, because libcurl may use another one.
+void keepTLSToTheEnd() {
   using Initialise = int (*)(std::uint64_t, const void*);
-  // The least part of it: asked for none at all, it registers nothing.
-  constexpr std::uint64_t kAsynchronousJobs = 0x100;
+  constexpr std::uint64_t kNoExitHandler = 0x80000;
   void* const initialise = dlsym(RTLD_DEFAULT, "OPENSSL_init_crypto");
-  if (initialise != nullptr) reinterpret_cast<Initialise>(initialise)(kAsynchronousJobs, nullptr);
+  if (initialise != nullptr) reinterpret_cast<Initialise>(initialise)(kNoExitHandler, nullptr);
 }
 
 }  // namespace
@@ -70,6 +68,9 @@ std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration 
 
 std::optional<URLError> NetworkThread::start(std::shared_ptr<CurlSession> session,
                                              std::shared_ptr<HTTPExchange> exchange) {
+  if (isForkedChild()) {
+    return URLError{URLError::unknown, "forked from a process that uses the network already"};
+  }
   if (post({Command::Kind::start, std::move(session), std::move(exchange)})) return std::nullopt;
   const LockGuard guard(lock_);
   if (state_ == State::ended) return URLError{URLError::cancelled, "the process is ending"};
@@ -88,6 +89,7 @@ void NetworkThread::close(std::shared_ptr<CurlSession> session) {
 void NetworkThread::networkChanged() { post({Command::Kind::changeNetwork, nullptr, nullptr}); }
 
 bool NetworkThread::post(Command command) {
+  if (isForkedChild()) return false;
   const LockGuard guard(lock_);
   if (state_ == State::unused && command.kind == Command::Kind::start) begin();
   if (state_ != State::running) return false;
@@ -98,8 +100,12 @@ bool NetworkThread::post(Command command) {
 
 void NetworkThread::begin() {
   atProcessExit(ExitStage::network, [] { shared().shutDown(); });
-  registerCleanupOfTLS();
-  std::atexit([] { shared().shutDown(); });
+  keepTLSToTheEnd();
+  // An app that has used the TLS library before has its exit handler registered: ours runs first.
+  if (std::atexit([] { shared().shutDown(); }) != 0) {
+    state_ = State::ended;  // the handlers have all been run
+    return;
+  }
   epoll_ = epoll_create1(EPOLL_CLOEXEC);
   wakeup_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   epoll_event event{};
@@ -128,8 +134,8 @@ void NetworkThread::run() {
   // Here, because it takes a while and leaves something behind with its thread. Reference-counted:
   // an app that uses libcurl itself does not notice.
   isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-  // Registered once more, to run before the TLS library takes itself down: that has just registered
-  // its own exit handler.
+  // Registered once more, to run before another TLS library takes itself down: that has just
+  // registered its own exit handler.
   std::atexit([] { shared().shutDown(); });
   now_ = std::chrono::steady_clock::now();
   slept_ = sleptSinceBoot();

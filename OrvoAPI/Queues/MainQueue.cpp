@@ -105,6 +105,7 @@ MainQueue::~MainQueue() = default;
 std::string MainQueue::label() const { return "main"; }
 
 void MainQueue::post(Job job) {
+  if (detail::isForkedChild()) return detail::runInForkedChild(std::move(job));
   auto& state = *state_;
   const detail::MutexGuard guard(state.mutex);
   state.jobs.append(job.release());
@@ -116,6 +117,7 @@ void MainQueue::postAfter(std::chrono::milliseconds delay, Job job) {
 }
 
 bool MainQueue::isCurrent() const {
+  if (detail::isForkedChild()) return false;
   const detail::MutexGuard guard(state_->mutex);
   const auto self = std::this_thread::get_id();
   return state_->running == self || (state_->claim != 0 && state_->claimant == self);

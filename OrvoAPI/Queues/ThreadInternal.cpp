@@ -3,7 +3,6 @@
 
 #include <pthread.h>
 #include <signal.h>
-#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -29,8 +28,14 @@ void* enter(void* argument) {
   return nullptr;
 }
 
-/// The process whose threads are ended when it exits; a forked child has none.
-std::atomic<pid_t> owner{0};
+/// In a forked child, the jobs that run after the present one.
+thread_local constinit JobList* waitingInForkedChild = nullptr;
+
+/// Before the first thread is started; a process that forks earlier leaves its child nothing broken.
+void watchForks() {
+  static const int watched = pthread_atfork(nullptr, nullptr, [] { wasForked = true; });
+  static_cast<void>(watched);  // it fails without memory only, and then there is nothing to do
+}
 
 struct ExitList {
   Lock lock;
@@ -57,6 +62,17 @@ void endAll() {
 
 }  // namespace
 
+constinit std::atomic<bool> wasForked{false};
+
+void runInForkedChild(Job job) noexcept {
+  if (waitingInForkedChild != nullptr) return waitingInForkedChild->append(job.release());
+  JobList waiting;
+  waiting.append(job.release());
+  waitingInForkedChild = &waiting;
+  while (!waiting.empty()) waiting.pop()->run();
+  waitingInForkedChild = nullptr;
+}
+
 bool startThread(const char* name, void (*body)()) {
   const auto thread = startJoinableThread(name, body);
   if (thread) pthread_detach(*thread);
@@ -64,6 +80,7 @@ bool startThread(const char* name, void (*body)()) {
 }
 
 std::optional<pthread_t> startJoinableThread(const char* name, void (*body)()) {
+  watchForks();
   sigset_t blocked;
   sigset_t before;
   sigfillset(&blocked);
@@ -80,15 +97,22 @@ std::optional<pthread_t> startJoinableThread(const char* name, void (*body)()) {
 }
 
 void joinWithin(pthread_t thread, std::chrono::milliseconds patience) {
+#if defined(__SANITIZE_THREAD__)
+  const auto join = pthread_timedjoin_np;  // the sanitizer does not know the other one
+  constexpr auto kClock = CLOCK_REALTIME;
+#else
+  const auto join = [](pthread_t joined, void** result, const timespec* end) {
+    return pthread_clockjoin_np(joined, result, CLOCK_MONOTONIC, end);
+  };
+  constexpr auto kClock = CLOCK_MONOTONIC;
+#endif
   timespec until{};
-  clock_gettime(CLOCK_REALTIME, &until);
+  clock_gettime(kClock, &until);
   const auto nanoseconds = std::chrono::nanoseconds(patience).count() + until.tv_nsec;
   until.tv_sec += nanoseconds / 1'000'000'000;
   until.tv_nsec = nanoseconds % 1'000'000'000;
-  pthread_timedjoin_np(thread, nullptr, &until);
+  join(thread, nullptr, &until);
 }
-
-bool isForkedChild() { return owner != 0 && owner != getpid(); }
 
 bool isLibraryThread() { return libraryThread; }
 
@@ -117,7 +141,6 @@ void atProcessExit(ExitStage stage, void (*end)()) {
   list.ends[static_cast<std::size_t>(stage)] = end;
   if (list.registered) return;
   list.registered = true;
-  owner = getpid();
   std::atexit(endAll);
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <OrvoAPI/Base/MutexInternal.h>
+#include <OrvoAPI/Queues/Job.h>
 
 #include <pthread.h>
 
+#include <atomic>
 #include <chrono>
 #include <condition_variable>
 #include <optional>
@@ -18,8 +20,8 @@ namespace orvo::detail {
 
 /// As `startThread`, for a thread that is joined.
 [[nodiscard]] std::optional<pthread_t> startJoinableThread(const char* name, void (*body)());
-/// Waits until the thread and its thread-local state are gone, or the time has passed; on the
-/// thread itself not at all. Call it once.
+/// Waits until the thread and its thread-local state are gone, or the time has passed, on a clock
+/// that cannot be set; on the thread itself not at all. Call it once.
 void joinWithin(pthread_t thread, std::chrono::milliseconds patience);
 
 /// True on a thread that `startThread` started.
@@ -43,9 +45,14 @@ class ThreadCount {
 /// while the queues that would run it come to rest.
 enum class ExitStage { network, timer, mainQueue, workers };
 
-/// True in a process forked from the one in which the threads were started: it has none of them, so
-/// nothing may wait for them.
-[[nodiscard]] bool isForkedChild();
+extern std::atomic<bool> wasForked;
+/// True in a process forked from one in which threads of the library were running: it has none of
+/// them, so nothing may wait for them, and what they were working on, locks included, stays as it
+/// was at the fork.
+[[nodiscard]] inline bool isForkedChild() { return wasForked.load(std::memory_order_relaxed); }
+/// Runs a job on the calling thread, as the library's queues do in a forked child: at once, or,
+/// within such a job, after it.
+void runInForkedChild(Job job) noexcept;
 
 /// Calls `end` once when the process exits, in the order of the stages, but not when a forked child
 /// does. It must wait for a limited time at most, and for no longer than its own threads need.

@@ -56,6 +56,7 @@ Timer::Timer()
 
 void Timer::post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue> queue, Job job) {
   if (delay.count() <= 0) return queue->post(std::move(job));
+  if (isForkedChild()) return;  // the descriptor is the parent's
   const auto due = sinceBoot() + std::min<std::chrono::milliseconds>(delay, kLongestDelay);
   const LockGuard guard(lock_);
   heap_.push_back({due, order_++, std::move(queue), std::move(job)});
@@ -66,6 +67,7 @@ void Timer::post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue>
 
 std::shared_ptr<const void> Timer::watchWallClock(std::function<void()> task) {
   auto watch = std::make_shared<Watch>(std::move(task));
+  if (isForkedChild()) return watch;
   const LockGuard guard(lock_);
   std::erase_if(watches_, [](const auto& other) { return other.expired(); });
   watches_.push_back(watch);

@@ -77,6 +77,7 @@ inline bool WorkerPool::pickWorker(Worker*& sleeper) {
 }
 
 void WorkerPool::post(Job job) {
+  if (isForkedChild()) return runInForkedChild(std::move(job));
   auto& state = workerState;
   if (state.inTailPosition) {
     state.inTailPosition = false;
