@@ -44,8 +44,8 @@ constexpr std::array kCallers = {"main", "another thread"};
 /// Ends a process that hangs.
 constexpr unsigned kSecondsOfARun = 20;
 constexpr int kWell = 7;  // no exit status that anything else has
-/// A processor that is busy elsewhere keeps a process from ending, but not three times in a row.
-constexpr int kAttempts = 3;
+/// A processor that is busy elsewhere keeps a process from ending, but not five times in a row.
+constexpr int kAttempts = 5;
 
 std::chrono::nanoseconds now() {
   timespec time{};

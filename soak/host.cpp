@@ -361,7 +361,6 @@ void useInForkedChild(const Service& service, Context& context) {
   context.fetchVideo("welcome").onComplete([&called](const auto&) { ++called; });
   session.fetch({.url = service.silent}).onComplete([&called](const auto&) { ++called; });
   require(called == 2, "callbacks are not called");
-  DispatchQueue::global()->postAfter(1h, [] {});
 }
 
 void leaveForkedChildrenAlone(const Service& service, int) {
@@ -373,10 +372,7 @@ void leaveForkedChildrenAlone(const Service& service, int) {
   const auto context = service.open();
   (void)context->fetchVideo("welcome").wait(kPatience).force();
   leaveUnderWay(*context, service.silent);
-  std::atomic<bool> isDue{false};
-  DispatchQueue::global()->postAfter(100ms, [&isDue] { isDue = true; });
   inForkedChild([&service, &context] { useInForkedChild(service, *context); });
-  settle("a child sets its parent's timer", [&isDue] { return isDue.load(); });
   fetch(*context);
 }
 

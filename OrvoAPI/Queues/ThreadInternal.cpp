@@ -31,7 +31,7 @@ void* enter(void* argument) {
 /// In a forked child, the jobs that run after the present one.
 thread_local constinit JobList* waitingInForkedChild = nullptr;
 
-/// Before the first thread is started; a process that forks earlier leaves its child nothing broken.
+/// Before the first thread is started: an earlier fork leaves its child nothing broken.
 void watchForks() {
   static const int watched = pthread_atfork(nullptr, nullptr, [] { wasForked = true; });
   static_cast<void>(watched);  // it fails without memory only, and then there is nothing to do
