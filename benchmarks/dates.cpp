@@ -68,7 +68,7 @@ void measureReading(const DateFormatter& formatter, bool milliseconds, bool zone
   print("date read, " + texts.front(), "ns", "strptime and timegm", figures, kReadingGoal);
 }
 
-/// The start of the hour and of the day, from the clock on the wall.
+/// The start of the hour and of the day, by the wall clock.
 void bucketByLibrary(const std::vector<Date>& starts, std::vector<std::time_t>& out) {
   out.clear();
   for (const Date start : starts) {

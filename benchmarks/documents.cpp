@@ -1,5 +1,5 @@
-// Bodies to JSON values and to models, against the limit: the reading library alone, with a parser
-// that keeps its memory.
+// Bodies to JSON values and to models, against the limit: simdjson alone, with a parser that keeps
+// its memory.
 
 #include <benchmarks/support/Documents.h>
 #include <benchmarks/support/Measure.h>
@@ -13,7 +13,7 @@ using namespace orvo::benchmarks;
 
 namespace {
 
-/// The limit: the reading library alone.
+/// The limit: simdjson alone.
 class Limit {
  public:
   void read(const Data& body) {

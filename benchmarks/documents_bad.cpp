@@ -1,5 +1,5 @@
 // Lists whose every element is bad, of each kind of list, against the good list: by the byte, since
-// a sender decides about the bytes. Nobody listens to the console, which is told of bad programmes.
+// the sender decides how many there are. The console, which is told of bad programmes, is silenced.
 
 #include <OrvoAPI/Linear/LinearProgramGuide.h>
 #include <OrvoAPI/Linear/Lineup.h>
@@ -27,7 +27,7 @@ constexpr std::size_t kElements = 200;
 
 struct List {
   std::string name;
-  /// What stands before and behind the elements.
+  /// What stands before and after the elements.
   std::string head, tail;
   std::function<std::string(std::size_t number)> element;
   /// What makes an element bad: a key that it requires, and what is sent in its place.

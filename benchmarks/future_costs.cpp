@@ -82,7 +82,7 @@ int main(int, char** argv) {
   report("callback, completed", costOf(runCallbacks), 700, 2);
   const auto hop = costOf(runMaps<10>, 10);
   report("map hop", hop, 600, 1.2);
-  // With the promise before the first hop and the callback behind the last.
+  // With the promise before the first hop and the callback after the last.
   const double small = costOf(runMaps<1>).instructions;
   const double big = costOf(runMaps<1000>, 1000).instructions;
   const std::string name = "each hop of a chain of 1,000";

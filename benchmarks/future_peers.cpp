@@ -33,7 +33,7 @@ boost::executors::basic_thread_pool& pool() {
 struct Ours {
   using Promise = orvo::Promise<int>;
 
-  /// A chain of maps behind the promise; `done` is called at its end.
+  /// A chain of maps on the promise's future; `done` is called at its end.
   template <class Done>
   static void chain(Promise& promise, Done&& done) {
     auto future = promise.future();
@@ -128,15 +128,14 @@ double millisecondsInFlight() {
   return milliseconds(clock) - begin;
 }
 
-/// By the clock on the wall, and the processor time of all threads, which other programs do not
-/// lengthen.
+/// By the wall clock, and the processor time of all threads, which other programs do not lengthen.
 template <clockid_t clock>
 void compareInFlight(const char* unit) {
   print("10,000 chains of 10 maps in flight", unit, "Boost futures",
         inTurns(millisecondsInFlight<Ours, clock>, millisecondsInFlight<Theirs, clock>, 11), 0.10);
 }
 
-/// The inputs stand before it is counted.
+/// The inputs are made before counting starts.
 template <class Side>
 Counts countsOfAFanIn() {
   constexpr int kTimes = 50;

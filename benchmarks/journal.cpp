@@ -1,6 +1,6 @@
 // One record on its way to the journal's socket: through the library's logger and through
-// libsystemd, which knows no other path than the system's. Where no journal runs and root may, a
-// socket stands in for it there. And the longest call while the reader has stalled.
+// libsystemd, which knows no other path than the system's. Where no journal runs, and the program
+// runs as root, a socket stands in for it there. And the longest call while the reader has stalled.
 
 #include <OrvoAPI/Logging/OSLogger.h>
 #include <benchmarks/support/Instructions.h>
@@ -135,7 +135,7 @@ const char* const kSystemPath = "/run/systemd/journal/socket";
 iovec field(std::string_view text) { return {const_cast<char*>(text.data()), text.size()}; }
 
 void sendBySystemd() {
-  // As a caller has it: a message of its own behind the name of the field.
+  // As a caller has it: a message of its own after the name of the field.
   const std::string message = "MESSAGE=" + std::string(kMessage);
   const std::array fields{field(message), field("PRIORITY=6"), field("SYSLOG_IDENTIFIER=journal"),
                           field("SUBSYSTEM=Network"), field("CATEGORY=Fetch")};

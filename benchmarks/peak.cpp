@@ -1,5 +1,5 @@
-// Runs a command and prints the peak of its resident memory, in KB. Small, for the kernel counts
-// what the process that starts another was itself until then.
+// Runs a command and prints the peak of its resident memory, in KB. Small, because the kernel also
+// counts what this process itself was before the command replaced it.
 //
 // usage: peak COMMAND…
 

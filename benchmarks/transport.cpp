@@ -1,4 +1,4 @@
-// Fetches through the library beside raw libcurl: how many a second, what they cost in processor
+// Fetches through the library beside raw libcurl: how many per second, what they cost in processor
 // time, and what a fresh connection takes. The server is an nginx; each side asks for all at once
 // and has ten connections.
 
@@ -26,7 +26,7 @@ double wallSeconds() {
   return std::chrono::duration<double>(now).count();
 }
 
-/// Prints the throughput and, unless told otherwise, the processor time of both.
+/// Prints the throughput and, if it has a goal, the processor time of both.
 template <class Ours, class Theirs>
 void report(const std::string& what, const std::string& peer, std::size_t count, Ours&& ours,
             Theirs&& theirs, double leastThroughput, double mostProcessor = kNothing) {

@@ -1,4 +1,4 @@
-# What `cmake --install` lays down: headers, library, test kit, tool, and the files by which
+# What `cmake --install` installs: headers, library, test kit, tool, and the files by which
 # find_package and pkg-config find them.
 include(CMakePackageConfigHelpers)
 

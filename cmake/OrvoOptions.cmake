@@ -9,9 +9,9 @@ function(orvo_options target)
   endif()
 endfunction()
 
-# For what reads strangers' bytes: what the compiler and the linker can do so that a fault in memory
-# ends the program instead of being of use to somebody. In every configuration, so that the tests see
-# what is delivered; only the checks of _FORTIFY_SOURCE need an optimised build.
+# For code that reads untrusted bytes: what the compiler and the linker can do so that a memory
+# fault ends the program instead of serving an attacker. In every configuration, so that the tests
+# see what is delivered; only the checks of _FORTIFY_SOURCE need an optimised build.
 include(CheckCXXCompilerFlag)
 set(orvo_hardening -fstack-protector-strong)
 # Not on every processor: probes of a growing stack, and landing pads for indirect jumps.

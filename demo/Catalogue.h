@@ -21,7 +21,7 @@ struct Product {
   std::string description{};
   /// 0: none.
   std::int64_t durationMilliseconds = 0;
-  /// The shelves that a page shows, or to which a video belongs; by their identifiers.
+  /// The shelves that a page shows, or that a video belongs to; by their identifiers.
   std::vector<std::string> shelves{};
   /// The shelf that is played after the video, or nothing.
   std::string nextPlaylist{};
@@ -70,8 +70,8 @@ class Catalogue {
   /// All episodes, in the order of the shows: the stuff the linear channel is made of.
   [[nodiscard]] const std::vector<const Product*>& episodes() const { return episodes_; }
 
-  /// The products whose texts hold the query, those with it in their title first. Letter case
-  /// plays no part; nothing matches an empty query.
+  /// The products whose texts hold the query, those with it in their title first. Case is ignored;
+  /// nothing matches an empty query.
   [[nodiscard]] std::vector<const Product*> search(std::string_view query) const;
 
  private:

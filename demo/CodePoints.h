@@ -6,13 +6,13 @@
 
 namespace orvo::demo {
 
-/// What stands for bytes that are no UTF-8.
+/// What stands for bytes that are not UTF-8.
 inline constexpr std::string_view kReplacement = "\uFFFD";
 
 /// A character of a text.
 struct Character {
   std::string_view bytes;
-  /// Nothing for a byte that begins no UTF-8 sequence.
+  /// Nothing for a byte that does not begin a UTF-8 sequence.
   std::optional<char32_t> point;
 };
 

@@ -48,12 +48,12 @@ struct DemoService::Server {
 
 void DemoService::Server::configure() {
   http.set_tcp_nodelay(true);
-  // The library's own choice would let two services share a port, each getting half the requests.
+  // httplib's own choice would let two services share a port, each getting half the requests.
   http.set_socket_options([](int socket) {
     const int yes = 1;
     setsockopt(socket, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   });
-  // One request a connection, and little patience: stopping waits for open connections.
+  // One request per connection, and little patience: stopping waits for open connections.
   http.set_keep_alive_max_count(1);
   http.set_keep_alive_timeout(1);
   http.set_read_timeout(1);
@@ -108,7 +108,8 @@ bool DemoService::start() {
     server.http.listen_after_bind();
     server.ended = true;
   });
-  // The socket listens since it was bound; this only makes sure that a stop finds a server to stop.
+  // The socket has listened since it was bound; this only makes sure that a stop finds a server to
+  // stop.
   while (!server.http.is_running() && !server.ended) std::this_thread::yield();
   return true;
 }

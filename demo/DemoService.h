@@ -14,7 +14,7 @@ struct DemoServiceOptions {
   int tokenLifetime = 0;
   /// The length of every programme of the guide; 0: lengths as on television.
   std::chrono::seconds programLength{0};
-  /// Is given a line for each request, without line end and without any token. Called from the
+  /// Is given a line for each request, without a line end and without any token. Called from the
   /// service's threads, one call at a time. It must not call the service.
   std::function<void(const std::string& line)> requestLog{};
 };
@@ -30,9 +30,9 @@ class DemoService {
   DemoService(const DemoService&) = delete;
   DemoService& operator=(const DemoService&) = delete;
 
-  /// Begins to serve; once in its life. False when the port is not to be had.
+  /// Starts serving; once in its life. False when the port is not available.
   [[nodiscard]] bool start();
-  /// Ends to serve. Requests in progress are answered; a client that has sent half a request and
+  /// Stops serving. Requests in progress are answered; a client that has sent half a request and
   /// then nothing more delays the end by at most a second.
   void stop();
 

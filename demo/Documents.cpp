@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::size_t kTopResults = 5;
 
-/// The part of a list that a page holds.
+/// The part of a list that was asked for.
 template <class T>
 std::vector<T> window(const std::vector<T>& list, const Paging& paging) {
   const auto size = static_cast<std::int64_t>(list.size());

@@ -42,7 +42,7 @@ class Documents {
   [[nodiscard]] Json product(const Product& product, Instant now) const;
   [[nodiscard]] std::optional<Json> collection(std::string_view id, const Paging& paging,
                                                Instant now) const;
-  /// The videos of a shelf. The page is stretched until it holds the included video, if the shelf
+  /// The videos of a shelf. The part is extended until it holds the included video, if the shelf
   /// has it; an empty `including` means none.
   [[nodiscard]] std::optional<Json> playlist(std::string_view id, std::string_view including,
                                              Paging paging, Instant now) const;

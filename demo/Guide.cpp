@@ -67,7 +67,7 @@ Json Guide::program(std::int64_t number, Instant now) const {
        {"duration", (end - start).count()}});
 }
 
-std::optional<Json> Guide::page(Instant start, Instant end, const Paging& paging,
+std::optional<Json> Guide::part(Instant start, Instant end, const Paging& paging,
                                 Instant now) const {
   const std::int64_t first = numberAt(start);
   const std::int64_t last = end > start ? numberAt(end - std::chrono::seconds(1)) + 1 : first;

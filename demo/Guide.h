@@ -21,12 +21,12 @@ class Guide {
   /// Every programme is as long as stated; zero means lengths from half an hour to two hours.
   Guide(const Catalogue& catalogue, std::chrono::seconds programLength);
 
-  /// A page of the programmes that run at some time within the range. Null for a range that would
+  /// A part of the programmes that run at some time within the range. Null for a range that would
   /// hold absurdly many.
-  [[nodiscard]] std::optional<Json> page(Instant start, Instant end, const Paging& paging,
+  [[nodiscard]] std::optional<Json> part(Instant start, Instant end, const Paging& paging,
                                          Instant now) const;
 
-  /// The programme as a video, by its identifier (`program-123`); none when it is no programme.
+  /// The programme as a video, by its identifier (`program-123`); none when it is not a programme.
   [[nodiscard]] std::optional<Product> video(std::string_view id) const;
 
  private:

@@ -18,7 +18,7 @@ struct Transformation {
 };
 
 /// Reads the instructions of an image's address, such as `c_fill,w_600,h_400,f_jpg,q_65`. A missing
-/// side takes its default, sides over 2048 are cut down; unknown instructions are none.
+/// side takes its default, sides over 2048 are cut down; unknown instructions are ignored.
 [[nodiscard]] Transformation parseTransformation(std::string_view text);
 
 /// A picture of two fields of colour that the name chooses, as a PNG or JPEG file.

@@ -49,7 +49,7 @@ class Json {
   /// Appends a member to an object; the caller sees to it that keys differ.
   void set(std::string key, Json value);
 
-  /// The document on one line. What a terminal would obey is escaped, bytes that are no UTF-8 come
+  /// The document on one line. What a terminal would obey is escaped, bytes that are not UTF-8 come
   /// out as U+FFFD.
   [[nodiscard]] std::string text() const;
   /// The document with an indentation of two spaces, for people.

@@ -39,7 +39,7 @@ std::string_view queryItem(const Request& request, std::string_view key) {
   return found == request.query.end() ? std::string_view() : std::string_view(found->second);
 }
 
-/// Leaves the value alone when the item is missing; false when it is no whole number.
+/// Leaves the value alone when the item is missing; false when it is not a whole number.
 bool readNumber(const Request& request, std::string_view key, std::int64_t& value) {
   const std::string_view text = queryItem(request, key);
   if (text.empty()) return true;
@@ -113,18 +113,18 @@ std::optional<Answer> Router::refusal(const Request& request) {
 }
 
 Answer Router::content(const Request& request, const Segments& path) const {
-  const std::optional<Paging> page = paging(request);
-  if (!page) return failure(400, "limit and offset are whole numbers.");
-  if (path.size() == 2 && path[1] == "epg") return guide(request, *page);
+  const std::optional<Paging> part = paging(request);
+  if (!part) return failure(400, "limit and offset are whole numbers.");
+  if (path.size() == 2 && path[1] == "epg") return guide(request, *part);
   if (path.size() == 2 && path[1] == "search") {
     return json(documents_.searchResults(queryItem(request, "q"),
-                                         queryItem(request, "collection_type"), *page, present()));
+                                         queryItem(request, "collection_type"), *part, present()));
   }
   if (path.size() != 3) return notFound();
   if (path[1] == "products") return product(path[2]);
-  if (path[1] == "collections") return json(documents_.collection(path[2], *page, present()));
+  if (path[1] == "collections") return json(documents_.collection(path[2], *part, present()));
   if (path[1] == "playlists") {
-    return json(documents_.playlist(path[2], queryItem(request, "includes"), *page, present()));
+    return json(documents_.playlist(path[2], queryItem(request, "includes"), *part, present()));
   }
   if (path[1] == "search" && path[2] == "suggest") {
     return json(documents_.suggestions(queryItem(request, "q")));
@@ -137,11 +137,11 @@ Answer Router::product(std::string_view id) const {
   return json(documents_.product(id, present()));
 }
 
-Answer Router::guide(const Request& request, const Paging& page) const {
+Answer Router::guide(const Request& request, const Paging& part) const {
   const auto start = parseInstant(queryItem(request, "start_time"));
   const auto end = parseInstant(queryItem(request, "end_time"));
   if (!start || !end) return failure(400, "start_time and end_time are needed.");
-  const auto document = guide_.page(*start, *end, page, present());
+  const auto document = guide_.part(*start, *end, part, present());
   return document ? json(*document) : failure(400, "The range is too long.");
 }
 

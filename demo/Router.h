@@ -36,7 +36,7 @@ class Router {
 
   [[nodiscard]] Answer answer(const Request& request);
 
-  /// The request's path for the log: the session's token in a stream's path is blotted out.
+  /// The request's path for the log: the session's token in a stream's path is masked.
   [[nodiscard]] static std::string loggablePath(std::string_view path);
 
  private:

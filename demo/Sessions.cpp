@@ -14,7 +14,7 @@ std::string randomToken() {
   constexpr std::string_view kAlphabet =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
   std::random_device random;
-  // Whoever finds one where none belongs shall see what it is.
+  // Whoever finds one where none belongs should see what it is.
   std::string token = "secret-token-";
   for (std::size_t index = 0; index < kTokenLength; ++index) {
     token += kAlphabet[random() % kAlphabet.size()];

@@ -1,4 +1,4 @@
-// The tool's command line, one argument a line. Nothing is run.
+// The tool's command line, one argument per line. Nothing is run.
 
 #include <fuzz/FuzzTarget.h>
 #include <tool/CommandLine.h>

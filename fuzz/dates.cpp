@@ -1,4 +1,4 @@
-// The readers and writers of dates, one a line, against those of a large Unicode library.
+// The readers and writers of dates, one per line, against those of a large Unicode library.
 
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <fuzz/FuzzTarget.h>

@@ -51,7 +51,7 @@ class Silence final : public Logger {
   void log(std::string_view, LogLevel, std::string_view, std::string_view) override {}
 };
 
-/// A service that says what the input says, to clients in whose time nothing passes by itself.
+/// A service that answers what the input says, to clients for whom no time passes by itself.
 class Service {
  public:
   explicit Service(std::string_view answers) {
@@ -64,9 +64,9 @@ class Service {
   [[nodiscard]] const std::shared_ptr<ManualQueue>& queue() const { return queue_; }
   [[nodiscard]] std::size_t requests() const { return network_->fetches.count(); }
 
-  /// Answers what is asked until nobody asks any more, or there is nothing more to say. Steps of a
-  /// fetch run on the library's workers, so that nobody says when the last has been done: what
-  /// comes later than `kPatience` is served the next time.
+  /// Answers what is asked until no request comes any more, or no answer is left. Steps of a fetch
+  /// run on the library's workers, so that nothing tells when the last has been done: what comes
+  /// later than `kPatience` is served the next time.
   void serve() {
     do {
       queue_->run();
@@ -77,7 +77,7 @@ class Service {
       ++answered_;
     } while (network_->fetches.waitForCount(answered_ + 1, kPatience) || queue_->waiting() > 0);
   }
-  /// Refuses what is left, so that nothing waits in a circle that holds itself.
+  /// Refuses what is left, so that no cycle of references keeps itself alive.
   void end() {
     answers_.resize(answered_);
     do {

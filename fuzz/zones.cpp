@@ -1,4 +1,4 @@
-// Time-zone rules and instants: the first line is what TZ says, behind it stand instants, eight
+// Time-zone rules and instants: the first line is the value of TZ, after it come instants of eight
 // bytes each.
 
 #include <OrvoAPI/Platform/Calendar.h>

@@ -72,7 +72,7 @@ PRINTS_OR_STOPS = re.compile(
     r"|abort|_?exit|_Exit|quick_exit|terminate|assert)\s*\(|\bstd::(?:cout|cerr|clog)\b"
     r"|\b(?:stdout|stderr)\b")
 
-# What a block begins with that is no function; clang-format's indentation tells where it ends.
+# What begins a block that is not a function; clang-format's indentation tells where it ends.
 NO_FUNCTION = re.compile(r"(?:\} )?(?:if|for|while|switch|do|else|try|catch|case|default|return"
                          r"|namespace|struct|class|enum|union)\b")
 

@@ -68,7 +68,8 @@ inline std::vector<Flood> floods() {
   };
 }
 
-/// Floods everybody who asks it anything, over TLS. Its threads never end: neither may the object.
+/// Floods every client that asks it anything, over TLS. Its threads never end: neither may the
+/// object.
 class FloodServer {
  public:
   /// The certificate and its key are files.
@@ -136,7 +137,7 @@ class FloodServer {
       } else {
         good = flood.push(tls) == 1 && SSL_do_handshake(tls) == 1;
       }
-      // What the client answers is taken, or it would be the one who cannot go on.
+      // What the client answers is read, or the client would be the one that cannot go on.
       std::array<char, 65'536> heard;
       while (good && recv(socket, heard.data(), 1, MSG_PEEK | MSG_DONTWAIT) > 0) {
         good = SSL_read(tls, heard.data(), heard.size()) > 0;

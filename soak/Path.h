@@ -41,23 +41,23 @@ class Path {
   }
 
   [[nodiscard]] int port() const { return port_; }
-  /// Bytes that clients have sent and the server has got.
+  /// Bytes that clients have sent and the server has received.
   [[nodiscard]] std::uint64_t sent() const { return sent_; }
 
   /// Answers are not carried until `release`, but requests are.
   void hold() { held_ = true; }
   void release() { held_ = false; }
-  /// Nothing more is carried on the connections that there are, without a word.
+  /// Nothing more is carried on the present connections, without a word.
   void silence() {
     const std::lock_guard guard(mutex_);
     for (auto& pair : pairs_) pair.silent = true;
   }
-  /// Nor on those that come.
+  /// Nor on later ones.
   void silenceForGood() {
     silentForGood_ = true;
     silence();
   }
-  /// The connections that there are break with an error.
+  /// The present connections break with an error.
   void reset() {
     const std::lock_guard guard(mutex_);
     for (auto& pair : pairs_) {

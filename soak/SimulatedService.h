@@ -29,7 +29,7 @@ struct Kind {
   const char* name;
   /// What the server would answer; "%" stands for the identifier.
   const char* document;
-  /// Valid JSON that is no such document.
+  /// Valid JSON that is not such a document.
   const char* otherDocument;
   bool authed = true;
 };
@@ -175,7 +175,7 @@ class Wire final : public NetworkDataProvider {
 /// How renewals of the session end in a round.
 enum class Renewal { succeeds, fails, isRefused };
 
-/// The library's session provider, but for a server that may refuse.
+/// The library's session provider, except that the server may refuse.
 class Sessions final : public SessionProvider {
  public:
   Sessions(std::shared_ptr<SessionProvider> kept, Renewal renewal)

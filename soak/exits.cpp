@@ -1,4 +1,4 @@
-// Processes that end while the library has only just begun, so often:
+// Many processes, each of which ends when the library has only just begun:
 //
 //     exits [RUNS [SEED]]
 //
@@ -95,7 +95,7 @@ void listenSilently(int listener) {
   }
 }
 
-/// How long the process took to end; less than nothing when it ended otherwise than it meant to.
+/// How long the process took to end; negative when it did not end as it meant to.
 std::chrono::nanoseconds timeToEnd(const Run& run, int port) {
   std::array<int, 2> ends{};
   if (pipe(ends.data()) != 0) return -1ns;

@@ -1,5 +1,4 @@
-// So many fetches at the same moment, of a server on loopback that is asked through few
-// connections:
+// Many fetches at the same moment, from a server on loopback that is asked through few connections:
 //
 //     flood [FETCHES]
 //
@@ -28,7 +27,7 @@ std::size_t mostKilobytesSoFar() {
   return 0;
 }
 
-/// What a flood leaves behind it.
+/// What a flood leaves behind.
 struct Flood {
   std::atomic<std::size_t> left;
   std::atomic<std::size_t> wrong = 0;
@@ -60,7 +59,7 @@ int flood(std::size_t fetches) {
   Flood first{.left = 100};
   first.run(session, url);
   const auto before = Holdings::now();
-  std::ofstream("/proc/self/clear_refs") << 5;  // the most so far begins anew
+  std::ofstream("/proc/self/clear_refs") << 5;  // starts the peak anew
   Flood all{.left = fetches};
   all.run(session, url);
   const auto kilobytes = mostKilobytesSoFar() - std::min(mostKilobytesSoFar(), before.kilobytes);

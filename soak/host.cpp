@@ -3,7 +3,7 @@
 //
 //     host [CONTEXTS]
 //
-// Contexts that are made and dropped leave nothing behind; what belongs to the host stays as it is;
+// Contexts that are made and dropped leave nothing behind; what belongs to the app stays as it is;
 // a program that it starts inherits nothing; and however the process ends, it ends soon, with no
 // thread of the library left (and no leak, where the sanitizer looks for one).
 
@@ -53,9 +53,10 @@ constexpr int kUnderWay = 20;
 constexpr int kThreads = 4;
 /// What it waits with, and what wakes it.
 constexpr int kDescriptorsOfTheNetworkThread = 2;
-/// Libcurl marks them for no other program, but not these, with which it wakes itself.
+/// libcurl marks its descriptors close-on-exec, but not these, with which it wakes itself.
 constexpr int kDescriptorsOfLibcurl = 2;
-/// A smaller leak goes unseen, but for the sanitizer: the allocator's threads keep what they like.
+/// A smaller leak goes unseen, except by the sanitizer: the allocator keeps what it likes per
+/// thread.
 constexpr std::ptrdiff_t kBytesKept = 128 * 1024;
 constexpr std::ptrdiff_t kBytesOfAContext = 200;
 
@@ -79,7 +80,7 @@ std::size_t entries(const char* folder) {
                                                 std::filesystem::directory_iterator()));
 }
 
-/// The library's threads, but for the one that asks.
+/// The library's threads, except the calling one.
 std::size_t libraryThreads() {
   std::size_t count = 0;
   std::error_code gone;
@@ -169,7 +170,7 @@ void makeAndDropContexts(const Service& service, int count) {
   require(more < kBytesKept + kBytesOfAContext * count, "memory stays");
 }
 
-// ---- What belongs to the host
+// ---- What belongs to the app
 
 std::atomic<int> handled{0};
 void handle(int) { ++handled; }
@@ -229,7 +230,7 @@ class OwnTransfers {
   /// On a connection that is kept from one time to the next.
   void work() {
     long status = 0;
-    require(curl_easy_perform(handle_) == CURLE_OK, "the host's own transfer fails");
+    require(curl_easy_perform(handle_) == CURLE_OK, "the app's own transfer fails");
     curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
     require(status == 200, "the host's own transfer is answered otherwise");
   }
@@ -406,7 +407,7 @@ void endWhileOthersFetch(const Service& service, int) {
 
 void endAndUseItAgain(const Service& service, int) {
   static const auto silent = service.silent;
-  // Registered before the library is used at all: it runs when that has ended.
+  // Registered before the library is used at all: it runs after that has ended.
   std::atexit([] { leaveUnderWay(*early, silent); });
   early = service.open();
 }

@@ -22,7 +22,7 @@ bool isExpected(const Fault& fault, int outcome) {
   if (fault.proxied.empty() || isAmong(fault.proxied, outcome)) {
     return outcome != 0;
   }
-  // Cut off while under way, while the hands are shaken, or nobody there.
+  // Cut off while under way, during the handshake, or nobody there.
   return restarts && (outcome == E::networkConnectionLost || outcome == E::cannotConnectToHost ||
                       outcome == E::secureConnectionFailed);
 }

@@ -7,9 +7,9 @@
 // when the app says that the network has changed and nothing was under way. With "some", the cells
 // that are hardest.
 //
-// The device's sleep and the move of a name are played to the library by functions of the system
-// that this program puts in the place of the real ones: the clock that counts sleep jumps, and the
-// name leads to another address of this machine.
+// The device's sleep and the move of a name are simulated by functions that this program puts in
+// the place of the system's: the clock that counts sleep jumps, and the name resolves to another
+// address of this machine.
 
 #include <OrvoAPI/Network/URLSession.h>
 #include <dlfcn.h>
@@ -30,7 +30,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kSilence = 800ms;
-/// So many are open before the break, with HTTP/1.1.
+/// How many are open before the break, with HTTP/1.1.
 constexpr unsigned kConnections = 10;
 constexpr const char* kName = "moving.test";
 

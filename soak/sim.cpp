@@ -33,7 +33,8 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr int kOperationsOfARound = 200;
-/// How long something that must happen may take in real time; it is there for a fault to end a run.
+/// How long something that must happen may take in real time; it is there so that a fault ends a
+/// run.
 constexpr auto kPatience = 60s;
 
 struct Tally {
@@ -179,7 +180,7 @@ void Round::start() {
   auto& operation = *operations_.back();
   operation.number = static_cast<int>(operations_.size());
   operation.kind = static_cast<KindIndex>(pick(std::size(kKinds)));
-  // Some ask for the same thing, some for what nobody can ask for.
+  // Some ask for the same thing, some for what cannot be asked for.
   operation.id =
       pick(3) == 0 ? "shared-" + std::to_string(pick(8)) : "id-" + std::to_string(operation.number);
   operation.random.seed(seed_ * 1000 + static_cast<unsigned>(operation.number));
@@ -215,7 +216,7 @@ void Round::advance(Operation& operation, const std::function<void()>& step) {
 void Round::end(Operation& operation) {
   operation.ended = true;
   if (operation.expected.empty()) {
-    // It asked for nothing: somebody else got the same before.
+    // It asked for nothing: another operation got the same before.
     require(operation.id.starts_with("shared"), "nobody fetched that before", &operation);
     operation.expected = "ok";
     ++tally_.hits;
@@ -311,7 +312,7 @@ void Round::arriveAtSession(Operation& operation, const Promise<Session>& promis
       });
     }
     token_ = kToken + std::to_string(tally_.renewals);
-    // A renewal is for the second request, and nobody is left to send that for.
+    // A renewal is for the second request, and nothing is left to send that.
     operation.lost = context_ == nullptr && operation.requests == 1;
     advance(operation, [&] { promise.success(Session{token_}); });
     if (operation.lost) {

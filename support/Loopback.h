@@ -25,7 +25,7 @@ inline std::pair<int, int> listenOnLoopback() {
   return {fd, ntohs(address.sin_port)};
 }
 
-/// A connection to a port of this machine, or -1 when nobody listens.
+/// A connection to a port of this machine, or -1 when nothing listens.
 inline int connectToLoopback(int port) {
   const int fd = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   sockaddr_in address{};

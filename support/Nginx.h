@@ -17,12 +17,12 @@
 
 namespace orvo::test {
 
-/// An nginx of one worker on free ports of this machine, with a folder and a certificate of its
-/// own, and what it serves; stopped and cleared away with the object. Used by one thread, whose end
-/// is nginx's too.
+/// An nginx with one worker on free ports of this machine, with a folder and a certificate of its
+/// own, and what it serves; stopped and cleared away with the object. Used by one thread, with
+/// which nginx ends too.
 class Nginx {
  public:
-  /// `locations` is the body of its servers in nginx's own words; what lies in `folder()` is served
+  /// `locations` is the body of its servers in nginx's syntax; what lies in `folder()` is served
   /// from there by `root`. Throws `std::runtime_error` when nginx or openssl is missing.
   explicit Nginx(const std::string& locations) {
     std::string pattern = std::filesystem::temp_directory_path() / "orvo-nginx-XXXXXX";

@@ -30,7 +30,7 @@ namespace orvo::tool {
 [[nodiscard]] std::optional<Date> date(std::string_view text);
 [[nodiscard]] Values dates();
 
-/// `600x400`, in display points; numbers that are no number of pixels are refused.
+/// `600x400`, in display points; numbers that cannot be a number of pixels are refused.
 [[nodiscard]] std::optional<ImageSize> imageSize(std::string_view text);
 [[nodiscard]] Values imageSizes();
 

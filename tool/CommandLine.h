@@ -24,7 +24,7 @@ class CommandLine {
   int run();
 
  private:
-  /// The options as they are written; `GlobalOptions` is made of them when they are known to be
+  /// The options as they are written; `GlobalOptions` is made from them once they are known to be
   /// right.
   struct WrittenOptions {
     std::string environment = "production";

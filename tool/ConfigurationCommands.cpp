@@ -15,7 +15,7 @@ void drawViews(Screen& screen, const std::vector<Configuration::SystemView>& vie
   screen.table(table);
 }
 
-/// The nearest of the colours that terminals with 256 of them have in their cube.
+/// The nearest colour in the colour cube of 256-colour terminals.
 unsigned cubeIndex(const Color& color) {
   const auto level = [](std::uint8_t value) { return (value * 5U + 127U) / 255U; };
   return 16U + 36U * level(color.red8()) + 6U * level(color.green8()) + level(color.blue8());

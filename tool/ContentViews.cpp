@@ -7,7 +7,7 @@ namespace orvo::tool {
 namespace {
 
 /// The place of an item in the whole list, from 1 on. Offsets come from the service and may be
-/// absurd, so the sum wraps round rather than overflow.
+/// absurd, so the sum wraps around rather than overflowing.
 std::string positionText(std::int64_t offset, std::size_t index) {
   return std::to_string(static_cast<std::int64_t>(static_cast<std::uint64_t>(offset) + index + 1));
 }

@@ -25,7 +25,7 @@ std::string countOf(std::size_t count, const std::string& noun) {
   return countText(static_cast<std::int64_t>(count), noun);
 }
 
-/// The channels in their order; of several with one place, in the order of their identifiers.
+/// The channels in their order; those that share a place, in the order of their identifiers.
 std::vector<Channel> channelsOf(const LineupSlots& slots) {
   std::map<std::pair<std::int64_t, std::string_view>, Channel> byPlace;
   for (const LineupSlot& slot : slots) {
@@ -53,7 +53,7 @@ struct GridRow {
   [[nodiscard]] std::span<const TimeBox> on(const TimeAxis& axis) const {
     const auto first = std::ranges::upper_bound(boxes, axis.start(), {}, &TimeBox::end);
     auto last = first;
-    // What reaches to the end hides all that begins after it.
+    // A box that reaches the end hides all that begin after it.
     while (last != boxes.end() && last->start < axis.end()) {
       if (last++->end >= axis.end()) break;
     }
@@ -136,7 +136,7 @@ void drawGrid(Screen& screen, const Lineup& lineup, std::vector<Channel> channel
   Calendar calendar;
   for (const LineupDay& day : days) {
     screen.heading(dayText(day.startTime));
-    // A day on which clocks change has 23 or 25 hours.
+    // A day on which the clocks change has 23 or 25 hours.
     const Date end = calendar.addingDays(day.startTime, 1);
     for (Date start = day.startTime; start < end; start = start + block) {
       const milliseconds span = std::min<milliseconds>(block, end - start);

@@ -110,8 +110,8 @@ template <class T>
   return Json::list(list, [](const T& element) { return toJson(element); });
 }
 
-/// The object with a member more for each value. `names` are separated by ", "; one that ends in
-/// "_", because the language or a toolkit takes the word, goes without it.
+/// The object with one more member for each value. `names` are separated by ", "; one that ends in
+/// "_", because the language or a toolkit takes the word, loses it.
 template <class... Values>
 [[nodiscard]] Json withMembers(Json object, std::string_view names, const Values&... values) {
   const auto add = [&](const auto& value) {
@@ -125,7 +125,7 @@ template <class... Values>
 
 }  // namespace orvo::tool
 
-/// The object with the fields of `record` behind what it holds. All of them are named, in the order
+/// The object with the fields of `record` after what it holds. All of them are named, in the order
 /// of their declaration: with one too few or too many it does not compile, so that a new field
 /// cannot be forgotten here.
 #define ORVO_WITH_FIELDS(object, record, ...)                            \

@@ -24,8 +24,8 @@ struct Written {
   std::int64_t programSeconds = 5;
 };
 
-/// While it lives, Ctrl-C and a request to end do not end the process but make a descriptor
-/// readable. There is one at most.
+/// While it lives, SIGINT and SIGTERM do not end the process but make a descriptor readable. There
+/// is one at most.
 class Interruption {
  public:
   Interruption() {
@@ -56,7 +56,7 @@ class Interruption {
 };
 
 /// One run of the command. It has claimed the main queue, so that all happens on one thread: the
-/// library's callbacks, the drawing, and the watch on those that may end it.
+/// library's callbacks, the drawing, and the watch for what may end it.
 class Watching : public std::enable_shared_from_this<Watching> {
  public:
   Watching(Tool& tool, const Written& written, std::shared_ptr<Context> context)
@@ -76,7 +76,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
     while (!exitStatus_) {
       std::array<pollfd, 3> events{{{claim.eventDescriptor(), POLLIN, 0},
                                     {interruption.descriptor(), POLLIN, 0},
-                                    {STDOUT_FILENO, 0, 0}}};  // tells when nobody reads any more
+                                    {STDOUT_FILENO, 0, 0}}};  // tells when the reader has gone
       const bool timeHasPassed = poll(events.data(), events.size(), timeout()) == 0;
       if (events[1].revents != 0 || events[2].revents != 0) return 0;
       claim.drain();

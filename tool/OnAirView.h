@@ -9,8 +9,8 @@
 
 namespace orvo::tool {
 
-/// What is on the linear channel, for people: a picture that is drawn over where the terminal can
-/// do that, else a line for each update. Used by one thread.
+/// What is on the linear channel, for people: a picture that is redrawn in place where the terminal
+/// can do that, else a line for each update. Used by one thread.
 class OnAirView {
  public:
   explicit OnAirView(std::string channel) : channel_(std::move(channel)) {}
@@ -18,7 +18,7 @@ class OnAirView {
   void show(const GuideUpdate& update);
   /// Draws the picture for the present.
   void draw();
-  /// Whether there is a picture that goes with the time.
+  /// Whether there is a picture that changes with time.
   [[nodiscard]] bool moves() const { return update_ && standardOutput().redraws; }
   /// Leaves the picture as it is: something else will be written below it.
   void leave() { lines_ = 0; }

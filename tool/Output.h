@@ -9,7 +9,7 @@ namespace orvo::tool {
 /// What is known of the place where text appears.
 struct Terminal {
   bool isTerminal = false;
-  /// Whether what stands there can be drawn over.
+  /// Whether what is shown there can be overwritten.
   bool redraws = false;
   /// Whether colours are wanted: on a terminal that has them, unless NO_COLOR is set.
   bool colour = false;
@@ -21,8 +21,8 @@ struct Terminal {
 [[nodiscard]] Terminal standardOutput();
 [[nodiscard]] Terminal standardError();
 
-/// Writes to standard output. Ends the program quietly when nobody reads any more, and with a
-/// message and status 1 when the text cannot be written for another reason.
+/// Writes to standard output. Ends the program quietly when the reader has gone, and with a message
+/// and status 1 when the text cannot be written for another reason.
 void print(std::string_view text);
 /// Writes to standard error; what cannot be written is dropped.
 void printDiagnostic(std::string_view text);

@@ -21,7 +21,7 @@ Outcome object(std::string_view body, Parse parse) {
   });
 }
 
-/// The same for the parsers that want to know nothing but the document.
+/// The same for the parsers that need nothing but the document.
 template <class Parser>
 Outcome plain(std::string_view body, const Arguments&) {
   return object(body, [](const JSONObject& json) { return Parser::parse(json); });
@@ -103,7 +103,7 @@ Outcome linearProgramGuide(std::string_view body, const Arguments& arguments) {
   });
 }
 
-/// Bare text comes with the line end that editors and shells put behind it.
+/// Bare text comes with the line end that editors and shells append to it.
 std::string_view withoutLineEnd(std::string_view text) {
   if (text.ends_with('\n')) text.remove_suffix(1);
   if (text.ends_with('\r')) text.remove_suffix(1);

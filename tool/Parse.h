@@ -13,7 +13,7 @@
 
 namespace orvo::tool {
 
-/// What parsers want to know beside the document.
+/// What parsers need besides the document.
 struct ParseArguments {
   std::optional<std::string> playlistID = {};
   std::optional<std::string> collectionID = {};

@@ -13,7 +13,7 @@ constexpr std::size_t kFieldName = 16;
 /// Longer lines are hard to read.
 constexpr std::size_t kWidestParagraph = 96;
 
-/// A text that is wider, on a terminal that is not, does not fill up all others in its column: with
+/// Cells are not padded to the width of a text beyond this, where no terminal is that wide: with
 /// many rows that would be gigabytes of spaces.
 constexpr std::size_t kWidestColumn = 200;
 
@@ -121,7 +121,7 @@ std::vector<std::size_t> Screen::widths(const Table& table) const {
       result[index] = std::max(result[index], std::min(width, widest));
     }
   }
-  // What is not shown on a terminal is read by programs or saved: nothing is cut off there.
+  // What is not shown on a terminal is read by programs or saved: nothing is cut off then.
   if (!terminal_.isTerminal) return result;
   leaveOut(table.columns, result, columns());
   shrink(table.columns, result, columns());

@@ -55,8 +55,8 @@ class Screen {
   void field(std::string_view name, std::string_view value, Style style = Style::plain);
   /// Columns of equal width; titles only when there are some, and nothing without rows.
   void table(const Table& table);
-  /// Tables without titles, each under its heading, whose columns are those of `columns` and stand
-  /// in line.
+  /// Tables without titles, each under its heading, whose columns are those of `columns` and line
+  /// up.
   void tables(const std::vector<Column>& columns, const std::vector<Section>& sections);
   void blank() { text_ += '\n'; }
   /// A line that is laid out already.

@@ -27,7 +27,7 @@ void drawAddresses(Screen& screen, const demo::DemoService& service) {
 }
 
 int runServeDemo(Tool& tool, const Written& written) {
-  // Waited for below; blocked before there is another thread that might be struck by one.
+  // Waited for below; blocked before there is another thread that might receive one.
   sigset_t signals;
   sigemptyset(&signals);
   sigaddset(&signals, SIGINT);

@@ -31,7 +31,7 @@ std::size_t columns(const Character& character) {
 
 /// How many bytes at the start of the text fit into the width.
 std::size_t fittingBytes(std::string_view text, std::size_t width) {
-  // A line that combining marks alone would make endless ends as well.
+  // A line that would be endless with nothing but combining marks ends as well.
   constexpr std::size_t kMostBytesPerColumn = 64;
   const std::size_t most = kMostBytesPerColumn * (width + 1);
   std::size_t used = 0;
@@ -111,7 +111,7 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
       const std::size_t space = text.substr(0, end).rfind(' ');
       if (space != std::string_view::npos) end = space;
     }
-    // A line that is too narrow for a single character holds one nevertheless.
+    // A line that is too narrow for a single character still holds one.
     if (end == 0) end = firstCharacter(text).bytes.size();
     std::string_view line = text.substr(0, end);
     line = line.substr(0, line.find_last_not_of(' ') + 1);

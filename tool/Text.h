@@ -10,17 +10,17 @@ namespace orvo::tool {
 /// Text as terminals show it, whatever the locale: UTF-8, measured in columns.
 
 /// The text as it may reach a terminal: on one line, without control characters, without characters
-/// that turn the direction of writing round, and without bytes that are no UTF-8.
+/// that change the direction of writing, and without bytes that are not UTF-8.
 [[nodiscard]] std::string printable(std::string_view text);
 
-/// The same for messages that repeat what somebody wrote: what terminals would obey is shown as an
+/// The same for messages that repeat what the user wrote: what terminals would obey is shown as an
 /// escape like `\u001b`.
 [[nodiscard]] std::string escaped(std::string_view text);
 
 /// The columns that a printable text takes: East Asian characters two, combining marks none.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);
 
-/// The text if it fits, else as much of it as does with "…" behind it. A mark is never separated
+/// The text if it fits, else as much of it as does with "…" after it. A mark is never separated
 /// from its character.
 [[nodiscard]] std::string cut(std::string_view text, std::size_t width);
 

@@ -43,7 +43,7 @@ struct TimeBox {
 [[nodiscard]] std::string boxLine(const Screen& screen, const TimeAxis& axis,
                                   std::span<const TimeBox> boxes);
 
-/// How long a distance between labels must be at least so that they stay apart: a round time.
+/// The shortest round time, of at least `least`, as the distance between labels that stay apart.
 [[nodiscard]] std::chrono::milliseconds roundStep(std::chrono::milliseconds least);
 
 }  // namespace orvo::tool

@@ -35,7 +35,7 @@ class Tool {
   explicit Tool(GlobalOptions options) : options_(std::move(options)) {}
 
   [[nodiscard]] const GlobalOptions& options() const { return options_; }
-  /// How long programmes of the demo service are; to be said before it is started.
+  /// How long programmes of the demo service are; to be set before it is started.
   void setDemoProgramLength(std::chrono::seconds length) { demoProgramLength_ = length; }
 
   /// Opens a session and loads the configuration at the first call.

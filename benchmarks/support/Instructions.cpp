@@ -13,7 +13,8 @@
 namespace orvo::benchmarks {
 namespace {
 
-/// Where callgrind writes its counts; each count ends a file with a number of its own behind it.
+/// Where callgrind writes its counts; each count ends a file whose name has a number of its own
+/// appended.
 constexpr const char* kFileVariable = "ORVO_CALLGRIND_FILE";
 int dumps = 0;
 
@@ -70,7 +71,7 @@ void runUnderCallgrind(char** argv) {
   std::exit(WIFEXITED(status) ? WEXITSTATUS(status) : 2);
 }
 
-// Callgrind keeps the counts of all threads together unless it is asked to part them.
+// Callgrind keeps the counts of all threads together unless it is asked to separate them.
 void startCounting() { CALLGRIND_ZERO_STATS; }
 
 Counts stopCounting() {

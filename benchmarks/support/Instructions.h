@@ -5,8 +5,8 @@
 namespace orvo::benchmarks {
 
 /// Runs the program again under callgrind, with the same arguments, and ends this process with its
-/// exit status; goes on when it is that second run. What stands before it is run twice, but for
-/// what asks `underCallgrind`.
+/// exit status; goes on when it is that second run. What comes before it runs twice, except what
+/// depends on `underCallgrind`.
 void runUnderCallgrind(char** argv);
 [[nodiscard]] bool underCallgrind();
 

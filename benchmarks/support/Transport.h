@@ -17,7 +17,7 @@
 #include <utility>
 #include <vector>
 
-/// The same requests by the library and by raw libcurl, of an nginx that has nothing else to do.
+/// The same requests by the library and by raw libcurl, to an nginx that has nothing else to do.
 namespace orvo::benchmarks {
 
 constexpr std::size_t kConnections = 10;
@@ -69,7 +69,7 @@ inline void expectSize(std::size_t size, const Work& work) {
   std::exit(2);
 }
 
-/// The library: the provider that a context has, and three maps behind each fetch.
+/// The library: the provider that a context has, and three maps after each fetch.
 class Library {
  public:
   explicit Library(Work work) : work_(std::move(work)), url_(*URL::parse(work_.url)) {

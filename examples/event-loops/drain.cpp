@@ -1,5 +1,5 @@
-// The main queue in a loop that turns anyhow, as a game's does.
-// Usage: drain API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
+// The main queue in a loop that runs anyway, as a game's does. Usage: drain API_URL RESOURCES_URL,
+// as `orvo serve-demo` prints them.
 #include <OrvoAPI/OrvoAPI.h>
 
 #include <chrono>

@@ -1,5 +1,5 @@
-// No event loop at all: until somebody claims the main queue, a thread of the library's runs it.
-// Usage: fallback API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
+// No event loop at all: until the main queue is claimed, a thread of the library runs it. Usage:
+// fallback API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
 #include <OrvoAPI/OrvoAPI.h>
 
 #include <chrono>

@@ -7,10 +7,10 @@
 
 namespace {
 
-void show(const orvo::ItemCollection& page) {
-  std::printf("%lld to %lld of %lld\n", static_cast<long long>(page.meta.offset + 1),
-              static_cast<long long>(page.meta.offset) + static_cast<long long>(page.items.size()),
-              static_cast<long long>(page.meta.total));
+void show(const orvo::ItemCollection& part) {
+  std::printf("%lld to %lld of %lld\n", static_cast<long long>(part.meta.offset + 1),
+              static_cast<long long>(part.meta.offset) + static_cast<long long>(part.items.size()),
+              static_cast<long long>(part.meta.total));
 }
 
 }  // namespace

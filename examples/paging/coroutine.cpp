@@ -16,12 +16,12 @@ orvo::Future<int> showAll(orvo::URL api, orvo::URL resources) {
   for (int count = 0;; ++count) {
     const auto result = co_await walk.next();
     if (result.failed()) co_return orvo::Failure{*result.error()};
-    const auto& page = *result.value();
-    if (page == nullptr) co_return count;  // that was the last one
+    const auto& part = *result.value();
+    if (part == nullptr) co_return count;  // that was the last one
     std::printf(
-        "%lld to %lld of %lld\n", static_cast<long long>(page->meta.offset + 1),
-        static_cast<long long>(page->meta.offset) + static_cast<long long>(page->items.size()),
-        static_cast<long long>(page->meta.total));
+        "%lld to %lld of %lld\n", static_cast<long long>(part->meta.offset + 1),
+        static_cast<long long>(part->meta.offset) + static_cast<long long>(part->items.size()),
+        static_cast<long long>(part->meta.total));
   }
 }
 
@@ -29,8 +29,8 @@ orvo::Future<int> showAll(orvo::URL api, orvo::URL resources) {
 
 int main(int count, char** arguments) {
   if (count != 3) return 2;
-  const auto pages = showAll(*orvo::URL::parse(arguments[1]), *orvo::URL::parse(arguments[2]))
+  const auto parts = showAll(*orvo::URL::parse(arguments[1]), *orvo::URL::parse(arguments[2]))
                          .wait(std::chrono::minutes(1));
-  if (pages.failed()) std::fprintf(stderr, "%s\n", pages.error()->description().c_str());
-  return pages.failed() ? 1 : 0;
+  if (parts.failed()) std::fprintf(stderr, "%s\n", parts.error()->description().c_str());
+  return parts.failed() ? 1 : 0;
 }

@@ -13,7 +13,7 @@
 /// the queue's jobs run on. Held by shared pointers; what it waits for does not keep it alive.
 class SearchScreen final : public std::enable_shared_from_this<SearchScreen> {
  public:
-  /// How long the typing has to rest before the service is asked.
+  /// How long typing has to pause before the service is asked.
   static constexpr std::chrono::milliseconds kRest{300};
 
   /// An app passes `orvo::MainQueue::shared()`.
@@ -25,7 +25,7 @@ class SearchScreen final : public std::enable_shared_from_this<SearchScreen> {
 
   /// The suggestions below the field.
   [[nodiscard]] const std::vector<std::string>& rows() const { return rows_; }
-  /// What is said in their place.
+  /// What is shown in their place.
   [[nodiscard]] const std::string& message() const { return message_; }
 
  private:
@@ -35,7 +35,7 @@ class SearchScreen final : public std::enable_shared_from_this<SearchScreen> {
   const std::shared_ptr<orvo::Context> context_;
   const std::shared_ptr<orvo::DispatchQueue> queue_;
   std::string text_;
-  std::uint64_t changes_ = 0;  // tells an answer to the text of now from those to older ones
+  std::uint64_t changes_ = 0;  // tells an answer to the current text from older ones
   std::vector<std::string> rows_;
   std::string message_;
 };

@@ -17,7 +17,7 @@ using Rows = std::vector<std::string>;
 const orvo::URL kApi = *orvo::URL::parse("https://api.example/v3/");
 const orvo::URL kResources = *orvo::URL::parse("https://img.example/");
 
-/// A configuration for contexts that are made by hand.
+/// A configuration for contexts made by hand.
 orvo::Configuration configuration() {
   std::ifstream file(ANSWERS "/configuration.json");
   const std::string body{std::istreambuf_iterator<char>(file), {}};
@@ -34,7 +34,7 @@ class SearchScreenTest : public testing::Test {
     queue->advance(SearchScreen::kRest);
     ASSERT_TRUE(network->fetches.waitForCount(++searches));
   }
-  /// Has what was answered come to the screen.
+  /// Delivers what was answered to the screen.
   void arrive() {
     ASSERT_TRUE(queue->waitForJob());
     EXPECT_EQ(queue->run(), 1U);
@@ -90,10 +90,10 @@ TEST_F(SearchScreenTest, GoesWhenItIsLeftAlthoughAnAnswerIsUnderWay) {
   const std::weak_ptr<SearchScreen> left = std::exchange(screen, nullptr);
   EXPECT_TRUE(left.expired());
   network->answer(0, 200, R"(["The Long Thaw"])");
-  arrive();  // at nobody's
+  arrive();  // there is no screen any more
 }
 
-// All of the library, bootstrap and token included, but for the network.
+// The whole library, bootstrap and token included, except the network.
 TEST(SearchScreenWithAnswersFromFiles, ShowsWhatTheServiceSuggests) {
   const auto stub = std::make_shared<orvo::StubInterceptor>();
   stub->answerFromFile("/v3/session", ANSWERS "/session.json");

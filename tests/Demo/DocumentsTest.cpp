@@ -44,7 +44,7 @@ TEST_F(DemoDocuments, GuideIsAlwaysOnAir) {
   for (const Guide& source : {Guide(catalogue_, 0s), Guide(catalogue_, 5s)}) {
     for (Instant now = kNow; now < kNow + 30h; now += 37min) {
       const LinearProgramGuide page =
-          LinearProgramGuideParser::parse(read(*source.page(now, now + 1s, {}, kNow)), date(now),
+          LinearProgramGuideParser::parse(read(*source.part(now, now + 1s, {}, kNow)), date(now),
                                           date(now))
               .force();
       ASSERT_EQ(page.items.size(), 1U);

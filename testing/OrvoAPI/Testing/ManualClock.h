@@ -22,7 +22,7 @@ namespace orvo {
 ///     clock->advance(std::chrono::seconds(301));  // the video has expired
 class ManualClock final : public Clock {
  public:
-  /// A Monday noon.
+  /// Noon on a Monday.
   static constexpr Date kDefaultWall{1'493'640'000'000};  // 2017-05-01T12:00:00.000Z
 
   explicit ManualClock(Date wall = kDefaultWall,
@@ -40,8 +40,8 @@ class ManualClock final : public Clock {
     elapsed_ += span.count();
   }
 
-  /// Somebody sets the wall clock; no time passes. Those that wait for that are told within the
-  /// call.
+  /// Sets the wall clock; no time passes. Tasks that wait for that (`onWallSet`) are called within
+  /// the call.
   void setWall(Date wall) {
     wall_ = wall.millisecondsSince1970();
     const auto told = watches_.with([](const auto& watches) { return watches; });

@@ -34,7 +34,7 @@ class ManualQueue final : public DispatchQueue {
 
   /// Runs the next job; false when there is none that is due.
   bool runOne();
-  /// Runs jobs until none is due, those included that come meanwhile; returns how many there were.
+  /// Runs jobs until none is due, including those that come meanwhile; returns how many there were.
   std::size_t run();
   /// Lets time pass: the clock stops at each delayed job that becomes due on the way, and runs it.
   /// Returns how many jobs were run.
@@ -42,7 +42,7 @@ class ManualQueue final : public DispatchQueue {
   /// Lets time pass until the next delayed job is due, and runs what is due then. Returns how many
   /// jobs were run; 0 when none waits.
   std::size_t advanceToNext();
-  /// Waits until a job is there to be run; false when the time is over. For jobs that come from
+  /// Waits until a job is ready to be run; false when the limit has passed. For jobs that come from
   /// another thread.
   [[nodiscard]] bool waitForJob(std::chrono::milliseconds limit = std::chrono::seconds(10)) const;
 

@@ -26,8 +26,8 @@ class PendingCalls {
     return promises_.with([](const Promises& promises) { return promises.size(); });
   }
 
-  /// Waits until there were so many calls; false when the time is over. For calls that come from
-  /// another thread.
+  /// Waits until there were that many calls; false when the limit has passed. For calls that come
+  /// from another thread.
   [[nodiscard]] bool waitForCount(
       std::size_t count, std::chrono::milliseconds limit = std::chrono::seconds(10)) const {
     return promises_.waitUntil([&](const Promises& promises) { return promises.size() >= count; },

@@ -14,7 +14,7 @@
 
 namespace orvo {
 
-/// What a canned answer says beside its body.
+/// What a canned answer says besides its body.
 struct StubAnswerOptions {
   int statusCode = 200;
   /// A status of 301, 302, 303, 307 or 308 with a "Location" makes a redirect.
@@ -22,7 +22,7 @@ struct StubAnswerOptions {
 };
 
 /// Answers a URL session's requests in place of the network, by path, and records all that it is
-/// asked for; what it has no answer for goes by. Safe to use from any thread.
+/// asked for; what it has no answer for goes on to the network. Safe to use from any thread.
 ///
 ///     const auto stub = std::make_shared<StubInterceptor>();
 ///     stub->answer("/v3/session", R"({"token": "t"})");
@@ -30,8 +30,8 @@ struct StubAnswerOptions {
 ///     stub->answer("/v3/products/1", "", {.statusCode = 401});  // the first time
 ///     stub->answer("/v3/products/1", R"({…})");                 // from then on
 ///
-/// A path may be given with a query ("/v3/search?q=x"); an answer to that comes before one to the
-/// path alone. Several answers to one path are given in turn, the last of them for ever.
+/// A path may be given with a query ("/v3/search?q=x"); an answer to that takes precedence over one
+/// to the path alone. Several answers to one path are given in turn, the last of them for ever.
 class StubInterceptor final : public URLInterceptor {
  public:
   void answer(std::string path, std::string_view body, StubAnswerOptions options = {});
@@ -41,7 +41,7 @@ class StubInterceptor final : public URLInterceptor {
   /// Answers what has no answer of its own, so that nothing reaches the network.
   void answerOthers(std::string_view body, StubAnswerOptions options = {.statusCode = 404});
 
-  /// All requests so far, those that went by included.
+  /// All requests so far, those without an answer included.
   [[nodiscard]] std::vector<URLRequest> requests() const;
 
   bool intercept(const URLRequest& request,

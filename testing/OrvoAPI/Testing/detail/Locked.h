@@ -7,7 +7,7 @@
 
 namespace orvo::detail {
 
-/// A value together with its lock: nobody reaches the one without the other.
+/// A value together with its lock: neither is reached without the other.
 template <class T>
 class Locked {
  public:
@@ -26,14 +26,14 @@ class Locked {
     return std::forward<F>(task)(value_);
   }
 
-  /// Changes the value, and has those that wait look at it.
+  /// Changes the value, and makes the threads that wait check it.
   template <class F>
   void change(F&& task) {
     const std::lock_guard guard(mutex_);
     std::forward<F>(task)(value_);
     changed_.notify_all();
   }
-  /// Waits until `holds` is true of the value; false when the time is over.
+  /// Waits until `holds` is true of the value; false when the limit has passed.
   template <class F>
   [[nodiscard]] bool waitUntil(F&& holds, std::chrono::milliseconds limit) const {
     std::unique_lock guard(mutex_);
