@@ -7,7 +7,7 @@
 namespace orvo::benchmarks {
 namespace {
 
-/// The instructions of one fetch among so many.
+/// The instructions of one fetch among `count`.
 template <class Side>
 double perFetch(Side& side, std::size_t count) {
   return instructionsOf([&] { side.fetch(count); }) / static_cast<double>(count);

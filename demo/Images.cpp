@@ -74,7 +74,7 @@ std::string stored(std::string_view bytes) {
   return out;
 }
 
-/// One bit a pixel, with a palette of two colours.
+/// One bit per pixel, with a palette of two colours.
 std::string pngFile(const Colour& colour, ImageSize size) {
   std::string header;
   appendBigEndian(header, static_cast<std::uint64_t>(size.width), 4);

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """Checks that parsers read every key that they look for: a key that stands in a `TextIndex` but is
-read through no `JSONMembers` of it costs time and tells readers of a member that nobody takes. (The
+read through no `JSONMembers` of it costs time and tells readers of a member that nothing uses. (The
 other way round does not compile.)
 
 Usage: check_keys.py ROOT; prints one line per fault, exit status 1 when there is one.

@@ -17,7 +17,7 @@ ORDER = ["Base", "Queues", "Platform", "HTTP", "Futures", "Parsing", "Logging", 
 RANK = {folder: rank for rank, folder in enumerate(ORDER)}
 
 # Three places stand where a reader looks for them although the order would put them elsewhere.
-LEAVES = {"Context/Environment", "Context/Client", "Context/URLService"}  # anybody may include them
+LEAVES = {"Context/Environment", "Context/Client", "Context/URLService"}  # any folder may include them
 ABOVE_LINEAR = {"Storage/AppStore"}
 ABOVE_CONTEXT = "Linear/LinearProgramGuideMonitor"  # with everything named after it
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Tries check_layout.py on the sources with one file more, or another one, that breaks a rule."""
+"""Tries check_layout.py on the sources with one file added or changed that breaks a rule."""
 
 import pathlib
 import unittest

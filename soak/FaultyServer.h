@@ -244,8 +244,8 @@ inline const std::vector<Fault>& faults() {
   return all;
 }
 
-/// Does to each request what its path says: "/<fault>/<number>". Serves so many connections at a
-/// time; the others wait to be accepted. Its threads never end: neither may the object.
+/// Does to each request what its path says: "/<fault>/<number>". Serves `connections` at a time;
+/// the others wait to be accepted. Its threads never end: neither may the object.
 class FaultyServer {
  public:
   explicit FaultyServer(int connections) {
@@ -260,7 +260,7 @@ class FaultyServer {
       Peer peer(accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC));
       for (auto target = peer.target(); !target.empty(); target = peer.target()) {
         unsigned fault = 0, number = 0;
-        // NOLINTNEXTLINE(cert-err34-c): a target that is no such thing is a good request
+        // NOLINTNEXTLINE(cert-err34-c): a target of another form is a good request
         std::sscanf(target.c_str(), "/%u/%u", &fault, &number);
         if (!faults().at(fault % faults().size()).serve(peer, number)) break;
       }

@@ -68,7 +68,7 @@ inline bool isAmong(const std::vector<int>& outcomes, int outcome) {
   return std::find(outcomes.begin(), outcomes.end(), outcome) != outcomes.end();
 }
 
-/// Makes requests to a faulty server, so many at a time, and sees how each ends.
+/// Makes requests to a faulty server, several at a time, and sees how each ends.
 class Requests {
  public:
   /// What may come of a fault: the answer's status or the error's code.

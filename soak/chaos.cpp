@@ -1,5 +1,5 @@
 // A server on loopback that does to each request what its path says, however wrong, and a session
-// that has 50 requests in flight until it has made so many:
+// that has 50 requests in flight until it has made all of them:
 //
 //     chaos REQUESTS [SEED]
 //

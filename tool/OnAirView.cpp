@@ -46,7 +46,7 @@ std::string bar(const LinearProgram& program, Date now, std::size_t cells) {
   return text;
 }
 
-/// What comes after the update's programme; each with the heading of its day but for today's.
+/// What comes after the update's programme; each with the heading of its day, except today's.
 std::vector<std::pair<std::string, LinearProgram>> following(const GuideUpdate& update) {
   std::vector<std::pair<std::string, LinearProgram>> result;
   for (const GuideDay& day : update.days) {

@@ -42,7 +42,7 @@ struct WrittenPaging {
            .values = number(1, kMost, "N"),
            .target = &paging.limit},
           {.name = "--offset",
-           .description = "How many items to leave out before",
+           .description = "How many items to skip first",
            .values = number(0, kMost, "N"),
            .target = &paging.offset},
           {.name = "--all",

@@ -13,7 +13,7 @@ struct Deployment {
   URL url;
 };
 
-// The build has checked the texts; one that is no URL would be a fault of the build itself.
+// The build has checked the texts; one that is not a URL would be a fault of the build itself.
 URL compiledIn(std::string_view text) {
   auto url = URL::parse(text);
   if (!url) detail::fatal("A compiled-in base URL is not valid");

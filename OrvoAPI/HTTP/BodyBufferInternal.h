@@ -21,7 +21,7 @@ class BodyBuffer {
  public:
   [[nodiscard]] std::size_t size() const { return size_; }
 
-  /// Makes room for so many bytes in all, as far as that figure is credible.
+  /// Makes room for that many bytes in all, as far as that figure is credible.
   void expect(std::size_t size);
   void append(std::string_view bytes);
 

@@ -49,7 +49,7 @@ class Connections {
 
   /// Bytes have arrived; true from time to time, when it should be weighed.
   [[nodiscard]] bool noteInput(int socket);
-  /// A transfer has ended to which so many bytes were delivered.
+  /// A transfer has ended to which that many bytes were delivered.
   void settle(const ID& connection, std::uint64_t delivered);
   /// Whether it brings too much: since some earlier point, more than `kMostBytesForOne` times the
   /// sum of what was delivered and the bound of one answer. `delivered` is that of the transfers

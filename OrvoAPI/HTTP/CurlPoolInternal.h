@@ -29,7 +29,7 @@ class CurlPool {
   CurlPool(const CurlPool&) = delete;
   CurlPool& operator=(const CurlPool&) = delete;
 
-  /// A session has come or, with a negative number, gone: so many more connections to one host.
+  /// A session has come or, with a negative number, gone: that many more connections to one host.
   void adjustHostConnections(long connections);
 
   /// Starts the transfer; its session learns of its end.

@@ -26,7 +26,7 @@ bool handlesRememberFields() {
   return remember;
 }
 
-/// A header has to be complete within so many time-out intervals.
+/// A header has to be complete within this many time-out intervals.
 constexpr int kIntervalsForHeader = 4;
 
 /// Whether libcurl, which takes a mebibyte for the head of a request, could not send this one.

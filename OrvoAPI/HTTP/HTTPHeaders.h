@@ -22,7 +22,7 @@ class HTTPHeaders {
   HTTPHeaders() = default;
   HTTPHeaders(std::initializer_list<Field> fields);
 
-  /// Makes room for so many fields with so many bytes in all.
+  /// Makes room for that many fields with that many bytes in all.
   void reserve(std::size_t fields, std::size_t bytes);
   /// Adds a field after the others; those of the same name stay.
   void add(std::string_view name, std::string_view value);

@@ -83,7 +83,7 @@ class NetworkThread {
   Lock lock_;
   State state_ ORVO_GUARDED_BY(lock_) = State::unused;
   std::vector<Command> commands_ ORVO_GUARDED_BY(lock_);
-  std::optional<pthread_t> thread_ ORVO_GUARDED_BY(lock_);  // until somebody joins it
+  std::optional<pthread_t> thread_ ORVO_GUARDED_BY(lock_);  // until it is joined
   int epoll_ = -1;                                          // set before the thread starts
   int wakeup_ = -1;                                         // likewise
 

@@ -45,7 +45,7 @@ class LineupSlotReader : public RequiredMembers {
   void readChannel();
 
   JSONMembers<kLineupSlotKeys> members_;
-  /// The text that made the reading fail because it is no date; set while the dates are read.
+  /// The text that made the reading fail because it is not a date; set while the dates are read.
   std::string_view badDate_;
   Date start_;
   Date end_;

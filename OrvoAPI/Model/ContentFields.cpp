@@ -8,7 +8,7 @@ namespace {
 
 constexpr TextIndex kReferenceKeys({"id", "label"});
 
-/// The image keys and behind them the preview keys.
+/// The image keys and after them the preview keys.
 constexpr std::size_t kImageKeys = std::size(enumCases<ImageResourceKey>);
 
 consteval TextIndex resourceNames() {

@@ -78,7 +78,7 @@ struct ImageResource {
   std::string productID;
 
   /// The image's address. Never fails: a product identifier that makes no URL gives "/". A size
-  /// that is no finite 64-bit number of pixels stops the process, here and below.
+  /// that is not a finite 64-bit number of pixels stops the process, here and below.
   [[nodiscard]] URL url(ImageSize size, const ImageURLOptions& options,
                         const ResourceHost& host) const;
 
@@ -93,7 +93,7 @@ struct ImageResource {
 using ImageResources = ResourceTable<ImageResourceKey, ImageResource>;
 
 struct ImageResourceParser {
-  /// Takes a document's list of resource names; names that are no image's are skipped.
+  /// Takes a document's list of resource names; other names are skipped.
   [[nodiscard]] static ImageResources parse(const JSONStrings& json, std::string_view id);
 };
 

@@ -59,8 +59,8 @@ struct LineupTemplateImage {
 
   std::string template_;
 
-  /// The image's address; nothing when the template makes no valid absolute URL. A size that is no
-  /// finite 64-bit number of pixels stops the process.
+  /// The image's address; nothing when the template makes no valid absolute URL. A size that is not
+  /// a finite 64-bit number of pixels stops the process.
   [[nodiscard]] std::optional<URL> url(ImageSize size,
                                        const LineupTemplateURLOptions& options = {}) const;
   [[nodiscard]] static std::optional<URL> URLForTemplateString(
@@ -113,7 +113,7 @@ class LineupTemplateImages {
   LineupTemplateImages(KeySet<Key> keys, const std::string_view* templates);
 
   KeySet<Key> keys_;
-  /// The lengths of the templates, in the order of `keys_`, and behind them the templates.
+  /// The lengths of the templates, in the order of `keys_`, and after them the templates.
   detail::SharedText templates_;
 };
 

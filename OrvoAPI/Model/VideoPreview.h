@@ -34,7 +34,7 @@ struct VideoPreview {
 using VideoPreviews = ResourceTable<VideoPreviewKey, VideoPreview>;
 
 struct VideoPreviewsParser {
-  /// Takes a document's list of resource names; names that are no preview's are skipped.
+  /// Takes a document's list of resource names; other names are skipped.
   [[nodiscard]] static VideoPreviews parse(const JSONStrings& json, std::string_view productID);
 };
 

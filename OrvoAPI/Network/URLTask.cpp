@@ -257,7 +257,7 @@ void URLTask::didAnswer(HTTPOutcome outcome) {
 }
 
 void URLTask::redirect(HTTPResult result, std::string_view location) {
-  if (isCancelled()) return finish(cancelled());  // by one that found nobody to decide yet
+  if (isCancelled()) return finish(cancelled());  // by a cancel that came before the decision
   const auto to = URL::parse(location, request_.url);
   if (!to || (isHTTP(*to) && to->host().empty())) {
     return finish(URLError{URLError::redirectToNonExistentLocation, "the Location is no URL"});

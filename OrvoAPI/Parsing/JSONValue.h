@@ -28,7 +28,7 @@ using JSONStrings = JSONArrayOf<std::string_view>;
 /// One value of a JSON document: an immutable handle, safe to use from any thread. All handles into
 /// a document share its ownership; a text that one returns stays valid while any of them lives.
 ///
-/// Nothing converts between kinds: a boolean is no number, a number no string.
+/// Nothing converts between kinds: a boolean is not a number, a number not a string.
 class JSONValue {
  public:
   enum class Kind { null, boolean, number, string, array, object };

@@ -26,7 +26,7 @@ const Date kEnd(1'493'719'200'500);
 const ListFetchOptions kPage{.page = ListPartRequest{.offset = 20, .limit = 10}};
 const Video kIncluded{.id = "v&1", .title = "T", .shortDescription = "S"};
 
-/// A collection, a list of search results or a page of the guide: all that is not told by its path.
+/// A collection, a list of search results or a part of the guide: all that is not told by its path.
 constexpr std::string_view kListBody =
     R"({"id": "c", "type": "generic", "label": "L", "short_label": "L", "items": [],
         "collections": [], "meta": {"total": 1, "limit": 1, "offset": 0}})";

@@ -15,13 +15,13 @@ namespace {
 
 constexpr auto kLast = std::numeric_limits<std::int64_t>::max();
 
-/// One page without items; it reads as any of the four kinds.
+/// One part without items; it reads as any of the four kinds.
 std::string body(const PagingMeta& meta) {
-  const auto page = R"("type": "generic", "collection_type": "films", "label": "L",
+  const auto part = R"("type": "generic", "collection_type": "films", "label": "L",
       "short_label": "L", "items": [], "meta": {"total": )" +
                     std::to_string(meta.total) + R"(, "limit": )" + std::to_string(meta.limit) +
                     R"(, "offset": )" + std::to_string(meta.offset) + "}";
-  return R"({"id": "c", "collections": [{)" + page + "}], " + page + "}";
+  return R"({"id": "c", "collections": [{)" + part + "}], " + part + "}";
 }
 
 /// The collection "c" of a context whose requests the test answers.
@@ -30,17 +30,17 @@ struct Walked {
   ListWalk<ItemCollection> walk{stubbed.context, stubbed.context->collectionCapability("c")};
 
   void answer(const PagingMeta& meta) { stubbed.answer(200, body(meta)); }
-  /// The next page, which the server answers with; null at the end.
+  /// The next part, which the server answers with; null at the end.
   Shared<ItemCollection> next(const PagingMeta& meta) {
-    const auto page = walk.next();
+    const auto part = walk.next();
     answer(meta);
-    return page.wait(kPatience).force();
+    return part.wait(kPatience).force();
   }
   /// Null without asking the server.
   Shared<ItemCollection> end() {
-    const auto page = walk.next();
+    const auto part = walk.next();
     stubbed.queue->run();
-    return page.wait(kPatience).force();
+    return part.wait(kPatience).force();
   }
   /// Runs the queue until the condition holds.
   template <class Condition>
@@ -79,7 +79,7 @@ TEST(ListWalk, FollowEachKindOfListToItsEnd) {
 
 // The context stops the process when offset and limit add up beyond 64 bits, so the walk looks
 // first.
-TEST(ListWalk, EndWithAPageThatNoneCanFollow) {
+TEST(ListWalk, EndWithAPartThatNoneCanFollow) {
   for (const PagingMeta meta : {PagingMeta{.total = 0, .limit = 20, .offset = 0},
                                 PagingMeta{.total = kLast, .limit = 0, .offset = 0},
                                 PagingMeta{.total = kLast, .limit = -1, .offset = 5},
@@ -92,7 +92,7 @@ TEST(ListWalk, EndWithAPageThatNoneCanFollow) {
   }
 }
 
-TEST(ListWalk, EndBeforeAPageWhoseOffsetDoesNotGrow) {
+TEST(ListWalk, EndBeforeAPartWhoseOffsetDoesNotGrow) {
   for (const std::int64_t offset : {10, 9, -10}) {
     Walked walked;
     EXPECT_NE(walked.next({.total = 30, .limit = 10, .offset = 10}), nullptr);
@@ -103,7 +103,7 @@ TEST(ListWalk, EndBeforeAPageWhoseOffsetDoesNotGrow) {
   }
 }
 
-TEST(ListWalk, CallsBeforeThePageCameMoveTheWalkOnce) {
+TEST(ListWalk, CallsBeforeThePartCameMoveTheWalkOnce) {
   Walked walked;
   const std::vector calls{walked.walk.next(), walked.walk.next()};
   EXPECT_EQ(walked.stubbed.requests(), 2U);
@@ -115,7 +115,7 @@ TEST(ListWalk, CallsBeforeThePageCameMoveTheWalkOnce) {
   EXPECT_EQ(walked.stubbed.requested(), "collections/c?offset=10&limit=10");
 }
 
-TEST(PagesForEach, EndsWithTheTaskOrAnErrorAndCanGoOn) {
+TEST(ListWalkForEach, EndsWithTheTaskOrAnErrorAndCanGoOn) {
   Walked walked;
   const auto& queue = walked.stubbed.queue;
   const auto enough = walked.walk.forEach(queue, [](const auto&) { return false; });
@@ -137,7 +137,7 @@ TEST(PagesForEach, EndsWithTheTaskOrAnErrorAndCanGoOn) {
   EXPECT_EQ(walked.stubbed.requested(), "collections/c?offset=20&limit=10");
 }
 
-TEST(PagesForEach, ACancelEndsItWhetherAPageIsUnderWayOrBeingShown) {
+TEST(ListWalkForEach, ACancelEndsItWhetherAPartIsUnderWayOrBeingShown) {
   for (const bool fromTask : {true, false}) {
     Walked walked;
     Future<bool> all;
@@ -158,7 +158,7 @@ TEST(PagesForEach, ACancelEndsItWhetherAPageIsUnderWayOrBeingShown) {
   }
 }
 
-TEST(PagesForEach, GoesWithAFetchThatNobodyCompletes) {
+TEST(ListWalkForEach, GoesWithAFetchThatNobodyCompletes) {
   StubbedContext stubbed;
   const auto held = std::make_shared<int>();
   auto source = std::make_unique<Promise<Shared<ItemCollection>>>(stubbed.queue);
@@ -171,26 +171,26 @@ TEST(PagesForEach, GoesWithAFetchThatNobodyCompletes) {
   EXPECT_FALSE(all.didComplete());
 }
 
-/// Answers at once, with one page of a list after another.
+/// Answers at once, with one part of a list after another.
 struct ListServer final : NetworkDataProvider {
   Future<HTTPResult> fetch(const URLRequest& request) override {
     return Future<HTTPResult>::completed(
         HTTPResult{.response = {.url = request.url, .statusCode = 200},
-                   .body = Data(body({.total = kPages, .limit = 1, .offset = offset++}))});
+                   .body = Data(body({.total = kParts, .limit = 1, .offset = offset++}))});
   }
-  static constexpr int kPages = 10'000;
+  static constexpr int kParts = 10'000;
   std::int64_t offset = 0;  // one request follows the other
 };
 
-TEST(PagesForEach, TenThousandPagesThatAreThereAtOnceDoNotNest) {
+TEST(ListWalkForEach, TenThousandPartsThatAreThereAtOnceDoNotNest) {
   const auto context =
       makeContext(url("https://api.example/v3/"), configurationBody(),
                   std::make_shared<StubSessionProvider>(), std::make_shared<ListServer>());
-  int pages = 0;
+  int parts = 0;
   const auto all =
-      ListWalk(context, context->collectionCapability("c")).forEach([&](const auto&) { ++pages; });
+      ListWalk(context, context->collectionCapability("c")).forEach([&](const auto&) { ++parts; });
   EXPECT_EQ(all.wait(kPatience).force(), true);
-  EXPECT_EQ(pages, ListServer::kPages);
+  EXPECT_EQ(parts, ListServer::kParts);
 }
 
 }  // namespace

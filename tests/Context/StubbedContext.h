@@ -50,7 +50,7 @@ inline std::shared_ptr<Context> makeContext(const URL& api, const std::string& c
       url("https://img.example/"), std::move(session), std::move(network), std::move(options));
 }
 
-/// A context whose network, session, clock and queue the test holds in its hands.
+/// A context whose network, session, clock and queue the test controls.
 struct StubbedContext {
   std::shared_ptr<ManualQueue> queue = std::make_shared<ManualQueue>();
   /// Where the stubs' futures run their callbacks.
@@ -64,7 +64,7 @@ struct StubbedContext {
       url("https://api.example/v3/"), configurationBody(), session, network, {.clock = clock});
   std::size_t answered = 0;
 
-  /// Answers the next request that was not answered yet.
+  /// Answers the next request that has not been answered yet.
   void answer(int status, std::string_view body = {}) {
     queue->run();
     network->answer(answered++, status, body);

@@ -23,7 +23,7 @@ using testing::IsEmpty;
 
 struct Broken {};
 
-/// A queue whose `post` does something more, as an application's own may.
+/// A queue whose `post` does something more, as an app's own may.
 struct MeddlingQueue final : DispatchQueue {
   void post(Job job) override {
     if (const auto once = std::exchange(meddle, nullptr)) once();

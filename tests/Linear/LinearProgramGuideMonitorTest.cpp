@@ -27,7 +27,7 @@ Date at(std::string_view text) { return from8601(text).force(); }
 const Date kNoon = at("2017-05-01T12:00:00Z");
 
 /// A service whose programmes last three hours each, have no gaps, and are numbered since 1970. It
-/// answers at once, but for the time that a video takes.
+/// answers at once, except for the time that a video takes.
 class Channel final : public NetworkDataProvider {
  public:
   explicit Channel(std::shared_ptr<ManualClock> clock) : clock_(std::move(clock)) {}
@@ -85,7 +85,7 @@ class Channel final : public NetworkDataProvider {
   std::mutex lock_;
 };
 
-/// A monitor of that channel, with time and the main queue in the test's hands.
+/// A monitor of that channel, with a clock and a main queue that the test controls.
 struct OnAir final : Logger {
   explicit OnAir(Date now, std::function<milliseconds()> delayAfterEnd = {})
       : clock(std::make_shared<ManualClock>(now)),
@@ -113,7 +113,7 @@ struct OnAir final : Logger {
                     std::string(caseName(level)) + ": " + std::string(message));
   }
 
-  /// Runs the main queue until so much was heard.
+  /// Runs the main queue until that much was heard.
   void arrive(std::size_t count) {
     for (; heard.size() < count; queue->run()) {
       if (!queue->waitForJob()) throw std::runtime_error("nothing comes");

@@ -52,13 +52,13 @@ TEST(Lineup, IsGroupedInTheDevicesZone) {
 
 TEST(Lineup, CountsElapsedHoursWhenClocksChange) {
   const Zone zone("Europe/Vienna");
-  // Clocks go from 2:00 to 3:00 at 1:00 UTC: the wall's 3:30 counts as the third hour of the day,
-  // and 23:30 as the first of the next.
+  // Clocks go from 2:00 to 3:00 at 1:00 UTC: the wall clock's 3:30 counts as the third hour of the
+  // day, and 23:30 as the first of the next.
   EXPECT_EQ(listing(lineupOf({"2017-03-26T00:30:00Z", "2017-03-26T01:30:00Z",
                               "2017-03-26T21:30:00Z", "2017-03-26T22:30:00Z"})),
             "2017-03-25T23:00: 00:00(00:30) 02:00(01:30)\n"
             "2017-03-26T22:00: 22:00(21:30 22:30)\n");
-  // Clocks go back from 3:00 to 2:00 at 1:00 UTC: the wall's two hours from 2:00 are one.
+  // Clocks go back from 3:00 to 2:00 at 1:00 UTC: the wall clock's two hours from 2:00 are one.
   EXPECT_EQ(listing(lineupOf({"2017-10-29T00:30:00Z", "2017-10-29T01:30:00Z",
                               "2017-10-29T02:30:00Z", "2017-10-29T22:30:00Z"})),
             "2017-10-28T22:00: 00:00(00:30 01:30) 01:00(02:30) 21:00(22:30)\n");

@@ -15,7 +15,7 @@ static_assert(caseName(StatusCode::unknown) == "unknown" && std::size(enumCases<
 static_assert(caseName(ImageResourceKey::coverSquare) == "coverSquare");
 static_assert(caseName(ImageResourceKey::logoLandscape) == "logoLandscape");
 static_assert(caseName(LineupTemplateImage::ResourceKey::icon) == "icon");
-// A lineup's images are called as the others are.
+// A lineup's images have the same names as the others.
 static_assert(std::ranges::equal(std::span(enumCases<LineupTemplateImage::ResourceKey>).first<10>(),
                                  std::span(enumCases<ImageResourceKey>).first<10>(),
                                  [](const auto& lhs, const auto& rhs) {

@@ -31,7 +31,7 @@ ServedAnswer redirectByPath(const ServedRequest& request) {
 
 using Completion = URLSessionDelegate::RedirectCompletion;
 
-/// Gives the word to a function.
+/// Leaves the decision to a function.
 struct Delegate final : URLSessionDelegate {
   using Decide = std::function<void(URLRequest, const Completion&)>;
   explicit Delegate(Decide decision) : decide(std::move(decision)) {}
@@ -194,7 +194,7 @@ struct Keeper final : URLInterceptor {
   std::shared_ptr<InterceptedRequest> kept;  // read when it was taken
 };
 
-/// Answers, and yet lets everything go by.
+/// Answers, and yet lets every request go by.
 struct Talker final : URLInterceptor {
   bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
     request->fail({URLError::unknown, "not asked"});

@@ -192,7 +192,7 @@ TEST(NetworkProcessDeathTest, ExitEndsWhatIsUnderWay) {
 }
 
 bool isForkedChild = false;
-/// Behind the library's own end, and before a leak checker that could not stop the threads which
+/// After the library's own end, and before a leak checker that could not stop the threads which
 /// hold what the child has copied.
 [[maybe_unused]] const int registered = std::atexit([] {
   if (isForkedChild) _exit(3);
@@ -213,7 +213,7 @@ TEST(NetworkProcessDeathTest, AForkedChildExitsAtOnce) {
   EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200) << "the parent works on";
 }
 
-/// The connections that a program which the host starts would inherit.
+/// The connections that a program which the app starts would inherit.
 std::set<int> inherited() {
   std::set<int> open;
   for (int descriptor = 0; descriptor < 1024; ++descriptor) {

@@ -216,7 +216,7 @@ TEST(URLSessionConnections, ThatAnswerAtOnceAreEachHandledByAWorker) {
   }
 }
 
-// Beyond so many hosts a session forgets those that nobody uses.
+// Beyond 16 hosts a session forgets those that are not in use.
 TEST(URLSessionConnections, AreCountedForEachPortOfAHostAsLongAsTheyAreUsed) {
   Signal asked;
   Signal released;
@@ -263,7 +263,7 @@ int impatient(const ScriptedServer& server) {
   return codeOf(session.fetch({.url = server.url(), .timeoutInterval = kLimit}));
 }
 
-/// The code of the server's answer, in a session that is made so.
+/// The code of the server's answer, in a session with this configuration.
 int codeOfAnswer(const std::string& answer, const URLSessionConfiguration& configuration = {}) {
   const ScriptedServer server(answer);
   const ScriptedServer other("HTTP/1.0 204 None\r\nX: y\r\n\r\n");
@@ -312,7 +312,7 @@ TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
   }
 }
 
-/// What the process has worked so far.
+/// The processor time of the process so far.
 std::chrono::nanoseconds processorTime() {
   timespec time{};
   clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);

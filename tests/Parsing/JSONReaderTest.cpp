@@ -85,7 +85,7 @@ TEST(JSONReader, StillRefusesWhatIsWrongBesideAWideInteger) {
 }
 
 TEST(JSONReader, EndsANumberAtTheEndOfTheBody) {
-  // Behind the body there may be anything, also more digits.
+  // After the body there may be anything, also more digits.
   const std::string buffer = "123" + std::string(Data::kPadding, '4');
   const Data data(std::shared_ptr<const char>(std::shared_ptr<void>(), buffer.data()), 3);
   EXPECT_EQ(JSONDataParser::value(data).force().integer(), 123);

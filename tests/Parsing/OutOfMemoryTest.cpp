@@ -29,7 +29,7 @@ void* allocateOrThrow(std::size_t size) {
   throw std::bad_alloc();
 }
 
-/// Not inlined: the compiler would take it for the wrong partner of operator new.
+/// Not inlined: the compiler would take it for a mismatch with operator new.
 [[gnu::noinline]] void release(void* memory) noexcept { std::free(memory); }
 
 }  // namespace

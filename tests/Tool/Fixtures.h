@@ -63,7 +63,7 @@ class DocumentService {
   }
 
  private:
-  /// `host` as the request names it: the server may not be made yet when the first one comes.
+  /// `host` as the request names it: the server may not exist yet when the first one comes.
   [[nodiscard]] test::ServedAnswer answer(const std::string& target, std::string_view host) const {
     auto found = documents_.value(target);
     if (!found) found = documents_.value(target.substr(0, target.find('?')));

@@ -61,7 +61,7 @@ std::string minified(const std::string& json) {
 }
 
 /// fixtures/<kind>.json lists situations: `why` each is there; `with`, what `orvo parse` is given
-/// beside the document; `document`, or `documents` that all read the same; `reads`, what is
+/// besides the document; `document`, or `documents` that all read the same; `reads`, what is
 /// printed, with every field; `prints`, what goes to the console meanwhile.
 class Parse : public testing::TestWithParam<std::string> {};
 

@@ -17,7 +17,7 @@ struct ToolRun {
 [[nodiscard]] std::vector<std::string> words(const std::string& text);
 
 /// Runs a line of bash, for which `orvo` (and `$orvo`) is the tool, without a locale and in UTC:
-/// with its output into files, or on a terminal of so many columns.
+/// with its output into files, or on a terminal of that many columns.
 [[nodiscard]] ToolRun runLine(const std::string& line, int columns = 0,
                               const std::string& input = "");
 

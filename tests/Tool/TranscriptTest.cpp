@@ -9,7 +9,7 @@
 namespace orvo::tool {
 namespace {
 
-/// The lines, each behind a mark; what a terminal obeys is made visible.
+/// The lines, each after a mark; what a terminal obeys is made visible.
 std::string marked(const std::string& text, const std::string& mark) {
   std::istringstream lines(replaced(replaced(text, "\r\n", "\n"), "\x1b", "^["));
   std::string out;

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What reads strangers' bytes was built so that a fault in memory ends it: the stack is guarded and
+# What reads untrusted bytes was built so that a memory fault ends it: the stack is guarded and
 # holds no code, the linker's tables are read-only before anything runs, and indirect jumps have
 # landing pads. Usage: check_hardening.sh FILE…
 set -euo pipefail

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Compiles every header of an installed copy by itself, under g++ and clang++, with warnings as
-# errors, and all of them once more behind the macros of other libraries.
-# Usage: check_headers.sh INCLUDE_FOLDER
+# errors, and all of them once more after the macros of other libraries. Usage: check_headers.sh
+# INCLUDE_FOLDER
 set -euo pipefail
 include=$1
 headers=$(cd "$include" && find OrvoAPI -name '*.h' | sort)

@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs a build and uses the copy as a stranger does: README's first program is built through
+# Installs a build and uses the copy as a user does: README's first program is built through
 # find_package and through pkg-config, and both fetch a video from the installed tool's demo
-# service; a program that uses the test kit is built and run.
-# Usage: check_installed.sh SOURCE_FOLDER BUILD_FOLDER
+# service; a program that uses the test kit is built and run. Usage: check_installed.sh
+# SOURCE_FOLDER BUILD_FOLDER
 set -euo pipefail
 source=$1 build=$2
 here=$source/tests/repository

@@ -49,7 +49,7 @@ names_of() {
 }
 
 fault "private, but exported" "$(names_of private <<<"$exported")"
-# Weak symbols are inline functions, templates and the like: who uses them has them.
+# Weak symbols are inline functions, templates and the like: whatever uses them has them.
 strong=$(nm --defined-only "${objects[@]}" | awk '$2 ~ /[TDRB]/ { print $3 }' | grep '4orvo' | sort -u)
 [[ -n $strong ]] || { echo "no symbols found in the objects"; faults=1; }
 fault "declared in an installed header, but not exported" \

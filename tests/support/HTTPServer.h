@@ -64,7 +64,7 @@ struct ServedAnswer {
 };
 
 /// A real HTTP server on a free loopback port, over TLS when it is given a certificate. The handler
-/// is called on many threads at once. Going away waits for the handlers.
+/// is called on many threads at once. Its destructor waits for the handlers.
 class HTTPServer {
  public:
   using Handler = std::function<ServedAnswer(const ServedRequest&)>;

@@ -49,7 +49,7 @@ void trickleOverHTTP2(Connection& connection, const Certificate& certificate, st
                       std::chrono::milliseconds pause);
 
 /// A server on a free loopback port that does exactly what its script says, however wrong. Each
-/// connection has a thread; going away ends them.
+/// connection has a thread; the destructor ends them.
 class ScriptedServer {
  public:
   using Script = std::function<void(Connection&)>;

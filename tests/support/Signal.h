@@ -9,8 +9,8 @@
 
 namespace orvo {
 
-/// How long a test waits for what must come; no test waits for it to pass. It is there for a fault
-/// to end the test, soon, and is long enough for a machine that has much else to do.
+/// How long a test waits for what must come; no test waits for it to pass. It is there so that a
+/// fault ends the test, soon, and is long enough for a machine that has much else to do.
 inline constexpr std::chrono::seconds kPatience{20};
 
 namespace test {
@@ -44,7 +44,7 @@ class Signal {
   int told_ = 0;
 };
 
-/// Lets others run until the condition holds, for what nobody tells.
+/// Lets others run until the condition holds, for what no signal tells.
 template <class Condition>
 [[nodiscard]] testing::AssertionResult eventually(Condition condition) {
   const auto end = std::chrono::steady_clock::now() + kPatience;
