@@ -9,7 +9,7 @@ namespace orvo::tool {
 
 namespace {
 
-/// Those that `read` makes something of.
+/// Those that `read` can read.
 template <class Read>
 Values readBy(Read read, std::string name, std::string wanted) {
   return {.name = std::move(name),

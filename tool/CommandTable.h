@@ -72,7 +72,7 @@ using Commands = std::vector<Command>;
 
 struct CommandTable {
   std::string description;
-  /// They may stand before the command, or behind it.
+  /// They may stand before the command, or after it.
   std::vector<Parameter> globalOptions{};
   Commands commands{};
 };
