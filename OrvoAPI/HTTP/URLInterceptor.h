@@ -20,8 +20,8 @@ class InterceptedRequest {
   virtual void respond(HTTPURLResponse response, Data body = {}) = 0;
   virtual void fail(URLError error) = 0;
 
-  /// Calls `task` on the session's queue when the request is cancelled or out of time before it was
-  /// answered; at most one task is kept.
+  /// Calls `task` on the session's queue when the request is cancelled, or runs out of time, before
+  /// it was answered; at most one task is kept.
   virtual void onCancel(std::function<void()> task) = 0;
 };
 

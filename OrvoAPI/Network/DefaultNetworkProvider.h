@@ -41,7 +41,7 @@ class DefaultNetworkProvider final : public NetworkDataProvider {
   /// Puts another session in its place; what is under way stays with the old one.
   void setURLSession(std::shared_ptr<URLSession> session);
 
-  /// What decides about redirects, for a session made elsewhere that is to do the same.
+  /// The one that decides about redirects, for a session made elsewhere that is to do the same.
   [[nodiscard]] const std::shared_ptr<URLSessionDelegate>& sessionDelegate() const {
     return delegate_;
   }

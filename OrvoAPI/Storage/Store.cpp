@@ -45,8 +45,8 @@ class StoreCore {
     double ttl;
 
     [[nodiscard]] bool isFresh(std::chrono::milliseconds now) const {
-      // The time to live comes from a server: as a number of seconds it may be anything, also none.
-      // Compared like this it can neither overflow nor lose the last millisecond.
+      // The time to live comes from a server: it may be any number of seconds, zero and less
+      // included. Compared like this it can neither overflow nor lose the last millisecond.
       return static_cast<double>((now - made).count()) / 1000 < ttl;
     }
   };

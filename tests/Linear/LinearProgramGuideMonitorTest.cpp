@@ -267,7 +267,7 @@ TEST(LinearProgramGuideMonitor, StopsWhenReleased) {
   ASSERT_TRUE(tv.channel->guideAsked.wait(2));
   const std::weak_ptr probe = std::exchange(tv.monitor, nullptr);
   for (int i = 0; i < 1'000'000 && !probe.expired(); ++i) std::this_thread::yield();
-  EXPECT_TRUE(probe.expired()) << "but for the moment in which a page is taken in";
+  EXPECT_TRUE(probe.expired()) << "except for the moment in which a part is taken in";
   loadNext();
   tv.channel->promise.success(*tv.channel->held);
   EXPECT_EQ(tv.queue->advanceToNext(), 1U);
@@ -342,7 +342,7 @@ TEST(LinearProgramGuideMonitorLoad, DropsTheLoaderOfAnEarlierOneButTakesItsLateP
   EXPECT_TRUE(tv.monitor->loadNext());
   tv.channel->holds = true;
   const auto late = tv.monitor->load(kNoon, 4);
-  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append pages of the range before";
+  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append parts of the range before";
   ASSERT_TRUE(tv.channel->guideAsked.wait(2));
   tv.load();
   tv.channel->promise.success(*tv.channel->held);
@@ -375,7 +375,7 @@ TEST(LinearProgramGuideMonitorPaging, GoesOnAfterAFailureAndEndsWithTheFinalPage
     tv.arrive(tv.heard.size() + 1);
     EXPECT_TRUE(tv.channel->queries.back().ends_with(std::to_string(offset) + "&limit=10"));
   }
-  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append the final page again and again";
+  EXPECT_FALSE(tv.monitor->loadNext()) << "it would append the final part again and again";
   EXPECT_EQ(tv.days(), "TODAY: a a a; ");
 }
 
