@@ -1,20 +1,9 @@
-#include <OrvoAPI/Context/ContextService.h>
-#include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <utility>
-#include <vector>
-
-#include "tests/Context/StubbedContext.h"
-#include "tests/support/ScriptedServer.h"
-#include "tests/support/Signal.h"
+#include <tests/Context/StubbedContext.h>
+#include <tests/support/ScriptedServer.h>
 
 namespace orvo {
 namespace {
-
-using namespace std::chrono_literals;
 
 struct StubbedService {
   std::shared_ptr<StubInterceptor> stub = std::make_shared<StubInterceptor>();
@@ -169,17 +158,6 @@ const URLService kService{.baseURL = url("https://api.example/v3/"),
 
 std::string streamText(const std::string& id, const std::string& token) {
   return kService.videoURL(id)(token).text();
-}
-
-TEST(URLService, TellsTheServiceWhatAsksForASession) {
-  const std::vector<std::pair<Client, std::string>> queries{
-      {Client::iPhone, "os_family=ios&category=smartphone"},
-      {Client::iPad, "os_family=ios&category=tablet"},
-      {Client::appleTV, "os_family=tvos&category=smart_tv"},
-      {Client::appleWatch, "os_family=watchos&category=watch"}};
-  for (const auto& [client, query] : queries) {
-    EXPECT_EQ(kService.session(client).text(), "https://api.example/v3/session?" + query);
-  }
 }
 
 // A stray character in what a server names must not stop the app.

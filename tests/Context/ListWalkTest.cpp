@@ -1,14 +1,4 @@
-#include <OrvoAPI/Context/ListWalk.h>
-#include <OrvoAPI/Network/SessionError.h>
-#include <gtest/gtest.h>
-
-#include <cstdint>
-#include <limits>
-#include <memory>
-#include <string>
-#include <vector>
-
-#include "tests/Context/StubbedContext.h"
+#include <tests/Context/StubbedContext.h>
 
 namespace orvo {
 namespace {

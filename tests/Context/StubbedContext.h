@@ -1,18 +1,13 @@
 #pragma once
 
-#include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/OrvoAPI.h>
 #include <OrvoAPI/Testing/ManualClock.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <OrvoAPI/Testing/StubNetworkDataProvider.h>
 #include <OrvoAPI/Testing/StubSessionProvider.h>
-
-#include <memory>
-#include <string>
-#include <string_view>
-
-#include "tests/support/Document.h"
-#include "tests/support/Outcome.h"
-#include "tests/support/Token.h"
+#include <tests/support/Document.h>
+#include <tests/support/Outcome.h>
+#include <tests/support/Test.h>
 
 namespace orvo {
 

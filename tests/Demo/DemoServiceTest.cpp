@@ -1,12 +1,8 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <demo/DemoService.h>
-#include <gtest/gtest.h>
 #include <httplib.h>
+#include <tests/support/Test.h>
 #include <tests/support/Token.h>
-
-#include <mutex>
-#include <string>
-#include <utility>
 
 namespace orvo::demo {
 namespace {

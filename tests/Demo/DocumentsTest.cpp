@@ -5,12 +5,10 @@
 #include <demo/Documents.h>
 #include <demo/Guide.h>
 #include <demo/Lineups.h>
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 
 namespace orvo::demo {
 namespace {
-
-using namespace std::chrono_literals;
 
 const Instant kNow = *parseInstant("2024-05-01T10:20:00.000Z");
 const Addresses kAddresses{"http://127.0.0.1:1/"};

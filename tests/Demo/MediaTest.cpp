@@ -1,7 +1,7 @@
 #include <demo/Images.h>
 #include <demo/Json.h>
 #include <demo/Streams.h>
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 
 namespace orvo::demo {
 namespace {

@@ -3,13 +3,8 @@
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <tests/support/Outcome.h>
-
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

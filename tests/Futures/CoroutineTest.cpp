@@ -1,19 +1,9 @@
 #include <OrvoAPI/Futures/Coroutine.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/Race.h>
-#include <tests/support/Signal.h>
-
-#include <array>
-#include <atomic>
-#include <memory>
-#include <optional>
-#include <stdexcept>
-#include <string>
-#include <utility>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

@@ -1,17 +1,8 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
-#include <gtest/gtest.h>
 #include <tests/support/Race.h>
-#include <tests/support/Signal.h>
-
-#include <atomic>
-#include <memory>
-#include <optional>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

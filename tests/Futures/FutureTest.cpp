@@ -2,22 +2,11 @@
 #include <OrvoAPI/Queues/QueueLabels.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <tests/support/Signal.h>
-
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <optional>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::IsEmpty;
 

@@ -1,9 +1,5 @@
 #include <OrvoAPI/HTTP/HTTPHeaders.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <string_view>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

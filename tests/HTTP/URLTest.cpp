@@ -1,7 +1,5 @@
 #include <OrvoAPI/HTTP/URL.h>
-#include <gtest/gtest.h>
-
-#include <string>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

@@ -1,24 +1,9 @@
-#include <OrvoAPI/Futures/Promise.h>
-#include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
-#include <OrvoAPI/Parsing/DateFormatter.h>
-#include <gtest/gtest.h>
-
-#include <atomic>
-#include <limits>
-#include <mutex>
-#include <optional>
-#include <set>
-#include <thread>
-#include <utility>
-
-#include "tests/Context/StubbedContext.h"
-#include "tests/support/Signal.h"
-#include "tests/support/Zone.h"
+#include <tests/Context/StubbedContext.h>
+#include <tests/support/Zone.h>
 
 namespace orvo {
 namespace {
 
-using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using Meta = std::array<std::int64_t, 3>;  // total, limit, offset
 using Texts = std::vector<std::string>;

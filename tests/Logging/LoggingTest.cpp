@@ -3,18 +3,13 @@
 #include <OrvoAPI/Logging/OSLogger.h>
 #include <errno.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <tests/support/Race.h>
+#include <tests/support/Test.h>
 #include <unistd.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <map>
-#include <optional>
-#include <string>
-#include <vector>
 
 namespace orvo {
 namespace {

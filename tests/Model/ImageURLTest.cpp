@@ -3,12 +3,8 @@
 #include <OrvoAPI/Model/LineupTemplateImage.h>
 #include <OrvoAPI/Model/VideoPreview.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <limits>
-#include <utility>
-
-#include "tests/support/Document.h"
+#include <tests/support/Document.h>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

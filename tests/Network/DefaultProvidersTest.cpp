@@ -1,5 +1,4 @@
 #include <OrvoAPI/Futures/Promise.h>
-#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Testing/ManualClock.h>
@@ -7,21 +6,13 @@
 #include <OrvoAPI/Testing/PendingCalls.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <OrvoAPI/Testing/StubSessionProvider.h>
-#include <gtest/gtest.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/Race.h>
-
-#include <array>
-#include <map>
-#include <memory>
-#include <string>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 const std::string kOld = kToken + "-old";
 const std::string kNew = kToken + "-new";

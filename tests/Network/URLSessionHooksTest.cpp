@@ -1,23 +1,12 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
-#include <gtest/gtest.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
-#include <tests/support/Signal.h>
-
-#include <functional>
-#include <memory>
-#include <optional>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 /// Redirects as the path says: "/302/there" answers 302 with "Location: there".
 ServedAnswer redirectByPath(const ServedRequest& request) {
@@ -182,16 +171,16 @@ TEST(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimitButNotThanTheSessi
 /// Takes everything and keeps it.
 struct Keeper final : URLInterceptor {
   bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
-    kept = request;
+    kept.push_back(request);
     request->onCancel([this] { cancelled.tell(); });
     taken.tell();
     return true;
   }
-  std::shared_ptr<InterceptedRequest> release() { return std::exchange(kept, nullptr); }
+  std::shared_ptr<InterceptedRequest> release() { return std::exchange(kept, {}).back(); }
 
   Signal taken;
   Signal cancelled;
-  std::shared_ptr<InterceptedRequest> kept;  // read when it was taken
+  std::vector<std::shared_ptr<InterceptedRequest>> kept;  // read when they were taken
 };
 
 /// Answers, and yet lets every request go by.
@@ -241,7 +230,7 @@ TEST(URLSessionInterceptor, LearnsOfACancelAndMayAnswerLaterButNotNever) {
   ASSERT_TRUE(keeper->taken.wait());
   cancelled.cancel();
   EXPECT_TRUE(keeper->cancelled.wait());
-  keeper->kept->onCancel([&] { keeper->cancelled.tell(); });
+  keeper->kept.back()->onCancel([&] { keeper->cancelled.tell(); });
   EXPECT_TRUE(keeper->cancelled.wait(2)) << "a task that comes too late is called all the same";
   keeper->release()->respond({.url = *URL::parse("http://h/"), .statusCode = 200});
   const auto late = session.fetch({.url = *URL::parse("http://h/")});
@@ -255,6 +244,22 @@ TEST(URLSessionInterceptor, LearnsOfACancelAndMayAnswerLaterButNotNever) {
   keeper->release();
   EXPECT_EQ(codeOf(dropped), URLError::unknown);
   EXPECT_FALSE(cancelled.didComplete()) << "it was answered in vain";
+}
+
+TEST(URLSessionInterceptor, HasNoLongerThanTheWholeMayTake) {
+  constexpr auto kLimit = 300ms;
+  const auto keeper = std::make_shared<Keeper>();
+  URLSession session({.protocolClasses = {keeper}});
+  const auto url = *URL::parse("http://nowhere.invalid/");
+  const auto later = session.fetch({.url = url, .totalTimeoutInterval = 2 * kLimit});
+  const auto soon = session.fetch({.url = url, .totalTimeoutInterval = kLimit});
+  EXPECT_EQ(codeOf(soon), URLError::timedOut);
+  EXPECT_FALSE(later.didComplete());
+  keeper->kept.back()->respond({.url = url, .statusCode = 200});
+  EXPECT_EQ(codeOf(later), URLError::timedOut);
+  EXPECT_EQ(codeOf(soon), URLError::timedOut) << "it was answered too late";
+  EXPECT_TRUE(keeper->cancelled.wait(2));
+  keeper->kept.clear();
 }
 
 }  // namespace

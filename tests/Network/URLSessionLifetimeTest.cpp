@@ -1,52 +1,30 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <fcntl.h>
-#include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
-#include <tests/support/Signal.h>
+#include <tests/support/Test.h>
 #include <unistd.h>
-
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
-#include <memory>
-#include <set>
-#include <string>
-#include <thread>
-#include <vector>
 
 namespace orvo::test {
 namespace {
 
-/// Tells when a request has come, and when its client has gone.
-struct Silence {
-  Signal asked;
-  Signal left;
-  const ScriptedServer server{[this](Connection& connection) {
-    connection.readHead();
-    asked.tell();
-    connection.waitForClose();
-    left.tell();
-  }};
-};
-
 TEST(URLSessionCancel, AbortsTheTransferAndLetsThoseThatWaitGoToo) {
-  Silence silence;
+  SilentServer silent;
   URLSession session({.maximumConnectionsPerHost = 1});
-  const auto first = session.fetch({.url = silence.server.url()});
-  const auto waiting = session.fetch({.url = silence.server.url()});
-  const auto last = session.fetch({.url = silence.server.url()});
-  ASSERT_TRUE(silence.asked.wait());
+  const auto first = session.fetch({.url = silent.url()});
+  const auto waiting = session.fetch({.url = silent.url()});
+  const auto last = session.fetch({.url = silent.url()});
+  ASSERT_TRUE(silent.asked.wait());
   waiting.cancel();
   first.cancel();
-  ASSERT_TRUE(silence.asked.wait(2));
+  ASSERT_TRUE(silent.asked.wait(2));
   last.cancel();
-  EXPECT_TRUE(silence.left.wait(2));
-  EXPECT_EQ(silence.server.connections(), 2);
+  EXPECT_TRUE(silent.left.wait(2));
+  EXPECT_EQ(silent.server.connections(), 2);
   EXPECT_FALSE(first.didComplete() || waiting.didComplete() || last.didComplete());
 }
 
@@ -89,14 +67,14 @@ struct Mourned {
 
 TEST(URLSessionCancel, DestroysNothingOfTheAppsOnTheNetworkThread) {
   constexpr int kFetches = 50;
-  Silence silence;
+  SilentServer silent;
   Mourned mourned;
   auto interceptor = std::make_shared<Mourned::Interceptor>();
   interceptor->held = mourned.make();
   for (const bool together : {false, true}) {
     URLSession session({.protocolClasses = {interceptor}});
     for (int i = 0; i < kFetches; ++i) {
-      const auto fetch = session.fetch({.url = silence.server.url()});
+      const auto fetch = session.fetch({.url = silent.url()});
       (void)fetch.map([held = mourned.make()](const auto&) { return held; });
       if (!together) fetch.cancel();
     }
@@ -124,9 +102,9 @@ TEST(URLSessionDropped, FinishesWhatIsUnderWay) {
 }
 
 TEST(URLSessionDropped, ClosesItsConnectionsInTheEndAndLeavesOthersAlone) {
-  Silence silence;
-  const auto pending = URLSession().fetch({.url = silence.server.url()});
-  ASSERT_TRUE(silence.asked.wait());
+  SilentServer silent;
+  const auto pending = URLSession().fetch({.url = silent.url()});
+  ASSERT_TRUE(silent.asked.wait());
   Signal left;
   const ScriptedServer server([&](Connection& connection) {
     connection.readHead();
@@ -143,12 +121,12 @@ TEST(URLSessionDropped, ClosesItsConnectionsInTheEndAndLeavesOthersAlone) {
 }
 
 TEST(URLSessionInvalidate, FailsWhatIsUnderWayAndWhatComesLater) {
-  Silence silence;
+  SilentServer silent;
   URLSession session({.maximumConnectionsPerHost = 0});  // at least one
-  const auto fetch = [&] { return session.fetch({.url = silence.server.url()}); };
+  const auto fetch = [&] { return session.fetch({.url = silent.url()}); };
   const auto first = fetch();
   const auto waiting = fetch();
-  ASSERT_TRUE(silence.asked.wait());
+  ASSERT_TRUE(silent.asked.wait());
   // Others have gone before, the older first.
   for (const auto& gone : {fetch(), fetch()}) gone.cancel();
   const ScriptedServer other("HTTP/1.0 204 None\r\n\r\n");
@@ -174,15 +152,10 @@ void checkUnderWay() {
 [[noreturn]] void exitWithRequestsUnderWay() {
   std::atexit(checkUnderWay);
   underWay = new std::vector<Future<HTTPResult>>;
-  Signal asked;
-  const ScriptedServer server([&](Connection& connection) {
-    connection.readHead();
-    asked.tell();
-    connection.waitForClose();
-  });
+  SilentServer silent;
   URLSession session;
-  for (int i = 0; i < 20; ++i) underWay->push_back(session.fetch({.url = server.url()}));
-  if (!asked.wait(10)) _exit(5);
+  for (int i = 0; i < 20; ++i) underWay->push_back(session.fetch({.url = silent.url()}));
+  if (!silent.asked.wait(10)) _exit(5);
   std::exit(0);  // NOLINT(concurrency-mt-unsafe)
 }
 
@@ -227,10 +200,10 @@ std::set<int> inherited() {
 
 TEST(NetworkProcess, LeavesNoConnectionToProgramsThatTheHostStarts) {
   const auto before = inherited();
-  Silence silence;
+  SilentServer silent;
   URLSession session;
-  const auto pending = session.fetch({.url = silence.server.url()});
-  ASSERT_TRUE(silence.asked.wait());
+  const auto pending = session.fetch({.url = silent.url()});
+  ASSERT_TRUE(silent.asked.wait());
   EXPECT_EQ(inherited(), before);
 }
 

@@ -1,15 +1,7 @@
 #include <OrvoAPI/Network/URLSession.h>
-#include <gtest/gtest.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
-#include <tests/support/Signal.h>
-
-#include <atomic>
-#include <chrono>
-#include <memory>
-#include <string>
-#include <utility>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo::test {
 namespace {
@@ -80,14 +72,9 @@ void redirectSlowly(Connection& connection) {
 
 /// A server that says nothing, and a session whose one place there is taken.
 struct TakenPlace {
-  TakenPlace() { EXPECT_TRUE(asked.wait()); }
+  TakenPlace() { EXPECT_TRUE(silent.asked.wait()); }
 
-  Signal asked;
-  const ScriptedServer silent{[this](Connection& connection) {
-    connection.readHead();
-    asked.tell();
-    connection.waitForClose();
-  }};
+  SilentServer silent;
   URLSession session{{.maximumConnectionsPerHost = 1}};
   const Future<HTTPResult> first = session.fetch({.url = silent.url()});
 };
@@ -101,32 +88,6 @@ TEST(URLSessionLimit, OfTheWholeCountsTheWaitForAPlaceAndRedirects) {
   EXPECT_EQ(codeOf(session.fetch({.url = redirecting.url(), .totalTimeoutInterval = kLimit})),
             URLError::timedOut);
   session.invalidateAndCancel();
-}
-
-/// Takes every request, and keeps it until it is cancelled.
-struct Taker final : URLInterceptor {
-  bool intercept(const URLRequest&, const std::shared_ptr<InterceptedRequest>& request) override {
-    request->onCancel([this] { cancelled.tell(); });
-    taken.push_back(request);
-    return true;
-  }
-  std::vector<std::shared_ptr<InterceptedRequest>> taken;
-  Signal cancelled;
-};
-
-TEST(URLSessionLimit, OfTheWholeCountsWhatAnInterceptorTakes) {
-  const auto taker = std::make_shared<Taker>();
-  URLSession session({.protocolClasses = {taker}});
-  const auto url = *URL::parse("http://nowhere.invalid/");
-  const auto later = session.fetch({.url = url, .totalTimeoutInterval = 2 * kLimit});
-  const auto soon = session.fetch({.url = url, .totalTimeoutInterval = kLimit});
-  EXPECT_EQ(codeOf(soon), URLError::timedOut);
-  EXPECT_FALSE(later.didComplete());
-  taker->taken.back()->respond({.url = url, .statusCode = 200});
-  EXPECT_EQ(codeOf(later), URLError::timedOut);
-  EXPECT_EQ(codeOf(soon), URLError::timedOut) << "it was answered too late";
-  EXPECT_TRUE(taker->cancelled.wait(2));
-  taker->taken.clear();
 }
 
 TEST(URLSessionLimit, OfBytesOnTheWireIsFourTimesTheBodyAndWhatItBrings) {

@@ -2,26 +2,15 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <OrvoAPI/Version.h>
-#include <gtest/gtest.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
-#include <tests/support/Signal.h>
+#include <tests/support/Test.h>
 #include <tests/support/Zone.h>
 #include <time.h>
 
-#include <atomic>
-#include <chrono>
-#include <memory>
-#include <set>
-#include <string>
-#include <utility>
-#include <vector>
-
 namespace orvo::test {
 namespace {
-
-using namespace std::chrono_literals;
 
 ServedAnswer echo(const ServedRequest& request) {
   return {.body = request.method + " " + request.target + " " + request.body,

@@ -1,14 +1,7 @@
 #include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
-#include <gtest/gtest.h>
-
-#include <optional>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
-
-#include "tests/support/Document.h"
+#include <tests/support/Document.h>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {
@@ -112,15 +105,6 @@ TEST(JSONReader, ReadsOnManyThreadsAtOnce) {
     });
   }
   for (auto& thread : threads) thread.join();
-}
-
-TEST(JSONDataParser, PassesTheReadersErrorOn) {
-  const auto isReaders = [](const auto& result) {
-    return result.error()->template is<JSONReaderError>();
-  };
-  const Data body("[");
-  EXPECT_TRUE(isReaders(JSONDataParser::object(body)) && isReaders(JSONDataParser::array(body)) &&
-              isReaders(JSONDataParser::stringArray(body)));
 }
 
 TEST(JSONParseError, NamesTypeAndKeyButNoValue) {

@@ -1,10 +1,6 @@
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include <string>
-#include <vector>
-
-#include "tests/support/Document.h"
+#include <tests/support/Document.h>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {
@@ -71,18 +67,6 @@ TEST(JSONObject, WalksManyMembersInTheirOrder) {
     }
   }
   EXPECT_EQ(members(object(text + "}")), expected);
-}
-
-TEST(JSONArray, IsOfAKindOnlyWhenEveryElementIs) {
-  const auto document = object(R"({"objects":[{"i":1},{"i":2}], "strings":["a","b"],
-      "mixed":["a",{}], "nulls":["a",null], "empty":[]})");
-  EXPECT_EQ(document.objects("objects")->size() + document.strings("strings")->size(), 4U);
-  for (const char* key : {"mixed", "nulls"}) {
-    EXPECT_FALSE(document.strings(key) || document.objects(key)) << key;
-    EXPECT_EQ(document.array(key)->size(), 2U);
-  }
-  EXPECT_TRUE(document.objects("empty")->empty() && document.strings("empty")->empty());
-  EXPECT_FALSE(document.objects("strings") || document.strings("objects"));
 }
 
 TEST(JSONArray, YieldsElementsThatOutliveTheWalk) {

@@ -1,10 +1,8 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 
-#include <cstdlib>
 #include <new>
-#include <string>
 
 namespace {
 

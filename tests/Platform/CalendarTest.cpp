@@ -1,13 +1,11 @@
 #include <OrvoAPI/Platform/Calendar.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 #include <tests/support/Zone.h>
 #include <unicode/gregocal.h>
 
 #include <clocale>
-#include <cstdlib>
 #include <random>
-#include <string>
 
 extern "C" __attribute__((weak)) void __lsan_disable();
 extern "C" __attribute__((weak)) void __lsan_enable();
@@ -16,8 +14,6 @@ namespace orvo {
 namespace {
 
 using testing::ElementsAre;
-using namespace std::chrono_literals;
-
 /// An instant in UTC.
 Date utc(int year, unsigned month, unsigned day, int hour = 0, int minute = 0) {
   const std::chrono::sys_days days =

@@ -2,28 +2,14 @@
 #include <OrvoAPI/Platform/Clock.h>
 #include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
-#include <gtest/gtest.h>
 #include <signal.h>
-#include <tests/support/Signal.h>
+#include <tests/support/Test.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
-#include <atomic>
-#include <chrono>
-#include <cstdlib>
 #include <fstream>
-#include <memory>
-#include <stdexcept>
-#include <string>
-#include <thread>
-#include <utility>
-#include <vector>
 
 namespace orvo {
 namespace {
-
-using namespace std::chrono_literals;
 
 /// More jobs than there are workers.
 constexpr int kMany = 64;
@@ -235,34 +221,37 @@ TEST(GlobalQueueTail, EveryContinuationOfASerialQueuePosts) {
   EXPECT_TRUE(done.wait(kChains));
 }
 
-TEST(GlobalQueueTail, WhatFollowsDoesNotWaitForTheSerialQueuesNextJob) {
-  const Promise<int> promise(SerialQueue::make("test"));
-  test::Signal first;
-  test::Signal second;
-  promise.future()
-      .map([](int value) { return value; })
-      .onComplete(DispatchQueue::global(), [&](const auto&) { first.tell(); });
-  promise.future().onComplete([&](const auto&) {
-    if (first.wait()) second.tell();
-  });
-  promise.success(1);
-  EXPECT_TRUE(second.wait());
+/// A promise on a serial queue, and a continuation of it that follows on the global one.
+class FollowedPromise : public testing::Test {
+ protected:
+  FollowedPromise() {
+    promise_.future()
+        .map([](int value) { return value; })
+        .onComplete(DispatchQueue::global(), [this](const auto&) { followed_.tell(); });
+  }
+  void waitForWhatFollows() {
+    if (followed_.wait()) ended_.tell();
+  }
+
+  const std::shared_ptr<SerialQueue> serial_ = SerialQueue::make("test");
+  const Promise<int> promise_{serial_};
+  test::Signal followed_;
+  test::Signal ended_;
+};
+
+TEST_F(FollowedPromise, DoesNotWaitForTheSerialQueuesNextJob) {
+  promise_.future().onComplete([this](const auto&) { waitForWhatFollows(); });
+  promise_.success(1);
+  EXPECT_TRUE(ended_.wait());
 }
 
-TEST(GlobalQueueTail, WhatFollowsDoesNotWaitForASynchronousCaller) {
-  const auto serial = SerialQueue::make("test");
-  const Promise<int> promise(serial);
-  test::Signal first;
-  test::Signal second;
-  promise.future()
-      .map([](int value) { return value; })
-      .onComplete(DispatchQueue::global(), [&](const auto&) { first.tell(); });
-  DispatchQueue::global()->post([&] {
-    serial->sync([&] { promise.success(1); });
-    serial->sync([] {});
-    if (first.wait()) second.tell();
+TEST_F(FollowedPromise, DoesNotWaitForASynchronousCaller) {
+  DispatchQueue::global()->post([this] {
+    serial_->sync([this] { promise_.success(1); });
+    serial_->sync([] {});
+    waitForWhatFollows();
   });
-  EXPECT_TRUE(second.wait());
+  EXPECT_TRUE(ended_.wait());
 }
 
 TEST(GlobalQueueTail, ALongChainLetsOthersHaveTheirTurn) {
@@ -312,41 +301,35 @@ void keepBusy() {
   }
 }
 
-[[noreturn]] void exitFrom(const std::shared_ptr<DispatchQueue>& queue) {
+void exitJob(DispatchQueue& queue) {
   keepBusy();
-  queue->post([] { std::exit(3); });  // NOLINT(concurrency-mt-unsafe)
+  queue.post([] { std::exit(3); });  // NOLINT(concurrency-mt-unsafe)
+}
+
+[[noreturn]] void exitFrom(const std::shared_ptr<DispatchQueue>& queue) {
+  exitJob(*queue);
   for (;;) (void)test::Signal().wait();
 }
 
-/// Each of these ends a process of its own, which must neither hang nor crash.
-class ExitDeathTest : public testing::Test {
- protected:
-  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
-  const testing::ExitedWithCode exited_{3};
-};
-
-TEST_F(ExitDeathTest, FromAThreadOfTheLibrary) {
-  EXPECT_EXIT(exitFrom(DispatchQueue::global()), exited_, "");
-  EXPECT_EXIT(exitFrom(SerialQueue::make("test")), exited_, "");
-  EXPECT_EXIT(exitFrom(MainQueue::shared()), exited_, "");
+void exitFromHost() {
+  keepBusy();
+  std::exit(3);  // NOLINT(concurrency-mt-unsafe)
 }
 
-TEST_F(ExitDeathTest, FromAThreadOfTheHost) {
-  const auto end = [] {
-    keepBusy();
-    std::exit(3);  // NOLINT(concurrency-mt-unsafe)
-  };
-  EXPECT_EXIT(end(), exited_, "");
+void exitFromClaim() {
+  auto claim = MainQueue::shared()->claim();
+  exitJob(*MainQueue::shared());
+  claim->run();
 }
 
-TEST_F(ExitDeathTest, FromAJobOfAClaim) {
-  const auto end = [] {
-    auto claim = MainQueue::shared()->claim();
-    keepBusy();
-    MainQueue::shared()->post([] { std::exit(3); });  // NOLINT(concurrency-mt-unsafe)
-    claim->run();
-  };
-  EXPECT_EXIT(end(), exited_, "");
+TEST(ExitDeathTest, NeitherHangsNorCrashesWhereverItIsCalled) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const testing::ExitedWithCode exited(3);
+  EXPECT_EXIT(exitFrom(DispatchQueue::global()), exited, "");
+  EXPECT_EXIT(exitFrom(SerialQueue::make("test")), exited, "");
+  EXPECT_EXIT(exitFrom(MainQueue::shared()), exited, "");
+  EXPECT_EXIT(exitFromHost(), exited, "");
+  EXPECT_EXIT(exitFromClaim(), exited, "");
 }
 
 }  // namespace

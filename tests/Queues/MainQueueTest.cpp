@@ -1,15 +1,8 @@
 #include <OrvoAPI/Queues/MainQueue.h>
 #include <fcntl.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <poll.h>
-#include <tests/support/Signal.h>
-
-#include <atomic>
-#include <optional>
-#include <stdexcept>
-#include <thread>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {

@@ -5,18 +5,12 @@
 #include <OrvoAPI/Storage/Store.h>
 #include <OrvoAPI/Testing/ManualClock.h>
 #include <gmock/gmock.h>
-#include <gtest/gtest.h>
 #include <tests/support/Race.h>
-
-#include <limits>
-#include <memory>
-#include <string>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo {
 namespace {
 
-using namespace std::chrono_literals;
 using testing::ElementsAre;
 using testing::MatchesRegex;
 using testing::UnorderedElementsAre;

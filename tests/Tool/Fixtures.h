@@ -1,15 +1,12 @@
 #pragma once
 
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <gtest/gtest.h>
 #include <tests/support/HTTPServer.h>
+#include <tests/support/Test.h>
 #include <tool/ModelJson.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <set>
-#include <string>
 
 namespace orvo::tool {
 

@@ -1,17 +1,13 @@
-#include "Fixtures.h"
-
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 #include <tests/support/Zone.h>
 #include <tool/GuideView.h>
 #include <tool/LineupView.h>
 #include <tool/OnAirView.h>
-
-#include <algorithm>
+#include "Fixtures.h"
 
 namespace orvo::tool {
 namespace {
 
-using namespace std::chrono_literals;
 const Date kMay(1'493'596'800'000);  // 2017-05-01T00:00:00Z
 
 template <class Draw>
@@ -43,7 +39,7 @@ TEST(LinearViews, ShowThePresent) {
   }
   for (const auto time : {9h, 12h}) {
     const auto draw = [&](Screen& screen) { drawOnAir(screen, "One", update, kMay + time); };
-    text += drawn(80, draw) + drawn(40, draw);
+    text += drawn(80, draw) + drawn(40, draw) + onAirLine(update, kMay + time) + "\n";
   }
   expectFixture("drawings/present.txt", text);
 }

@@ -1,21 +1,14 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 #include <tool/Arguments.h>
-#include <tool/OnAirView.h>
 #include <tool/Patience.h>
 
-#include <algorithm>
 #include <sstream>
-#include <vector>
-
 #include "Fixtures.h"
 #include "RunTool.h"
-#include "tests/support/Zone.h"
 
 namespace orvo::tool {
 namespace {
-
-using namespace std::chrono_literals;
 
 TEST(MonitorCommand, PrintsAnObjectForEachUpdateAndEndsAfterTheLast) {
   const ToolRun run =
@@ -75,21 +68,6 @@ TEST(Patience, GrowsUntilAnUpdateComes) {
   patience.loading();
   for (int load = 0; load < 20; ++load) patience.loaded(200s);
   EXPECT_EQ(patience.due(), 500s);
-}
-
-TEST(OnAirLine, TellsWhatIsOnOrNextAndWhatFollows) {
-  const Zone zone("UTC");
-  const Date noon(1'493'640'000'000);
-  const LinearProgram now{
-      .id = "n", .title = "N\x1b[31mow", .startTime = noon, .endTime = noon + 1h};
-  const LinearProgram then{
-      .id = "t", .title = "Then", .startTime = noon + 1h, .endTime = noon + 90min};
-  const GuideUpdate update{
-      .video = {}, .program = now, .days = {{.title = "TODAY", .programs = {now, then}}}};
-  EXPECT_EQ(onAirLine(update, noon + 15min),
-            "12:15:00  on air  N�[31mow  12:00 – 13:00  45 min left  then  Then");
-  EXPECT_EQ(onAirLine(update, noon - 30s),
-            "11:59:30  next  N�[31mow  12:00 – 13:00  in 30 s  then  Then");
 }
 
 }  // namespace

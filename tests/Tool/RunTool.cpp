@@ -1,15 +1,12 @@
 #include "RunTool.h"
 
-#include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <tests/support/Test.h>
 #include <tests/support/Token.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <sstream>
 
 namespace orvo::tool {
 
@@ -28,11 +25,6 @@ int run(const std::string& command) {
 }
 
 }  // namespace
-
-std::vector<std::string> words(const std::string& text) {
-  std::istringstream stream(text);
-  return {std::istream_iterator<std::string>(stream), {}};
-}
 
 ToolRun runLine(const std::string& line, int columns, const std::string& input) {
   const std::string files = testing::TempDir() + "orvo-" + std::to_string(getpid());

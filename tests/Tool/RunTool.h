@@ -1,7 +1,6 @@
 #pragma once
 
-#include <string>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo::tool {
 
@@ -12,9 +11,6 @@ struct ToolRun {
   std::string output;
   std::string error;
 };
-
-/// The words of a command line, between spaces.
-[[nodiscard]] std::vector<std::string> words(const std::string& text);
 
 /// Runs a line of bash, for which `orvo` (and `$orvo`) is the tool, without a locale and in UTC:
 /// with its output into files, or on a terminal of that many columns.

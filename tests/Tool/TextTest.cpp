@@ -1,4 +1,4 @@
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 #include <tool/Progress.h>
 #include <tool/Screen.h>
 #include <tool/Text.h>
@@ -7,7 +7,6 @@
 namespace orvo::tool {
 namespace {
 
-using namespace std::chrono_literals;
 const Date kNoon(1'493'640'000'000);  // 2017-05-01T12:00:00Z
 
 TEST(ToolText, MeasuresColumnsNotBytes) {

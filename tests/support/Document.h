@@ -4,11 +4,7 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <string>
-#include <string_view>
+#include <tests/support/Test.h>
 
 namespace orvo {
 

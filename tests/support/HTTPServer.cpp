@@ -3,15 +3,10 @@
 #include <openssl/pem.h>
 #include <openssl/x509v3.h>
 #include <tests/support/HTTPServer.h>
+#include <tests/support/Test.h>
 #include <unistd.h>
 
-#include <atomic>
-#include <cstdio>
 #include <filesystem>
-#include <mutex>
-#include <stdexcept>
-#include <thread>
-#include <utility>
 
 namespace orvo::test {
 namespace {

@@ -2,13 +2,7 @@
 
 #include <OrvoAPI/HTTP/HTTPHeaders.h>
 #include <OrvoAPI/HTTP/URL.h>
-
-#include <chrono>
-#include <functional>
-#include <memory>
-#include <string>
-#include <string_view>
-#include <vector>
+#include <tests/support/Test.h>
 
 struct x509_st;
 struct evp_pkey_st;

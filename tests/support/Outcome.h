@@ -3,12 +3,8 @@
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/HTTP/HTTPURLResponse.h>
 #include <OrvoAPI/HTTP/URLError.h>
-#include <gtest/gtest.h>
-#include <tests/support/Signal.h>
+#include <tests/support/Test.h>
 #include <tests/support/Token.h>
-
-#include <stdexcept>
-#include <string>
 
 namespace orvo {
 

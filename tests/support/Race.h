@@ -1,8 +1,7 @@
 #pragma once
 
+#include <tests/support/Test.h>
 #include <barrier>
-#include <thread>
-#include <vector>
 
 namespace orvo::test {
 

@@ -4,13 +4,10 @@
 #include <support/Loopback.h>
 #include <sys/socket.h>
 #include <tests/support/ScriptedServer.h>
+#include <tests/support/Test.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <array>
-#include <memory>
 #include <tuple>
-#include <utility>
 
 namespace orvo::test {
 

@@ -2,15 +2,7 @@
 
 #include <OrvoAPI/HTTP/URL.h>
 #include <tests/support/HTTPServer.h>
-
-#include <atomic>
-#include <chrono>
-#include <functional>
-#include <mutex>
-#include <string>
-#include <string_view>
-#include <thread>
-#include <vector>
+#include <tests/support/Test.h>
 
 namespace orvo::test {
 
@@ -78,6 +70,21 @@ class ScriptedServer {
   std::vector<int> sockets_;          // guarded by mutex_
   std::vector<std::thread> threads_;  // of the accepting thread, until it has ended
   std::thread accepting_;
+};
+
+/// Hears a request on each connection and says nothing. It tells when one has come, and when its
+/// client has gone.
+struct SilentServer {
+  [[nodiscard]] URL url() const { return server.url(); }
+
+  Signal asked;
+  Signal left;
+  const ScriptedServer server{[this](Connection& connection) {
+    connection.readHead();
+    asked.tell();
+    connection.waitForClose();
+    left.tell();
+  }};
 };
 
 }  // namespace orvo::test

@@ -1,10 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Logging/Logger.h>
-
-#include <cstdio>
-#include <string>
-#include <string_view>
+#include <tests/support/Test.h>
 
 namespace orvo {
 

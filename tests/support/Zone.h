@@ -1,10 +1,7 @@
 #pragma once
 
+#include <tests/support/Test.h>
 #include <time.h>
-
-#include <cstdlib>
-#include <optional>
-#include <string>
 
 namespace orvo {
 
