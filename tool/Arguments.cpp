@@ -58,8 +58,8 @@ std::optional<ImageSize> imageSize(std::string_view text) {
   return ImageSize{.width = *width, .height = *height};
 }
 
-Parameter identifier(std::string& target) {
-  return {.name = "ID", .target = &target, .required = true};
+Parameter identifier(std::string& target, std::string description) {
+  return {.name = "ID", .description = std::move(description), .target = &target, .required = true};
 }
 
 Values baseURLs() {

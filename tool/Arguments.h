@@ -35,7 +35,7 @@ namespace orvo::tool {
 [[nodiscard]] Values imageSizes();
 
 /// The required argument `ID`.
-[[nodiscard]] Parameter identifier(std::string& target);
+[[nodiscard]] Parameter identifier(std::string& target, std::string description);
 
 /// The names of an enumeration's cases.
 template <NamedEnum E>

@@ -1,6 +1,10 @@
 #include <tool/Arguments.h>
 #include <tool/CommandLine.h>
 #include <tool/Commands.h>
+#include <tool/Help.h>
+#include <tool/Output.h>
+
+#include <algorithm>
 
 namespace orvo::tool {
 
@@ -39,7 +43,36 @@ GlobalOptions CommandLine::WrittenOptions::read() const {
 CommandLine::CommandLine()
     : table_{.description = "Looks at a video and live-TV service through its web API.",
              .globalOptions = globalOptions(),
-             .commands = allCommands()} {}
+             .commands = allCommands(),
+             .examples = {"orvo --demo guide", "orvo --demo search night", "orvo help search"}} {
+  addHelpCommands();
+}
+
+void CommandLine::addHelpCommands() {
+  std::vector<std::string> names;
+  for (const Command& command : table_.commands) names.push_back(command.name);
+  names.insert(names.end(), {"help", "version"});
+  table_.commands.push_back(
+      {.name = "help",
+       .description = "What the tool, or a command, is for and how to use it",
+       .arguments = {{.name = "COMMAND",
+                      .description = "The command to explain",
+                      .values = anyOf(names),
+                      .target = &helpedCommand_}},
+       .examples = {"orvo help", "orvo help collection"},
+       .run = [this](Tool&) {
+         const auto command = std::ranges::find(table_.commands, helpedCommand_, &Command::name);
+         print(helpText(table_, command == table_.commands.end() ? nullptr : &*command));
+         return 0;
+       }});
+  table_.commands.push_back({.name = "version",
+                             .description = "The version of the tool and its library",
+                             .examples = {"orvo version"},
+                             .run = [](Tool&) {
+                               print(versionText() + "\n");
+                               return 0;
+                             }});
+}
 
 std::vector<Parameter> CommandLine::globalOptions() {
   return {{.name = "--environment",
@@ -52,7 +85,7 @@ std::vector<Parameter> CommandLine::globalOptions() {
            .target = &written_.api,
            .excludes = {"--demo"}},
           {.name = "--resources",
-           .description = "… and that of its images",
+           .description = "The base URL of its images",
            .values = baseURLs(),
            .target = &written_.resources,
            .needs = {"--api"}},

@@ -38,8 +38,10 @@ class CommandLine {
   };
 
   [[nodiscard]] std::vector<Parameter> globalOptions();
+  void addHelpCommands();
 
   WrittenOptions written_;
+  std::string helpedCommand_;
   CommandTable table_;
   const Command* chosen_ = nullptr;
 };

@@ -1,41 +1,19 @@
-#include <OrvoAPI/Version.h>
 #include <fmt/format.h>
 #include <tool/CommandParser.h>
+#include <tool/Help.h>
+#include <tool/Nearest.h>
 #include <tool/Text.h>
+#include <tool/Wording.h>
 #include <CLI/CLI.hpp>
 
-#include <memory>
+#include <algorithm>
+#include <charconv>
 
 namespace orvo::tool {
 
 namespace {
 
 constexpr int kWrongUsage = 2;
-
-/// Breaks long descriptions where narrow terminals end.
-class HelpFormatter : public CLI::Formatter {
- public:
-  std::string make_option_desc(const CLI::Option* option) const override {
-    std::string description;
-    for (const std::string& line : wrapped(Formatter::make_option_desc(option), kWidth)) {
-      description += (description.empty() ? "" : "\n") + line;
-    }
-    return description;
-  }
-
-  static constexpr std::size_t kColumn = 26;
-
- private:
-  static constexpr std::size_t kWidth = 80 - kColumn;
-};
-
-std::shared_ptr<CLI::Formatter> helpFormatter() {
-  auto formatter = std::make_shared<HelpFormatter>();
-  formatter->label("SUBCOMMAND", "COMMAND");
-  formatter->label("REQUIRED", "");
-  formatter->column_width(HelpFormatter::kColumn);
-  return formatter;
-}
 
 template <class... Cases>
 struct Overloaded : Cases... {
@@ -44,31 +22,39 @@ struct Overloaded : Cases... {
 template <class... Cases>
 Overloaded(Cases...) -> Overloaded<Cases...>;
 
+std::optional<std::int64_t> number(const std::string& text) {
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
 void store(const Target& target, const std::string& text) {
-  std::int64_t number = 0;
-  CLI::detail::lexical_cast(text, number);
-  std::visit(
-      Overloaded{[](bool* flag) { *flag = true; }, [&](std::int64_t* value) { *value = number; },
-                 [&](std::optional<std::int64_t>* value) { *value = number; },
-                 [&](std::string* value) { *value = text; },
-                 [&](std::optional<std::string>* value) { *value = text; }},
-      target);
+  std::visit(Overloaded{[](bool* flag) { *flag = true; },
+                        [&](std::int64_t* value) { *value = number(text).value(); },
+                        [&](std::optional<std::int64_t>* value) { *value = number(text); },
+                        [&](std::string* value) { *value = text; },
+                        [&](std::optional<std::string>* value) { *value = text; }},
+             target);
 }
 
-std::string defaultText(const Target& target) {
-  if (auto* const* number = std::get_if<std::int64_t*>(&target)) return std::to_string(**number);
-  auto* const* text = std::get_if<std::string*>(&target);
-  return text != nullptr ? **text : "";
+std::string didYouMean(const std::optional<std::string>& nearest) {
+  return nearest ? "; did you mean " + *nearest + "?" : "";
 }
 
-CLI::Validator check(const Values& values) {
-  if (!values.choices.empty()) return CLI::IsMember(values.choices);
-  if (values.range) return CLI::Range(values.range->least, values.range->most);
-  return CLI::Validator(
-      [accepts = values.accepts, wanted = values.wanted](std::string& text) {
-        return !accepts || accepts(text) ? "" : "\"" + text + "\" is not " + wanted;
-      },
-      "");
+/// Nothing, or what is wrong with the text.
+std::string complaint(const Values& values, const std::string& text) {
+  const auto isNot = [&](const std::string& wanted) { return "\"" + text + "\" is not " + wanted; };
+  if (!values.choices.empty()) {
+    if (std::ranges::find(values.choices, text) != values.choices.end()) return "";
+    return isNot("one of " + joined(values.choices)) + didYouMean(nearest(text, values.choices));
+  }
+  if (const auto& range = values.range) {
+    const auto value = number(text);
+    const bool isIn = value && range->least <= *value && *value <= range->most;
+    return isIn ? "" : isNot(rangeText(*range));
+  }
+  return !values.accepts || values.accepts(text) ? "" : isNot(values.wanted);
 }
 
 CLI::Option* add(CLI::App& app, const Parameter& parameter) {
@@ -78,13 +64,10 @@ CLI::Option* add(CLI::App& app, const Parameter& parameter) {
   const std::function<void(const std::string&)> read = [&](const std::string& text) {
     store(parameter.target, text);
   };
-  CLI::Option* option = app.add_option_function(parameter.name, read, parameter.description)
-                            ->type_name(parameter.values.name)
-                            ->default_str(defaultText(parameter.target))
-                            ->required(parameter.required);
-  const bool listed = option->get_positional();  // in the description
-  CLI::Validator validator = check(parameter.values);
-  return option->check(listed ? validator.description("") : validator);
+  const auto check = [&](std::string& text) { return complaint(parameter.values, text); };
+  return app.add_option_function(parameter.name, read, parameter.description)
+      ->required(parameter.required)
+      ->check(CLI::Validator(check, ""));
 }
 
 /// Tells which options go together, when all have been added.
@@ -101,44 +84,80 @@ void relate(CLI::App& app, const std::vector<Parameter>& parameters) {
   }
 }
 
-/// The command that the command line got as far as naming.
-const CLI::App& reached(const CLI::App& app) {
-  const auto commands = app.get_subcommands();
-  return commands.empty() ? app : *commands.front();
+/// What was written, and what of it was understood.
+struct Reading {
+  const CommandTable& table;
+  std::vector<std::string> arguments;
+  /// What nothing in the table takes.
+  std::vector<std::string> unknown{};
+  /// The command that the command line got as far as naming.
+  const Command* command = nullptr;
+};
+
+std::string unknownOption(const Reading& reading, const std::string& option) {
+  std::string written = option;
+  const auto at = std::ranges::find(reading.arguments, option);
+  const bool hasValue = at + 1 < reading.arguments.end() && !at[1].starts_with("-") &&
+                        (reading.command == nullptr || at[1] != reading.command->name);
+  if (hasValue) written += " " + at[1];
+  std::vector<std::string> names{"--help", "--version"};
+  for (const Parameter& known : reading.table.globalOptions) names.push_back(known.name);
+  if (reading.command != nullptr) {
+    for (const Parameter& known : reading.command->options) names.push_back(known.name);
+  }
+  return "there is no option \"" + written + "\"" +
+         didYouMean(nearest(option.substr(0, option.find('=')), names));
+}
+
+std::string unknownArgument(const Reading& reading, const std::string& argument) {
+  if (reading.command != nullptr) {
+    return "\"" + argument + "\" is one argument too many for " + reading.command->name;
+  }
+  std::vector<std::string> names;
+  for (const Command& known : reading.table.commands) names.push_back(known.name);
+  return "there is no command \"" + argument + "\"" + didYouMean(nearest(argument, names));
 }
 
 /// What is wrong with the command line, in one sentence.
-std::string complaint(const CLI::App& app, const CLI::ParseError& error) {
-  if (&reached(app) != &app) return error.what();
-  const auto unknown = app.remaining();
-  return unknown.empty() ? "a command is needed" : "there is no command \"" + unknown[0] + "\"";
+std::string complaint(const Reading& reading, const CLI::ParseError& error) {
+  // Behind "--" everything is an argument.
+  const auto end = std::ranges::find(reading.arguments, "--");
+  for (const std::string& unknown : reading.unknown) {
+    if (unknown == "--") continue;
+    const bool isOption =
+        unknown.starts_with("-") && std::find(reading.arguments.begin(), end, unknown) != end;
+    return isOption ? unknownOption(reading, unknown) : unknownArgument(reading, unknown);
+  }
+  if (reading.command == nullptr) return "a command is needed";
+  const std::string what = error.what();
+  if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr) {
+    const bool missing = what.ends_with("missing");
+    return what.substr(0, what.find(':')) + (missing ? " needs a value" : " is given twice");
+  }
+  if (dynamic_cast<const CLI::ConversionError*>(&error) != nullptr) {
+    const std::size_t name = what.find("--");
+    return what.substr(name, what.find(' ', name) - name) + " takes no value";
+  }
+  return what;
 }
 
-Explanation explanation(const CLI::App& app, const CLI::ParseError& error) {
-  const CLI::App& command = reached(app);
+Explanation explanation(const Reading& reading, const CLI::ParseError& error) {
   if (dynamic_cast<const CLI::CallForVersion*>(&error) != nullptr) {
-    return {0, std::string(error.what()) + "\n"};
+    return {0, versionText() + "\n"};
   }
-  if (error.get_exit_code() == 0) {
-    return {0, command.help(&command == &app ? "" : app.get_name())};
-  }
-  const std::string name = &command == &app ? "orvo" : "orvo " + command.get_name();
+  if (error.get_exit_code() == 0) return {0, helpText(reading.table, reading.command)};
+  const std::string name = reading.command == nullptr ? "" : reading.command->name + " ";
   return {kWrongUsage,
-          fmt::format("orvo: {}\n{}Try \"{} --help\".\n", escaped(complaint(app, error)),
-                      helpFormatter()->make_usage(&command, name), name)};
+          fmt::format("orvo: {}\n{}Try \"orvo {}--help\".\n", escaped(complaint(reading, error)),
+                      usageLine(reading.command), name)};
 }
 
 void addGlobalOptions(CLI::App& app, const CommandTable& table) {
-  app.formatter(helpFormatter());
   app.fallthrough();
   app.require_subcommand(1);
-  app.set_version_flag("--version", fmt::format("orvo {}", ORVO_API_VERSION_STRING),
-                       "Print the version and exit");
-  app.set_help_flag("-h,--help", "Print this help, or that of the command, and exit");
-  app.footer("Exit status: 0, or 1 when the request failed, or 2 for wrong usage.");
-  for (const Parameter& option : table.globalOptions) {
-    add(app, option)->group("Options, before or after the command");
-  }
+  app.set_version_flag("--version", "", "");
+  app.set_help_flag("-h,--help", "");
+  for (const Parameter& option : table.globalOptions) add(app, option);
   relate(app, table.globalOptions);
 }
 
@@ -146,22 +165,30 @@ void addGlobalOptions(CLI::App& app, const CommandTable& table) {
 
 std::variant<const Command*, Explanation> parse(const CommandTable& table, int argc,
                                                 const char* const* argv) {
-  CLI::App app(table.description, "orvo");
+  CLI::App app("", "orvo");
   addGlobalOptions(app, table);
-  const Command* chosen = nullptr;
   for (const Command& command : table.commands) {
-    CLI::App* added = app.add_subcommand(command.name, command.description)->group("Commands");
-    added->callback([&] { chosen = &command; });
+    CLI::App* added = app.add_subcommand(command.name, "");
     for (const Parameter& argument : command.arguments) add(*added, argument);
     for (const Parameter& option : command.options) add(*added, option);
     relate(*added, command.options);
   }
+  Reading reading{.table = table, .arguments = {argv, argv + argc}};
+  const auto lookAt = [&] {
+    const auto named = app.get_subcommands();
+    reading.unknown = app.remaining(true);
+    if (named.empty()) return;
+    const auto isNamed = [&](const Command& command) { return named[0]->check_name(command.name); };
+    reading.command = &*std::ranges::find_if(table.commands, isNamed);
+  };
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return explanation(app, error);
+    lookAt();
+    return explanation(reading, error);
   }
-  return chosen;
+  lookAt();
+  return reading.command;
 }
 
 }  // namespace orvo::tool

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -24,7 +25,7 @@ struct Range {
 /// Which values an argument or an option takes: those of `choices`, or whole numbers in `range`, or
 /// texts that `accepts` takes; any text when none of them is given.
 struct Values {
-  /// What stands for the value in a help text.
+  /// What stands for the value of an option in a help text.
   std::string name = "TEXT";
   std::vector<std::string> choices{};
   std::optional<Range> range{};
@@ -33,11 +34,10 @@ struct Values {
   std::string wanted{};
 };
 
-[[nodiscard]] inline Values anyOf(std::vector<std::string> choices, std::string name = "TEXT") {
+[[nodiscard]] inline Values anyOf(std::vector<std::string> choices, std::string name = "NAME") {
   return {.name = std::move(name), .choices = std::move(choices)};
 }
-[[nodiscard]] inline Values number(std::int64_t least, std::int64_t most,
-                                   std::string name = "INT") {
+[[nodiscard]] inline Values number(std::int64_t least, std::int64_t most, std::string name = "N") {
   return {.name = std::move(name), .range = Range{least, most}};
 }
 
@@ -52,6 +52,7 @@ struct Parameter {
   std::string description{};
   Values values{};
   Target target;
+  /// Arguments that need not be given follow those that have to be.
   bool required = false;
   /// Names of options of the same command, or global ones, without which, and with which, this one
   /// cannot be given.
@@ -64,6 +65,8 @@ struct Command {
   std::string description;
   std::vector<Parameter> arguments{};
   std::vector<Parameter> options{};
+  /// Lines for a shell that run as they are, with the demo service.
+  std::vector<std::string> examples{};
   /// Returns the exit status. It owns what the parameters are read into.
   std::function<int(Tool&)> run;
 };
@@ -75,6 +78,7 @@ struct CommandTable {
   /// They may stand before the command, or after it.
   std::vector<Parameter> globalOptions{};
   Commands commands{};
+  std::vector<std::string> examples{};
 };
 
 }  // namespace orvo::tool

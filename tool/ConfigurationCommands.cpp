@@ -120,15 +120,18 @@ int answerPart(Tool& tool, Part part, Draw draw) {
 }  // namespace
 
 void addConfigurationCommands(Commands& commands) {
-  commands.push_back(
-      {.name = "config", .description = "The remote configuration", .run = [](Tool& tool) {
-         const auto part = [](const Context& context) -> const auto& {
-           return context.configuration();
-         };
-         return answerPart(tool, part, drawConfiguration);
-       }});
+  commands.push_back({.name = "config",
+                      .description = "The remote configuration",
+                      .examples = {"orvo --demo config", "orvo --demo config --json"},
+                      .run = [](Tool& tool) {
+                        const auto part = [](const Context& context) -> const auto& {
+                          return context.configuration();
+                        };
+                        return answerPart(tool, part, drawConfiguration);
+                      }});
   commands.push_back({.name = "views",
                       .description = "The system views: where browsing begins",
+                      .examples = {"orvo --demo views", "orvo --demo views --client iPhone"},
                       .run = [](Tool& tool) {
                         const auto part = [](const Context& context) {
                           std::vector<Configuration::SystemView> views;
@@ -139,13 +142,15 @@ void addConfigurationCommands(Commands& commands) {
                         };
                         return answerPart(tool, part, drawViews);
                       }});
-  commands.push_back(
-      {.name = "palette", .description = "The colours of the brand", .run = [](Tool& tool) {
-         const auto part = [](const Context& context) -> const auto& {
-           return context.colorPalette();
-         };
-         return answerPart(tool, part, drawPalette);
-       }});
+  commands.push_back({.name = "palette",
+                      .description = "The colours of the brand",
+                      .examples = {"orvo --demo palette", "orvo --demo palette --json"},
+                      .run = [](Tool& tool) {
+                        const auto part = [](const Context& context) -> const auto& {
+                          return context.colorPalette();
+                        };
+                        return answerPart(tool, part, drawPalette);
+                      }});
 }
 
 }  // namespace orvo::tool

@@ -54,6 +54,7 @@ void addGuideCommand(Commands& commands) {
                     .values = number(1, 366),
                     .target = &written->days,
                     .excludes = {"--end"}}},
+       .examples = {"orvo --demo guide", "orvo --demo guide --days 7"},
        .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 

@@ -1,7 +1,6 @@
 #include <OrvoAPI/Model/ImageResource.h>
 #include <tool/Arguments.h>
 #include <tool/Commands.h>
-#include <tool/Wording.h>
 
 namespace orvo::tool {
 
@@ -41,11 +40,11 @@ void addImageCommand(Commands& commands) {
       {.name = "image",
        .description = "The address of an image; nothing is sent",
        .arguments = {{.name = "ID",
-                      .description = "The video, page or programme",
+                      .description = "The identifier of a video, a page or a programme",
                       .target = &written->id,
                       .required = true},
                      {.name = "KEY",
-                      .description = "The rendition: " + joined(keys),
+                      .description = "The rendition",
                       .values = anyOf(keys),
                       .target = &written->key,
                       .required = true}},
@@ -56,15 +55,17 @@ void addImageCommand(Commands& commands) {
                     .required = true},
                    {.name = "--crop",
                     .description = "How it is fitted into the size",
-                    .values = anyOf({"fill", "fit"}, "C"),
+                    .values = anyOf({"fill", "fit"}),
                     .target = &written->crop},
                    {.name = "--format",
                     .description = "What the file is",
-                    .values = anyOf({"png", "jpg"}, "F"),
+                    .values = anyOf({"png", "jpg"}),
                     .target = &written->format},
                    {.name = "--title",
                     .description = "Cut off the empty border, as titles want it",
                     .target = &written->title}},
+       .examples = {"orvo --demo image welcome landscape --size 640x360",
+                    "orvo --demo image welcome square --size 300x0 --crop fit --format png"},
        .run = [written](Tool& tool) { return runImage(tool, *written); }});
 }
 

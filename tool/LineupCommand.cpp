@@ -25,17 +25,20 @@ int runLineup(Tool& tool, const Written& written) {
 
 void addLineupCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  Values url = absoluteURLs();
-  url.name = "TEXT";
-  commands.push_back(
-      {.name = "lineup",
-       .description = "A schedule that a video or page refers to",
-       .arguments = {{.name = "URL", .values = url, .target = &written->url, .required = true}},
-       .options = {{.name = "--display",
-                    .description = "Draw a grid of channels, or one list",
-                    .values = anyOf({"grid", "lineup"}),
-                    .target = &written->display}},
-       .run = [written](Tool& tool) { return runLineup(tool, *written); }});
+  commands.push_back({.name = "lineup",
+                      .description = "A schedule that a video or page refers to",
+                      .arguments = {{.name = "URL",
+                                     .description = "Its address, as the video or page gives it",
+                                     .values = absoluteURLs(),
+                                     .target = &written->url,
+                                     .required = true}},
+                      .options = {{.name = "--display",
+                                   .description = "Draw a grid of channels, or one list",
+                                   .values = anyOf({"grid", "lineup"}, "KIND"),
+                                   .target = &written->display}},
+                      .examples = {"orvo serve-demo --port 8080 &",
+                                   "orvo lineup http://127.0.0.1:8080/lineups/grid.json"},
+                      .run = [written](Tool& tool) { return runLineup(tool, *written); }});
 }
 
 }  // namespace orvo::tool

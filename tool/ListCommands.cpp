@@ -64,8 +64,10 @@ void addListCommands(Commands& commands) {
   commands.push_back(
       {.name = "collection",
        .description = "A collection of videos and pages",
-       .arguments = {identifier(collection->id)},
+       .arguments = {identifier(collection->id, "The collection's identifier, as pages list it")},
        .options = pagingOptions(collection->paging),
+       .examples = {"orvo --demo collection everything --limit 5",
+                    "orvo --demo collection everything --all --json"},
        .run = [collection](Tool& tool) { return runCollection(tool, *collection); }});
 
   const auto playlist = std::make_shared<Written>();
@@ -77,8 +79,10 @@ void addListCommands(Commands& commands) {
                      .excludes = {"--limit", "--offset", "--all"}});
   commands.push_back({.name = "playlist",
                       .description = "Videos that play one after another",
-                      .arguments = {identifier(playlist->id)},
+                      .arguments = {identifier(playlist->id, "The playlist's identifier")},
                       .options = std::move(options),
+                      .examples = {"orvo --demo playlist episodes-workbench",
+                                   "orvo --demo playlist episodes-workbench --including welcome"},
                       .run = [playlist](Tool& tool) { return runPlaylist(tool, *playlist); }});
 }
 

@@ -157,17 +157,19 @@ void addMonitorCommand(Commands& commands) {
        .description = "What is on the linear channel now, kept up to date",
        .options = {{.name = "--updates",
                     .description = "End after so many updates; 0: when interrupted",
-                    .values = number(0, 1'000'000'000, "N"),
+                    .values = number(0, 1'000'000'000),
                     .target = &written->updates},
                    {.name = "--days",
                     .description = "How many days of the guide to begin with",
-                    .values = number(1, 366, "D"),
+                    .values = number(1, 366),
                     .target = &written->days},
                    {.name = "--program-seconds",
-                    .description = "With --demo: the length of the programmes; 0: as on television",
+                    .description = "The length of the programmes; 0: as on television",
                     .values = number(0, 86'400),
                     .target = &written->programSeconds,
                     .needs = {"--demo"}}},
+       .examples = {"orvo --demo monitor --updates 1",
+                    "orvo --demo monitor --updates 2 --program-seconds 1 --json"},
        .run = [written](Tool& tool) { return runMonitor(tool, *written); }});
 }
 

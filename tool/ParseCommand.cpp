@@ -5,7 +5,6 @@
 #include <tool/ErrorReport.h>
 #include <tool/Parse.h>
 #include <tool/Text.h>
-#include <tool/Wording.h>
 #include <unistd.h>
 
 #include <array>
@@ -80,44 +79,51 @@ int runParse(Tool& tool, const Written& written) {
   return 1;
 }
 
+std::vector<Parameter> options(Written& written) {
+  ParseArguments& arguments = written.arguments;
+  return {{.name = "--playlist-id",
+           .description = "video: the playlist that it was listed in",
+           .values = {.name = "ID"},
+           .target = &arguments.playlistID},
+          {.name = "--collection-id",
+           .description = "content-item: the collection that it was listed in",
+           .values = {.name = "ID"},
+           .target = &arguments.collectionID},
+          {.name = "--query",
+           .description = "search-collection, search-results: what was searched for",
+           .target = &arguments.query},
+          {.name = "--label",
+           .description = "system-view: the title that the configuration gives it",
+           .target = &arguments.label},
+          {.name = "--include",
+           .description = "playlist: a document of the video to put in front",
+           .values = {.name = "FILE"},
+           .target = &written.include},
+          {.name = "--start",
+           .description = "linear-program-guide: the start of the range asked for",
+           .values = dates(),
+           .target = &written.start},
+          {.name = "--end",
+           .description = "linear-program-guide: the end of the range asked for",
+           .values = dates(),
+           .target = &written.end}};
+}
+
 }  // namespace
 
 void addParseCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  ParseArguments& arguments = written->arguments;
-  commands.push_back(
-      {.name = "parse",
-       .description = "Run one parser over a document on standard input",
-       .arguments = {{.name = "KIND",
-                      .description = "What the document is: " + joined(parseKinds()),
-                      .values = anyOf(parseKinds()),
-                      .target = &written->kind,
-                      .required = true}},
-       .options = {{.name = "--playlist-id",
-                    .description = "video: the playlist that it was listed in",
-                    .target = &arguments.playlistID},
-                   {.name = "--collection-id",
-                    .description = "content-item: the collection that it was listed in",
-                    .target = &arguments.collectionID},
-                   {.name = "--query",
-                    .description = "search-collection, search-results: what was searched for",
-                    .target = &arguments.query},
-                   {.name = "--label",
-                    .description = "system-view: the title that the configuration gives it",
-                    .target = &arguments.label},
-                   {.name = "--include",
-                    .description = "playlist: a document of the video to put in front",
-                    .values = {.name = "FILE"},
-                    .target = &written->include},
-                   {.name = "--start",
-                    .description = "linear-program-guide: the start of the range asked for",
-                    .values = dates(),
-                    .target = &written->start},
-                   {.name = "--end",
-                    .description = "linear-program-guide: the end of the range asked for",
-                    .values = dates(),
-                    .target = &written->end}},
-       .run = [written](Tool& tool) { return runParse(tool, *written); }});
+  commands.push_back({.name = "parse",
+                      .description = "Run one parser over a document on standard input",
+                      .arguments = {{.name = "KIND",
+                                     .description = "What the document is",
+                                     .values = anyOf(parseKinds()),
+                                     .target = &written->kind,
+                                     .required = true}},
+                      .options = options(*written),
+                      .examples = {"echo 2017-05-01T12:00:00Z | orvo parse iso8601-date",
+                                   "echo '[\"a\", \"b\"]' | orvo parse string-array"},
+                      .run = [written](Tool& tool) { return runParse(tool, *written); }});
 }
 
 }  // namespace orvo::tool

@@ -38,24 +38,31 @@ int runItem(Tool& tool, const Written& written) {
 
 void addProductCommands(Commands& commands) {
   const auto page = std::make_shared<Written>();
-  commands.push_back({.name = "page",
-                      .description = "A page: a show, a channel, an event, …",
-                      .arguments = {identifier(page->id)},
-                      .run = [page](Tool& tool) { return runPage(tool, *page); }});
+  commands.push_back(
+      {.name = "page",
+       .description = "A page: a show, a channel or an event",
+       .arguments = {identifier(page->id, "The page's identifier")},
+       .examples = {"orvo --demo page view-discover", "orvo --demo page show-workbench --json"},
+       .run = [page](Tool& tool) { return runPage(tool, *page); }});
 
   const auto video = std::make_shared<Written>();
-  commands.push_back({.name = "video",
-                      .description = "A video",
-                      .arguments = {identifier(video->id)},
-                      .options = {{.name = "--playlist-id",
-                                   .description = "The playlist that it is played from",
-                                   .target = &video->playlistID}},
-                      .run = [video](Tool& tool) { return runVideo(tool, *video); }});
+  commands.push_back(
+      {.name = "video",
+       .description = "A video: what it is, and when it can be watched",
+       .arguments = {identifier(video->id, "The video's identifier")},
+       .options = {{.name = "--playlist-id",
+                    .description = "The playlist that it is played from",
+                    .values = {.name = "ID"},
+                    .target = &video->playlistID}},
+       .examples = {"orvo --demo video welcome",
+                    "orvo --demo video welcome --playlist-id episodes-workbench --json"},
+       .run = [video](Tool& tool) { return runVideo(tool, *video); }});
 
   const auto item = std::make_shared<Written>();
   commands.push_back({.name = "item",
                       .description = "A video or a page, whichever it is",
-                      .arguments = {identifier(item->id)},
+                      .arguments = {identifier(item->id, "The identifier of a video or a page")},
+                      .examples = {"orvo --demo item welcome", "orvo --demo item show-workbench"},
                       .run = [item](Tool& tool) { return runItem(tool, *item); }});
 }
 

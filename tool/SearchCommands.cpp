@@ -55,24 +55,34 @@ int runSuggest(Tool& tool, const std::string& query) {
 
 void addSearchCommands(Commands& commands) {
   const auto search = std::make_shared<Written>();
-  std::vector<Parameter> options{{.name = "--kind",
-                                  .description = "The category to search in",
-                                  .values = anyOf(caseNames<SearchCollection::ResultsKind>()),
-                                  .target = &search->kind}};
+  std::vector<Parameter> options{
+      {.name = "--kind",
+       .description = "The category to search in",
+       .values = anyOf(caseNames<SearchCollection::ResultsKind>(), "KIND"),
+       .target = &search->kind}};
   for (Parameter& option : pagingOptions(search->paging)) {
     option.needs = {"--kind"};
     options.push_back(std::move(option));
   }
-  commands.push_back({.name = "search",
-                      .description = "Search in everything, or in one category",
-                      .arguments = {{.name = "QUERY", .target = &search->query, .required = true}},
-                      .options = std::move(options),
-                      .run = [search](Tool& tool) { return runSearch(tool, *search); }});
+  commands.push_back(
+      {.name = "search",
+       .description = "Search in everything, or in one category",
+       .arguments = {{.name = "QUERY",
+                      .description = "The words to search for",
+                      .target = &search->query,
+                      .required = true}},
+       .options = std::move(options),
+       .examples = {"orvo --demo search night", "orvo --demo search night --kind videos --limit 3"},
+       .run = [search](Tool& tool) { return runSearch(tool, *search); }});
 
   const auto query = std::make_shared<std::string>();
   commands.push_back({.name = "suggest",
                       .description = "Suggestions for the beginning of a search",
-                      .arguments = {{.name = "QUERY", .target = query.get(), .required = true}},
+                      .arguments = {{.name = "QUERY",
+                                     .description = "What has been typed so far",
+                                     .target = query.get(),
+                                     .required = true}},
+                      .examples = {"orvo --demo suggest nig", "orvo --demo suggest nig --json"},
                       .run = [query](Tool& tool) { return runSuggest(tool, *query); }});
 }
 

@@ -79,6 +79,7 @@ void addServeDemoCommand(Commands& commands) {
                    {.name = "--log",
                     .description = "Print a line for each request",
                     .target = &written->log}},
+       .examples = {"orvo serve-demo", "orvo serve-demo --port 8080 --log"},
        .run = [written](Tool& tool) { return runServeDemo(tool, *written); }});
 }
 

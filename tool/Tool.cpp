@@ -26,11 +26,13 @@ bool Tool::startDemo() {
 Result<std::shared_ptr<Context>> Tool::context() {
   if (context_) return context_;
   if (!startDemo()) return Failure{URLError{URLError::unknown, "the demo service does not start"}};
+  isOpening_ = true;
   const BootstrapOptions bootstrap{.environment = options_.environment};
   const auto future = options_.api ? ContextService::context(*options_.api, *options_.resources,
                                                              options_.client, bootstrap)
                                    : ContextService::context(options_.environment, options_.client);
   auto result = wait(future, "opening a session");
+  isOpening_ = result.failed();
   if (const auto* context = result.value()) context_ = *context;
   return result;
 }
@@ -45,12 +47,23 @@ int Tool::answer(const Json& json) const {
   return 0;
 }
 
+std::string Tool::place(const AnyError& error) const {
+  if (!isOpening_ || !error.is<URLError>()) return "";
+  const URL api = options_.api.value_or(url(options_.environment));
+  return "no session with " + std::string(api.host()) + ": ";
+}
+
+std::string Tool::wayOut(const AnyError& error) const {
+  if (options_.api || place(error).empty()) return "";
+  return "Name a service with --api URL, or try the tool with --demo, the service inside it.\n";
+}
+
 int Tool::fail(const AnyError& error) const {
   if (options_.json) {
     printDiagnostic(documentText(errorJson(error), standardError().isTerminal));
   } else {
     const std::string head = styled(standardError(), Style::bad, "orvo:");
-    printDiagnostic(head + " " + escaped(explanation(error)) + "\n");
+    printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut(error));
   }
   return 1;
 }

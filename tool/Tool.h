@@ -76,11 +76,17 @@ class Tool {
  private:
   /// False when the demo service is wanted and does not start.
   [[nodiscard]] bool startDemo();
+  /// Which host no session could be had with, when the error is about that.
+  [[nodiscard]] std::string place(const AnyError& error) const;
+  /// What to do when the host that is compiled in cannot be reached.
+  [[nodiscard]] std::string wayOut(const AnyError& error) const;
 
   GlobalOptions options_;
   std::chrono::seconds demoProgramLength_{0};  // as on television
   std::unique_ptr<demo::DemoService> demo_;
   std::shared_ptr<Context> context_;
+  /// Or has tried to, in vain.
+  bool isOpening_ = false;
 };
 
 /// Fetches what `fetch(const Context&)` returns a future of, and prints it as JSON or draws it with

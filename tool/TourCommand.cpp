@@ -99,6 +99,7 @@ int runTour(Tool& tool) {
 void addTourCommand(Commands& commands) {
   commands.push_back({.name = "tour",
                       .description = "A short walk: a page, a video on it, and its stream",
+                      .examples = {"orvo --demo tour", "orvo --demo tour --json"},
                       .run = runTour});
 }
 
