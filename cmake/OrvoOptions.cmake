@@ -14,7 +14,9 @@ endfunction()
 # see what is delivered; only the checks of _FORTIFY_SOURCE need an optimised build.
 include(CheckCXXCompilerFlag)
 set(orvo_hardening -fstack-protector-strong)
-# Not on every processor: probes of a growing stack, and landing pads for indirect jumps.
+# Not on every processor: probes of a growing stack, and landing pads for indirect jumps. clang
+# only warns of one that it does not know there.
+set(CMAKE_REQUIRED_FLAGS -Werror)
 foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protection=standard)
   string(MAKE_C_IDENTIFIER "ORVO_HAS${flag}" has_flag)
   check_cxx_compiler_flag(${flag} ${has_flag})
@@ -22,6 +24,7 @@ foreach(flag IN ITEMS -fstack-clash-protection -fcf-protection -mbranch-protecti
     list(APPEND orvo_hardening ${flag})
   endif()
 endforeach()
+unset(CMAKE_REQUIRED_FLAGS)
 
 function(orvo_harden target)
   # Some distributions' compilers define _FORTIFY_SOURCE by themselves.

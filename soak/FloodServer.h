@@ -5,7 +5,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 #include <stdexcept>
+#include <utility>
 
 namespace orvo::soak {
 
@@ -15,6 +18,7 @@ struct Flood {
   bool isHTTP2;
   /// Sent once, before it.
   std::string beginning;
+  /// Sent without end; the connection is closed after the beginning when there is none.
   std::string more;
   /// What TLS itself can push, instead.
   int (*push)(SSL*) = nullptr;
@@ -89,23 +93,26 @@ class FloodServer {
   }
   [[nodiscard]] int port() const { return port_; }
   /// What the next clients get.
-  void setFlood(const Flood* flood) { flood_ = flood; }
+  void setFlood(Flood flood) {
+    const std::lock_guard guard(lock_);
+    flood_ = std::make_shared<const Flood>(std::move(flood));
+  }
   [[nodiscard]] std::uint64_t pushed() const { return pushed_; }
 
  private:
   static int choose(SSL*, const unsigned char** chosen, unsigned char* size, const unsigned char*,
                     unsigned, void* self) {
-    const bool isHTTP2 = static_cast<FloodServer*>(self)->flood_.load()->isHTTP2;
+    const bool isHTTP2 = static_cast<FloodServer*>(self)->flood()->isHTTP2;
     *chosen = reinterpret_cast<const unsigned char*>(isHTTP2 ? "h2" : "http/1.1");
     *size = isHTTP2 ? 2 : 8;
     return SSL_TLSEXT_ERR_OK;
   }
 
   void serve(int socket) {
-    const Flood& flood = *flood_;
+    const auto flood = this->flood();
     SSL* const tls = SSL_new(context_);
     SSL_set_fd(tls, socket);
-    if (SSL_accept(tls) == 1 && hear(tls, flood.isHTTP2)) push(tls, socket, flood);
+    if (SSL_accept(tls) == 1 && hear(tls, flood->isHTTP2)) push(tls, socket, *flood);
     SSL_free(tls);
     close(socket);
   }
@@ -132,7 +139,7 @@ class FloodServer {
     while (!flood.more.empty() && more.size() < 60'000) more += flood.more;
     for (bool good = send(tls, flood.beginning); good;) {
       if (flood.push == nullptr) {
-        good = send(tls, more);
+        good = !more.empty() && send(tls, more);
         pushed_ += more.size();
       } else {
         good = flood.push(tls) == 1 && SSL_do_handshake(tls) == 1;
@@ -148,8 +155,14 @@ class FloodServer {
     return bytes.empty() || SSL_write(tls, bytes.data(), static_cast<int>(bytes.size())) > 0;
   }
 
+  [[nodiscard]] std::shared_ptr<const Flood> flood() {
+    const std::lock_guard guard(lock_);
+    return flood_;
+  }
+
   SSL_CTX* const context_ = SSL_CTX_new(TLS_server_method());
-  std::atomic<const Flood*> flood_{nullptr};
+  std::mutex lock_;
+  std::shared_ptr<const Flood> flood_;  // guarded by lock_
   std::atomic<std::uint64_t> pushed_{0};
   int listener_ = -1;
   int port_ = 0;

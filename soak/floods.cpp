@@ -38,7 +38,7 @@ class Trials {
   }
 
   [[nodiscard]] bool isGood(const Flood& flood) {
-    server_.setFlood(&flood);
+    server_.setFlood(flood);
     const auto before = server_.pushed();
     URLSession healthy(trusting_), flooded(trusting_);
     const auto start = Clock::now();
@@ -81,7 +81,7 @@ class Trials {
 
 int flood(std::string_view which) {
   const test::Nginx nginx("location / { return 200 healthy; }");
-  static const auto& kinds = *new auto(floods());
+  const auto kinds = floods();
   Trials trials(nginx);
   unsigned bad = 0;
   for (std::size_t kind = 0; kind < kinds.size(); ++kind) {
