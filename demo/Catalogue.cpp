@@ -28,7 +28,7 @@ std::string join(const Parts&... parts) {
 
 const texts::Show& showAt(std::size_t index) { return texts::kShows[index % texts::kShows.size()]; }
 
-std::int64_t minutes(int count) { return std::int64_t{count} * 60'000; }
+std::int64_t lasting(int minutes) { return std::int64_t{minutes} * 60'000; }
 
 /// Only ASCII letters have their case folded: enough for the catalogue's own texts.
 std::string folded(std::string_view text) {
@@ -82,7 +82,7 @@ void Catalogue::addShows() {
                                .title = join(text.title, " in Two Minutes"),
                                .subheading = std::string(text.subheading),
                                .description = join("The best of the season. ", text.description),
-                               .durationMilliseconds = minutes(2),
+                               .durationMilliseconds = lasting(2),
                                .shelves = {"clips"}});
     shelves_.at("clips").items.push_back(clip);
     const texts::Show& next = showAt(index + 1);
@@ -114,7 +114,7 @@ void Catalogue::addEpisodes(std::size_t show) {
              .title = withPlace(text.episode, place),
              .subheading = join(text.title, " \u00b7 Episode ", std::to_string(number)),
              .description = std::string(text.description),
-             .durationMilliseconds = minutes(text.minutes) + 500 * halfSeconds,
+             .durationMilliseconds = lasting(text.minutes) + 500 * halfSeconds,
              .shelves = {shelfID, "episodes"},
              .nextPlaylist = join("episodes-", showAt(show + 1).slug)});
     shelf.items.push_back(episode);
@@ -130,7 +130,7 @@ void Catalogue::addFilms() {
                                .title = std::string(text.title),
                                .subheading = std::string(text.subheading),
                                .description = std::string(text.description),
-                               .durationMilliseconds = minutes(text.minutes),
+                               .durationMilliseconds = lasting(text.minutes),
                                .shelves = {"films"}});
     const Product* page = add({.id = join("about-", text.slug),
                                .sort = Product::Sort::page,
@@ -151,7 +151,7 @@ void Catalogue::addEvents() {
                                .title = std::string(text.title),
                                .subheading = std::string(text.subheading),
                                .description = "Live, as it happens, and to watch again afterwards.",
-                               .durationMilliseconds = minutes(text.minutes),
+                               .durationMilliseconds = lasting(text.minutes),
                                .shelves = {"live-events"},
                                .lineup = "lineup",
                                .hoursFromNow = text.hoursFromNow,
@@ -229,7 +229,7 @@ void Catalogue::addSystemViews() {
        .kind = "generic",
        .title = "Welcome to Orvo",
        .description = "What there is to see, in one minute.",
-       .durationMilliseconds = minutes(1)});
+       .durationMilliseconds = lasting(1)});
   const auto view = [&](std::string id, std::string title, std::vector<std::string> shelves,
                         std::string lineup = "") {
     return add({.id = std::move(id),

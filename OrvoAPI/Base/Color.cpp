@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/CharactersInternal.h>
 #include <OrvoAPI/Base/Color.h>
 
 #include <charconv>
@@ -8,13 +9,9 @@ namespace orvo {
 namespace {
 
 // The same in every locale, unlike the C library's.
-bool isHexDigit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
 std::string_view withoutHexPrefix(std::string_view text) {
   const bool prefixed = text.size() > 2 && text[0] == '0' && (text[1] == 'x' || text[1] == 'X') &&
-                        isHexDigit(text[2]);
+                        detail::isHexDigit(text[2]);
   return prefixed ? text.substr(2) : text;
 }
 

@@ -20,7 +20,6 @@ std::string_view hostName(const URL& url) {
   return text.substr(0, static_cast<std::size_t>(url.path().data() - text.data()));
 }
 
-URLError cancelled() { return {URLError::cancelled, "cancelled"}; }
 URLError tookTooLong() { return {URLError::timedOut, "no free connection in time"}; }
 
 /// Whether the host may have moved; nothing when the outcome does not tell.
@@ -54,7 +53,7 @@ void CurlSession::close() {
     while (!host.waiting.empty()) cancel(*host.waiting.front());
   }
   if (pool_ != nullptr) {
-    pool_->endAll(*this, cancelled());
+    pool_->endAll(*this, cancelledError());
     pool_->adjustHostConnections(-long{configuration_.maximumConnectionsPerHost});
   }
   hosts_.clear();
@@ -64,7 +63,7 @@ void CurlSession::close() {
 }
 
 void CurlSession::start(std::shared_ptr<HTTPExchange> exchange) {
-  if (exchange->isCancelled()) return exchange->exchangeDidEnd(cancelled());
+  if (exchange->isCancelled()) return exchange->exchangeDidEnd(cancelledError());
   if (exchange->deadline() <= NetworkThread::shared().now()) {
     return exchange->exchangeDidEnd(tookTooLong());
   }
@@ -142,8 +141,8 @@ void CurlSession::admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) 
 }
 
 void CurlSession::cancel(HTTPExchange& exchange) {
-  if (exchange.transfer_ != nullptr) return exchange.transfer_->end(cancelled());
-  if (exchange.waitingFor_ != nullptr) leaveLine(exchange)->exchangeDidEnd(cancelled());
+  if (exchange.transfer_ != nullptr) return exchange.transfer_->end(cancelledError());
+  if (exchange.waitingFor_ != nullptr) leaveLine(exchange)->exchangeDidEnd(cancelledError());
 }
 
 void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {

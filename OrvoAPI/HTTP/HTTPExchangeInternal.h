@@ -22,6 +22,8 @@ using NetworkTime = std::chrono::steady_clock::time_point;
   return limit > limit.zero() && limit <= std::chrono::hours(24 * 365);
 }
 
+[[nodiscard]] inline URLError cancelledError() { return {URLError::cancelled, "cancelled"}; }
+
 using HTTPOutcome = std::variant<HTTPResult, URLError>;
 
 /// One request on its way to one answer; a redirect is an answer like any other. Held by the

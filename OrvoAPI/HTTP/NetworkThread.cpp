@@ -20,7 +20,6 @@ namespace orvo::detail {
 namespace {
 
 constexpr int kEventsAtATime = 64;
-constexpr std::chrono::seconds kExitPatience{2};
 /// Longer than a few answers take, shorter than anybody notices.
 constexpr std::chrono::microseconds kLongestHold{250};
 /// Nothing on the way forgets a connection for less.

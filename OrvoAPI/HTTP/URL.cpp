@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/CharactersInternal.h>
 #include <OrvoAPI/HTTP/URL.h>
 
 #include <uriparser/Uri.h>
@@ -80,13 +81,9 @@ bool isIn(char c, CharacterClass what) {
   return (kCharacterClasses[static_cast<unsigned char>(c)] & what) != 0;
 }
 
-bool isHexDigit(char c) {
-  return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-
 bool isPercentTripleAt(std::string_view text, std::size_t at) {
-  return text[at] == '%' && at + 2 < text.size() && isHexDigit(text[at + 1]) &&
-         isHexDigit(text[at + 2]);
+  return text[at] == '%' && at + 2 < text.size() && detail::isHexDigit(text[at + 1]) &&
+         detail::isHexDigit(text[at + 2]);
 }
 
 void appendPercentTriple(std::string& out, char c) {

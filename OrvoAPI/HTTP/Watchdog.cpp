@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds kPeriod{100};
 constexpr std::chrono::milliseconds kLongestCall{150};
 /// What a flood brings in a period at the very least; less does not keep libcurl busy.
 constexpr std::uint64_t kLeastGrowth = 16U << 10;
-constexpr std::chrono::seconds kExitPatience{1};
+constexpr std::chrono::seconds kEndPatience{1};
 
 std::chrono::nanoseconds timeOf(clockid_t clock) {
   timespec time{};
@@ -39,7 +39,7 @@ void Watchdog::stop() {
     isEnding_ = true;
   }
   changed_.notify_one();
-  joinWithin(*thread_, kExitPatience);
+  joinWithin(*thread_, kEndPatience);
   thread_.reset();
 }
 

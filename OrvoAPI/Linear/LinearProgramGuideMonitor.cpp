@@ -14,14 +14,12 @@
 namespace orvo {
 namespace {
 
-using std::chrono::milliseconds;
-
 constexpr std::int64_t kPartLimit = 10;
 /// With fewer programmes left, the next days are loaded.
 constexpr std::size_t kFewestPrograms = 5;
 constexpr int kReloadedDays = 3;
 /// For what never comes: beyond a device's life, and no queue's sum overflows.
-constexpr milliseconds kForever = std::chrono::hours(24 * 365'000);
+constexpr std::chrono::milliseconds kForever = std::chrono::hours(24 * 365'000);
 
 /// The date, or the nearest one from which the calendar can count without leaving its range.
 Date countable(Date date) {
@@ -33,16 +31,16 @@ Date countable(Date date) {
 Date addingDays(Date date, int days) { return Calendar().addingDays(countable(date), days); }
 
 /// The time between the dates, if it can be represented.
-std::optional<milliseconds> span(Date from, Date to) {
+std::optional<std::chrono::milliseconds> span(Date from, Date to) {
   std::int64_t result = 0;
   if (__builtin_sub_overflow(to.millisecondsSince1970(), from.millisecondsSince1970(), &result)) {
     return std::nullopt;
   }
-  return milliseconds(result);
+  return std::chrono::milliseconds(result);
 }
 
 /// The date that much later (a negative `by` counts as none), or the last one there is.
-Date later(Date date, milliseconds by) {
+Date later(Date date, std::chrono::milliseconds by) {
   std::int64_t result = 0;
   if (__builtin_add_overflow(date.millisecondsSince1970(), std::max(by.count(), std::int64_t{0}),
                              &result)) {
@@ -101,10 +99,11 @@ std::optional<Date> timeToRegroup(Date end, Date now) {
 
 }  // namespace
 
-std::function<milliseconds()> randomDelayUpTo(milliseconds longest) {
-  return [longest = std::max(longest, milliseconds(0))] {
+std::function<std::chrono::milliseconds()> randomDelayUpTo(std::chrono::milliseconds longest) {
+  return [longest = std::max(longest, std::chrono::milliseconds(0))] {
     std::random_device source;
-    return milliseconds(std::uniform_int_distribution<std::int64_t>(0, longest.count())(source));
+    return std::chrono::milliseconds(
+        std::uniform_int_distribution<std::int64_t>(0, longest.count())(source));
   };
 }
 
@@ -244,7 +243,7 @@ void LinearProgramGuideMonitor::waitUntil(Date due) {
     waits_.emplace(wait, due);
   });
   const Date now = clock_->now();
-  const auto delay = due > now ? span(now, due).value_or(kForever) : milliseconds(0);
+  const auto delay = due > now ? span(now, due).value_or(kForever) : std::chrono::milliseconds(0);
   mainQueue_->postAfter(delay, [weak = weak_from_this(), wait] {
     if (const auto self = weak.lock()) self->endWait(wait);
   });

@@ -20,7 +20,7 @@ SearchCollection SearchCollection::empty(std::string query, ResultsKind kind) {
 
 namespace {
 
-constexpr detail::TextIndex kKeys({"type", "collection_type", "label", "short_label", "meta",
+constexpr detail::TextIndex kSearchKeys({"type", "collection_type", "label", "short_label", "meta",
                                    "items", "contains"});
 
 class SearchCollectionReader : public detail::RequiredMembers {
@@ -49,7 +49,7 @@ class SearchCollectionReader : public detail::RequiredMembers {
   }
 
  private:
-  detail::JSONMembers<kKeys> members_;
+  detail::JSONMembers<kSearchKeys> members_;
   ItemCollection::Kind kind_;
   SearchCollection::ResultsKind resultsKind_;
   std::string_view label_;

@@ -5,9 +5,9 @@
 namespace orvo {
 namespace {
 
-constexpr detail::TextIndex kKeys({"code", "label", "message", "ttl", "start_time", "end_time"});
+constexpr detail::TextIndex kStatusKeys({"code", "label", "message", "ttl", "start_time", "end_time"});
 
-std::optional<Date> time(const detail::JSONMember& member) {
+std::optional<Date> timeOf(const detail::JSONMember& member) {
   const auto text = member.string();
   return text ? resourceTime(*text) : std::nullopt;
 }
@@ -15,7 +15,7 @@ std::optional<Date> time(const detail::JSONMember& member) {
 }  // namespace
 
 Status StatusParser::parse(const JSONObject& json) {
-  const detail::JSONMembers<kKeys> members(json);
+  const detail::JSONMembers<kStatusKeys> members(json);
   const auto code = detail::caseOf<StatusCode>(members["code"].string());
   const auto label = members["label"].string();
   if (!code || !label) return {};
@@ -24,8 +24,8 @@ Status StatusParser::parse(const JSONObject& json) {
           .label = std::string(*label),
           .ttl = milliseconds ? *milliseconds / 1000.0 : DefaultCacheableTTL,
           .message = members["message"].text(),
-          .startTime = time(members["start_time"]),
-          .endTime = time(members["end_time"])};
+          .startTime = timeOf(members["start_time"]),
+          .endTime = timeOf(members["end_time"])};
 }
 
 }  // namespace orvo

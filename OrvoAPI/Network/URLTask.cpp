@@ -13,8 +13,6 @@ namespace {
 
 constexpr unsigned kMaximumRedirects = 20;
 
-URLError cancelled() { return {URLError::cancelled, "cancelled"}; }
-
 bool equalSchemes(std::string_view lhs, std::string_view rhs) {
   return std::equal(lhs.begin(), lhs.end(), rhs.begin(), rhs.end(),
                     [](char a, char b) { return (a | 0x20) == (b | 0x20); });
@@ -171,7 +169,7 @@ URLTask::~URLTask() {
 void URLTask::begin() {
   const auto limit = request_.totalTimeoutInterval;
   if (isLimit(limit)) setDeadline(std::chrono::steady_clock::now() + limit);
-  if (!core_->add(*this)) return answer(State::exchanging, cancelled());
+  if (!core_->add(*this)) return answer(State::exchanging, cancelledError());
   if (!core_->interceptors.empty()) {
     core_->queue->post([self = shared_from_this()] { self->hop(); });
     return;
@@ -206,7 +204,7 @@ void URLTask::decide(std::optional<URLRequest> request) {
 
 void URLTask::hop() {
   state_ = State::exchanging;
-  if (isCancelled()) return finish(cancelled());
+  if (isCancelled()) return finish(cancelledError());
   if (auto fault = faultOfFields(request_)) return finish(*std::move(fault));
   if (!offerToInterceptors()) send();
 }
@@ -234,7 +232,7 @@ void URLTask::send() {
   if (refused) answer(State::exchanging, *std::move(refused));
 }
 
-void URLTask::didCancel() { giveUp(cancelled()); }
+void URLTask::didCancel() { giveUp(cancelledError()); }
 
 void URLTask::endLate() { giveUp({URLError::timedOut, "the request took too long"}); }
 
@@ -257,7 +255,7 @@ void URLTask::didAnswer(HTTPOutcome outcome) {
 }
 
 void URLTask::redirect(HTTPResult result, std::string_view location) {
-  if (isCancelled()) return finish(cancelled());  // by a cancel that came before the decision
+  if (isCancelled()) return finish(cancelledError());  // by a cancel that came before the decision
   const auto to = URL::parse(location, request_.url);
   if (!to || (isHTTP(*to) && to->host().empty())) {
     return finish(URLError{URLError::redirectToNonExistentLocation, "the Location is no URL"});

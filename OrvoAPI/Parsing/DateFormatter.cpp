@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/IntegersInternal.h>
 #include <OrvoAPI/Parsing/DateFormatError.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 
@@ -24,10 +25,6 @@ constexpr std::int64_t daysPerEra = 146'097;
 /// Days from 1 March of the year 0 to 1 January 1970.
 constexpr std::int64_t daysTo1970 = 719'468;
 
-constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
-  return a / b - (a % b < 0 ? 1 : 0);
-}
-
 /// For years from 1 to 9999.
 constexpr std::int64_t daysSince1970(unsigned year, unsigned month, unsigned day) {
   const unsigned marchYear = month > 2 ? year : year - 1;
@@ -45,7 +42,7 @@ struct Day {
 
 constexpr Day dayOf(std::int64_t daysSince1970) {
   const std::int64_t days = daysSince1970 + daysTo1970;
-  const std::int64_t era = floorDivide(days, daysPerEra);
+  const std::int64_t era = detail::floorDivide(days, daysPerEra);
   const auto dayOfEra = static_cast<unsigned>(days - era * daysPerEra);
   const unsigned yearOfEra =
       (dayOfEra - dayOfEra / 1460 + dayOfEra / 36'524 - dayOfEra / 146'096) / 365;
@@ -206,7 +203,7 @@ std::optional<Date> DateFormatter::date(std::string_view string) const {
 
 std::string DateFormatter::string(Date date) const {
   const std::int64_t milliseconds = date.millisecondsSince1970();
-  const std::int64_t days = floorDivide(milliseconds, millisecondsPerDay);
+  const std::int64_t days = detail::floorDivide(milliseconds, millisecondsPerDay);
   // Not days * millisecondsPerDay, which the earliest dates overflow.
   const std::int64_t remainder = milliseconds % millisecondsPerDay;
   const auto ofDay =

@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/IntegersInternal.h>
 #include <OrvoAPI/Platform/Calendar.h>
 
 #include <time.h>
@@ -17,11 +18,7 @@ using WallTime = std::int64_t;
 
 constexpr std::int64_t secondsPerDay = 86'400;
 
-constexpr std::int64_t floorDivide(std::int64_t a, std::int64_t b) {
-  return a / b - (a % b < 0 ? 1 : 0);
-}
-
-Instant instantOf(Date date) { return floorDivide(date.millisecondsSince1970(), 1000); }
+Instant instantOf(Date date) { return detail::floorDivide(date.millisecondsSince1970(), 1000); }
 Date dateOf(Instant instant) { return Date(instant * 1000); }
 
 /// How far the zone is east of UTC at an instant. The C library's own conversion, because the other
@@ -97,7 +94,7 @@ const Calendar::Stretch& Calendar::otherStretch(Date date) {
 Calendar::Stretch Calendar::findStretch(Date date) {
   const Instant instant = instantOf(date);
   const auto offset = offsetAt(instant);
-  const auto day = floorDivide(instant + offset, secondsPerDay);
+  const auto day = detail::floorDivide(instant + offset, secondsPerDay);
   const WallTime midnight = day * secondsPerDay;
   Instant begin = midnight - offset;
   Instant end = begin + secondsPerDay;

@@ -14,7 +14,6 @@
 namespace orvo {
 namespace {
 
-constexpr std::chrono::seconds kExitPatience{2};
 
 }  // namespace
 
@@ -155,7 +154,7 @@ void MainQueue::endFallback() {
     state_->forFallback.notify_all();
   }
   const bool own = detail::isLibraryThread() && isCurrent();  // exit() called from a job
-  state_->fallback.waitUntilAtMost(own ? 1 : 0, kExitPatience);
+  state_->fallback.waitUntilAtMost(own ? 1 : 0, detail::kExitPatience);
 }
 
 MainQueue::Claim::Claim(Claim&& other) noexcept

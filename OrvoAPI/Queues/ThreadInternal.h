@@ -54,6 +54,9 @@ extern std::atomic<bool> wasForked;
 /// within such a job, after it.
 void runInForkedChild(Job job) noexcept;
 
+/// How long the end of a stage waits for its threads.
+constexpr std::chrono::seconds kExitPatience{2};
+
 /// Calls `end` once when the process exits, in the order of the stages, but not when a forked child
 /// does. It must wait for a limited time at most, and for no longer than its own threads need.
 void atProcessExit(ExitStage stage, void (*end)());

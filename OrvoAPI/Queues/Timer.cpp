@@ -15,7 +15,6 @@
 namespace orvo::detail {
 namespace {
 
-constexpr std::chrono::seconds kExitPatience{2};
 /// Longer delays wait this long: it is beyond a device's life, and no sum overflows.
 constexpr std::chrono::hours kLongestDelay{24 * 365 * 100};
 

@@ -13,7 +13,6 @@ namespace orvo::detail {
 namespace {
 
 constexpr unsigned kTailJobsInARow = 64;
-constexpr std::chrono::seconds kExitPatience{2};
 
 /// What a worker knows about itself; all zero on every other thread.
 struct WorkerState {
