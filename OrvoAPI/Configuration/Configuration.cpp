@@ -8,9 +8,10 @@
 namespace orvo {
 namespace {
 
-constexpr detail::TextIndex kConfigurationKeys({"nav", "colors", "links", "linear_stream_id", "tv", "app_update",
-                                   "device_update", "end_of_life", "user_rating_prompt",
-                                   "display_ads", "upcoming_events"});
+constexpr detail::TextIndex kConfigurationKeys({"nav", "colors", "links", "linear_stream_id", "tv",
+                                                "app_update", "device_update", "end_of_life",
+                                                "user_rating_prompt", "display_ads",
+                                                "upcoming_events"});
 using Members = detail::JSONMembers<kConfigurationKeys>;
 
 /// What `Parser` makes of the section, or nothing when it is missing or cannot be read.

@@ -21,7 +21,7 @@ SearchCollection SearchCollection::empty(std::string query, ResultsKind kind) {
 namespace {
 
 constexpr detail::TextIndex kSearchKeys({"type", "collection_type", "label", "short_label", "meta",
-                                   "items", "contains"});
+                                         "items", "contains"});
 
 class SearchCollectionReader : public detail::RequiredMembers {
  public:

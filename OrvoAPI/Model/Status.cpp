@@ -5,7 +5,8 @@
 namespace orvo {
 namespace {
 
-constexpr detail::TextIndex kStatusKeys({"code", "label", "message", "ttl", "start_time", "end_time"});
+constexpr detail::TextIndex kStatusKeys({"code", "label", "message", "ttl", "start_time",
+                                         "end_time"});
 
 std::optional<Date> timeOf(const detail::JSONMember& member) {
   const auto text = member.string();

@@ -10,11 +10,11 @@ namespace {
 
 using testing::ElementsAre;
 
-struct Broken {};
+struct Thrown {};
 using Held = std::shared_ptr<int>;
 
 /// The value, or the code of the `URLError`.
-int codeOf(const Result<int>& result) {
+int valueOrCode(const Result<int>& result) {
   return result.failed() ? result.error()->as<URLError>()->code : *result.value();
 }
 
@@ -22,11 +22,11 @@ class Coroutine : public testing::Test {
  protected:
   /// Notes what the future gives.
   Future<bool> note(Future<int> future) {
-    seen_.push_back(codeOf(co_await std::move(future)));
+    seen_.push_back(valueOrCode(co_await std::move(future)));
     co_return true;
   }
   Future<bool> noteOn(std::shared_ptr<DispatchQueue> queue, Future<int> future) {
-    seen_.push_back(codeOf(co_await resumeOn(std::move(queue), std::move(future))));
+    seen_.push_back(valueOrCode(co_await resumeOn(std::move(queue), std::move(future))));
     co_return true;
   }
   /// One more than the future's value. Holds something until it ends.
@@ -59,7 +59,7 @@ TEST_F(Coroutine, GoesOnOnTheFuturesQueueOrTheOneNamedAndNeverAtOnce) {
 
 TEST_F(Coroutine, EndsWithWhatItReturnsOrThrows) {
   const auto convert = []() -> Future<std::string> { co_return "text"; };
-  const auto fail = []() -> Future<int> { co_return Failure{Broken{}}; };
+  const auto fail = []() -> Future<int> { co_return Failure{Thrown{}}; };
   const auto pass = [](Result<int> result) -> Future<int> { co_return result; };
   const auto raise = [](std::size_t far) -> Future<int> { co_return std::string("near").at(far); };
   const auto force = [](Future<int> f) -> Future<int> {
@@ -68,11 +68,11 @@ TEST_F(Coroutine, EndsWithWhatItReturnsOrThrows) {
   const auto converted = convert();
   const auto failed = fail(), passed = pass(7), raised = raise(9);
   EXPECT_EQ(*converted.value(), "text") << "one that never waits is done on return";
-  EXPECT_TRUE(failed.error()->is<Broken>());
+  EXPECT_TRUE(failed.error()->is<Thrown>());
   EXPECT_EQ(*passed.value(), 7);
   EXPECT_TRUE(raised.error()->is<std::out_of_range>());
   const auto forced = force(failed);
-  EXPECT_TRUE(errorOf(forced).is<Broken>()) << "not wrapped";
+  EXPECT_TRUE(errorOf(forced).is<Thrown>()) << "not wrapped";
 }
 
 TEST_F(Coroutine, CompletesItsFutureAfterItsVariablesAndParametersHaveGone) {
@@ -186,7 +186,7 @@ TEST(CoroutineRace, EveryFrameGoesHoweverCompletionCancelAndDropMeetItsWait) {
   std::atomic<int> wrong = 0;
   const auto wait = [](Future<int> future, test::Signal& signal, auto& mistakes) -> Future<bool> {
     const Local local{signal};
-    const int code = codeOf(co_await std::move(future));
+    const int code = valueOrCode(co_await std::move(future));
     mistakes += code != 1 && code != URLError::cancelled;
     co_return true;
   };

@@ -10,7 +10,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-struct Broken {};
+struct Refused {};
 
 /// A queue whose `post` does something more, as an app's own may.
 struct MeddlingQueue final : DispatchQueue {
@@ -46,7 +46,7 @@ TEST_F(FutureCompletion, ASecondReplacesTheValueAndCallsNobodyTwice) {
   const auto* const first = future_.value();
   promise_.success(2);
   future_.onComplete(note(2));
-  promise_.failure(Broken{});
+  promise_.failure(Refused{});
   EXPECT_TRUE(future_.didFail());
   EXPECT_EQ(*first, 1) << "who holds the older result reads on";
   queue_->run();
@@ -69,9 +69,11 @@ TEST_F(FutureCompletion, PostsInTheOrderOfRegistrationEvenWhenAQueueMeddlesMeanw
 
 TEST_F(FutureCompletion, TellsSuccessFromFailure) {
   const auto success = [this](int value) { seen_.emplace_back(1, value); };
-  const auto failure = [this](const AnyError& error) { seen_.emplace_back(2, error.is<Broken>()); };
+  const auto failure = [this](const AnyError& error) {
+    seen_.emplace_back(2, error.is<Refused>());
+  };
   future_.onSuccess(success).onFailure(failure);
-  promise_.failure(Broken{});
+  promise_.failure(Refused{});
   Future<int>::completed(3).onSuccess(queue_, success).onFailure(queue_, failure);
   queue_->run();
   EXPECT_THAT(seen_, ElementsAre(Seen(2, 1), Seen(1, 3)));
@@ -88,7 +90,7 @@ TEST_F(FutureCompletion, APromiseTakesTheOutcomeOfAnotherFutureUnlessItIsCancell
   cancelled.complete(other.future());
   failed.complete(failing.future());
   other.success(5);
-  failing.failure(Broken{});
+  failing.failure(Refused{});
   EXPECT_FALSE(future_.didComplete()) << "it comes on the other's queue";
   EXPECT_EQ(otherQueue->run(), 3U);
   EXPECT_EQ(*future_.value(), 5);
@@ -106,7 +108,7 @@ TEST_F(FutureTest, HasOneLabelForTheQueueOfItsOwn) {
 TEST_F(FutureTest, OneThatIsSettledAlreadyIsNeverCompleteOnReturn) {
   auto claim = MainQueue::shared()->claim();
   const auto succeeded = Future<int>::succeeded(7).onComplete(queue_, note(1));
-  const auto failed = Future<int>::failed(Broken{}).onComplete(queue_, note(2));
+  const auto failed = Future<int>::failed(Refused{}).onComplete(queue_, note(2));
   const auto cancelled = Future<int>::succeeded(7);
   const auto nothing = Future<int>::concat({});
   EXPECT_FALSE(succeeded.didComplete() || failed.didComplete() || nothing.didComplete());
@@ -192,7 +194,7 @@ TEST_F(FutureCancel, DropsALaterSuccessAndFailureButNotACompletion) {
   future_.onSuccess([this](int value) { seen_.push_back(std::to_string(value)); });
   future_.cancel();
   promise_.success(1);
-  promise_.failure(Broken{});
+  promise_.failure(Refused{});
   EXPECT_FALSE(future_.didComplete());
   promise_.complete(2);
   EXPECT_EQ(*future_.value(), 2);
@@ -267,7 +269,7 @@ TEST_F(FutureCancel, KeepsAFailedSourceFromAMapButNotFromAFlatMap) {
   const auto flat = future_.flatMap([](int) { return Future<int>(); });
   mapped.cancel();
   flat.cancel();
-  promise_.complete(Failure{Broken{}});
+  promise_.complete(Failure{Refused{}});
   queue_->run();
   EXPECT_FALSE(mapped.didComplete());
   EXPECT_TRUE(flat.didFail());

@@ -17,10 +17,10 @@ namespace {
 const std::string kOld = kToken + "-old";
 const std::string kNew = kToken + "-new";
 
-const std::map<std::string, std::string> kRedirects = {{"/videos/x", "/videos/y"},
-                                                       {"/videos/x2", "/videos/y?b=2"},
-                                                       {"/videos/x3", "/videos/y?"},
-                                                       {"/chain", "/videos/x"}};
+const std::map<std::string, std::string> kMovedVideos = {{"/videos/x", "/videos/y"},
+                                                         {"/videos/x2", "/videos/y?b=2"},
+                                                         {"/videos/x3", "/videos/y?"},
+                                                         {"/chain", "/videos/x"}};
 
 class DefaultNetworkProviderTest : public testing::Test {
  protected:
@@ -31,8 +31,8 @@ class DefaultNetworkProviderTest : public testing::Test {
 
   const HTTPServer server_{[](const ServedRequest& request) -> ServedAnswer {
     const auto question = request.target.find('?');
-    const auto found = kRedirects.find(request.target.substr(0, question));
-    if (found == kRedirects.end()) return {404, "not found"};
+    const auto found = kMovedVideos.find(request.target.substr(0, question));
+    if (found == kMovedVideos.end()) return {404, "not found"};
     return {302, "moved", {{"Location", found->second}}};
   }};
   const std::shared_ptr<StubSessionProvider> session_ = std::make_shared<StubSessionProvider>(kNew);

@@ -145,7 +145,7 @@ TEST(URLSessionRedirectDelegate, RefusesByWordBySilenceAndByAnotherScheme) {
 }
 
 TEST(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimitButNotThanTheSession) {
-  constexpr auto kLimit = 500ms;
+  constexpr auto kRedirectLimit = 500ms;
   const HTTPServer server(redirectByPath);
   Signal asked;
   std::pair<std::optional<URLRequest>, Completion> pending;
@@ -153,12 +153,14 @@ TEST(URLSessionRedirectDelegate, MayTakeLongerThanTheTimeLimitButNotThanTheSessi
                        pending = {std::move(next), complete};
                        asked.tell();
                      }));
-  const auto slow = session.fetch({.url = server.url("/302//x"), .timeoutInterval = kLimit});
+  const auto slow =
+      session.fetch({.url = server.url("/302//x"), .timeoutInterval = kRedirectLimit});
   ASSERT_TRUE(asked.wait());
   // Another fetch measures the time: it runs into a longer limit.
   const ScriptedServer silent([](Connection& connection) { connection.waitForClose(); });
-  EXPECT_EQ(codeOf(URLSession().fetch({.url = silent.url(), .timeoutInterval = 2 * kLimit})),
-            URLError::timedOut);
+  EXPECT_EQ(
+      codeOf(URLSession().fetch({.url = silent.url(), .timeoutInterval = 2 * kRedirectLimit})),
+      URLError::timedOut);
   EXPECT_FALSE(slow.didComplete());
   pending.second(pending.first);
   EXPECT_EQ(codeOf(slow), 200);

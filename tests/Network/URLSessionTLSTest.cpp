@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kLimit = 300ms;
+constexpr auto kTLSLimit = 300ms;
 
 class URLSessionTLS : public testing::Test {
  protected:
@@ -54,7 +54,7 @@ TEST_F(URLSessionTLS, TakesItsTimeToConnect) {
   ASSERT_TRUE(asked.wait());
   // Another fetch measures the time.
   const ScriptedServer silent([](Connection& connection) { connection.waitForClose(); });
-  EXPECT_EQ(codeOf(URLSession().fetch({.url = silent.url(), .timeoutInterval = kLimit})),
+  EXPECT_EQ(codeOf(URLSession().fetch({.url = silent.url(), .timeoutInterval = kTLSLimit})),
             URLError::timedOut);
   EXPECT_FALSE(fetch.didComplete()) << "the time-out is a minute";
   released.tell();
@@ -67,8 +67,9 @@ TEST_F(URLSessionTLS, TakesEachByteOverHTTP2ForASignOfLife) {
   });
   URLSession session({.certificateAuthorityFile = authority_.file()});
   const auto start = Clock::now();
-  EXPECT_EQ(bodyOf(session.fetch({.url = secure(server), .timeoutInterval = kLimit})), "trickled");
-  EXPECT_GT(Clock::now() - start, kLimit) << "the server was too fast to tell";
+  EXPECT_EQ(bodyOf(session.fetch({.url = secure(server), .timeoutInterval = kTLSLimit})),
+            "trickled");
+  EXPECT_GT(Clock::now() - start, kTLSLimit) << "the server was too fast to tell";
 }
 
 TEST_F(URLSessionTLS, TellsNothingToWhomItDoesNotTrust) {

@@ -244,12 +244,12 @@ TEST(URLSessionConnections, AreWaitedForWithoutATimeLimit) {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr auto kLimit = 300ms;
+constexpr auto kIdleLimit = 300ms;
 
 /// The code of a fetch from the server with a short time limit.
 int impatient(const ScriptedServer& server) {
   URLSession session;
-  return codeOf(session.fetch({.url = server.url(), .timeoutInterval = kLimit}));
+  return codeOf(session.fetch({.url = server.url(), .timeoutInterval = kIdleLimit}));
 }
 
 /// The code of the server's answer, in a session with this configuration.
@@ -317,14 +317,14 @@ TEST(URLSessionTimeout, ComesSoonAfterTheServerFallsSilentAndCostsNoWork) {
       connection.send(said);
       const auto before = processorTime();
       connection.waitForClose();
-      EXPECT_LT(processorTime() - before, kLimit / 8) << "somebody was busy with the silence";
+      EXPECT_LT(processorTime() - before, kIdleLimit / 8) << "somebody was busy with the silence";
       left.tell();
     });
     const auto start = Clock::now();
     EXPECT_EQ(impatient(server), URLError::timedOut);
     const auto elapsed = Clock::now() - start;
-    EXPECT_GE(elapsed, kLimit);
-    EXPECT_LT(elapsed, kLimit + 1s);
+    EXPECT_GE(elapsed, kIdleLimit);
+    EXPECT_LT(elapsed, kIdleLimit + 1s);
     EXPECT_TRUE(left.wait());
   }
 }
@@ -337,7 +337,7 @@ TEST(URLSessionTimeout, DoesNotComeWhileHeaderAndBodyTrickle) {
   });
   const auto start = Clock::now();
   EXPECT_EQ(impatient(server), 200);
-  EXPECT_GT(Clock::now() - start, kLimit + kLimit) << "the server was too fast to tell";
+  EXPECT_GT(Clock::now() - start, kIdleLimit + kIdleLimit) << "the server was too fast to tell";
 }
 
 TEST(URLSessionBound, StopsABodyOfOneByteTooMany) {
