@@ -3,6 +3,9 @@
 #include <tool/Commands.h>
 #include <tool/Help.h>
 #include <tool/Output.h>
+#include <tool/Profiles.h>
+#include <tool/Text.h>
+#include <tool/ValueCheck.h>
 
 #include <algorithm>
 
@@ -10,7 +13,7 @@ namespace orvo::tool {
 
 namespace {
 
-Commands allCommands() {
+Commands allCommands(const WrittenService& service) {
   Commands commands;
   addTourCommand(commands);
   addConfigurationCommands(commands);
@@ -24,26 +27,16 @@ Commands allCommands() {
   addImageCommand(commands);
   addParseCommand(commands);
   addServeDemoCommand(commands);
+  addProfileCommand(commands, service);
   return commands;
 }
 
 }  // namespace
 
-GlobalOptions CommandLine::WrittenOptions::read() const {
-  GlobalOptions options{.environment = *environmentNamed(environment),
-                        .demo = demo,
-                        .client = *fromRawValue<Client>(client),
-                        .json = json};
-  if (api.empty()) return options;
-  options.api = baseURL(api);
-  options.resources = resources.empty() ? resourceURL(options.environment) : *baseURL(resources);
-  return options;
-}
-
 CommandLine::CommandLine()
     : table_{.description = "Looks at a video and live-TV service through its web API.",
              .globalOptions = globalOptions(),
-             .commands = allCommands(),
+             .commands = allCommands(service_),
              .examples = {"orvo --demo guide", "orvo --demo search night", "orvo help search"}} {
   addHelpCommands();
 }
@@ -68,6 +61,7 @@ void CommandLine::addHelpCommands() {
   table_.commands.push_back({.name = "version",
                              .description = "The version of the tool and its library",
                              .examples = {"orvo version"},
+                             .usesService = false,
                              .run = [](Tool&) {
                                print(versionText() + "\n");
                                return 0;
@@ -75,30 +69,39 @@ void CommandLine::addHelpCommands() {
 }
 
 std::vector<Parameter> CommandLine::globalOptions() {
-  return {{.name = "--environment",
-           .description = "The deployment to talk to",
-           .values = anyOf({"production", "qa", "staging"}, "NAME"),
-           .target = &written_.environment},
-          {.name = "--api",
-           .description = "Another deployment: the base URL of its API",
-           .values = baseURLs(),
-           .target = &written_.api,
-           .excludes = {"--demo"}},
-          {.name = "--resources",
-           .description = "The base URL of its images",
-           .values = baseURLs(),
-           .target = &written_.resources,
-           .needs = {"--api"}},
-          {.name = "--demo",
-           .description = "The demo service, started inside this program",
-           .target = &written_.demo},
-          {.name = "--client",
-           .description = "The kind of device to appear as",
-           .values = anyOf({"iPhone", "iPad", "appleTV", "appleWatch"}, "NAME"),
-           .target = &written_.client},
-          {.name = "--json",
-           .description = "Print one JSON document, for programs",
-           .target = &written_.json}};
+  return {
+      {.name = "--environment",
+       .description = "The deployment to talk to, of those compiled in",
+       .values = anyOf(caseNames<Environment>()),
+       .target = &service_.environment,
+       .fallback = "production"},
+      {.name = "--api",
+       .description = "Another deployment: the base URL of its API; without it, ORVO_API",
+       .values = baseURLs(),
+       .target = &service_.api,
+       .excludes = {"--demo"}},
+      {.name = "--resources",
+       .description = "The base URL of its images; beside ORVO_API, ORVO_RESOURCES",
+       .values = baseURLs(),
+       .target = &service_.resources,
+       .needs = {"--api"}},
+      {.name = "--profile",
+       .description = "Another deployment: the one that orvo profile keeps under that name",
+       .values = {.name = "NAME"},
+       .target = &service_.profile,
+       .excludes = {"--api"}},
+      {.name = "--demo",
+       .description = "The demo service, started inside this program",
+       .target = &service_.demo},
+      {.name = "--client",
+       .description = "The kind of device to appear as; without it, ORVO_CLIENT",
+       .values = clientNames(),
+       .target = &service_.client,
+       .fallback = "appleTV"},
+      {.name = "--json", .description = "Print one JSON document, for programs", .target = &json_},
+      {.name = "--verbose",
+       .description = "Say on standard error which service it is, and who said so",
+       .target = &verbose_}};
 }
 
 std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) {
@@ -109,8 +112,22 @@ std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) 
 }
 
 int CommandLine::run() {
-  Tool tool(written_.read());
-  return chosen_->run(tool);
+  try {
+    GlobalOptions options;
+    if (chosen_->usesService) {
+      static_cast<ServiceChoice&>(options) = chooseService(service_);
+    } else if (service_.environment) {
+      options.environment = *environmentNamed(*service_.environment);
+    }
+    options.json = json_;
+    options.verbose = verbose_;
+    Tool tool(std::move(options));
+    return chosen_->run(tool);
+  } catch (const WrongUsage& wrong) {
+    printDiagnostic(escaped(std::string("orvo: ") + wrong.what()) + "\nTry \"orvo " +
+                    chosen_->name + " --help\".\n");
+    return kWrongUsage;
+  }
 }
 
 }  // namespace orvo::tool

@@ -24,23 +24,12 @@ class CommandLine {
   int run();
 
  private:
-  /// The options as they are written; `GlobalOptions` is made from them once they are known to be
-  /// right.
-  struct WrittenOptions {
-    std::string environment = "production";
-    std::string api;
-    std::string resources;
-    bool demo = false;
-    std::string client = "appleTV";
-    bool json = false;
-
-    [[nodiscard]] GlobalOptions read() const;
-  };
-
   [[nodiscard]] std::vector<Parameter> globalOptions();
   void addHelpCommands();
 
-  WrittenOptions written_;
+  WrittenService service_;
+  bool json_ = false;
+  bool verbose_ = false;
   std::string helpedCommand_;
   CommandTable table_;
   const Command* chosen_ = nullptr;

@@ -3,17 +3,14 @@
 #include <tool/Help.h>
 #include <tool/Nearest.h>
 #include <tool/Text.h>
-#include <tool/Wording.h>
+#include <tool/ValueCheck.h>
 #include <CLI/CLI.hpp>
 
 #include <algorithm>
-#include <charconv>
 
 namespace orvo::tool {
 
 namespace {
-
-constexpr int kWrongUsage = 2;
 
 template <class... Cases>
 struct Overloaded : Cases... {
@@ -22,39 +19,13 @@ struct Overloaded : Cases... {
 template <class... Cases>
 Overloaded(Cases...) -> Overloaded<Cases...>;
 
-std::optional<std::int64_t> number(const std::string& text) {
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
-}
-
 void store(const Target& target, const std::string& text) {
   std::visit(Overloaded{[](bool* flag) { *flag = true; },
-                        [&](std::int64_t* value) { *value = number(text).value(); },
-                        [&](std::optional<std::int64_t>* value) { *value = number(text); },
+                        [&](std::int64_t* value) { *value = wholeNumber(text).value(); },
+                        [&](std::optional<std::int64_t>* value) { *value = wholeNumber(text); },
                         [&](std::string* value) { *value = text; },
                         [&](std::optional<std::string>* value) { *value = text; }},
              target);
-}
-
-std::string didYouMean(const std::optional<std::string>& nearest) {
-  return nearest ? "; did you mean " + *nearest + "?" : "";
-}
-
-/// Nothing, or what is wrong with the text.
-std::string complaint(const Values& values, const std::string& text) {
-  const auto isNot = [&](const std::string& wanted) { return "\"" + text + "\" is not " + wanted; };
-  if (!values.choices.empty()) {
-    if (std::ranges::find(values.choices, text) != values.choices.end()) return "";
-    return isNot("one of " + joined(values.choices)) + didYouMean(nearest(text, values.choices));
-  }
-  if (const auto& range = values.range) {
-    const auto value = number(text);
-    const bool isIn = value && range->least <= *value && *value <= range->most;
-    return isIn ? "" : isNot(rangeText(*range));
-  }
-  return !values.accepts || values.accepts(text) ? "" : isNot(values.wanted);
 }
 
 CLI::Option* add(CLI::App& app, const Parameter& parameter) {

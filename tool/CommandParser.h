@@ -7,6 +7,8 @@
 
 namespace orvo::tool {
 
+inline constexpr int kWrongUsage = 2;
+
 /// What is printed in place of a command: help, the version, or what is wrong.
 struct Explanation {
   /// 0 for what was asked for; the text then goes to standard output, else to standard error.

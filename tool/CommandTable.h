@@ -54,6 +54,8 @@ struct Parameter {
   Target target;
   /// Arguments that need not be given follow those that have to be.
   bool required = false;
+  /// What counts when nothing is written, where the target does not say it.
+  std::string fallback{};
   /// Names of options of the same command, or global ones, without which, and with which, this one
   /// cannot be given.
   std::vector<std::string> needs{};
@@ -63,10 +65,13 @@ struct Parameter {
 struct Command {
   std::string name;
   std::string description;
+  std::string details{};
   std::vector<Parameter> arguments{};
   std::vector<Parameter> options{};
   /// Lines for a shell that run as they are, with the demo service.
   std::vector<std::string> examples{};
+  /// Whether there has to be a service to talk to.
+  bool usesService = true;
   /// Returns the exit status. It owns what the parameters are read into.
   std::function<int(Tool&)> run;
 };

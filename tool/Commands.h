@@ -20,5 +20,7 @@ void addImageCommand(Commands& commands);
 void addTourCommand(Commands& commands);
 void addParseCommand(Commands& commands);
 void addServeDemoCommand(Commands& commands);
+/// `service` has to live as long as the commands: what it says is what a profile keeps.
+void addProfileCommand(Commands& commands, const WrittenService& service);
 
 }  // namespace orvo::tool

@@ -47,7 +47,8 @@ std::string notes(const Parameter& parameter) {
       notes.push_back(countText(range->least) + " or more");
     }
   }
-  const std::string value = defaultText(parameter.target);
+  const std::string value =
+      parameter.fallback.empty() ? defaultText(parameter.target) : parameter.fallback;
   if (!value.empty()) notes.push_back("default: " + value);
   if (parameter.required && parameter.name.starts_with("-")) notes.emplace_back("required");
   if (!parameter.needs.empty()) notes.push_back("only with " + joined(parameter.needs));
@@ -87,7 +88,9 @@ const char* const kExitStatus =
 
 std::string helpText(const CommandTable& table, const Command* command) {
   if (command != nullptr) {
-    return command->description + ".\n\n" + usageLine(command) +
+    std::string details = command->details.empty() ? "" : "\n";
+    for (const auto& line : wrapped(command->details, kColumns)) details += line + "\n";
+    return command->description + ".\n\n" + usageLine(command) + details +
            rows("Arguments", command->arguments) + rows("Options", command->options) +
            globalRows("Options of all commands", table) + exampleLines(command->examples) +
            kExitStatus;
@@ -108,9 +111,5 @@ std::string usageLine(const Command* command) {
 }
 
 std::string versionText() { return fmt::format("orvo {}", ORVO_API_VERSION_STRING); }
-
-std::string rangeText(const Range& range) {
-  return fmt::format("a whole number from {} to {}", countText(range.least), countText(range.most));
-}
 
 }  // namespace orvo::tool

@@ -15,7 +15,4 @@ namespace orvo::tool {
 /// `orvo 1.2.3`
 [[nodiscard]] std::string versionText();
 
-/// What a number has to be: `a whole number from 1 to 366`.
-[[nodiscard]] std::string rangeText(const Range& range);
-
 }  // namespace orvo::tool

@@ -123,6 +123,7 @@ void addParseCommand(Commands& commands) {
                       .options = options(*written),
                       .examples = {"echo 2017-05-01T12:00:00Z | orvo parse iso8601-date",
                                    "echo '[\"a\", \"b\"]' | orvo parse string-array"},
+                      .usesService = false,
                       .run = [written](Tool& tool) { return runParse(tool, *written); }});
 }
 

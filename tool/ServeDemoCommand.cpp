@@ -80,6 +80,7 @@ void addServeDemoCommand(Commands& commands) {
                     .description = "Print a line for each request",
                     .target = &written->log}},
        .examples = {"orvo serve-demo", "orvo serve-demo --port 8080 --log"},
+       .usesService = false,
        .run = [written](Tool& tool) { return runServeDemo(tool, *written); }});
 }
 

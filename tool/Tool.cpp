@@ -13,19 +13,34 @@ std::string documentText(const Json& json, bool forPeople) {
 
 }  // namespace
 
-bool Tool::startDemo() {
-  if (!options_.demo || demo_) return true;
-  demo_ = std::make_unique<demo::DemoService>(
-      demo::DemoServiceOptions{.programLength = demoProgramLength_});
-  if (!demo_->start()) return false;
-  options_.api = URL::parse(demo_->baseURL());
-  options_.resources = URL::parse(demo_->resourceURL());
+bool Tool::startService() {
+  if (isServiceKnown_) return true;
+  if (options_.demo) {
+    demo_ = std::make_unique<demo::DemoService>(
+        demo::DemoServiceOptions{.programLength = demoProgramLength_});
+    if (!demo_->start()) return false;
+    options_.api = URL::parse(demo_->baseURL());
+    options_.resources = URL::parse(demo_->resourceURL());
+  }
+  isServiceKnown_ = true;
+  if (options_.verbose) reportService();
   return true;
+}
+
+void Tool::reportService() const {
+  const std::string text =
+      "API " + options_.api.value_or(url(options_.environment)).text() + ", resources " +
+      options_.resources.value_or(resourceURL(options_.environment)).text() + " (" +
+      options_.source + "); client " + std::string(rawValue(options_.client)) + " (" +
+      options_.clientSource + ")";
+  printDiagnostic(options_.json ? Json::object({{"report", text}}).text() + "\n"
+                                : escaped("orvo: " + text) + "\n");
 }
 
 Result<std::shared_ptr<Context>> Tool::context() {
   if (context_) return context_;
-  if (!startDemo()) return Failure{URLError{URLError::unknown, "the demo service does not start"}};
+  if (!startService())
+    return Failure{URLError{URLError::unknown, "the demo service does not start"}};
   isOpening_ = true;
   const BootstrapOptions bootstrap{.environment = options_.environment};
   const auto future = options_.api ? ContextService::context(*options_.api, *options_.resources,
@@ -38,7 +53,8 @@ Result<std::shared_ptr<Context>> Tool::context() {
 }
 
 Result<ResourceHost> Tool::resourceHost() {
-  if (!startDemo()) return Failure{URLError{URLError::unknown, "the demo service does not start"}};
+  if (!startService())
+    return Failure{URLError{URLError::unknown, "the demo service does not start"}};
   return ResourceHost{.baseURL = options_.resources.value_or(resourceURL(options_.environment))};
 }
 
@@ -55,7 +71,8 @@ std::string Tool::place(const AnyError& error) const {
 
 std::string Tool::wayOut(const AnyError& error) const {
   if (options_.api || place(error).empty()) return "";
-  return "Name a service with --api URL, or try the tool with --demo, the service inside it.\n";
+  return "Name a service with --api URL, ORVO_API or a profile (orvo help profile), or try the "
+         "tool with\n--demo, the service inside it.\n";
 }
 
 int Tool::fail(const AnyError& error) const {

@@ -8,6 +8,7 @@
 #include <tool/ModelJson.h>
 #include <tool/Progress.h>
 #include <tool/Screen.h>
+#include <tool/ServiceChoice.h>
 
 #include <chrono>
 #include <memory>
@@ -17,15 +18,11 @@
 
 namespace orvo::tool {
 
-/// What the command line says about every command.
-struct GlobalOptions {
-  Environment environment = Environment::production;
-  /// In place of the environment's, when given.
-  std::optional<URL> api{};
-  std::optional<URL> resources{};
-  bool demo = false;
-  Client client = Client::appleTV;
+/// What is said about every command.
+struct GlobalOptions : ServiceChoice {
   bool json = false;
+  /// Whether to say which service is talked to.
+  bool verbose = false;
 };
 
 /// One run of the tool: the service that it talks to, and the way in which it answers. It owns the
@@ -74,8 +71,9 @@ class Tool {
   int fail(const AnyError& error) const;
 
  private:
-  /// False when the demo service is wanted and does not start.
-  [[nodiscard]] bool startDemo();
+  /// Sees to it that there is a service; false when the demo service does not start.
+  [[nodiscard]] bool startService();
+  void reportService() const;
   /// Which host no session could be had with, when the error is about that.
   [[nodiscard]] std::string place(const AnyError& error) const;
   /// What to do when the host that is compiled in cannot be reached.
@@ -84,6 +82,7 @@ class Tool {
   GlobalOptions options_;
   std::chrono::seconds demoProgramLength_{0};  // as on television
   std::unique_ptr<demo::DemoService> demo_;
+  bool isServiceKnown_ = false;
   std::shared_ptr<Context> context_;
   /// Or has tried to, in vain.
   bool isOpening_ = false;

@@ -1,0 +1,109 @@
+#include <tool/Commands.h>
+#include <tool/Profiles.h>
+#include <tool/ValueCheck.h>
+
+#include <algorithm>
+
+namespace orvo::tool {
+
+namespace {
+
+struct Written {
+  std::string action{};
+  std::string name{};
+};
+
+void add(Profiles& profiles, const Written& written, const WrittenService& service) {
+  if (service.api.empty()) throw WrongUsage("a profile needs --api URL");
+  const std::string wrong = complaint(profileNames(), written.name);
+  if (!wrong.empty()) throw WrongUsage("NAME: " + wrong);
+  for (const std::string& url : {service.api, service.resources}) {
+    const std::size_t host = url.find("://") + 3;
+    if (url.substr(0, url.find('/', host)).find('@') != std::string::npos) {
+      throw WrongUsage("a profile keeps no name of a user and no password");
+    }
+  }
+  std::erase_if(profiles.all, [&](const Profile& known) { return known.name == written.name; });
+  profiles.all.push_back({.name = written.name,
+                          .api = service.api,
+                          .resources = service.resources,
+                          .client = service.client.value_or("")});
+}
+
+void drawProfiles(Screen& screen, const Profiles& profiles) {
+  if (profiles.all.empty()) {
+    screen.paragraph("There are no profiles. This adds one:");
+    screen.paragraph("  orvo profile add NAME --api URL --resources URL");
+    return;
+  }
+  Table table{.columns = {{},
+                          {.title = "Profile"},
+                          {.title = "API", .least = 16},
+                          {.title = "Resources", .least = 16, .optional = 1},
+                          {.title = "Client", .optional = 2}}};
+  for (const Profile& profile : profiles.all) {
+    const bool used = profile.name == profiles.used;
+    table.rows.push_back({{used ? "*" : " "},
+                          {profile.name, Style::strong},
+                          {profile.api},
+                          {profile.resources},
+                          {profile.client}});
+  }
+  screen.table(table);
+}
+
+int runProfile(Tool& tool, const Written& written, const WrittenService& service) {
+  Profiles profiles = readProfiles();
+  const bool lists = written.action == "list";
+  if (lists != written.name.empty()) {
+    throw WrongUsage("profile " + written.action + (lists ? " takes no NAME" : " needs a NAME"));
+  }
+  if (written.action == "add") {
+    add(profiles, written, service);
+  } else if (written.action == "use") {
+    profiles.used = written.name == "none" ? "" : profiles.named(written.name).name;
+  } else if (written.action == "remove") {
+    const std::string name = profiles.named(written.name).name;
+    std::erase_if(profiles.all, [&](const Profile& known) { return known.name == name; });
+    if (profiles.used == name) profiles.used.clear();
+  }
+  if (!lists) writeProfiles(profiles);
+  const Json json = Json::list(profiles.all, [&](const Profile& profile) {
+    const auto text = [](const std::string& value) { return value.empty() ? Json() : Json(value); };
+    return Json::object({{"name", profile.name},
+                         {"api", profile.api},
+                         {"resources", text(profile.resources)},
+                         {"client", text(profile.client)},
+                         {"used", profile.name == profiles.used}});
+  });
+  return tool.answer(json, [&](Screen& screen) { drawProfiles(screen, profiles); });
+}
+
+}  // namespace
+
+void addProfileCommand(Commands& commands, const WrittenService& service) {
+  const auto written = std::make_shared<Written>();
+  commands.push_back(
+      {.name = "profile",
+       .description = "Services under names of your own, so that they need not be typed again",
+       .details = "They are kept in orvo/profiles below $XDG_CONFIG_HOME, or else ~/.config: lines "
+                  "\"use = NAME\", and for each profile \"[NAME]\", \"api = URL\", \"resources = "
+                  "URL\" and \"client = NAME\". No token is ever kept. --api, then --profile, then "
+                  "ORVO_API come before the profile in use.",
+       .arguments = {{.name = "ACTION",
+                      .description = "add keeps --api, --resources and --client under NAME, use "
+                                     "lets NAME count from now on (\"none\": no profile), remove "
+                                     "forgets NAME, list shows all",
+                      .values = anyOf({"add", "list", "use", "remove"}),
+                      .target = &written->action,
+                      .required = true},
+                     {.name = "NAME",
+                      .description = "The name of the profile",
+                      .target = &written->name}},
+       .examples = {"orvo profile add staging --api https://HOST/v3/ --resources https://HOST/",
+                    "orvo profile list"},
+       .usesService = false,
+       .run = [written, &service](Tool& tool) { return runProfile(tool, *written, service); }});
+}
+
+}  // namespace orvo::tool
