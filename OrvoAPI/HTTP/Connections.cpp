@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <linux/tcp.h>
 #include <netinet/in.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -26,6 +27,14 @@ std::uint64_t bytesReceived(int socket) {
   socklen_t size = sizeof info;
   if (getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) != 0) return 0;
   return info.tcpi_bytes_received;
+}
+
+/// Those of them that somebody has read.
+std::uint64_t bytesRead(int socket) {
+  int unread = 0;
+  if (ioctl(socket, FIONREAD, &unread) != 0) unread = 0;
+  const auto received = bytesReceived(socket);
+  return received - std::min(received, static_cast<std::uint64_t>(unread));
 }
 
 struct End {
@@ -188,9 +197,9 @@ std::uint64_t Connections::greatestGrowth() {
   const LockGuard guard(lock_);
   std::uint64_t greatest = 0;
   for (auto& [socket, connection] : connections_) {
-    const auto received = bytesReceived(socket);
-    connection.growth = received - std::min(connection.looked, received);
-    connection.looked = received;
+    const auto read = bytesRead(socket);
+    connection.growth = read - std::min(connection.looked, read);
+    connection.looked = read;
     if (!connection.isShutDown) greatest = std::max(greatest, connection.growth);
   }
   return greatest;

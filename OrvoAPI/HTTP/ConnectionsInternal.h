@@ -74,7 +74,7 @@ class Connections {
 
   // For the watchdog.
 
-  /// The most bytes that one has brought since the last look.
+  /// The most bytes that were read from one since the last look.
   [[nodiscard]] std::uint64_t greatestGrowth();
   /// Shuts that one down.
   void shutDownBusiest();
@@ -93,7 +93,7 @@ class Connections {
     unsigned inputs = 0;
     std::uint64_t delivered = 0;   // to transfers that have ended
     std::int64_t leastExcess = 0;  // of bytes that came over those that were paid for
-    std::uint64_t looked = 0;      // bytes at the watchdog's last look
+    std::uint64_t looked = 0;      // bytes read by the watchdog's last look
     std::uint64_t growth = 0;      // before it
   };
 
