@@ -28,11 +28,15 @@ Result<Shared<T>> share(Result<T> result) {
   return std::make_shared<const T>(std::move(*result.value()));
 }
 
-/// The body as a JSON object, made into a model by `parse`.
+/// The body as a JSON object, made into a model by `parse`. In one step: the document has gone when
+/// the next large body is read.
 template <class T, class Parse>
 Future<Shared<T>> parsed(const Future<Data>& body, Parse parse) {
-  return body.map([](const Data& data) { return JSONDataParser::object(data); })
-      .map([parse = std::move(parse)](const JSONObject& json) { return share<T>(parse(json)); });
+  return body.map([parse = std::move(parse)](const Data& data) -> Result<Shared<T>> {
+    const auto json = JSONDataParser::object(data);
+    if (json.failed()) return Failure{*json.error()};
+    return share<T>(parse(*json.value()));
+  });
 }
 
 /// What `fetch` makes of the URL, or the failure when there is none.
@@ -217,9 +221,10 @@ Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
   return store_->lineups.access(url.text(), [&] {
     return pipeline_
         ->fetch(uncachedRequest(url, kContentTimeout), {.retry = false, .authed = false})
-        .map([](const Data& data) { return JSONDataParser::array(data); })
-        .map([](const JSONObjects& slots) {
-          return Shared<Lineup>(std::make_shared<const Lineup>(LineupParser::parse(slots)));
+        .map([](const Data& data) -> Result<Shared<Lineup>> {
+          const auto slots = JSONDataParser::array(data);
+          if (slots.failed()) return Failure{*slots.error()};
+          return share(Result(LineupParser::parse(*slots.value())));
         });
   });
 }

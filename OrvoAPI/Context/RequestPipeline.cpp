@@ -1,10 +1,21 @@
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
+#include <OrvoAPI/HTTP/LargeBodiesInternal.h>
 #include <OrvoAPI/Network/SessionError.h>
 
 #include <string>
 #include <utility>
 
 namespace orvo::detail {
+namespace {
+
+/// Completes the promise with the body; what is derived from it runs in the body's turn.
+void deliver(const HTTPResult& result, const Promise<Data>& promise) {
+  if (result.body.size() < LargeBodies::kSmallest) return promise.success(result.body);
+  LargeBodies::shared().read(result.response.url.host(), result.body,
+                             [promise](Data body) { promise.success(std::move(body)); });
+}
+
+}  // namespace
 
 RequestPipeline::RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
                                  std::shared_ptr<NetworkDataProvider> networkDataProvider)
@@ -26,7 +37,7 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, RequestPolicy pol
                    session = sessionProvider_](const Result<HTTPResult>& result) {
         if (result.failed()) return promise.failure(*result.error());
         const int status = result.value()->response.statusCode;
-        if (status <= 399) return promise.success(result.value()->body);
+        if (status <= 399) return deliver(*result.value(), promise);
         if (status != 401 || !retry) {
           return promise.failure(SessionError::unexpectedStatus{status});
         }

@@ -26,7 +26,8 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
   RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
                   std::shared_ptr<NetworkDataProvider> networkDataProvider);
 
-  /// The body of the answer. Cancelling the future drops the result and reaches nothing upstream.
+  /// The body of the answer; a large one comes when no other is being read, and is read until its
+  /// last copy has gone. Cancelling the future drops the result and reaches nothing upstream.
   [[nodiscard]] Future<Data> fetch(const URLRequest& request, RequestPolicy policy = {}) {
     return fetch(request, policy, Promise<Data>());
   }

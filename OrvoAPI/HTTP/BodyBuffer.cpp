@@ -12,7 +12,7 @@ namespace orvo::detail {
 namespace {
 
 constexpr std::size_t kSmallestCapacity = std::size_t{4} << 10;
-constexpr std::size_t kLargestKept = std::size_t{1} << 20;
+constexpr std::size_t kLargestKept = LargeBodies::kSmallest;
 constexpr std::size_t kMostBytesKept = std::size_t{2} << 20;
 constexpr std::size_t kSizeClasses =
     std::bit_width(kLargestKept) - std::bit_width(kSmallestCapacity) + 1;
@@ -68,6 +68,7 @@ class BufferPool {
 
 void RecycleBuffer::operator()(char* buffer) const noexcept {
   BufferPool::shared().give(buffer, capacity);
+  if (share != nullptr) LargeBodies::shared().giveBack(*share, capacity);
 }
 
 void BodyBuffer::expect(std::size_t size) {
@@ -85,7 +86,13 @@ void BodyBuffer::append(std::string_view bytes) {
 
 void BodyBuffer::grow(std::size_t capacity) {
   const auto rounded = std::bit_ceil(std::max(capacity, kSmallestCapacity));
-  Buffer larger(BufferPool::shared().take(rounded), RecycleBuffer{rounded});
+  RecycleBuffer recycle{rounded};
+  char* const bytes = BufferPool::shared().take(rounded);
+  if (rounded > kLargestKept && share_ != nullptr) {
+    LargeBodies::shared().take(*share_, rounded);
+    recycle.share = share_;
+  }
+  Buffer larger(bytes, std::move(recycle));
   if (size_ > 0) std::memcpy(larger.get(), buffer_.get(), size_);
   buffer_ = std::move(larger);
 }
@@ -95,8 +102,8 @@ Data BodyBuffer::take() {
   const auto size = std::exchange(size_, 0);
   if (size == 0) return {};
   std::memset(buffer.get() + size, 0, Data::kPadding);
-  const auto recycle = buffer.get_deleter();
-  return {std::shared_ptr<char>(buffer.release(), recycle), size};
+  auto recycle = std::move(buffer.get_deleter());
+  return {std::shared_ptr<char>(buffer.release(), std::move(recycle)), size};
 }
 
 }  // namespace orvo::detail

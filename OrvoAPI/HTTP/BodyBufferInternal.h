@@ -1,16 +1,19 @@
 #pragma once
 
 #include <OrvoAPI/Base/Data.h>
+#include <OrvoAPI/HTTP/LargeBodiesInternal.h>
 
 #include <cstddef>
 #include <memory>
 #include <string_view>
+#include <utility>
 
 namespace orvo::detail {
 
 /// Gives a buffer back for the next body.
 struct RecycleBuffer {
   std::size_t capacity = 0;
+  std::shared_ptr<LargeBodies::Share> share = nullptr;  // of a large one
   void operator()(char* buffer) const noexcept;
 };
 
@@ -19,6 +22,10 @@ struct RecycleBuffer {
 /// another frees costs nearly as much as the transfer.
 class BodyBuffer {
  public:
+  BodyBuffer() = default;
+  /// For a body of the host whose share this is.
+  explicit BodyBuffer(std::shared_ptr<LargeBodies::Share> share) : share_(std::move(share)) {}
+
   [[nodiscard]] std::size_t size() const { return size_; }
 
   /// Makes room for that many bytes in all, as far as that figure is credible.
@@ -33,6 +40,7 @@ class BodyBuffer {
 
   void grow(std::size_t capacity);
 
+  std::shared_ptr<LargeBodies::Share> share_;
   Buffer buffer_;
   std::size_t size_ = 0;
 };

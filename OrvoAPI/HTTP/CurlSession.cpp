@@ -85,7 +85,9 @@ CurlHost& CurlSession::hostOf(const HTTPExchange& exchange) {
 
 bool CurlSession::hasPlace(const CurlHost& host) const {
   const std::size_t connections = configuration_.maximumConnectionsPerHost;
-  return host.underWay < (host.multiplexed ? std::max(kStreamsPerHost, connections) : connections);
+  const auto places = host.multiplexed ? std::max(kStreamsPerHost, connections) : connections;
+  return host.underWay < places &&
+         LargeBodies::shared().mayStart(*host.largeBodies, host.underWay > 0);
 }
 
 void CurlSession::wait(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) {
@@ -103,6 +105,10 @@ std::shared_ptr<HTTPExchange> CurlSession::leaveLine(HTTPExchange& exchange) {
 
 void CurlSession::admitWaiting(CurlHost& host) {
   while (!host.waiting.empty() && hasPlace(host)) admit(leaveLine(*host.waiting.front()), host);
+}
+
+void CurlSession::admitWaiting() {
+  for (auto& [name, host] : hosts_) admitWaiting(host);
 }
 
 void CurlSession::runTimers() {
@@ -161,7 +167,8 @@ void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
 }
 
 void CurlSession::releaseIfUnused(CurlHost& host) {
-  if (host.underWay > 0 || hosts_.size() <= kUnusedHostsKept) return;
+  const bool isUsed = host.underWay > 0 || !host.waiting.empty();
+  if (isUsed || hosts_.size() <= kUnusedHostsKept) return;
   hosts_.erase(hosts_.find(host.name));
 }
 

@@ -2,6 +2,7 @@
 
 #include <OrvoAPI/HTTP/CurlPoolInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
+#include <OrvoAPI/HTTP/LargeBodiesInternal.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
 
 #include <curl/curl.h>
@@ -26,6 +27,7 @@ struct CurlHost {
   /// The last exchange could not reach it: its name may resolve elsewhere by now.
   bool isFailing = false;
   std::list<std::shared_ptr<HTTPExchange>> waiting = {};
+  std::shared_ptr<LargeBodies::Share> largeBodies = std::make_shared<LargeBodies::Share>(0);
 };
 
 /// Admits the exchanges of one session to a pool of connections, as many to each host as it may
@@ -57,6 +59,8 @@ class CurlSession {
 
   // For the network thread.
 
+  /// Large bodies have been freed, for which some may have waited.
+  void admitWaiting();
   /// Ends the exchanges that have waited for too long.
   void runTimers();
   /// When `runTimers` has something to do; the largest time when it never has.

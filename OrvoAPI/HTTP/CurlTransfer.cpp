@@ -121,6 +121,7 @@ void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& se
   exchange_ = std::move(exchange);
   session_ = &session;
   host_ = &host;
+  body_ = BodyBuffer(host.largeBodies);
   noteActivity();
   const auto& request = exchange_->exchangeRequest();
   set(CURLOPT_URL, request.url.text().c_str());

@@ -1,5 +1,6 @@
 #include <OrvoAPI/HTTP/CurlPoolInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
+#include <OrvoAPI/HTTP/LargeBodiesInternal.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
 #include <OrvoAPI/HTTP/WatchdogInternal.h>
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
@@ -87,6 +88,12 @@ void NetworkThread::close(std::shared_ptr<CurlSession> session) {
 
 void NetworkThread::networkChanged() { post({Command::Kind::changeNetwork, nullptr, nullptr}); }
 
+void NetworkThread::wake() {
+  if (isForkedChild()) return;
+  const LockGuard guard(lock_);
+  if (state_ == State::running) eventfd_write(wakeup_, 1);
+}
+
 bool NetworkThread::post(Command command) {
   if (isForkedChild()) return false;
   const LockGuard guard(lock_);
@@ -145,8 +152,10 @@ void NetworkThread::run() {
     for (std::size_t i = 0; i < pools_.size(); ++i) {
       if (pools_[i]->nextTimer() <= now_) pools_[i]->runTimers();
     }
+    const bool wereFreed = LargeBodies::shared().wereFreed();
     for (const auto& session : sessions_) {
       if (session->nextTimer() <= now_) session->runTimers();
+      if (wereFreed) session->admitWaiting();
     }
     waitForEvents();
   }

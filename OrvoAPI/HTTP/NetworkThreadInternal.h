@@ -36,6 +36,8 @@ class NetworkThread {
   void close(std::shared_ptr<CurlSession> session);
   /// The connections that are open now take no new exchange.
   void networkChanged();
+  /// Has it look for what others have left it outside of its commands.
+  void wake();
   void shutDown();
 
   /// Whether the calling thread is this one.

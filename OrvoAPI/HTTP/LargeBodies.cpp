@@ -1,0 +1,108 @@
+#include <OrvoAPI/HTTP/LargeBodiesInternal.h>
+#include <OrvoAPI/HTTP/NetworkThreadInternal.h>
+#include <OrvoAPI/Queues/DispatchQueue.h>
+
+#include <algorithm>
+#include <memory>
+#include <new>
+#include <utility>
+
+namespace orvo::detail {
+
+/// What the bytes that a reader is given belong to.
+struct LargeBodies::Turn {
+  Data body;
+  explicit Turn(Data read) : body(std::move(read)) {}
+  Turn(const Turn&) = delete;
+  Turn& operator=(const Turn&) = delete;
+  ~Turn() {
+    body = {};  // first, so that the next reader finds its memory free
+    shared().endTurn();
+  }
+};
+
+LargeBodies& LargeBodies::shared() {
+  static auto* const bodies = new LargeBodies;  // bodies may outlive static destruction
+  return *bodies;
+}
+
+void LargeBodies::take(Share& share, std::size_t bytes) noexcept {
+  share += bytes;
+  bytes_ += bytes;
+}
+
+void LargeBodies::giveBack(Share& share, std::size_t bytes) noexcept {
+  share -= bytes;
+  bytes_ -= bytes;
+  noteFreed();
+}
+
+bool LargeBodies::hasRoom(bool isAnyUnderWay) const noexcept {
+  return bytes_ < kBudget || !(isAnyUnderWay || isReading_);
+}
+
+bool LargeBodies::mayStart(const Share& share, bool isAnyUnderWay) noexcept {
+  if (share.load(std::memory_order_relaxed) == 0 || hasRoom(isAnyUnderWay)) return true;
+  isWaitedFor_ = true;
+  return hasRoom(isAnyUnderWay);  // what was freed before that has woken nobody
+}
+
+void LargeBodies::noteFreed() noexcept {
+  if (!isWaitedFor_ || !isWaitedFor_.exchange(false)) return;
+  freed_ = true;
+  NetworkThread::shared().wake();
+}
+
+void LargeBodies::read(std::string_view host, const Data& body, const Reader& reader) {
+  Job job;
+  try {
+    job = Job([body, reader] { begin(body, reader); });
+    if (waitInLine(host, job)) return;
+  } catch (const std::bad_alloc&) {
+    return reader(body);  // out of turn: there is no memory to wait with
+  }
+  job();
+}
+
+bool LargeBodies::waitInLine(std::string_view host, Job& job) {
+  const LockGuard guard(lock_);
+  if (!isReading_) {
+    isReading_ = true;
+    return false;
+  }
+  auto line = std::find_if(lines_.begin(), lines_.end(),
+                           [host](const Line& other) { return other.host == host; });
+  if (line == lines_.end()) line = lines_.insert(line, Line{std::string(host), {}});
+  line->jobs.append(job.release());
+  return true;
+}
+
+void LargeBodies::begin(const Data& body, const Reader& reader) {
+  Data inTurn = body;
+  try {
+    const auto turn = std::make_shared<const Turn>(body);
+    inTurn = Data(std::shared_ptr<const char>(turn, body.view().data()), body.size());
+  } catch (const std::bad_alloc&) {
+    shared().endTurn();
+  }
+  reader(std::move(inTurn));
+}
+
+void LargeBodies::endTurn() noexcept {
+  Job next;
+  {
+    const LockGuard guard(lock_);
+    if (lines_.empty()) {
+      isReading_ = false;
+    } else {
+      const auto line = lines_.begin();
+      next = Job(line->jobs.pop());
+      lines_.splice(lines_.end(), lines_, line);
+      if (line->jobs.empty()) lines_.pop_back();
+    }
+  }
+  if (!next) return noteFreed();
+  DispatchQueue::global()->post(std::move(next));
+}
+
+}  // namespace orvo::detail
