@@ -25,6 +25,8 @@ constexpr std::size_t kFewestColumns = 20;
 constexpr std::size_t kMostColumns = 300;
 /// From here on the drawings that are laid out in columns fit the terminal.
 constexpr std::size_t kEnoughColumns = 80;
+/// Devices know of no time that is 10,000 years away.
+constexpr long long kFarthest = 300'000'000'000'000;
 constexpr std::size_t kDrawingSize = 1U << 20;
 
 void drawOnAir(tool::Screen& screen, const std::vector<LinearProgram>& programs, Date now) {
@@ -102,7 +104,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   auto head = fuzz::takePiece(body);
   const auto kind = fuzz::takePiece(head, ' ');
   const auto columns = std::strtoull(std::string(fuzz::takePiece(head, ' ')).c_str(), nullptr, 10);
-  const auto now = std::strtoll(std::string(head).c_str(), nullptr, 10);
+  const auto now =
+      std::clamp(std::strtoll(std::string(head).c_str(), nullptr, 10), -kFarthest, kFarthest);
 
   tool::Screen screen({.isTerminal = true,
                        .redraws = true,

@@ -59,9 +59,10 @@ void drawStrip(Screen& screen, const std::vector<LinearProgram>& programs, Date 
   const std::size_t room = axis.columns() - std::min(axis.columns(), label.size());
   const std::size_t column = axis.column(now);
   // Near the right edge the words stand on the other side of the mark.
-  const std::string text = column <= room
-                               ? std::string(column, ' ') + label
-                               : std::string(column - 10, ' ') + clockText(now) + " now ▲";
+  constexpr std::size_t kWords = 10;
+  const std::size_t before = std::max(column, kWords) - kWords;
+  const std::string text = column <= room ? std::string(column, ' ') + label
+                                          : std::string(before, ' ') + clockText(now) + " now ▲";
   screen.line(margin + screen.in(Style::good, text));
 }
 
