@@ -35,7 +35,7 @@ void Watchdog::start() {
 void Watchdog::stop() {
   if (!thread_) return;
   {
-    const std::lock_guard guard(mutex_);
+    const MutexGuard guard(mutex_);
     isEnding_ = true;
   }
   changed_.notify_one();
@@ -44,22 +44,22 @@ void Watchdog::stop() {
 }
 
 void Watchdog::add(Connections& connections) {
-  const std::lock_guard guard(mutex_);
+  const MutexGuard guard(mutex_);
   watched_.push_back(&connections);
 }
 
 void Watchdog::remove(Connections& connections) {
-  const std::lock_guard guard(mutex_);
+  const MutexGuard guard(mutex_);
   std::erase(watched_, &connections);
 }
 
 void Watchdog::wake() {
-  { const std::lock_guard guard(mutex_); }
+  { const MutexGuard guard(mutex_); }
   changed_.notify_one();
 }
 
 void Watchdog::work() {
-  std::unique_lock guard(mutex_);
+  MutexGuard guard(mutex_);
   for (std::uint64_t seen = 0; !isEnding_;) {
     const auto calls = calls_.load();
     if (calls != seen) {
@@ -69,10 +69,12 @@ void Watchdog::work() {
       look();
     } else {
       isAsleep_ = true;
-      changed_.wait(guard, [&] { return isEnding_ || calls_.load() != seen; });
+      while (!isEnding_ && calls_.load() == seen) guard.wait(changed_);
       isAsleep_ = false;
     }
-    changed_.wait_for(guard, kPeriod, [&] { return isEnding_; });
+    const auto next = std::chrono::steady_clock::now() + kPeriod;
+    while (!isEnding_ && guard.waitUntil(changed_, next)) {
+    }
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <OrvoAPI/Base/MutexInternal.h>
 #include <OrvoAPI/HTTP/ConnectionsInternal.h>
 #include <pthread.h>
 
@@ -9,7 +10,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <ctime>
-#include <mutex>
 #include <optional>
 #include <vector>
 
@@ -56,20 +56,21 @@ class Watchdog {
   void leave() { calls_.fetch_add(1, std::memory_order_release); }
   void wake();
   void work();
-  void look();
+  void look() ORVO_REQUIRES(mutex_);
 
   std::atomic<std::uint64_t> calls_{0};  // odd within a call
   std::atomic<bool> isAsleep_{false};
   std::atomic<std::uint64_t> delivered_{0};
 
-  std::mutex mutex_;
+  Mutex mutex_;
   std::condition_variable changed_;
-  std::vector<Connections*> watched_;              // guarded by mutex_
-  bool isEnding_ = false;                          // guarded by mutex_
-  std::optional<std::chrono::nanoseconds> began_;  // of the watchdog: the thread's time at first
-  std::uint64_t deliveredBefore_ = 0;              // likewise: at the last look
-  clockid_t networkClock_ = CLOCK_MONOTONIC;       // set before its thread starts
-  std::optional<pthread_t> thread_;                // network thread only
+  std::vector<Connections*> watched_ ORVO_GUARDED_BY(mutex_);
+  bool isEnding_ ORVO_GUARDED_BY(mutex_) = false;
+  /// The network thread's time when the call was first seen.
+  std::optional<std::chrono::nanoseconds> began_ ORVO_GUARDED_BY(mutex_);
+  std::uint64_t deliveredBefore_ ORVO_GUARDED_BY(mutex_) = 0;  // at the last look
+  clockid_t networkClock_ = CLOCK_MONOTONIC;                   // set before its thread starts
+  std::optional<pthread_t> thread_;                            // network thread only
 };
 
 }  // namespace orvo::detail
