@@ -1,5 +1,6 @@
-#include <OrvoAPI/Parsing/DateFormatter.h>
+#include <OrvoAPI/Platform/Clock.h>
 #include <tool/Arguments.h>
+#include <tool/WrittenDate.h>
 
 #include <charconv>
 #include <cmath>
@@ -47,7 +48,9 @@ std::optional<URL> baseURL(std::string_view text) {
   return url->path().ends_with('/') ? url : URL::parse(url->text() + "/");
 }
 
-std::optional<Date> date(std::string_view text) { return startResourceDateFormatter().date(text); }
+std::optional<Date> date(std::string_view text) {
+  return writtenDate(text, Clock::system()->now());
+}
 
 std::optional<ImageSize> imageSize(std::string_view text) {
   const std::size_t cross = text.find('x');
@@ -68,7 +71,9 @@ Values baseURLs() {
 
 Values absoluteURLs() { return readBy(absoluteURL, "URL", "an absolute http or https URL"); }
 
-Values dates() { return readBy(date, "DATE", "a date like 2017-05-01T00:00:00.000Z"); }
+Values dates() {
+  return readBy(date, "DATE", std::string("a date, like one of these: ") + kDateForms);
+}
 
 Values imageSizes() { return readBy(imageSize, "WxH", "a size like 600x400"); }
 

@@ -26,7 +26,7 @@ namespace orvo::tool {
 [[nodiscard]] std::optional<URL> absoluteURL(std::string_view text);
 [[nodiscard]] Values absoluteURLs();
 
-/// `2017-05-01T00:00:00.000Z`
+/// In one of the forms of `kDateForms`, read now.
 [[nodiscard]] std::optional<Date> date(std::string_view text);
 [[nodiscard]] Values dates();
 

@@ -3,6 +3,7 @@
 #include <tool/Commands.h>
 #include <tool/GuideView.h>
 #include <tool/Paging.h>
+#include <tool/WrittenDate.h>
 
 namespace orvo::tool {
 
@@ -42,7 +43,8 @@ void addGuideCommand(Commands& commands) {
       {.name = "guide",
        .description = "What is on the linear channel; by default, today",
        .options = {{.name = "--start",
-                    .description = "The start of the range, like 2017-05-01T00:00:00.000Z",
+                    .description =
+                        std::string("The start of the range, like one of these: ") + kDateForms,
                     .values = dates(),
                     .target = &written->start},
                    {.name = "--end",
@@ -54,7 +56,8 @@ void addGuideCommand(Commands& commands) {
                     .values = number(1, 366),
                     .target = &written->days,
                     .excludes = {"--end"}}},
-       .examples = {"orvo --demo guide", "orvo --demo guide --days 7"},
+       .examples = {"orvo --demo guide", "orvo --demo guide --days 7",
+                    "orvo --demo guide --start 18:00 --end tomorrow"},
        .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 
