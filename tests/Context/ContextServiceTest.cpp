@@ -33,9 +33,7 @@ TEST(ContextService, OpensASessionAndLoadsTheConfiguration) {
   StubbedService service;
   service.succeed();
   const auto context = service.start().wait(kPatience).force();
-  EXPECT_EQ(context->constants().linearStreamID, "stream");
   EXPECT_EQ(context->sessionProvider()->currentToken(), kToken);
-  EXPECT_EQ(context->environment(), Environment::production);
   const auto requests = service.stub->requests();
   ASSERT_EQ(requests.size(), 2U);
   EXPECT_EQ(requests[0].url.text(),

@@ -174,8 +174,7 @@ struct ListServer final : NetworkDataProvider {
 
 TEST(ListWalkForEach, TenThousandPartsThatAreThereAtOnceDoNotNest) {
   const auto context =
-      makeContext(url("https://api.example/v3/"), configurationBody(),
-                  std::make_shared<StubSessionProvider>(), std::make_shared<ListServer>());
+      makeContext(std::make_shared<StubSessionProvider>(), std::make_shared<ListServer>());
   int parts = 0;
   const auto all =
       ListWalk(context, context->collectionCapability("c")).forEach([&](const auto&) { ++parts; });

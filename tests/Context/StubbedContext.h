@@ -9,6 +9,9 @@
 #include <tests/support/Outcome.h>
 #include <tests/support/Test.h>
 
+#include <fstream>
+#include <iterator>
+
 namespace orvo {
 
 inline constexpr std::string_view kVideoBody =
@@ -18,31 +21,20 @@ inline constexpr std::string_view kPageBody = R"({"id": "p", "title": "Server"})
 
 inline URL url(std::string_view text) { return *URL::parse(text); }
 
-inline std::string configurationBody(const std::string& streams = "https://hls.example/live?q=1") {
-  return R"({
-    "nav": {"channels": {"label": "Channels", "id": "c"}, "discover": {"label": "Discover", "id": "d"}},
-    "colors": {}, "links": {"imprint": "l:1", "about": "l:2", "privacy": "l:3", "terms": "l:4",
-                            "contact": "l:5", "feedback": "l:6"},
-    "tv": {"label": "TV", "description": "On air", "icon": "i"},
-    "upcoming_events": {"label": "Soon", "id": "playlists::soon"},
-    "linear_stream_id": "stream", "recently_watched": true,
-    "up_next_hint_time": 1, "player_controls_timeout": 1, "discovery_reset_timeout": 1,
-    "relaunch_resume_timeout": 1, "countdown_visibility_timeout": 1, "started_minimum_percent": 1,
-    "started_minimum_time": 1, "watched_minimum_percent": 1, "watched_minimum_time_left": 1,
-    "share_string_template": "Watch %@", "search_top_results_limit": 6,
-    "playback_interruption_delay": 1, "hls_base_url": ")" +
-         streams + "\"}";
+inline std::string configurationBody() {
+  std::ifstream stream(ORVO_FIXTURES "/context-configuration.json");
+  return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 /// A context of the staging deployment.
-inline std::shared_ptr<Context> makeContext(const URL& api, const std::string& configuration,
-                                            std::shared_ptr<SessionProvider> session,
+inline std::shared_ptr<Context> makeContext(std::shared_ptr<SessionProvider> session,
                                             std::shared_ptr<NetworkDataProvider> network,
                                             ContextOptions options = {}) {
   if (options.logger == nullptr) options.logger = std::make_shared<PrintingLogger>();
   return Context::make(
-      ConfigurationParser::parse(object(configuration), Environment::staging).force(), api,
-      url("https://img.example/"), std::move(session), std::move(network), std::move(options));
+      ConfigurationParser::parse(object(configurationBody()), Environment::staging).force(),
+      url("https://api.example/v3/"), url("https://img.example/"), std::move(session),
+      std::move(network), std::move(options));
 }
 
 /// A context whose network, session, clock and queue the test controls.
@@ -55,8 +47,7 @@ struct StubbedContext {
       std::make_shared<StubNetworkDataProvider>(callbackQueue);
   std::shared_ptr<StubSessionProvider> session =
       std::make_shared<StubSessionProvider>(kToken, callbackQueue);
-  std::shared_ptr<Context> context = makeContext(
-      url("https://api.example/v3/"), configurationBody(), session, network, {.clock = clock});
+  std::shared_ptr<Context> context = makeContext(session, network, {.clock = clock});
   std::size_t answered = 0;
 
   /// Answers the next request that has not been answered yet.

@@ -1,8 +1,8 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <demo/DemoService.h>
 #include <httplib.h>
+#include <tests/support/Outcome.h>
 #include <tests/support/Test.h>
-#include <tests/support/Token.h>
 
 namespace orvo::demo {
 namespace {

@@ -2,7 +2,6 @@
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
 #include <tests/support/Outcome.h>
-#include <tests/support/Race.h>
 #include <tests/support/Test.h>
 
 namespace orvo {

@@ -1,7 +1,6 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
-#include <tests/support/Race.h>
 #include <tests/support/Test.h>
 
 namespace orvo {

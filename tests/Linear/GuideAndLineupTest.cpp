@@ -8,21 +8,17 @@ namespace orvo {
 namespace {
 
 TEST(LinearProgram, DiffersByEachOfItsFields) {
-  const LinearProgram program{.id = "a", .title = "T"};
-  for (const auto change : {+[](LinearProgram& other) { other.id = "b"; },
-                            +[](LinearProgram& other) { other.title = "U"; },
-                            +[](LinearProgram& other) { other.subheading = ""; },
-                            +[](LinearProgram& other) { other.shortDescription = ""; },
-                            +[](LinearProgram& other) { other.playbackStatus = {}; },
-                            +[](LinearProgram& other) {
-                              other.imageResources = {"a", KeySet<ImageResourceKey>::fromBits(1)};
-                            },
-                            +[](LinearProgram& other) { other.startTime = Date(1); },
-                            +[](LinearProgram& other) { other.endTime = Date(1); },
-                            +[](LinearProgram& other) { other.duration = 0; }}) {
-    LinearProgram other = program;
-    change(other);
-    EXPECT_NE(other, program);
+  const KeySet<ImageResourceKey> key = KeySet<ImageResourceKey>::fromBits(1);
+  for (const LinearProgram& other : {LinearProgram{.id = "b", .title = "T"},
+                                     {.id = "a", .title = "U"},
+                                     {.id = "a", .title = "T", .subheading = ""},
+                                     {.id = "a", .title = "T", .shortDescription = ""},
+                                     {.id = "a", .title = "T", .playbackStatus = {}},
+                                     {.id = "a", .title = "T", .imageResources = {"a", key}},
+                                     {.id = "a", .title = "T", .startTime = Date(1)},
+                                     {.id = "a", .title = "T", .endTime = Date(1)},
+                                     {.id = "a", .title = "T", .duration = 0}}) {
+    EXPECT_NE(other, (LinearProgram{.id = "a", .title = "T"}));
   }
 }
 

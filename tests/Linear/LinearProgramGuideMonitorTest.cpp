@@ -74,11 +74,8 @@ class Channel final : public NetworkDataProvider {
 struct OnAir final : Logger {
   explicit OnAir(Date now, std::function<milliseconds()> delayAfterEnd = {})
       : clock(std::make_shared<ManualClock>(now)),
-        context(Context::make(
-            ConfigurationParser::parse(object(configurationBody()), Environment::staging).force(),
-            url("https://api.example/v3/"), url("https://img.example/"),
-            std::make_shared<StubSessionProvider>(kToken), channel,
-            {.logger = {std::shared_ptr<void>(), this}, .clock = clock})),
+        context(makeContext(std::make_shared<StubSessionProvider>(kToken), channel,
+                            {.logger = {std::shared_ptr<void>(), this}, .clock = clock})),
         monitor(LinearProgramGuideMonitor::make(
             context, {.mainQueue = queue, .delayAfterEnd = std::move(delayAfterEnd)})) {
     monitor->onUpdate([this](const GuideUpdate& update) {

@@ -5,7 +5,6 @@
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <tests/support/Race.h>
 #include <tests/support/Test.h>
 #include <unistd.h>
 
@@ -152,7 +151,8 @@ TEST_F(OSLoggerTest, CutsALongMessageBetweenTwoCharacters) {
   logger->log(whole);
   EXPECT_EQ(reader->fields()["MESSAGE"], whole);
 
-  const std::string start(SystemLog::kLongestJournalMessage - 1, 'x');
+  std::string start(SystemLog::kLongestJournalMessage - 1, 'x');
+  start.front() = '\n';
   logger->log(start + "\xC3\xA4" + std::string(1 << 20, 'y'));
   EXPECT_EQ(reader->fields()["MESSAGE"], start + "\xE2\x80\xA6");
 }

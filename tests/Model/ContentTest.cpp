@@ -2,7 +2,7 @@
 #include <OrvoAPI/Model/LineupTemplateImage.h>
 #include <OrvoAPI/Model/SearchCollection.h>
 #include <OrvoAPI/Model/VideoAdMetadata.h>
-#include <gtest/gtest.h>
+#include <tests/support/Test.h>
 
 #include <span>
 

@@ -8,7 +8,6 @@
 #include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
-#include <tests/support/Race.h>
 #include <tests/support/Test.h>
 
 namespace orvo::test {

@@ -128,7 +128,9 @@ TEST(URLSessionInvalidate, FailsWhatIsUnderWayAndWhatComesLater) {
   const auto waiting = fetch();
   ASSERT_TRUE(silent.asked.wait());
   // Others have gone before, the older first.
-  for (const auto& gone : {fetch(), fetch()}) gone.cancel();
+  std::vector<Future<HTTPResult>> gone(20);
+  std::ranges::generate(gone, fetch);
+  for (const auto& each : gone) each.cancel();
   const ScriptedServer other("HTTP/1.0 204 None\r\n\r\n");
   EXPECT_EQ(codeOf(session.fetch({.url = other.url()})), 204);
   session.invalidateAndCancel();

@@ -46,6 +46,22 @@ TEST(URLSessionLimit, OfSilenceIsRenewedByNothingThatBringsNoByteOfTheBody) {
   }
 }
 
+TEST(URLSessionLimit, EndsTwoAtOnceAndWakesAWorkerForEach) {
+  SilentServer silent;
+  Signal called;
+  Signal ended;
+  URLSession session;
+  for (int i = 0; i < 2; ++i) {
+    session.fetch({.url = silent.url(), .timeoutInterval = kLimit})
+        .onFailure(DispatchQueue::global(), [&](const AnyError&) {
+          called.tell();
+          EXPECT_TRUE(called.wait(2)) << "the other waits for this one's worker";
+          ended.tell();
+        });
+  }
+  EXPECT_TRUE(ended.wait(2));
+}
+
 TEST(URLSessionLimit, OfTheWholeEndsWhatTricklesForever) {
   for (const std::string beginning : {"X: ", "\r\n"}) {
     const EndlessServer server("HTTP/1.1 200 OK\r\n" + beginning, "b");

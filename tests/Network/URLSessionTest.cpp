@@ -180,39 +180,15 @@ TEST(URLSessionConnections, AreAtMostTenToAHostForEachSession) {
   EXPECT_EQ(ports.size(), 20U);
 }
 
-TEST(URLSessionConnections, ThatAnswerAtOnceAreEachHandledByAWorker) {
-  Signal asked;
-  Signal called;
-  Signal ended;
-  int due = 0;
-  const HTTPServer server([&](const ServedRequest&) -> ServedAnswer {
-    asked.tell();
-    EXPECT_TRUE(asked.wait(due));
-    return {};
-  });
-  URLSession session;
-  const auto callback = [&](const auto&) {
-    called.tell();
-    EXPECT_TRUE(called.wait(due)) << "the other's worker was not woken";
-    ended.tell();
-  };
-  while (due < 60) {
-    due += 2;
-    for (int i = 0; i < 2; ++i) {
-      session.fetch({.url = server.url()}).onComplete(DispatchQueue::global(), callback);
-    }
-    ASSERT_TRUE(ended.wait(due));
-  }
-}
-
 // Beyond 16 hosts a session forgets those that are not in use.
 TEST(URLSessionConnections, AreCountedForEachPortOfAHostAsLongAsTheyAreUsed) {
   Signal asked;
   Signal released;
+  const std::string answer = "HTTP/1.0 204 None\r\n\r\n";
   const auto script = [&](Connection& connection) {
     connection.readHead();
     asked.tell();
-    if (released.wait()) connection.send("HTTP/1.0 204 None\r\n\r\n");
+    if (released.wait()) connection.send(answer);
   };
   URLSession session({.maximumConnectionsPerHost = 1});
   std::vector<std::unique_ptr<ScriptedServer>> servers;
@@ -222,6 +198,10 @@ TEST(URLSessionConnections, AreCountedForEachPortOfAHostAsLongAsTheyAreUsed) {
     for (int j = 0; j < 2; ++j) fetches.push_back(session.fetch({.url = servers.back()->url()}));
   }
   EXPECT_TRUE(asked.wait(20));
+  const ScriptedServer prompt(answer);
+  const auto first = session.fetch({.url = prompt.url()}),
+             second = session.fetch({.url = prompt.url()});
+  EXPECT_EQ(codeOf(first) + codeOf(second), 408) << "one host's ends, and it has another one";
   released.tell();
   for (const auto& fetch : fetches) EXPECT_EQ(codeOf(fetch), 204);
 }
@@ -299,13 +279,6 @@ TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
     const auto url = *URL::parse("http://" + std::string(host) + "/" + kToken);
     EXPECT_EQ(codeOf(session.fetch({.url = url, .headers = {{"Authorization", kToken}}})), code);
   }
-}
-
-/// The processor time of the process so far.
-std::chrono::nanoseconds processorTime() {
-  timespec time{};
-  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
 }
 
 TEST(URLSessionTimeout, ComesSoonAfterTheServerFallsSilentAndCostsNoWork) {

@@ -63,7 +63,7 @@ TEST_F(MainQueueTest, DrainsWhatWaitsAndItsDescriptorIsReadableExactlyWhileJobsW
   kQueue->post(note(1));
   const int descriptor = claim->eventDescriptor();
   EXPECT_EQ(claim->eventDescriptor(), descriptor);
-  EXPECT_TRUE(fcntl(descriptor, F_GETFD) & FD_CLOEXEC);
+  EXPECT_EQ(fcntl(descriptor, F_GETFD), FD_CLOEXEC);
   EXPECT_TRUE(readable(descriptor)) << "jobs were waiting before it was made";
   EXPECT_EQ(claim->drain(), 2U);
   EXPECT_TRUE(readable(descriptor)) << "a job came while it was drained";
@@ -76,7 +76,7 @@ TEST_F(MainQueueTest, DrainsWhatWaitsAndItsDescriptorIsReadableExactlyWhileJobsW
   claim.reset();
   EXPECT_EQ(fcntl(descriptor, F_GETFD), -1) << "it ends with its claim";
   const auto next = kQueue->claim();
-  EXPECT_TRUE(fcntl(next->eventDescriptor(), F_GETFD) & FD_CLOEXEC);
+  EXPECT_EQ(fcntl(next->eventDescriptor(), F_GETFD), FD_CLOEXEC);
 }
 
 TEST_F(MainQueueTest, AClaimWaitsForTheJobThatTheFallbackRuns) {

@@ -5,7 +5,6 @@
 #include <OrvoAPI/Storage/Store.h>
 #include <OrvoAPI/Testing/ManualClock.h>
 #include <gmock/gmock.h>
-#include <tests/support/Race.h>
 #include <tests/support/Test.h>
 
 namespace orvo {

@@ -5,7 +5,6 @@
 
 #include <sstream>
 #include "Fixtures.h"
-#include "RunTool.h"
 
 namespace orvo::tool {
 namespace {

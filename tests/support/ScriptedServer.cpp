@@ -58,92 +58,31 @@ void Connection::reset() {
   setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }
 
-/// The server's end of TLS, which speaks HTTP/2 when it is told to.
-class SecureConnection {
- public:
-  SecureConnection(Connection& connection, const Certificate& certificate, int newestVersion,
-                   bool http2 = false)
-      : context_(SSL_CTX_new(TLS_server_method()), SSL_CTX_free) {
-    sigset_t pipe{};  // a client may go while it is being told something
-    sigaddset(&pipe, SIGPIPE);
-    pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
-    SSL_CTX_set_security_level(context_.get(), 0);  // old versions count as no security at all
-    SSL_CTX_set_min_proto_version(context_.get(), TLS1_VERSION);
-    SSL_CTX_set_max_proto_version(context_.get(), newestVersion);
-    SSL_CTX_use_certificate(context_.get(), certificate.certificate.get());
-    SSL_CTX_use_PrivateKey(context_.get(), certificate.key.get());
-    if (http2) SSL_CTX_set_alpn_select_cb(context_.get(), &chooseHTTP2, nullptr);
-    tls_ = {SSL_new(context_.get()), SSL_free};
-    SSL_set_fd(tls_.get(), connection.socket_);
-    isOpen_ = SSL_accept(tls_.get()) == 1;
-  }
-
-  [[nodiscard]] bool isOpen() const { return isOpen_; }
-  /// The next bytes, empty when the client has gone.
-  std::string read(int most = 4096) {
-    std::string bytes(static_cast<std::size_t>(most), '\0');
-    bytes.resize(static_cast<std::size_t>(std::max(SSL_read(tls_.get(), bytes.data(), most), 0)));
-    return bytes;
-  }
-  void write(std::string_view bytes) {
-    SSL_write(tls_.get(), bytes.data(), static_cast<int>(bytes.size()));
-  }
-
- private:
-  static int chooseHTTP2(SSL*, const unsigned char** out, unsigned char* size, const unsigned char*,
-                         unsigned, void*) {
-    *out = reinterpret_cast<const unsigned char*>("h2");
-    *size = 2;
-    return SSL_TLSEXT_ERR_OK;
-  }
-
-  std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context_;
-  std::unique_ptr<SSL, void (*)(SSL*)> tls_{nullptr, SSL_free};
-  bool isOpen_ = false;
-};
-
 std::string answerSecurely(Connection& connection, const Certificate& certificate,
                            int newestVersion) {
-  SecureConnection tls(connection, certificate, newestVersion);
-  if (!tls.isOpen()) return connection.waitForClose();
+  sigset_t pipe{};  // a client may go while it is being told something
+  sigaddset(&pipe, SIGPIPE);
+  pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
+  const std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context(SSL_CTX_new(TLS_server_method()),
+                                                             SSL_CTX_free);
+  SSL_CTX_set_security_level(context.get(), 0);  // old versions count as no security at all
+  SSL_CTX_set_min_proto_version(context.get(), TLS1_VERSION);
+  SSL_CTX_set_max_proto_version(context.get(), newestVersion);
+  SSL_CTX_use_certificate(context.get(), certificate.certificate.get());
+  SSL_CTX_use_PrivateKey(context.get(), certificate.key.get());
+  const std::unique_ptr<SSL, void (*)(SSL*)> tls(SSL_new(context.get()), SSL_free);
+  SSL_set_fd(tls.get(), connection.socket_);
+  if (SSL_accept(tls.get()) != 1) return connection.waitForClose();
   std::string request;
+  std::array<char, 4096> buffer;
   while (!request.ends_with("\r\n\r\n")) {
-    const auto bytes = tls.read();
-    if (bytes.empty()) return request;
-    request += bytes;
+    const auto count = SSL_read(tls.get(), buffer.data(), static_cast<int>(buffer.size()));
+    if (count <= 0) return request;
+    request.append(buffer.data(), static_cast<std::size_t>(count));
   }
-  tls.write("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+  constexpr std::string_view kAnswer = "HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n";
+  SSL_write(tls.get(), kAnswer.data(), static_cast<int>(kAnswer.size()));
   return request;
-}
-
-void trickleOverHTTP2(Connection& connection, const Certificate& certificate, std::string_view body,
-                      std::chrono::milliseconds pause) {
-  constexpr char kData = 0, kHeaders = 1, kSettings = 4, kEndStream = 1, kEndHeaders = 4;
-  constexpr std::size_t kPreface = 24, kFrameHead = 9;
-  SecureConnection tls(connection, certificate, TLS1_3_VERSION, true);
-  const auto send = [&](char type, char flags, char stream, std::string_view payload) {
-    std::string frame{0, 0, static_cast<char>(payload.size()), type, flags, 0, 0, 0, stream};
-    tls.write(frame.append(payload));
-  };
-  send(kSettings, 0, 0, "");
-  // Frame by frame, all short, up to the request.
-  std::string heard;
-  for (std::size_t at = kPreface, type = kData; type != kHeaders;) {
-    while (heard.size() < at + kFrameHead) {
-      const auto bytes = tls.read();
-      if (bytes.empty()) return;
-      heard += bytes;
-    }
-    type = static_cast<unsigned char>(heard[at + 3]);
-    at += kFrameHead + static_cast<unsigned char>(heard[at + 2]);
-  }
-  send(kHeaders, kEndHeaders, 1, "\x88");  // status 200
-  for (const char byte : body) {
-    std::this_thread::sleep_for(pause);
-    send(kData, 0, 1, {&byte, 1});
-  }
-  send(kData, kEndStream, 1, "");
-  connection.waitForClose();
 }
 
 ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {

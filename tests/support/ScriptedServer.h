@@ -25,7 +25,7 @@ class Connection {
 
  private:
   friend class ScriptedServer;
-  friend class SecureConnection;
+  friend std::string answerSecurely(Connection&, const Certificate&, int);
   int socket_;
   std::string received_;
 };
@@ -35,10 +35,6 @@ class Connection {
 /// handshake down, all that came after that.
 std::string answerSecurely(Connection& connection, const Certificate& certificate,
                            int newestVersion);
-
-/// Answers a request over HTTP/2 with a 200, the body byte by byte with a pause before each.
-void trickleOverHTTP2(Connection& connection, const Certificate& certificate, std::string_view body,
-                      std::chrono::milliseconds pause);
 
 /// A server on a free loopback port that does exactly what its script says, however wrong. Each
 /// connection has a thread; the destructor ends them.

@@ -1,11 +1,14 @@
 #pragma once
 
 #include <gtest/gtest.h>
+#include <time.h>
 
+#include <barrier>
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace orvo {
 
@@ -44,6 +47,13 @@ class Signal {
   int told_ = 0;
 };
 
+/// The processor time of the process so far.
+inline std::chrono::nanoseconds processorTime() {
+  timespec time{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return std::chrono::seconds(time.tv_sec) + std::chrono::nanoseconds(time.tv_nsec);
+}
+
 /// Lets others run until the condition holds, for what no signal tells.
 template <class Condition>
 [[nodiscard]] testing::AssertionResult eventually(Condition condition) {
@@ -55,6 +65,26 @@ template <class Condition>
     std::this_thread::yield();
   }
   return testing::AssertionSuccess();
+}
+
+inline constexpr int kRacers = 4;
+
+/// Lets `kRacers` threads run `body(racer, round)`, all beginning each round at the same moment,
+/// with `between(round)` run alone before each.
+template <class Between, class Body>
+void race(int rounds, Between between, Body body) {
+  int round = -1;
+  std::barrier start(kRacers, [&]() noexcept { between(++round); });
+  std::vector<std::thread> threads;
+  for (int racer = 0; racer < kRacers; ++racer) {
+    threads.emplace_back([&, racer] {
+      for (int i = 0; i < rounds; ++i) {
+        start.arrive_and_wait();
+        body(racer, i);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
 }
 
 }  // namespace test

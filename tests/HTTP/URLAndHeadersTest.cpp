@@ -1,3 +1,4 @@
+#include <OrvoAPI/HTTP/HTTPHeaders.h>
 #include <OrvoAPI/HTTP/URL.h>
 #include <tests/support/Test.h>
 
@@ -113,6 +114,21 @@ TEST(URLAppend, PutsExactlyOneSlashBetweenTheParts) {
   EXPECT_EQ(url("/").appendingPathComponent("a").text(), "/a");
   EXPECT_EQ(url("http://h/x?q=/#f").appendingPathComponent("a").text(), "http://h/x/a?q=/#f");
   EXPECT_EQ(url("http://h/x?q#f").withQuery("a=b")->text(), "http://h/x?a=b#f");
+}
+
+TEST(HTTPHeaders, FindsFieldsWithoutRegardToCase) {
+  HTTPHeaders headers{{"Accept", "a"}, {"X-Id", "1"}, {"accept", "b"}};
+  EXPECT_EQ(headers.value("ACCEPT"), "a");
+  EXPECT_EQ(headers.values("Accept"), (std::vector<std::string_view>{"a", "b"}));
+  EXPECT_FALSE(headers.contains("X-I"));
+  headers.set("x-id", *headers.value("ACCEPT"));
+  EXPECT_EQ(headers, (HTTPHeaders{{"Accept", "a"}, {"accept", "b"}, {"x-id", "a"}}));
+  headers.set("X-Id", std::string(100, 'i'));
+  headers.set("x-id", *headers.value("X-Id"));
+  EXPECT_EQ(headers.value("x-id"), std::string(100, 'i')) << "set from its own value";
+  headers.remove("Accept");
+  headers.set((*headers.begin()).name, "a");
+  EXPECT_EQ(headers, (HTTPHeaders{{"x-id", "a"}}));
 }
 
 }  // namespace

@@ -1,8 +1,8 @@
-#include "RunTool.h"
+#include "Fixtures.h"
 
 #include <sys/wait.h>
+#include <tests/support/Outcome.h>
 #include <tests/support/Test.h>
-#include <tests/support/Token.h>
 #include <unistd.h>
 
 #include <fstream>
