@@ -249,12 +249,12 @@ TEST(URLSessionInterceptor, LearnsOfACancelAndMayAnswerLaterButNotNever) {
 }
 
 TEST(URLSessionInterceptor, HasNoLongerThanTheWholeMayTake) {
-  constexpr auto kLimit = 300ms;
+  constexpr auto kWhole = 300ms;
   const auto keeper = std::make_shared<Keeper>();
   URLSession session({.protocolClasses = {keeper}});
   const auto url = *URL::parse("http://nowhere.invalid/");
-  const auto later = session.fetch({.url = url, .totalTimeoutInterval = 2 * kLimit});
-  const auto soon = session.fetch({.url = url, .totalTimeoutInterval = kLimit});
+  const auto later = session.fetch({.url = url, .totalTimeoutInterval = 2 * kWhole});
+  const auto soon = session.fetch({.url = url, .totalTimeoutInterval = kWhole});
   EXPECT_EQ(codeOf(soon), URLError::timedOut);
   EXPECT_FALSE(later.didComplete());
   keeper->kept.back()->respond({.url = url, .statusCode = 200});
