@@ -3,6 +3,7 @@
 #include <tool/Screen.h>
 #include <tool/Text.h>
 #include <tool/TimeAxis.h>
+#include <tool/Wording.h>
 
 namespace orvo::tool {
 namespace {
@@ -44,6 +45,12 @@ TEST(ToolText, BreaksLinesAtSpacesOrElseAnywhere) {
   EXPECT_EQ(wrapped("abcdefgh ij", 3), (std::vector<std::string>{"abc", "def", "gh", "ij"}));
   EXPECT_EQ(wrapped("夜の市場", 1).size(), 4U);
   EXPECT_TRUE(wrapped("  ", 5).empty());
+}
+
+TEST(ToolText, RoundsADurationToWhatPeopleSay) {
+  EXPECT_EQ(durationText(59.5) + ", " + durationText(90.0), "1 min, 2 min");
+  EXPECT_EQ(durationText(3'569.0) + ", " + durationText(3'570.0), "59 min, 1 h");
+  EXPECT_EQ(durationText(3'900.0), "1 h 05");
 }
 
 TEST(ScreenTable, IsNotFilledUpToTheWidthOfAGiantText) {
