@@ -3,11 +3,13 @@
 #include <chrono>
 #include <compare>
 #include <cstdint>
+#include <limits>
 
 namespace orvo {
 
 /// A point in absolute time, in whole milliseconds since 1970-01-01 00:00:00 UTC (earlier ones are
-/// negative). A value; safe to use from any thread.
+/// negative). A sum or a difference that would lie beyond what 64 bits hold is the last, or the
+/// first, that they do. A value; safe to use from any thread.
 class Date {
  public:
   constexpr Date() = default;
@@ -22,16 +24,25 @@ class Date {
   friend constexpr auto operator<=>(Date, Date) = default;
 
   friend constexpr Date operator+(Date date, std::chrono::milliseconds span) {
-    return Date(date.milliseconds_ + span.count());
+    std::int64_t sum = 0;
+    const bool isBeyond = __builtin_add_overflow(date.milliseconds_, span.count(), &sum);
+    return Date(isBeyond ? limit(span.count() < 0) : sum);
   }
   friend constexpr Date operator-(Date date, std::chrono::milliseconds span) {
-    return Date(date.milliseconds_ - span.count());
+    return Date((date - Date(span.count())).count());
   }
   friend constexpr std::chrono::milliseconds operator-(Date later, Date earlier) {
-    return std::chrono::milliseconds(later.milliseconds_ - earlier.milliseconds_);
+    std::int64_t span = 0;
+    const bool isBeyond = __builtin_sub_overflow(later.milliseconds_, earlier.milliseconds_, &span);
+    return std::chrono::milliseconds(isBeyond ? limit(later < earlier) : span);
   }
 
  private:
+  static constexpr std::int64_t limit(bool isFirst) {
+    using Limits = std::numeric_limits<std::int64_t>;
+    return isFirst ? Limits::min() : Limits::max();
+  }
+
   std::int64_t milliseconds_ = 0;
 };
 

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 #include <random>
 #include <utility>
 
@@ -21,15 +20,6 @@ constexpr int kReloadedDays = 3;
 /// For what never comes: beyond a device's life, and no queue's sum overflows.
 constexpr std::chrono::milliseconds kForever = std::chrono::hours(24 * 365'000);
 
-/// The date, or the nearest one from which the calendar can count without leaving its range.
-Date countable(Date date) {
-  constexpr Date kLatest(8'640'000'000'000'000);  // a hundred million days from 1970
-  constexpr Date kEarliest(-kLatest.millisecondsSince1970());
-  return std::clamp(date, kEarliest, kLatest);
-}
-
-Date addingDays(Date date, int days) { return Calendar().addingDays(countable(date), days); }
-
 /// The time between the dates, if it can be represented.
 std::optional<std::chrono::milliseconds> span(Date from, Date to) {
   std::int64_t result = 0;
@@ -39,29 +29,18 @@ std::optional<std::chrono::milliseconds> span(Date from, Date to) {
   return std::chrono::milliseconds(result);
 }
 
-/// The date that much later (a negative `by` counts as none), or the last one there is.
-Date later(Date date, std::chrono::milliseconds by) {
-  std::int64_t result = 0;
-  if (__builtin_add_overflow(date.millisecondsSince1970(), std::max(by.count(), std::int64_t{0}),
-                             &result)) {
-    result = std::numeric_limits<std::int64_t>::max();
-  }
-  return Date(result);
-}
-
 bool hasEnded(const LinearProgram& program, Date now) { return program.endTime <= now; }
 
 /// The programmes that have not ended, under the headings of their days.
 std::vector<GuideDay> group(const std::vector<LinearProgram>& programs, Date now) {
   Calendar calendar;  // a new one, for the device may have travelled
-  const Date today = countable(now);
   GuideDay todays{.title = "TODAY", .programs = {}};
   GuideDay tomorrows{.title = "TOMORROW", .programs = {}};
   std::vector<GuideDay> weekdays;
   std::array<std::size_t, 8> places{};  // by weekday, from 1: one past its group in `weekdays`
   const auto groupOf = [&](Date start) -> GuideDay& {
-    if (calendar.isToday(start, today)) return todays;
-    if (calendar.isTomorrow(start, today)) return tomorrows;
+    if (calendar.isToday(start, now)) return todays;
+    if (calendar.isTomorrow(start, now)) return tomorrows;
     const auto weekday = static_cast<std::size_t>(calendar.weekday(start));
     if (places[weekday] == 0) {
       weekdays.push_back({.title = capitalWeekdayNames()[weekday - 1], .programs = {}});
@@ -70,7 +49,7 @@ std::vector<GuideDay> group(const std::vector<LinearProgram>& programs, Date now
     return weekdays[places[weekday] - 1];
   };
   for (const auto& program : programs) {
-    if (!hasEnded(program, now)) groupOf(countable(program.startTime)).programs.push_back(program);
+    if (!hasEnded(program, now)) groupOf(program.startTime).programs.push_back(program);
   }
   if (!tomorrows.programs.empty()) weekdays.insert(weekdays.begin(), std::move(tomorrows));
   if (!todays.programs.empty()) weekdays.insert(weekdays.begin(), std::move(todays));
@@ -132,7 +111,7 @@ LinearProgramGuideMonitor::LinearProgramGuideMonitor(std::shared_ptr<const Conte
 
 Future<bool> LinearProgramGuideMonitor::load(Date startingAt, int days,
                                              const GuideLoadOptions& options) {
-  return load(startingAt, addingDays(startingAt, days), options);
+  return load(startingAt, Calendar().addingDays(startingAt, days), options);
 }
 
 Future<bool> LinearProgramGuideMonitor::load(Date startingAt, Date endingAt,
@@ -232,7 +211,8 @@ void LinearProgramGuideMonitor::send(Shared<Video> video, const LinearProgram& p
 }
 
 void LinearProgramGuideMonitor::scheduleRegroup(Date programEnd) {
-  if (delayAfterEnd_) return waitUntil(later(programEnd, delayAfterEnd_()));
+  if (delayAfterEnd_)
+    return waitUntil(programEnd + std::max(delayAfterEnd_(), std::chrono::milliseconds(0)));
   if (const auto due = timeToRegroup(programEnd, clock_->now())) waitUntil(*due);
 }
 

@@ -18,6 +18,8 @@ using WallTime = std::int64_t;
 
 constexpr std::int64_t secondsPerDay = 86'400;
 
+static_assert(sizeof(time_t) == sizeof(Instant), "dates beyond 2038 need _TIME_BITS=64");
+
 Instant instantOf(Date date) { return detail::floorDivide(date.millisecondsSince1970(), 1000); }
 Date dateOf(Instant instant) { return Date(instant * 1000); }
 
@@ -112,7 +114,8 @@ Calendar::Stretch Calendar::findStretch(Date date) {
   return {dateOf(begin), dateOf(end), dateOf(start), wallTime, offset, weekday};
 }
 
-Date Calendar::addingDays(Date date, int days) {
+Date Calendar::addingDays(Date from, int days) {
+  const Date date = countable(from);
   const auto offset = stretch(date).secondsEastOfUTC;
   const Instant instant = instantOf(date);
   const Instant unchanged = instant + days * secondsPerDay;

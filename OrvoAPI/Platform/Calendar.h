@@ -2,6 +2,7 @@
 
 #include <OrvoAPI/Base/Date.h>
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstddef>
@@ -14,6 +15,8 @@ namespace orvo {
 /// The Gregorian calendar in the device's time zone, as the C library has it. Used by one thread at
 /// a time; nothing is shared, so make one for each piece of work: it costs nothing.
 ///
+/// An instant more than a hundred million days from 1970 counts as the nearest that is not.
+///
 /// It remembers the days that it has seen and asks the C library only for new ones. When the app
 /// changes its zone with `tzset`, the next calendar that is made follows it.
 class Calendar {
@@ -23,7 +26,9 @@ class Calendar {
   /// The hour that a wall clock shows, 0 to 23.
   [[nodiscard]] int hour(Date date) {
     const Stretch& found = stretch(date);
-    return static_cast<int>((date - found.begin + found.wallTimeAtBegin) / std::chrono::hours(1));
+    const auto last = found.end - std::chrono::milliseconds(1);
+    const auto elapsed = std::clamp(date, found.begin, last) - found.begin;
+    return static_cast<int>((elapsed + found.wallTimeAtBegin) / std::chrono::hours(1));
   }
   /// From 1, Sunday, to 7, Saturday.
   [[nodiscard]] int weekday(Date date) { return stretch(date).weekday; }
@@ -57,7 +62,11 @@ class Calendar {
 
   const Stretch& stretch(Date date) {
     if (latest_ < stretches_.size() && stretches_[latest_].holds(date)) return stretches_[latest_];
-    return otherStretch(date);
+    return otherStretch(countable(date));
+  }
+  static constexpr Date countable(Date date) {
+    constexpr std::int64_t kMost = 8'640'000'000'000'000;
+    return std::clamp(date, Date(-kMost), Date(kMost));
   }
   const Stretch& otherStretch(Date date);
   static Stretch findStretch(Date date);

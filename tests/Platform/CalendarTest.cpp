@@ -13,7 +13,12 @@ extern "C" __attribute__((weak)) void __lsan_enable();
 namespace orvo {
 namespace {
 
+using std::chrono::milliseconds;
+using testing::AllOf;
 using testing::ElementsAre;
+using testing::Ge;
+using testing::Le;
+
 /// An instant in UTC.
 Date utc(int year, unsigned month, unsigned day, int hour = 0, int minute = 0) {
   const std::chrono::sys_days days =
@@ -35,6 +40,30 @@ TEST(Calendar, StartsDaysByTheClocksOnTheWall) {
   EXPECT_EQ(calendar.startOfDay(utc(2024, 10, 27, 22, 59)), autumn) << "25 hours";
   EXPECT_EQ(calendar.hour(autumn + 3h), 2) << "the second time";
   EXPECT_EQ(Calendar::addingHours(autumn, 4), autumn + 4h) << "elapsed ones";
+}
+
+constexpr Date kFirst(std::numeric_limits<std::int64_t>::min());
+constexpr Date kLast(std::numeric_limits<std::int64_t>::max());
+static_assert(kLast + 1ms == kLast && kFirst + -1ms == kFirst && kFirst + 1ms > kFirst);
+static_assert(kFirst - 1ms == kFirst && kLast - milliseconds::min() == kLast &&
+              kLast - 1ms < kLast);
+static_assert(kLast - kFirst == milliseconds::max() && kFirst - kLast == milliseconds::min());
+
+TEST(Calendar, CountsOnAtTheEndsOfTime) {
+  const Zone zone("Europe/Vienna");
+  Calendar calendar;
+  for (const Date date : {kFirst, kLast, Date(kFirst.millisecondsSince1970() / 2)}) {
+    const Date day = calendar.startOfDay(date);
+    EXPECT_EQ(calendar.startOfDay(day), day);
+    EXPECT_EQ(calendar.hour(day), 0);
+    EXPECT_THAT(calendar.hour(date), AllOf(Ge(0), Le(23)));
+    EXPECT_THAT(calendar.weekday(date), AllOf(Ge(1), Le(7)));
+    EXPECT_TRUE(calendar.isToday(date, date));
+    for (const int days : {std::numeric_limits<int>::min(), std::numeric_limits<int>::max()}) {
+      EXPECT_EQ(calendar.addingDays(date, days) > calendar.addingDays(date, 0), days > 0);
+      EXPECT_EQ(Calendar::addingHours(date, days) >= date, days > 0 || date == kFirst);
+    }
+  }
 }
 
 TEST(Calendar, AddsDaysToATimeThatClocksSkipOrShowTwice) {
