@@ -37,6 +37,15 @@ std::uint64_t bytesRead(int socket) {
   return received - std::min(received, static_cast<std::uint64_t>(unread));
 }
 
+/// Spares libcurl what has come already: megabytes of frames or records, each to be looked at.
+void discardUnread(int socket) {
+  constexpr int kMostTimes = 1024;
+  std::array<char, 65'536> bytes;
+  for (int i = 0; i < kMostTimes; ++i) {
+    if (recv(socket, bytes.data(), bytes.size(), MSG_DONTWAIT) <= 0) return;
+  }
+}
+
 struct End {
   std::string address;
   int port = 0;
@@ -217,6 +226,7 @@ void Connections::shutDownBusiest() {
   flooded_.push_back({busiest->first, busiest->second.number});
   hasFlooded_ = true;
   shutdown(busiest->first, SHUT_RDWR);
+  discardUnread(busiest->first);
 }
 
 }  // namespace orvo::detail
