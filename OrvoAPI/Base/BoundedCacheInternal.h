@@ -38,8 +38,16 @@ class BoundedCache {
   [[nodiscard]] Dropped put(std::string_view key, Value value) {
     Dropped fresh;
     fresh.push_front(Entry{std::string(key), std::move(value)});
-    Dropped dropped = remove(key);
-    positions_.emplace(fresh.front().key, fresh.begin());
+    Dropped dropped;
+    // What may be refused memory comes first: nothing has changed by then.
+    const auto [position, isNew] = positions_.try_emplace(fresh.front().key, fresh.begin());
+    if (!isNew) {
+      dropped.splice(dropped.end(), entries_, position->second);
+      auto node = positions_.extract(position);
+      node.key() = fresh.front().key;  // the earlier one lies in what it replaces
+      node.mapped() = fresh.begin();
+      positions_.insert(std::move(node));
+    }
     entries_.splice(entries_.begin(), fresh);
     while (entries_.size() > bound_) {
       positions_.erase(entries_.back().key);

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
+#include <OrvoAPI/Futures/detail/OrFail.h>
 #include <OrvoAPI/HTTP/LargeBodiesInternal.h>
 #include <OrvoAPI/Network/SessionError.h>
 
@@ -37,11 +38,11 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, RequestPolicy pol
                    session = sessionProvider_](const Result<HTTPResult>& result) {
         if (result.failed()) return promise.failure(*result.error());
         const int status = result.value()->response.statusCode;
-        if (status <= 399) return deliver(*result.value(), promise);
+        if (status <= 399) return orFail(promise, [&] { deliver(*result.value(), promise); });
         if (status != 401 || !retry) {
           return promise.failure(SessionError::unexpectedStatus{status});
         }
-        renewThenSendAgain(request, promise, weak, *session);
+        orFail(promise, [&] { renewThenSendAgain(request, promise, weak, *session); });
       });
   return promise.future();
 }
@@ -52,7 +53,9 @@ void RequestPipeline::renewThenSendAgain(const URLRequest& request, const Promis
   session.updateSession().onComplete([request, promise, weak](const Result<bool>& renewed) {
     if (renewed.failed()) return promise.failure(*renewed.error());
     if (!*renewed.value()) return promise.failure(SessionError::couldNotUpdateSession{});
-    if (const auto self = weak.lock()) (void)self->fetch(request, {.retry = false}, promise);
+    const auto self = weak.lock();
+    if (self == nullptr) return;
+    orFail(promise, [&] { (void)self->fetch(request, {.retry = false}, promise); });
   });
 }
 

@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/ImmortalInternal.h>
 #include <OrvoAPI/Futures/AnyError.h>
 
 #include <cxxabi.h>
@@ -26,7 +27,25 @@ class ExceptionBox final : public detail::ErrorBox {
   std::exception_ptr exception_;
 };
 
+/// A `std::bad_alloc` that no memory is needed for.
+class OutOfMemoryBox final : public detail::ErrorBox {
+ public:
+  [[nodiscard]] const void* find(const std::type_info& type) const noexcept override {
+    if (type == typeid(std::bad_alloc)) return &error_;
+    return type == typeid(std::exception) ? static_cast<const std::exception*>(&error_) : nullptr;
+  }
+  [[nodiscard]] std::string description() const override { return "out of memory"; }
+
+ private:
+  const std::bad_alloc error_;
+};
+
 }  // namespace
+
+std::shared_ptr<const detail::ErrorBox> AnyError::outOfMemory() noexcept {
+  static const auto* const box = new (detail::immortalPlace<OutOfMemoryBox>()) OutOfMemoryBox;
+  return {std::shared_ptr<void>(), box};
+}
 
 std::string detail::readableTypeName(const std::type_info& type) {
   int status = 0;
@@ -40,9 +59,15 @@ AnyError AnyError::current() {
     throw;
   } catch (const AnyError& error) {
     return error;
+  } catch (const std::bad_alloc&) {
+    return AnyError(outOfMemory());
   } catch (...) {
-    return AnyError(std::shared_ptr<const detail::ErrorBox>(
-        std::make_shared<ExceptionBox>(std::current_exception())));
+    try {
+      return AnyError(std::shared_ptr<const detail::ErrorBox>(
+          std::make_shared<ExceptionBox>(std::current_exception())));
+    } catch (const std::bad_alloc&) {
+      return AnyError(outOfMemory());
+    }
   }
 }
 

@@ -3,6 +3,7 @@
 #include <concepts>
 #include <exception>
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
@@ -66,15 +67,14 @@ struct ErrorTypeOf<E> {
 /// One error of any type: cheap to copy, shared, immutable. Safe to use from any thread.
 class AnyError {
  public:
-  /// Holds the error object. A case of an enumeration is held as its enumeration.
+  /// Holds the error object. A case of an enumeration is held as its enumeration. An error that
+  /// there is no memory for becomes a `std::bad_alloc`, which there always is.
   template <class E>
   requires(!std::same_as<std::remove_cvref_t<E>, AnyError> &&
            !std::same_as<std::remove_cvref_t<E>, std::exception_ptr> &&
            std::copy_constructible<std::remove_cvref_t<E>>)
       AnyError(E&& error)  // NOLINT(google-explicit-constructor): every error object is an error
-      : box_(std::make_shared<const detail::TypedErrorBox<
-                 typename detail::ErrorTypeOf<std::remove_cvref_t<E>>::type>>(
-            std::forward<E>(error))) {}
+      : box_(boxed(std::forward<E>(error))) {}
 
   /// The error of the exception that is being handled: a thrown `AnyError` unchanged, any other
   /// exception as it is.
@@ -98,6 +98,18 @@ class AnyError {
 
  private:
   explicit AnyError(std::shared_ptr<const detail::ErrorBox> box) : box_(std::move(box)) {}
+
+  template <class E>
+  static std::shared_ptr<const detail::ErrorBox> boxed(E&& error) {
+    using Box = detail::TypedErrorBox<typename detail::ErrorTypeOf<std::remove_cvref_t<E>>::type>;
+    try {
+      return std::make_shared<const Box>(std::forward<E>(error));
+    } catch (const std::bad_alloc&) {
+      return outOfMemory();
+    }
+  }
+  /// Always there, so that a failure can be told when there is no memory for its error.
+  [[nodiscard]] static std::shared_ptr<const detail::ErrorBox> outOfMemory() noexcept;
 
   template <class E>
   [[nodiscard]] const E* asException() const noexcept {

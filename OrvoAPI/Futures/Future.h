@@ -13,6 +13,7 @@
 #include <concepts>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -213,8 +214,12 @@ class Future {
   [[nodiscard]] Future<bool> successResult() const {
     Future<bool> outcome(callbackQueue());
     onComplete([outcome](const Result<T>& result) {
-      outcome.callbackQueue()->post(
-          [outcome, succeeded = !result.failed()] { outcome.success(succeeded); });
+      const bool succeeded = !result.failed();
+      try {
+        outcome.callbackQueue()->post([outcome, succeeded] { outcome.success(succeeded); });
+      } catch (const std::bad_alloc&) {
+        outcome.success(succeeded);  // a job sooner
+      }
     });
     return outcome;
   }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Futures/detail/OrFail.h>
 
 #include <memory>
 #include <utility>
@@ -28,11 +29,8 @@ class Promise {
   /// `failure` would.
   void complete(const Future<T>& other) const {
     other.onComplete([future = future_](const Result<T>& result) {
-      if (result.failed()) {
-        future.failure(*result.error());
-      } else {
-        future.success(*result.value());
-      }
+      if (result.failed()) return future.failure(*result.error());
+      detail::orFail(future, [&] { future.success(*result.value()); });
     });
   }
 

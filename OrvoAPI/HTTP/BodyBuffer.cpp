@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/ImmortalInternal.h>
 #include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/HTTP/BodyBufferInternal.h>
 
@@ -21,7 +22,7 @@ constexpr std::size_t kSizeClasses =
 class BufferPool {
  public:
   static BufferPool& shared() {
-    static auto* const pool = new BufferPool;  // bodies may outlive static destruction
+    static auto* const pool = new (immortalPlace<BufferPool>()) BufferPool;
     return *pool;
   }
 

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <array>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace orvo::detail {
@@ -46,21 +47,18 @@ void discardUnread(int socket) {
   }
 }
 
-struct End {
-  std::string address;
-  int port = 0;
-};
-
-End endOf(const sockaddr_storage& storage) {
-  std::array<char, INET6_ADDRSTRLEN> text{};
+/// The address as text, and the port.
+template <std::size_t size>
+int endOf(const sockaddr_storage& storage, std::array<char, size>& text) {
+  static_assert(size >= INET6_ADDRSTRLEN);
   if (storage.ss_family == AF_INET6) {
     const auto& address = reinterpret_cast<const sockaddr_in6&>(storage);
-    inet_ntop(AF_INET6, &address.sin6_addr, text.data(), text.size());
-    return {text.data(), ntohs(address.sin6_port)};
+    inet_ntop(AF_INET6, &address.sin6_addr, text.data(), socklen_t{size});
+    return ntohs(address.sin6_port);
   }
   const auto& address = reinterpret_cast<const sockaddr_in&>(storage);
-  inet_ntop(AF_INET, &address.sin_addr, text.data(), text.size());
-  return {text.data(), ntohs(address.sin_port)};
+  inet_ntop(AF_INET, &address.sin_addr, text.data(), socklen_t{size});
+  return ntohs(address.sin_port);
 }
 
 NetworkTime now() { return NetworkThread::shared().now(); }
@@ -74,15 +72,25 @@ Connections::~Connections() { Watchdog::shared().remove(*this); }
 int Connections::open(const curl_sockaddr& address, std::string_view host) {
   const int opened = socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
   if (opened < 0) return opened;
-  const LockGuard guard(lock_);
-  connections_[opened] = {.number = ++lastNumber_, .host = std::string(host), .lastHeard = now()};
+  try {
+    const LockGuard guard(lock_);
+    flooded_.reserve(flooded_.size() + connections_.size() + 1);
+    connections_[opened] = {.number = ++lastNumber_, .host = std::string(host), .lastHeard = now()};
+  } catch (const std::bad_alloc&) {
+    (void)close(opened);
+    return -1;
+  }
   return opened;
 }
 
 int Connections::close(int socket) {
   // Within the lock: the watchdog must not shut down whoever gets the number next.
   const LockGuard guard(lock_);
-  connections_.erase(socket);
+  if (const auto found = connections_.find(socket); found != connections_.end()) {
+    lastClosed_ = {socket, found->second.number};
+    receivedOnLastClosed_ = bytesReceived(socket);
+    connections_.erase(found);
+  }
   return ::close(socket);
 }
 
@@ -91,11 +99,10 @@ void Connections::learnEnds(int socket, Connection& connection) {
   socklen_t size = sizeof storage;
   auto* const address = reinterpret_cast<sockaddr*>(&storage);
   if (getpeername(socket, address, &size) != 0) return;  // it is not connected yet
-  auto peer = endOf(storage);
-  connection.peer = std::move(peer.address);
-  connection.peerPort = peer.port;
+  connection.peerPort = endOf(storage, connection.peer);
   size = sizeof storage;
-  if (getsockname(socket, address, &size) == 0) connection.localPort = endOf(storage).port;
+  Address own{};
+  if (getsockname(socket, address, &size) == 0) connection.localPort = endOf(storage, own);
 }
 
 Connections::ID Connections::find(std::string_view peer, int peerPort, int localPort) {
@@ -103,7 +110,7 @@ Connections::ID Connections::find(std::string_view peer, int peerPort, int local
   for (auto& [socket, connection] : connections_) {
     if (connection.localPort == 0) learnEnds(socket, connection);
     if (connection.localPort == localPort && connection.peerPort == peerPort &&
-        connection.peer == peer) {
+        connection.peer.data() == peer) {
       return {socket, connection.number};
     }
   }
@@ -128,6 +135,12 @@ bool Connections::noteInput(int socket) {
 void Connections::settle(const ID& connection, std::uint64_t delivered) {
   const LockGuard guard(lock_);
   if (auto* const known = get(connection)) known->delivered += delivered;
+}
+
+std::uint64_t Connections::received(const ID& connection) {
+  const LockGuard guard(lock_);
+  if (connection == lastClosed_) return receivedOnLastClosed_;
+  return get(connection) != nullptr ? bytesReceived(connection.socket) : 0;
 }
 
 bool Connections::isOverdrawn(const ID& connection, std::uint64_t delivered, std::uint64_t bound) {
@@ -196,10 +209,14 @@ void Connections::shutDownUnused(const InUse& isInUse) {
   }
 }
 
-std::vector<Connections::ID> Connections::takeFlooded() {
+std::optional<Connections::ID> Connections::takeFlooded() {
+  if (!hasFlooded_.load(std::memory_order_relaxed)) return std::nullopt;
   const LockGuard guard(lock_);
-  hasFlooded_ = false;
-  return std::exchange(flooded_, {});
+  hasFlooded_ = !flooded_.empty();
+  if (flooded_.empty()) return std::nullopt;
+  const auto flooded = flooded_.back();
+  flooded_.pop_back();
+  return flooded;
 }
 
 std::uint64_t Connections::greatestGrowth() {

@@ -5,11 +5,13 @@
 
 #include <curl/curl.h>
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -58,6 +60,10 @@ class Connections {
                                  std::uint64_t bound);
   static constexpr std::uint64_t kMostBytesForOne = 4;
 
+  /// All bytes that have come on it so far, encryption included; of those that are closed, only
+  /// the last one is remembered.
+  [[nodiscard]] std::uint64_t received(const ID& connection);
+
   /// A request to the host has timed out.
   void suspectHost(std::string_view host);
   void suspectAll();
@@ -68,9 +74,8 @@ class Connections {
   /// Shuts down those on which nothing may be sent and nothing is under way.
   void shutDownUnused(const InUse& isInUse);
 
-  /// Those that the watchdog has shut down since the last call.
-  [[nodiscard]] std::vector<ID> takeFlooded();
-  [[nodiscard]] bool hasFlooded() const { return hasFlooded_.load(std::memory_order_relaxed); }
+  /// One of those that the watchdog has shut down, until none is left.
+  [[nodiscard]] std::optional<ID> takeFlooded();
 
   // For the watchdog.
 
@@ -80,10 +85,13 @@ class Connections {
   void shutDownBusiest();
 
  private:
+  /// As text; without memory of its own, for libcurl asks where nothing may be thrown.
+  using Address = std::array<char, 46>;
+
   struct Connection {
     std::uint64_t number = 0;
     std::string host = {};
-    std::string peer = {};  // with the ports, known once it is connected
+    Address peer = {};  // with the ports, known once it is connected
     int peerPort = 0;
     int localPort = 0;
     NetworkTime lastHeard = {};
@@ -104,7 +112,9 @@ class Connections {
   Lock lock_;
   std::map<int, Connection> connections_ ORVO_GUARDED_BY(lock_);
   std::uint64_t lastNumber_ ORVO_GUARDED_BY(lock_) = 0;
-  std::vector<ID> flooded_ ORVO_GUARDED_BY(lock_);
+  std::vector<ID> flooded_ ORVO_GUARDED_BY(lock_);  // has room for all
+  ID lastClosed_ ORVO_GUARDED_BY(lock_);
+  std::uint64_t receivedOnLastClosed_ ORVO_GUARDED_BY(lock_) = 0;
   bool mayBeCondemned_ = false;  // network thread only: some are, or were
   std::atomic<bool> hasFlooded_{false};
 };

@@ -1,6 +1,8 @@
 #include <OrvoAPI/HTTP/CurlErrorsInternal.h>
+#include <OrvoAPI/HTTP/HTTPExchangeInternal.h>
 
 #include <cerrno>
+#include <new>
 
 namespace orvo::detail {
 namespace {
@@ -97,7 +99,18 @@ int errorCode(CURL* transfer, CURLcode code) {
 
 URLError urlError(CURL* transfer, CURLcode code) {
   // The fixed text of the code: the detailed one may repeat what the URL said.
-  return {errorCode(transfer, code), curl_easy_strerror(code)};
+  return makeURLError(errorCode(transfer, code), curl_easy_strerror(code));
 }
+
+URLError makeURLError(int code, const char* message) noexcept {
+  try {
+    return {code, message};
+  } catch (const std::bad_alloc&) {
+    return {code, {}};
+  }
+}
+
+/// Short enough for a string without memory of its own.
+URLError outOfMemory() noexcept { return {URLError::unknown, "out of memory"}; }
 
 }  // namespace orvo::detail

@@ -5,6 +5,7 @@
 #include <sys/epoll.h>
 
 #include <map>
+#include <memory>
 #include <utility>
 
 namespace orvo::detail {
@@ -20,20 +21,42 @@ std::map<std::string, std::weak_ptr<CurlPool>>& pools() {
 std::shared_ptr<CurlPool> CurlPool::of(const std::string& authorityFile) {
   auto& known = pools()[authorityFile];
   if (auto pool = known.lock()) return pool;
-  CURLM* const multi = curl_multi_init();
+  std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)> multi(curl_multi_init(),
+                                                              &curl_multi_cleanup);
   if (multi == nullptr) return nullptr;
-  std::shared_ptr<CurlPool> pool(new CurlPool(multi, authorityFile));
-  known = pool;
-  return pool;
+  std::unique_ptr<CurlPool> pool(new CurlPool(multi.get(), authorityFile));
+  (void)multi.release();
+  std::shared_ptr<CurlPool> shared(std::move(pool));
+  known = shared;
+  return shared;
 }
 
 CurlPool::CurlPool(CURLM* multi, std::string authorityFile)
     : multi_(multi), authorityFile_(std::move(authorityFile)) {
+  setUp();
+  NetworkThread::shared().add(*this);
+}
+
+void CurlPool::setUp() {
   curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, &CurlPool::onSocket);
   curl_multi_setopt(multi_, CURLMOPT_SOCKETDATA, this);
   curl_multi_setopt(multi_, CURLMOPT_TIMERFUNCTION, &CurlPool::onTimer);
   curl_multi_setopt(multi_, CURLMOPT_TIMERDATA, this);
-  NetworkThread::shared().add(*this);
+  adjustHostConnections(0);
+  curlTimer_ = NetworkTime::max();
+}
+
+/// A multi handle that was refused memory is in no state to go on: libcurl 7.88 leaves tables half
+/// made, which crash it when they are next used. All that was under way on it ends.
+void CurlPool::startAnew() {
+  {
+    const Watchdog::Call call;
+    curl_multi_cleanup(multi_);
+  }
+  multi_ = curl_multi_init();
+  setUp();
+  for (const auto& transfer : active_) transfer->fail(outOfMemory());
+  checkDeadlinesSoon();
 }
 
 CurlPool::~CurlPool() {
@@ -58,8 +81,15 @@ void CurlPool::add(std::unique_ptr<CurlTransfer> transfer) {
   active_.push_back(std::move(transfer));
   auto& added = *active_.back();
   added.setFresh(connections_.isCondemned(added.host().name), added.host().isFailing);
+  if (multi_ == nullptr) {
+    multi_ = curl_multi_init();
+    setUp();
+  }
   if (curl_multi_add_handle(multi_, added.handle()) != CURLM_OK) {
-    added.end(CURLE_FAILED_INIT);
+    // Not ended here: the place would be given to the next, which would fail in the same way, and
+    // so on, one within the other.
+    added.fail(outOfMemory());
+    checkDeadlinesSoon();
   }
 }
 
@@ -80,26 +110,36 @@ std::unique_ptr<CurlTransfer> CurlPool::remove(CurlTransfer& transfer) {
   return removed;
 }
 
-void CurlPool::endAll(const CurlSession& session, const URLError& error) {
-  std::vector<CurlTransfer*> ending;
-  for (const auto& transfer : active_) {
-    if (transfer->session() == &session) ending.push_back(transfer.get());
+/// Ends transfers one after another: the end of each may let another one begin.
+template <class Condition, class End>
+void CurlPool::endThose(Condition&& condition, End&& end) {
+  for (;;) {
+    const auto found = std::find_if(active_.begin(), active_.end(),
+                                    [&](const auto& transfer) { return condition(*transfer); });
+    if (found == active_.end()) return;
+    end(**found);
   }
-  for (auto* const transfer : ending) transfer->end(error);
+}
+
+void CurlPool::endAll(const CurlSession& session, const URLError& error) {
+  endThose([&](const CurlTransfer& transfer) { return transfer.session() == &session; },
+           [&](CurlTransfer& transfer) { transfer.end(error); });
 }
 
 void CurlPool::act(int socket, int events) {
+  if (multi_ == nullptr) return;
   int running = 0;
+  CURLMcode code = CURLM_OK;
   {
     const Watchdog::Call call;
-    curl_multi_socket_action(multi_, socket, events, &running);
+    code = curl_multi_socket_action(multi_, socket, events, &running);
   }
-  if (connections_.hasFlooded()) {
-    for (const auto& connection : connections_.takeFlooded()) {
-      endOn(connection, {URLError::badServerResponse, "the server floods the connection"});
-    }
+  while (const auto connection = connections_.takeFlooded()) {
+    endOn(*connection,
+          makeURLError(URLError::badServerResponse, "the server floods the connection"));
   }
   collect();
+  if (code == CURLM_OUT_OF_MEMORY) startAnew();
 }
 
 void CurlPool::collect() {
@@ -137,16 +177,14 @@ void CurlPool::weigh(int socket) {
   }
   if (connection.number == 0 || !connections_.isOverdrawn(connection, delivered, bound)) return;
   connections_.retire(connection);
-  endOn(connection, {URLError::dataLengthExceedsMaximum, "the answer costs too many bytes"});
+  endOn(connection,
+        makeURLError(URLError::dataLengthExceedsMaximum, "the answer costs too many bytes"));
   shutDownUnused();
 }
 
 void CurlPool::endOn(const Connections::ID& connection, const URLError& error) {
-  std::vector<CurlTransfer*> ending;
-  for (const auto& transfer : active_) {
-    if (transfer->connection() == connection) ending.push_back(transfer.get());
-  }
-  for (auto* const transfer : ending) transfer->end(error);
+  endThose([&](const CurlTransfer& transfer) { return transfer.connection() == connection; },
+           [&](CurlTransfer& transfer) { transfer.end(error); });
 }
 
 void CurlPool::retireConnections() {
@@ -178,21 +216,18 @@ void CurlPool::runTimers() {
 
 void CurlPool::checkDeadlines() {
   const auto now = NetworkThread::shared().now();
-  nextDeadline_ = NetworkTime::max();
-  std::vector<CurlTransfer*> silent;
+  const auto isOver = [now](const CurlTransfer& transfer) { return transfer.deadline() <= now; };
   for (const auto& transfer : active_) {
-    const auto deadline = transfer->deadline();
-    if (deadline <= now) {
-      silent.push_back(transfer.get());
-    } else {
-      nextDeadline_ = std::min(nextDeadline_, deadline);
+    if (isOver(*transfer) && !transfer->hasFailed()) {
+      connections_.suspectHost(transfer->host().name);
     }
   }
-  for (const auto* const transfer : silent) {
-    if (!transfer->hasFailed()) connections_.suspectHost(transfer->host().name);
-  }
   shutDownUnused();
-  for (auto* const transfer : silent) transfer->giveUp();
+  endThose(isOver, [](CurlTransfer& transfer) { transfer.giveUp(); });
+  nextDeadline_ = NetworkTime::max();
+  for (const auto& transfer : active_) {
+    nextDeadline_ = std::min(nextDeadline_, transfer->deadline());
+  }
 }
 
 int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*) {
@@ -210,7 +245,11 @@ int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self,
   }
   const std::uint32_t events = ((what & CURL_POLL_IN) != 0 ? std::uint32_t{EPOLLIN} : 0U) |
                                ((what & CURL_POLL_OUT) != 0 ? std::uint32_t{EPOLLOUT} : 0U);
-  thread.watch(socket, events, *static_cast<CurlPool*>(self), transfer);
+  auto& pool = *static_cast<CurlPool*>(self);
+  if (!thread.watch(socket, events, pool, transfer) && transfer != nullptr) {
+    transfer->fail(outOfMemory());
+    pool.checkDeadlinesSoon();
+  }
   return 0;
 }
 

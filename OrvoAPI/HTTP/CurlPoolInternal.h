@@ -32,6 +32,11 @@ class CurlPool {
   /// A session has come or, with a negative number, gone: that many more connections to one host.
   void adjustHostConnections(long connections);
 
+  /// Makes room for one transfer more, or throws.
+  void reserveOne() {
+    if (active_.size() == active_.capacity())
+      active_.reserve(std::max<std::size_t>(16, 2 * active_.size()));
+  }
   /// Starts the transfer; its session learns of its end.
   void add(std::unique_ptr<CurlTransfer> transfer);
   /// Ends all transfers of the session.
@@ -62,6 +67,10 @@ class CurlPool {
 
   void act(int socket, int events);
   void collect();
+  void setUp();
+  void startAnew();
+  template <class Condition, class End>
+  void endThose(Condition&& condition, End&& end);
   void weigh(int socket);
   void endOn(const Connections::ID& connection, const URLError& error);
   void shutDownUnused();
@@ -70,7 +79,7 @@ class CurlPool {
   static int onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*);
   static int onTimer(CURLM* multi, long milliseconds, void* self);
 
-  CURLM* const multi_;
+  CURLM* multi_;  // null while there is no memory for it
   const std::string authorityFile_;
   Connections connections_;
   long hostConnections_ = 0;

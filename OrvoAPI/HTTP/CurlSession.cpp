@@ -1,6 +1,7 @@
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <utility>
 #include <variant>
@@ -20,7 +21,7 @@ std::string_view hostName(const URL& url) {
   return text.substr(0, static_cast<std::size_t>(url.path().data() - text.data()));
 }
 
-URLError tookTooLong() { return {URLError::timedOut, "no free connection in time"}; }
+URLError tookTooLong() { return makeURLError(URLError::timedOut, "no free connection in time"); }
 
 /// Whether the host may have moved; nothing when the outcome does not tell.
 std::optional<bool> foundNoWay(const HTTPOutcome& outcome) {
@@ -37,13 +38,19 @@ std::optional<bool> foundNoWay(const HTTPOutcome& outcome) {
 bool CurlSession::open() {
   if (pool_ != nullptr) return true;
   if (!NetworkThread::shared().isUsable()) return false;
-  pool_ = CurlPool::of(configuration_.certificateAuthorityFile.value_or(""));
-  share_ = curl_share_init();
-  if (pool_ == nullptr || share_ == nullptr) return false;
-  pool_->adjustHostConnections(long{configuration_.maximumConnectionsPerHost});
+  idle_.reserve(kIdleTransfersKept);
+  auto pool = CurlPool::of(configuration_.certificateAuthorityFile.value_or(""));
+  CURLSH* const share = pool != nullptr ? curl_share_init() : nullptr;
+  if (share == nullptr) return false;
   // No lock functions: only the network thread uses them.
-  curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE);
-  curl_share_setopt(share_, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
+  if (curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_COOKIE) != CURLSHE_OK ||
+      curl_share_setopt(share, CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION) != CURLSHE_OK) {
+    curl_share_cleanup(share);
+    return false;
+  }
+  pool_ = std::move(pool);
+  share_ = share;
+  pool_->adjustHostConnections(long{configuration_.maximumConnectionsPerHost});
   return true;
 }
 
@@ -62,15 +69,15 @@ void CurlSession::close() {
   if (share_ != nullptr) curl_share_cleanup(std::exchange(share_, nullptr));
 }
 
-void CurlSession::start(std::shared_ptr<HTTPExchange> exchange) {
+void CurlSession::start(const std::shared_ptr<HTTPExchange>& exchange) {
   if (exchange->isCancelled()) return exchange->exchangeDidEnd(cancelledError());
   if (exchange->deadline() <= NetworkThread::shared().now()) {
     return exchange->exchangeDidEnd(tookTooLong());
   }
-  if (!open()) return exchange->exchangeDidEnd(URLError{URLError::unknown, "no memory"});
+  if (!open()) return exchange->exchangeDidEnd(outOfMemory());
   auto& host = hostOf(*exchange);
-  if (host.waiting.empty() && hasPlace(host)) return admit(std::move(exchange), host);
-  wait(std::move(exchange), host);
+  if (host.waiting.empty() && hasPlace(host)) return admit(exchange, host);
+  wait(exchange, host);
 }
 
 CurlHost& CurlSession::hostOf(const HTTPExchange& exchange) {
@@ -92,9 +99,9 @@ bool CurlSession::hasPlace(const CurlHost& host) const {
 
 void CurlSession::wait(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) {
   auto& waits = *exchange;
-  nextDeadline_ = std::min(nextDeadline_, waits.deadline());
-  waits.waitingFor_ = &host;
   waits.place_ = host.waiting.insert(host.waiting.end(), std::move(exchange));
+  waits.waitingFor_ = &host;
+  nextDeadline_ = std::min(nextDeadline_, waits.deadline());
 }
 
 std::shared_ptr<HTTPExchange> CurlSession::leaveLine(HTTPExchange& exchange) {
@@ -104,7 +111,14 @@ std::shared_ptr<HTTPExchange> CurlSession::leaveLine(HTTPExchange& exchange) {
 }
 
 void CurlSession::admitWaiting(CurlHost& host) {
-  while (!host.waiting.empty() && hasPlace(host)) admit(leaveLine(*host.waiting.front()), host);
+  while (!host.waiting.empty() && hasPlace(host)) {
+    const auto next = leaveLine(*host.waiting.front());
+    try {
+      admit(next, host);
+    } catch (const std::bad_alloc&) {
+      next->exchangeDidEnd(outOfMemory());
+    }
+  }
 }
 
 void CurlSession::admitWaiting() {
@@ -114,24 +128,24 @@ void CurlSession::admitWaiting() {
 void CurlSession::runTimers() {
   const auto now = NetworkThread::shared().now();
   nextDeadline_ = NetworkTime::max();
-  std::vector<std::shared_ptr<HTTPExchange>> late;
-  for (const auto& [name, host] : hosts_) {
-    for (const auto& exchange : host.waiting) {
-      if (exchange->deadline() <= now) {
-        late.push_back(exchange);
+  for (auto& [name, host] : hosts_) {
+    for (auto place = host.waiting.begin(); place != host.waiting.end();) {
+      auto& exchange = **place++;  // its place goes when it leaves
+      if (exchange.deadline() <= now) {
+        leaveLine(exchange)->exchangeDidEnd(tookTooLong());
       } else {
-        nextDeadline_ = std::min(nextDeadline_, exchange->deadline());
+        nextDeadline_ = std::min(nextDeadline_, exchange.deadline());
       }
     }
   }
-  for (const auto& exchange : late) leaveLine(*exchange)->exchangeDidEnd(tookTooLong());
 }
 
 void CurlSession::networkDidChange() {
   for (auto& [name, host] : hosts_) host.isFailing = true;
 }
 
-void CurlSession::admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) {
+/// Throws `std::bad_alloc` before anything has changed.
+void CurlSession::admit(const std::shared_ptr<HTTPExchange>& exchange, CurlHost& host) {
   std::unique_ptr<CurlTransfer> transfer;
   if (idle_.empty()) {
     transfer = std::make_unique<CurlTransfer>(configuration_, share_, pool_->connections());
@@ -139,10 +153,11 @@ void CurlSession::admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) 
     transfer = std::move(idle_.back());
     idle_.pop_back();
   }
+  pool_->reserveOne();
+  transfer->begin(exchange, *this, host);
+  transfer->setMultiplexed(host.multiplexed);
   exchange->transfer_ = transfer.get();
   ++host.underWay;
-  transfer->begin(std::move(exchange), *this, host);
-  transfer->setMultiplexed(host.multiplexed);
   pool_->add(std::move(transfer));
 }
 

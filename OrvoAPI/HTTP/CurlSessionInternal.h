@@ -44,7 +44,8 @@ class CurlSession {
   explicit CurlSession(URLSessionConfiguration configuration)
       : configuration_(std::move(configuration)) {}
 
-  void start(std::shared_ptr<HTTPExchange> exchange);
+  /// Throws `std::bad_alloc`, and then has not taken the exchange.
+  void start(const std::shared_ptr<HTTPExchange>& exchange);
   void cancel(HTTPExchange& exchange);
   /// Ends everything that is under way with -999 and lets go of the connections.
   void close();
@@ -59,6 +60,8 @@ class CurlSession {
 
   // For the network thread.
 
+  /// Its own command, any thread.
+  [[nodiscard]] NetworkCommand& closing() { return closing_; }
   /// Large bodies have been freed, for which some may have waited.
   void admitWaiting();
   /// Ends the exchanges that have waited for too long.
@@ -73,10 +76,11 @@ class CurlSession {
   void wait(std::shared_ptr<HTTPExchange> exchange, CurlHost& host);
   [[nodiscard]] static std::shared_ptr<HTTPExchange> leaveLine(HTTPExchange& exchange);
   void admitWaiting(CurlHost& host);
-  void admit(std::shared_ptr<HTTPExchange> exchange, CurlHost& host);
+  void admit(const std::shared_ptr<HTTPExchange>& exchange, CurlHost& host);
   void releaseIfUnused(CurlHost& host);
 
   const URLSessionConfiguration configuration_;
+  NetworkCommand closing_{NetworkCommand::Kind::close};
   std::shared_ptr<CurlPool> pool_;
   CURLSH* share_ = nullptr;
   std::map<std::string, CurlHost, std::less<>> hosts_;

@@ -39,12 +39,6 @@ bool isTooLong(const URLRequest& request) {
 
 bool isFolded(std::string_view line) { return line.starts_with(' ') || line.starts_with('\t'); }
 
-CURL* makeHandle() {
-  CURL* const handle = curl_easy_init();
-  if (handle == nullptr) throw std::bad_alloc();
-  return handle;
-}
-
 /// libcurl's form of "Name: value", in which a field without a value would mean "leave it out".
 std::string headerLine(std::string_view name, std::string_view value) {
   std::string line(name);
@@ -54,12 +48,18 @@ std::string headerLine(std::string_view name, std::string_view value) {
 
 }  // namespace
 
-CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share,
-                           Connections& connections)
-    : handle_(makeHandle()),
+CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, Connections& connections)
+    : handle_(curl_easy_init()),
       connections_(connections),
       maximumBodySize_(configuration.maximumBodySize),
       maximumHeaderSize_(configuration.maximumHeaderSize) {
+  if (handle_ == nullptr) throw std::bad_alloc();
+}
+
+/// By way of the other one, so that the handle goes when a setting is refused memory.
+CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH* share,
+                           Connections& connections)
+    : CurlTransfer(configuration, connections) {
   set(CURLOPT_PRIVATE, this);
   set(CURLOPT_SHARE, share);
   set(CURLOPT_COOKIEFILE, "");       // cookies, kept in memory
@@ -163,14 +163,12 @@ void CurlTransfer::setMethod(const URLRequest& request) {
 void CurlTransfer::setHeaders(const URLRequest& request) {
   if (plainGet_ && listedHeaders_ == request.headers && listedPolicy_ == request.cachePolicy)
     return;
-  curl_slist* list = nullptr;
+  List list;
   const auto append = [&list](const std::string& line) {
-    curl_slist* const longer = curl_slist_append(list, line.c_str());
-    if (longer == nullptr) {
-      curl_slist_free_all(list);
-      throw std::bad_alloc();
-    }
-    list = longer;
+    curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
+    if (longer == nullptr) throw std::bad_alloc();
+    (void)list.release();
+    list.reset(longer);
   };
   for (const auto field : request.headers) append(headerLine(field.name, field.value));
   if (request.cachePolicy == CachePolicy::reloadIgnoringLocalAndRemoteCacheData) {
@@ -181,8 +179,8 @@ void CurlTransfer::setHeaders(const URLRequest& request) {
     append("Expect:");  // servers that do not know it would cost a second
     if (!request.headers.contains("Content-Type")) append("Content-Type:");
   }
-  set(CURLOPT_HTTPHEADER, list);
-  headerList_.reset(list);
+  set(CURLOPT_HTTPHEADER, list.get());
+  headerList_ = std::move(list);
   listedHeaders_ = plainGet_ ? std::optional(request.headers) : std::nullopt;
   listedPolicy_ = request.cachePolicy;
 }
@@ -219,26 +217,41 @@ std::uint64_t CurlTransfer::bound() const {
                                                        : maximumBodySize_ + maximumHeaderSize_;
 }
 
+void CurlTransfer::end(CURLcode code) {
+  HTTPOutcome ended = outOfMemory();
+  try {
+    ended = outcome(code);
+  } catch (const std::bad_alloc&) {
+  }
+  end(std::move(ended));
+}
+
 void CurlTransfer::end(HTTPOutcome outcome) { session_->transferDidEnd(*this, std::move(outcome)); }
 
 void CurlTransfer::giveUp() {
-  if (failure_) return end(*failure_);
+  if (failure_) return end(HTTPOutcome(*std::exchange(failure_, std::nullopt)));
   const auto now = NetworkThread::shared().now();
   const bool isSilence = lastActivity_ + exchange_->exchangeRequest().timeoutInterval <= now;
-  end(URLError{URLError::timedOut, exchange_->deadline() <= now ? "the request took too long"
-                                   : isSilence                  ? "the server is silent"
-                                                                : "the header took too long"});
+  end(makeURLError(URLError::timedOut, exchange_->deadline() <= now ? "the request took too long"
+                                       : isSilence                  ? "the server is silent"
+                                                                    : "the header took too long"));
+}
+
+/// libcurl reports a request, or a line of a header, that is too long for it in the same way.
+URLError CurlTransfer::faultOfMemory() {
+  constexpr std::uint64_t kLeastForTooLong = 50'000;  // some fields are sent compressed
+  if (isTooLong(exchange_->exchangeRequest())) {
+    return makeURLError(URLError::badURL, "the request's header is too long");
+  }
+  if (!headIsComplete_ && connections_.received(connection_) >= kLeastForTooLong) {
+    return makeURLError(URLError::dataLengthExceedsMaximum, "a header is too long");
+  }
+  return outOfMemory();
 }
 
 HTTPOutcome CurlTransfer::outcome(CURLcode code) {
-  if (failure_) return *std::move(failure_);
-  // A single header line longer than libcurl accepts.
-  if (code == CURLE_OUT_OF_MEMORY && !headIsComplete_) {
-    if (isTooLong(exchange_->exchangeRequest())) {
-      return URLError{URLError::badURL, "the request's header is too long"};
-    }
-    return URLError{URLError::dataLengthExceedsMaximum, "a header is too long"};
-  }
+  if (failure_) return *std::exchange(failure_, std::nullopt);
+  if (code == CURLE_OUT_OF_MEMORY) return faultOfMemory();
   if (code != CURLE_OK) return urlError(handle_, code);
   long status = 0;
   curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
@@ -333,7 +346,7 @@ std::size_t CurlTransfer::receive(std::string_view bytes, Receive&& receive) {
   try {
     return receive(bytes) ? bytes.size() : CURL_WRITEFUNC_ERROR;
   } catch (const std::bad_alloc&) {
-    failure_ = URLError{URLError::unknown, "out of memory"};  // not through libcurl's frames
+    failure_ = outOfMemory();  // not through libcurl's frames
     return CURL_WRITEFUNC_ERROR;
   }
 }

@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -36,10 +37,12 @@ class CurlTransfer {
 
   void begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& session, CurlHost& host);
   /// Ends by libcurl's verdict.
-  void end(CURLcode code) { end(outcome(code)); }
+  void end(CURLcode code);
   void end(HTTPOutcome outcome);
   /// Ends because of its own failure, or else of the time that has passed.
   void giveUp();
+  /// Has failed where libcurl does not see it: its deadline has passed.
+  void fail(URLError error) { failure_ = std::move(error); }
   /// Lets go of the exchange and of all that it needed.
   void clear();
 
@@ -75,6 +78,8 @@ class CurlTransfer {
   void setMultiplexed(bool multiplexed) { multiplexed_ = multiplexed; }
 
  private:
+  CurlTransfer(const URLSessionConfiguration& configuration, Connections& connections);
+
   struct FreeList {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
   };
@@ -82,10 +87,12 @@ class CurlTransfer {
 
   template <class T>
   void set(CURLoption option, T value) {
-    curl_easy_setopt(handle_, option, value);
+    // Otherwise it would go on with what it was set to before.
+    if (curl_easy_setopt(handle_, option, value) == CURLE_OUT_OF_MEMORY) throw std::bad_alloc();
   }
   /// Its outcome, moved out.
   [[nodiscard]] HTTPOutcome outcome(CURLcode code);
+  [[nodiscard]] URLError faultOfMemory();
   void setSecurity(const URLSessionConfiguration& configuration);
   void setCallbacks();
   void setMethod(const URLRequest& request);

@@ -13,7 +13,9 @@
 namespace orvo::detail {
 
 struct CurlHost;
+class CurlSession;
 class CurlTransfer;
+class HTTPExchange;
 
 using NetworkTime = std::chrono::steady_clock::time_point;
 
@@ -23,6 +25,24 @@ using NetworkTime = std::chrono::steady_clock::time_point;
 }
 
 [[nodiscard]] inline URLError cancelledError() { return {URLError::cancelled, "cancelled"}; }
+/// An error on the network thread, where nothing may be thrown: without its message when there is
+/// no memory for that.
+[[nodiscard]] URLError makeURLError(int code, const char* message) noexcept;
+[[nodiscard]] URLError outOfMemory() noexcept;
+
+/// Something that the network thread is asked to do. It lies in what it concerns, so that asking
+/// needs no memory; in one list at a time.
+struct NetworkCommand {
+  enum class Kind { start, cancel, close, changeNetwork };
+  explicit NetworkCommand(Kind what) : kind(what) {}
+  void drop() noexcept {}
+
+  const Kind kind;
+  // While it is in the list:
+  std::shared_ptr<CurlSession> session = nullptr;
+  std::shared_ptr<HTTPExchange> exchange = nullptr;
+  NetworkCommand* next = nullptr;
+};
 
 using HTTPOutcome = std::variant<HTTPResult, URLError>;
 
@@ -47,13 +67,17 @@ class HTTPExchange {
   [[nodiscard]] bool isCancelled() const { return cancelled_.load(std::memory_order_relaxed); }
 
  protected:
-  void markCancelled() { cancelled_.store(true, std::memory_order_relaxed); }
+  /// True for the first call.
+  [[nodiscard]] bool markCancelled() { return !cancelled_.exchange(true); }
   /// Before it is first started.
   void setDeadline(NetworkTime deadline) { deadline_ = deadline; }
 
  private:
   friend class CurlSession;
+  friend class NetworkThread;
 
+  NetworkCommand start_{NetworkCommand::Kind::start};
+  NetworkCommand cancel_{NetworkCommand::Kind::cancel};
   std::atomic<bool> cancelled_{false};
   NetworkTime deadline_ = NetworkTime::max();
   // Network thread only.

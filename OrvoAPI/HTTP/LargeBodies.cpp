@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/ImmortalInternal.h>
 #include <OrvoAPI/HTTP/LargeBodiesInternal.h>
 #include <OrvoAPI/HTTP/NetworkThreadInternal.h>
 #include <OrvoAPI/Queues/DispatchQueue.h>
@@ -22,7 +23,7 @@ struct LargeBodies::Turn {
 };
 
 LargeBodies& LargeBodies::shared() {
-  static auto* const bodies = new LargeBodies;  // bodies may outlive static destruction
+  static auto* const bodies = new (immortalPlace<LargeBodies>()) LargeBodies;
   return *bodies;
 }
 

@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/ImmortalInternal.h>
 #include <OrvoAPI/HTTP/CurlPoolInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/LargeBodiesInternal.h>
@@ -15,6 +16,7 @@
 #include <array>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 #include <utility>
 
 namespace orvo::detail {
@@ -50,7 +52,8 @@ void keepTLSToTheEnd() {
 }  // namespace
 
 NetworkThread& NetworkThread::shared() {
-  static auto* const thread = new NetworkThread;  // its thread may outlive static destruction
+  // Its thread may outlive static destruction, and a session that goes may be the first to ask.
+  static auto* const thread = new (immortalPlace<NetworkThread>()) NetworkThread;
   return *thread;
 }
 
@@ -71,7 +74,8 @@ std::optional<URLError> NetworkThread::start(std::shared_ptr<CurlSession> sessio
   if (isForkedChild()) {
     return URLError{URLError::unknown, "forked from a process that uses the network already"};
   }
-  if (post({Command::Kind::start, std::move(session), std::move(exchange)})) return std::nullopt;
+  auto& command = exchange->start_;
+  if (post(command, std::move(session), std::move(exchange))) return std::nullopt;
   const LockGuard guard(lock_);
   if (state_ == State::ended) return URLError{URLError::cancelled, "the process is ending"};
   return URLError{URLError::unknown, "no network thread could be started"};
@@ -79,14 +83,19 @@ std::optional<URLError> NetworkThread::start(std::shared_ptr<CurlSession> sessio
 
 void NetworkThread::cancel(std::shared_ptr<CurlSession> session,
                            std::shared_ptr<HTTPExchange> exchange) {
-  post({Command::Kind::cancel, std::move(session), std::move(exchange)});
+  auto& command = exchange->cancel_;
+  post(command, std::move(session), std::move(exchange));
 }
 
 void NetworkThread::close(std::shared_ptr<CurlSession> session) {
-  post({Command::Kind::close, std::move(session), nullptr});
+  auto& command = session->closing();
+  post(command, std::move(session), nullptr);
 }
 
-void NetworkThread::networkChanged() { post({Command::Kind::changeNetwork, nullptr, nullptr}); }
+void NetworkThread::networkChanged() {
+  if (changeIsPosted_.exchange(true)) return;
+  if (!post(changeNetwork_, nullptr, nullptr)) changeIsPosted_ = false;
+}
 
 void NetworkThread::wake() {
   if (isForkedChild()) return;
@@ -94,33 +103,57 @@ void NetworkThread::wake() {
   if (state_ == State::running) eventfd_write(wakeup_, 1);
 }
 
-bool NetworkThread::post(Command command) {
+bool NetworkThread::post(NetworkCommand& command, std::shared_ptr<CurlSession> session,
+                         std::shared_ptr<HTTPExchange> exchange) {
   if (isForkedChild()) return false;
   const LockGuard guard(lock_);
-  if (state_ == State::unused && command.kind == Command::Kind::start) begin();
+  if (state_ == State::unused && command.kind == NetworkCommand::Kind::start) begin();
   if (state_ != State::running) return false;
-  commands_.push_back(std::move(command));
-  if (commands_.size() == 1) eventfd_write(wakeup_, 1);
+  command.session = std::move(session);
+  command.exchange = std::move(exchange);
+  const bool isFirst = commands_.empty();
+  commands_.append(&command);
+  if (isFirst) eventfd_write(wakeup_, 1);
   return true;
 }
 
+/// Changes nothing when the system has no descriptor or no thread to give.
 void NetworkThread::begin() {
   atProcessExit(ExitStage::network, [] { shared().shutDown(); });
-  keepTLSToTheEnd();
-  // An app that has used the TLS library before has its exit handler registered: ours runs first.
-  if (std::atexit([] { shared().shutDown(); }) != 0) {
-    state_ = State::ended;  // the handlers have all been run
-    return;
+  if (!isRegistered_) {
+    keepTLSToTheEnd();
+    // An app that has used the TLS library before has its exit handler registered: ours runs first.
+    const auto registration = registerExitHandler([] { shared().shutDown(); });
+    if (registration == Registration::noMemory) throw std::bad_alloc();
+    isRegistered_ = true;
+    if (registration == Registration::tooLate) {
+      state_ = State::ended;
+      return;
+    }
   }
+  makeDescriptors();
+  if (epoll_ >= 0) thread_ = startJoinableThread("orvo-network", [] { shared().run(); });
+  if (thread_) {
+    state_ = State::running;
+  } else {
+    closeDescriptors();
+  }
+}
+
+/// Both, or none.
+void NetworkThread::makeDescriptors() {
   epoll_ = epoll_create1(EPOLL_CLOEXEC);
   wakeup_ = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   epoll_event event{};
   event.events = EPOLLIN;
   event.data.fd = wakeup_;
-  if (epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeup_, &event) == 0) {
-    thread_ = startJoinableThread("orvo-network", [] { shared().run(); });
+  if (epoll_ctl(epoll_, EPOLL_CTL_ADD, wakeup_, &event) != 0) closeDescriptors();
+}
+
+void NetworkThread::closeDescriptors() {
+  for (const int descriptor : {std::exchange(wakeup_, -1), std::exchange(epoll_, -1)}) {
+    if (descriptor >= 0) ::close(descriptor);
   }
-  state_ = thread_ ? State::running : State::failed;
 }
 
 void NetworkThread::shutDown() {
@@ -139,7 +172,7 @@ void NetworkThread::run() {
   isNetworkThread = true;
   // Here, because it takes a while and leaves something behind with its thread. Reference-counted:
   // an app that uses libcurl itself does not notice.
-  isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  (void)isUsable();
   // Registered once more, to run before another TLS library takes itself down: that has just
   // registered its own exit handler.
   std::atexit([] { shared().shutDown(); });
@@ -162,43 +195,59 @@ void NetworkThread::run() {
   for (const auto& session : std::exchange(sessions_, {})) session->close();
   Watchdog::shared().stop();
   WorkerPool::wakeHeld();
-  ::close(wakeup_);
-  ::close(epoll_);
+  closeDescriptors();
+}
+
+/// Tried again when it was refused memory.
+bool NetworkThread::isUsable() {
+  if (!isUsable_) isUsable_ = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
+  return isUsable_;
 }
 
 /// False when the process is ending; the commands that came before that have been run.
 bool NetworkThread::runCommands() {
   bool running = true;
+  NodeList<NetworkCommand> taken;
   {
     const LockGuard guard(lock_);
-    taken_.swap(commands_);
+    taken = std::move(commands_);
     running = state_ == State::running;
   }
-  if (!taken_.empty()) noticeSleep();
-  for (auto& command : taken_) runCommand(std::move(command));
-  taken_.clear();
+  if (!taken.empty()) noticeSleep();
+  while (!taken.empty()) runCommand(*taken.pop());
   return running;
 }
 
-void NetworkThread::runCommand(Command command) {
-  auto& [kind, session, exchange] = command;
-  const auto found = std::find(sessions_.begin(), sessions_.end(), session);
+void NetworkThread::runCommand(NetworkCommand& command) {
+  // It may be posted again, or go, as soon as it is taken.
+  const auto kind = command.kind;
+  const auto session = std::move(command.session);
+  auto exchange = std::move(command.exchange);
   switch (kind) {
-    case Command::Kind::start:
-      if (found == sessions_.end()) sessions_.push_back(session);
-      session->start(std::move(exchange));
+    case NetworkCommand::Kind::start:
+      startExchange(session, std::move(exchange));
       break;
-    case Command::Kind::cancel:
+    case NetworkCommand::Kind::cancel:
       session->cancel(*exchange);
       break;
-    case Command::Kind::close:
-      if (found == sessions_.end()) break;
-      session->close();
-      sessions_.erase(found);
+    case NetworkCommand::Kind::close:
+      if (std::erase(sessions_, session) > 0) session->close();
       break;
-    case Command::Kind::changeNetwork:
+    case NetworkCommand::Kind::changeNetwork:
+      changeIsPosted_ = false;
       changeNetwork();
       break;
+  }
+}
+
+void NetworkThread::startExchange(const std::shared_ptr<CurlSession>& session,
+                                  std::shared_ptr<HTTPExchange> exchange) {
+  try {
+    const bool isKnown = std::find(sessions_.begin(), sessions_.end(), session) != sessions_.end();
+    if (!isKnown) sessions_.push_back(session);
+    session->start(exchange);
+  } catch (const std::bad_alloc&) {
+    exchange->exchangeDidEnd(outOfMemory());
   }
 }
 
@@ -249,6 +298,8 @@ void NetworkThread::waitForEvents() {
     const auto watch = watches_[static_cast<std::size_t>(event.data.fd)];
     if (watch.pool != nullptr) {
       watch.pool->socketIsReady(event.data.fd, event.events, watch.context);
+    } else {
+      epoll_ctl(epoll_, EPOLL_CTL_DEL, event.data.fd, nullptr);  // lest it wake the thread for ever
     }
   }
 }
@@ -264,18 +315,23 @@ int NetworkThread::millisecondsToNextTimer() const {
   return static_cast<int>(std::clamp(wait, std::chrono::milliseconds(0), kLongest).count());
 }
 
-void NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void* context) {
+bool NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void* context) {
   const auto index = static_cast<std::size_t>(socket);
-  if (index >= watches_.size()) watches_.resize(index + 1);
+  try {
+    if (index >= watches_.size()) watches_.resize(index + 1);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   auto& watch = watches_[index];
   epoll_event event{};
   event.events = events;
   event.data.fd = socket;
-  // If a socket was closed unnoticed, its number is another's now.
-  if (watch.pool == nullptr || epoll_ctl(epoll_, EPOLL_CTL_MOD, socket, &event) != 0) {
-    epoll_ctl(epoll_, EPOLL_CTL_ADD, socket, &event);
-  }
-  watch = {&pool, context};
+  // Should a socket have been closed unnoticed, its number is another's now.
+  const bool isChanged =
+      watch.pool != nullptr && epoll_ctl(epoll_, EPOLL_CTL_MOD, socket, &event) == 0;
+  const bool isWatched = isChanged || epoll_ctl(epoll_, EPOLL_CTL_ADD, socket, &event) == 0;
+  watch = isWatched ? Watch{&pool, context} : Watch{};
+  return isWatched;
 }
 
 void NetworkThread::unwatch(int socket) {

@@ -3,8 +3,10 @@
 #include <OrvoAPI/Base/detail/Lock.h>
 #include <OrvoAPI/HTTP/HTTPExchangeInternal.h>
 #include <OrvoAPI/HTTP/URLSessionConfiguration.h>
+#include <OrvoAPI/Queues/Job.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -46,24 +48,19 @@ class NetworkThread {
   // On the network thread, for the pools.
 
   /// False when libcurl could not be initialised.
-  [[nodiscard]] bool isUsable() const { return isUsable_; }
+  [[nodiscard]] bool isUsable();
   /// The time at which the thread last woke up.
   [[nodiscard]] NetworkTime now() const { return now_; }
   void add(CurlPool& pool);
   void remove(CurlPool& pool);
-  void watch(int socket, std::uint32_t events, CurlPool& pool, void* context);
+  /// False when the system has no memory for it.
+  [[nodiscard]] bool watch(int socket, std::uint32_t events, CurlPool& pool, void* context);
   void unwatch(int socket);
   /// Nothing that happens on the socket concerns the context any more.
   void forgetContext(int socket, const void* context);
 
  private:
-  struct Command {
-    enum class Kind { start, cancel, close, changeNetwork };
-    Kind kind;
-    std::shared_ptr<CurlSession> session;
-    std::shared_ptr<HTTPExchange> exchange;
-  };
-  enum class State { unused, running, failed, ended };
+  enum class State { unused, running, ended };
   struct Watch {
     CurlPool* pool = nullptr;  // null: not watched
     void* context = nullptr;
@@ -72,11 +69,16 @@ class NetworkThread {
   NetworkThread() = default;
 
   /// False when nothing runs that would take the command.
-  bool post(Command command);
+  bool post(NetworkCommand& command, std::shared_ptr<CurlSession> session,
+            std::shared_ptr<HTTPExchange> exchange);
   void begin() ORVO_REQUIRES(lock_);
+  void makeDescriptors() ORVO_REQUIRES(lock_);
+  void closeDescriptors();
   void run();
   [[nodiscard]] bool runCommands();
-  void runCommand(Command command);
+  void runCommand(NetworkCommand& command);
+  void startExchange(const std::shared_ptr<CurlSession>& session,
+                     std::shared_ptr<HTTPExchange> exchange);
   void changeNetwork();
   void noticeSleep();
   void waitForEvents();
@@ -84,7 +86,10 @@ class NetworkThread {
 
   Lock lock_;
   State state_ ORVO_GUARDED_BY(lock_) = State::unused;
-  std::vector<Command> commands_ ORVO_GUARDED_BY(lock_);
+  NodeList<NetworkCommand> commands_ ORVO_GUARDED_BY(lock_);
+  NetworkCommand changeNetwork_{NetworkCommand::Kind::changeNetwork};
+  std::atomic<bool> changeIsPosted_{false};
+  bool isRegistered_ ORVO_GUARDED_BY(lock_) = false;
   std::optional<pthread_t> thread_ ORVO_GUARDED_BY(lock_);  // until it is joined
   int epoll_ = -1;                                          // set before the thread starts
   int wakeup_ = -1;                                         // likewise
@@ -94,7 +99,6 @@ class NetworkThread {
   NetworkTime now_;
   std::chrono::nanoseconds slept_{0};  // in all, when last noticed
   NetworkTime holdEnd_;                // when the workers are woken though more comes at once
-  std::vector<Command> taken_;
   std::vector<std::shared_ptr<CurlSession>> sessions_;  // those started and not yet closed
   std::vector<CurlPool*> pools_;
   std::vector<Watch> watches_;  // by socket

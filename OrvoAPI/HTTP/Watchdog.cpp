@@ -1,3 +1,4 @@
+#include <OrvoAPI/Base/ImmortalInternal.h>
 #include <OrvoAPI/HTTP/WatchdogInternal.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 
@@ -23,7 +24,7 @@ std::chrono::nanoseconds timeOf(clockid_t clock) {
 }  // namespace
 
 Watchdog& Watchdog::shared() {
-  static auto* const watchdog = new Watchdog;  // its thread may outlive static destruction
+  static auto* const watchdog = new (immortalPlace<Watchdog>()) Watchdog;
   return *watchdog;
 }
 

@@ -1,12 +1,14 @@
 #include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Futures/detail/OrFail.h>
 #include <OrvoAPI/Platform/Calendar.h>
 #include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
 
 #include <algorithm>
 #include <array>
+#include <new>
 #include <random>
 #include <utility>
 
@@ -130,8 +132,10 @@ Future<bool> LinearProgramGuideMonitor::load(Date startingAt, Date endingAt,
         if (result.failed()) return promise.failure(*result.error());
         const auto self = weak.lock();
         if (self == nullptr) return;
-        self->update(*result.value());
-        promise.success(true);
+        detail::orFail(promise, [&] {
+          self->update(*result.value());
+          promise.success(true);
+        });
       });
   return promise.future();
 }
@@ -165,7 +169,8 @@ void LinearProgramGuideMonitor::loadPartAfter(const GuidePart& part) {
   const auto fetch = context_->nextCapability(*part);
   if (!fetch) return;
   (*fetch)().onSuccess([weak = weak_from_this()](const GuidePart& next) {
-    if (const auto self = weak.lock()) self->update(next);
+    const auto self = weak.lock();
+    if (self != nullptr) self->attempt([&] { self->update(next); });
   });
 }
 
@@ -174,8 +179,10 @@ void LinearProgramGuideMonitor::update(const GuidePart& part) {
   const Date now = clock_->now();
   auto next = loaderAfter(part);
   accessQueue_->sync([&] {
-    programs_.insert(programs_.end(), part->items.begin(), part->items.end());
-    days_ = group(programs_, now);
+    auto programs = programs_;
+    programs.insert(programs.end(), part->items.begin(), part->items.end());
+    days_ = group(programs, now);
+    programs_.swap(programs);
     // The final part clears it: a loader that stayed would append the same part again and again.
     loadNext_.swap(next);
   });
@@ -194,20 +201,45 @@ void LinearProgramGuideMonitor::resolveUpdate() {
         const auto self = weak.lock();
         if (self == nullptr) return;
         if (const auto* const video = result.value()) return self->send(*video, program);
-        self->context_->logger().log("Unable to update video for EPG", LogLevel::error, "epg",
-                                     "epg");
+        self->attempt([&] { self->log("Unable to update video for EPG"); });
       });
 }
 
 void LinearProgramGuideMonitor::send(Shared<Video> video, const LinearProgram& program) {
-  auto update = std::make_shared<GuideUpdate>(
-      GuideUpdate{.video = std::move(video), .program = program, .days = {}});
-  accessQueue_->sync([&] {
-    update->days = days_;
-    lastUpdate_ = update;
+  std::shared_ptr<GuideUpdate> update;
+  std::vector<UpdateHandler> tasks;
+  const bool isReady = attempt([&] {
+    tasks = updateHandlers_.elements();
+    update = std::make_shared<GuideUpdate>(
+        GuideUpdate{.video = std::move(video), .program = program, .days = {}});
+    accessQueue_->sync([&] {
+      update->days = days_;
+      lastUpdate_ = update;
+    });
   });
-  for (const auto& task : updateHandlers_.elements()) task(*update);
-  scheduleRegroup(program.endTime);
+  if (!isReady) return;
+  for (const auto& task : tasks) task(*update);
+  attempt([&] { scheduleRegroup(program.endTime); });
+}
+
+void LinearProgramGuideMonitor::log(std::string_view message) const {
+  context_->logger().log(message, LogLevel::error, "epg", "epg");
+}
+
+/// A step that nobody waits for. When it is refused memory the monitor is idle, as after a request
+/// that failed.
+template <class Step>
+bool LinearProgramGuideMonitor::attempt(Step&& step) const {
+  try {
+    step();
+    return true;
+  } catch (const std::bad_alloc&) {
+  }
+  try {
+    log("No memory to go on with the EPG");
+  } catch (const std::bad_alloc&) {
+  }
+  return false;
 }
 
 void LinearProgramGuideMonitor::scheduleRegroup(Date programEnd) {
@@ -225,7 +257,8 @@ void LinearProgramGuideMonitor::waitUntil(Date due) {
   const Date now = clock_->now();
   const auto delay = due > now ? span(now, due).value_or(kForever) : std::chrono::milliseconds(0);
   mainQueue_->postAfter(delay, [weak = weak_from_this(), wait] {
-    if (const auto self = weak.lock()) self->endWait(wait);
+    const auto self = weak.lock();
+    if (self != nullptr) self->attempt([&] { self->endWait(wait); });
   });
 }
 
@@ -238,7 +271,7 @@ void LinearProgramGuideMonitor::endWait(std::uint64_t wait) {
 void LinearProgramGuideMonitor::waitAnew() {
   std::map<std::uint64_t, Date> waits;
   accessQueue_->sync([&] { waits.swap(waits_); });
-  for (const auto& [wait, due] : waits) waitUntil(due);
+  for (const auto& wait : waits) attempt([&] { waitUntil(wait.second); });
 }
 
 void LinearProgramGuideMonitor::regroup() {

@@ -68,7 +68,8 @@ struct GuideLoadOptions {
 /// Safe to use from any thread. Held by shared pointers; what is under way holds it weakly, so that
 /// one that is released stops, and a future of its `load` may then stay pending.
 ///
-/// When a request fails nothing is tried again: the monitor stays idle until the next `load`.
+/// When a request fails, or there is no memory for a step, nothing is tried again: the monitor
+/// stays idle until the next `load`.
 class LinearProgramGuideMonitor final
     : public std::enable_shared_from_this<LinearProgramGuideMonitor> {
  public:
@@ -141,6 +142,9 @@ class LinearProgramGuideMonitor final
   void waitUntil(Date due);
   void endWait(std::uint64_t wait);
   void waitAnew();
+  void log(std::string_view message) const;
+  template <class Step>
+  bool attempt(Step&& step) const;
   void regroup();
 
   const std::shared_ptr<const Context> context_;

@@ -1,6 +1,7 @@
 #include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 
+#include <new>
 #include <string>
 #include <utility>
 
@@ -29,7 +30,11 @@ class Reauthorization final : public URLSessionDelegate {
         [next = std::move(next),
          complete = std::move(completionHandler)](const Result<std::string>& token) mutable {
           if (token.failed()) return complete(std::nullopt);
-          next.headers.add("Authorization", *token.value());
+          try {
+            next.headers.add("Authorization", *token.value());
+          } catch (const std::bad_alloc&) {
+            return complete(std::nullopt);
+          }
           complete(std::move(next));
         });
   }

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Futures/detail/OrFail.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
 
@@ -56,9 +57,11 @@ Future<bool> DefaultSessionProvider::updateSession() {
     if (result.failed()) return promise.failure(*result.error());
     const auto self = weak.lock();
     if (self == nullptr) return;
-    Current fresh{result.value()->token, self->clock_->elapsed()};
-    self->accessQueue_->sync([&] { std::swap(self->current_, fresh); });
-    promise.success(true);
+    detail::orFail(promise, [&] {
+      Current fresh{result.value()->token, self->clock_->elapsed()};
+      self->accessQueue_->sync([&] { std::swap(self->current_, fresh); });
+      promise.success(true);
+    });
   });
   return promise.future();
 }

@@ -1,6 +1,7 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Network/URLTaskInternal.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
+#include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
 #include <algorithm>
 #include <chrono>
@@ -19,9 +20,9 @@ constexpr std::chrono::seconds kLongestLookAhead{10};
 std::shared_ptr<URLSessionCore> URLSessionCore::make(URLSessionConfiguration configuration,
                                                      std::shared_ptr<URLSessionDelegate> delegate) {
   return {new URLSessionCore(std::move(configuration), std::move(delegate)),
-          [](const URLSessionCore* core) {
+          [](URLSessionCore* core) {
             if (!NetworkThread::isCurrent()) return delete core;
-            core->queue->post([core] { delete core; });
+            core->queue->post(Job(static_cast<JobNode*>(core)));
           }};
 }
 
@@ -54,6 +55,7 @@ void URLSessionCore::invalidate() {
   std::vector<std::shared_ptr<URLTask>> cancelled;
   {
     const LockGuard guard(lock_);
+    cancelled.reserve(tasks_.size());
     invalidated_ = true;
     for (auto* const task : tasks_) {
       if (auto held = task->weak_from_this().lock()) cancelled.push_back(std::move(held));
@@ -66,30 +68,43 @@ void URLSessionCore::watchLimit(NetworkTime deadline) {
   const auto now = std::chrono::steady_clock::now();
   const auto look = std::min(deadline, now + kLongestLookAhead);
   if (deadline == NetworkTime::max() || look >= nextLook_) return;
-  nextLook_ = look;
   queue->postAfter(std::chrono::ceil<std::chrono::milliseconds>(look - now),
                    [weak = weak_from_this()] {
                      if (const auto core = weak.lock()) core->endLateTasks();
                    });
+  nextLook_ = look;
 }
 
 void URLSessionCore::endLateTasks() {
   const auto now = std::chrono::steady_clock::now();
-  auto next = nextLook_ = NetworkTime::max();
-  std::vector<std::shared_ptr<URLTask>> late;
-  {
-    const LockGuard guard(lock_);
-    for (auto* const task : tasks_) {
-      if (!task->isInOthersHands()) continue;
-      if (task->deadline() > now) {
-        next = std::min(next, task->deadline());
-      } else if (auto held = task->weak_from_this().lock()) {
-        late.push_back(std::move(held));
-      }
-    }
+  nextLook_ = NetworkTime::max();
+  auto first = firstInOthersHands();
+  for (; first != nullptr && first->deadline() <= now; first = firstInOthersHands()) {
+    first->endLate();
   }
-  for (const auto& task : late) task->endLate();
-  watchLimit(next);
+  if (first == nullptr) return;
+  try {
+    watchLimit(first->deadline());
+  } catch (const std::bad_alloc&) {
+    // Nobody would look again.
+    for (; first != nullptr; first = firstInOthersHands()) first->endWithoutMemory();
+  }
+}
+
+/// The one that has to end first, of those with a limit.
+std::shared_ptr<URLTask> URLSessionCore::firstInOthersHands() {
+  for (;;) {
+    const LockGuard guard(lock_);
+    URLTask* first = nullptr;
+    for (auto* const task : tasks_) {
+      if (!task->isInOthersHands() || task->deadline() == NetworkTime::max()) continue;
+      if (task->weak_from_this().expired()) continue;
+      if (first == nullptr || task->deadline() < first->deadline()) first = task;
+    }
+    if (first == nullptr) return nullptr;
+    // Null for one that goes at this moment: it is passed over then.
+    if (auto held = first->weak_from_this().lock()) return held;
+  }
 }
 
 }  // namespace detail
@@ -101,6 +116,7 @@ URLSession::URLSession(URLSessionConfiguration configuration,
 URLSession::~URLSession() = default;
 
 Future<HTTPResult> URLSession::fetch(const URLRequest& request) {
+  detail::WorkerPool::shared().demandWorker();
   const auto task = std::make_shared<detail::URLTask>(core_, request);
   auto future = task->future();
   // Weakly: the future must not keep alive what completes it.

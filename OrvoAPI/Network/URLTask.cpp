@@ -4,6 +4,7 @@
 #include <array>
 #include <atomic>
 #include <functional>
+#include <new>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -87,21 +88,55 @@ URLRequest redirected(const URLRequest& request, const URL& to, int status) {
   return next;
 }
 
+/// A job with a word that somebody is still to give. Made before it is asked for: handing the word
+/// on needs no memory.
+template <class Word>
+class AwaitedWord final : public JobNode {
+ public:
+  using Take = void (URLTask::*)(std::optional<Word> word, unsigned number);
+
+  AwaitedWord(std::shared_ptr<URLTask> task, Take take, unsigned number)
+      : task_(std::move(task)), take_(take), number_(number) {}
+
+  static void give(std::unique_ptr<AwaitedWord> awaited, std::optional<Word> word,
+                   SerialQueue& queue) {
+    awaited->word_ = std::move(word);
+    queue.post(Job(awaited.release()));
+  }
+  void run() override {
+    const std::unique_ptr<AwaitedWord> self(this);
+    ((*task_).*take_)(std::move(word_), number_);
+  }
+  void drop() noexcept override { delete this; }
+
+ private:
+  const std::shared_ptr<URLTask> task_;
+  const Take take_;
+  const unsigned number_;
+  std::optional<Word> word_;
+};
+
 /// The delegate's word on one redirect, shared by the copies of its completion handler. Safe to use
 /// from any thread; refuses when it goes unspoken.
 class RedirectDecision {
  public:
-  explicit RedirectDecision(std::shared_ptr<URLTask> task) : task_(std::move(task)) {}
+  RedirectDecision(std::shared_ptr<URLTask> task, std::shared_ptr<SerialQueue> queue,
+                   unsigned redirect)
+      : queue_(std::move(queue)),
+        word_(std::make_unique<Word>(std::move(task), &URLTask::decide, redirect)) {}
   RedirectDecision(const RedirectDecision&) = delete;
   RedirectDecision& operator=(const RedirectDecision&) = delete;
   ~RedirectDecision() { make(std::nullopt); }
 
   void make(std::optional<URLRequest> request) {
-    if (!made_.exchange(true)) task_->decide(std::move(request));
+    if (!made_.exchange(true)) Word::give(std::move(word_), std::move(request), *queue_);
   }
 
  private:
-  const std::shared_ptr<URLTask> task_;
+  using Word = AwaitedWord<URLRequest>;
+
+  const std::shared_ptr<SerialQueue> queue_;
+  std::unique_ptr<Word> word_;
   std::atomic<bool> made_{false};
 };
 
@@ -112,15 +147,16 @@ class TaskInterception final : public InterceptedRequest {
  public:
   TaskInterception(std::shared_ptr<URLTask> task, std::shared_ptr<SerialQueue> queue,
                    unsigned offer)
-      : task_(std::move(task)), queue_(std::move(queue)), offer_(offer) {}
+      : queue_(std::move(queue)),
+        word_(std::make_unique<Word>(std::move(task), &URLTask::answerIntercepted, offer)) {}
   ~TaskInterception() override {
-    if (taken_.load()) fail({URLError::unknown, "the interceptor dropped the request"});
+    if (taken_.load()) answer(std::nullopt);
   }
 
   void respond(HTTPURLResponse response, Data body) override {
-    answer(HTTPResult{std::move(response), std::move(body)});
+    answer(HTTPOutcome(HTTPResult{std::move(response), std::move(body)}));
   }
-  void fail(URLError error) override { answer(std::move(error)); }
+  void fail(URLError error) override { answer(HTTPOutcome(std::move(error))); }
   void onCancel(std::function<void()> task) override {
     const LockGuard guard(lock_);
     if (cancelled_) {
@@ -143,14 +179,14 @@ class TaskInterception final : public InterceptedRequest {
   }
 
  private:
-  void answer(HTTPOutcome outcome) {
-    if (answered_.exchange(true)) return;
-    task_->answer(URLTask::State::intercepted, std::move(outcome), offer_);
+  using Word = AwaitedWord<HTTPOutcome>;
+
+  void answer(std::optional<HTTPOutcome> outcome) {
+    if (!answered_.exchange(true)) Word::give(std::move(word_), std::move(outcome), *queue_);
   }
 
-  const std::shared_ptr<URLTask> task_;
   const std::shared_ptr<SerialQueue> queue_;
-  const unsigned offer_;
+  std::unique_ptr<Word> word_;
   std::atomic<bool> taken_{false};
   std::atomic<bool> answered_{false};
   Lock lock_;
@@ -169,37 +205,54 @@ URLTask::~URLTask() {
 void URLTask::begin() {
   const auto limit = request_.totalTimeoutInterval;
   if (isLimit(limit)) setDeadline(std::chrono::steady_clock::now() + limit);
-  if (!core_->add(*this)) return answer(State::exchanging, cancelledError());
+  if (!core_->add(*this)) return answer(cancelledError());
   if (!core_->interceptors.empty()) {
-    core_->queue->post([self = shared_from_this()] { self->hop(); });
+    core_->queue->post([self = shared_from_this()] { self->take([&] { self->hop(); }); });
     return;
   }
   // Nobody else knows the task yet.
-  if (auto fault = faultOfFields(request_)) return answer(State::exchanging, *std::move(fault));
+  if (auto fault = faultOfFields(request_)) return answer(*std::move(fault));
   send();
 }
 
 void URLTask::cancel() {
-  markCancelled();
+  if (!markCancelled()) return;
   NetworkThread::shared().cancel(core_->network, shared_from_this());
-  core_->queue->post([self = shared_from_this()] { self->didCancel(); });
+  cancellation_.task = shared_from_this();
+  core_->queue->post(Job(&cancellation_));
 }
 
-void URLTask::answer(State from, HTTPOutcome outcome, unsigned offer) {
-  core_->queue->post(
-      [self = shared_from_this(), from, outcome = std::move(outcome), offer]() mutable {
-        // A cancelled task has ended before its interceptor's answer.
-        if (self->state_ != from) return;
-        // One that answered and let the request go by has no say when another takes it.
-        if (from == State::intercepted && offer != self->offers_) return;
-        self->didAnswer(std::move(outcome));
-      });
+/// A step on the session's queue. One that is refused memory ends the task.
+template <class Step>
+void URLTask::take(Step&& step) {
+  try {
+    step();
+  } catch (const std::bad_alloc&) {
+    if (state_ != State::done) finish(outOfMemory());
+  }
 }
 
-void URLTask::decide(std::optional<URLRequest> request) {
-  core_->queue->post([self = shared_from_this(), request = std::move(request)]() mutable {
-    self->didDecide(std::move(request));
+/// Hands on what came instead of the network's answer, or a redirect of it.
+void URLTask::answer(HTTPOutcome outcome) {
+  core_->queue->post([self = shared_from_this(), outcome = std::move(outcome)]() mutable {
+    if (self->state_ != State::exchanging) return;
+    self->take([&] { self->didAnswer(std::move(outcome)); });
   });
+}
+
+void URLTask::answerIntercepted(std::optional<HTTPOutcome> outcome, unsigned offer) {
+  // A cancelled task has ended before its interceptor's answer, and one that answered and let the
+  // request go by has no say when another takes it.
+  if (state_ != State::intercepted || offer != offers_) return;
+  take([&] {
+    if (outcome) return didAnswer(*std::move(outcome));
+    finish(URLError{URLError::unknown, "the interceptor dropped the request"});
+  });
+}
+
+void URLTask::decide(std::optional<URLRequest> request, unsigned redirect) {
+  if (state_ != State::deciding || redirect != redirects_) return;
+  take([&] { didDecide(std::move(request)); });
 }
 
 void URLTask::hop() {
@@ -226,15 +279,18 @@ bool URLTask::offerToInterceptors() {
 }
 
 void URLTask::send() {
-  if (auto fault = faultOfAddress(request_.url))
-    return answer(State::exchanging, *std::move(fault));
+  if (auto fault = faultOfAddress(request_.url)) return answer(*std::move(fault));
   auto refused = NetworkThread::shared().start(core_->network, shared_from_this());
-  if (refused) answer(State::exchanging, *std::move(refused));
+  if (refused) answer(*std::move(refused));
 }
 
-void URLTask::didCancel() { giveUp(cancelledError()); }
+void URLTask::endLate() {
+  take([&] { giveUp({URLError::timedOut, "the request took too long"}); });
+}
 
-void URLTask::endLate() { giveUp({URLError::timedOut, "the request took too long"}); }
+void URLTask::endWithoutMemory() { giveUp(outOfMemory()); }
+
+void URLTask::Cancellation::run() { std::exchange(task, nullptr)->giveUp(cancelledError()); }
 
 void URLTask::giveUp(URLError error) {
   if (state_ == State::intercepted) {
@@ -244,8 +300,12 @@ void URLTask::giveUp(URLError error) {
 }
 
 void URLTask::exchangeDidEnd(HTTPOutcome outcome) {
-  if (redirection(outcome)) return answer(State::exchanging, std::move(outcome));
-  finish(std::move(outcome));
+  if (!redirection(outcome)) return finish(std::move(outcome));
+  try {
+    answer(std::move(outcome));
+  } catch (const std::bad_alloc&) {
+    finish(outOfMemory());
+  }
 }
 
 void URLTask::didAnswer(HTTPOutcome outcome) {
@@ -270,14 +330,14 @@ void URLTask::redirect(HTTPResult result, std::string_view location) {
   redirect_ = std::move(result);
   if (core_->delegate == nullptr) return didDecide(std::move(next));
   core_->watchLimit(deadline());
-  const auto decision = std::make_shared<RedirectDecision>(shared_from_this());
+  const auto decision =
+      std::make_shared<RedirectDecision>(shared_from_this(), core_->queue, redirects_);
   core_->delegate->willPerformHTTPRedirection(
       redirect_->response, next, *original_,
       [decision](std::optional<URLRequest> request) { decision->make(std::move(request)); });
 }
 
 void URLTask::didDecide(std::optional<URLRequest> request) {
-  if (state_ != State::deciding) return;
   auto refused = *std::exchange(redirect_, std::nullopt);
   if (!request || !mayRedirect(request_.url, request->url)) return finish(std::move(refused));
   request_ = *std::move(request);

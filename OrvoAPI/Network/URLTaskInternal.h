@@ -7,12 +7,14 @@
 #include <OrvoAPI/HTTP/URLRequest.h>
 #include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 #include <OrvoAPI/Network/URLSessionDelegate.h>
+#include <OrvoAPI/Queues/Job.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
 
 #include <atomic>
 #include <cstddef>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace orvo::detail {
@@ -21,7 +23,7 @@ class URLTask;
 
 /// What a URL session and its tasks have in common; the last of them to go closes the connections.
 /// Safe to use from any thread.
-class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
+class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>, private JobNode {
  public:
   [[nodiscard]] static std::shared_ptr<URLSessionCore> make(
       URLSessionConfiguration configuration, std::shared_ptr<URLSessionDelegate> delegate);
@@ -46,6 +48,10 @@ class URLSessionCore : public std::enable_shared_from_this<URLSessionCore> {
 
  private:
   void endLateTasks();
+  [[nodiscard]] std::shared_ptr<URLTask> firstInOthersHands();
+  /// The job that destroys it on its queue.
+  void run() override { delete this; }
+  void drop() noexcept override { delete this; }
 
   NetworkTime nextLook_ = NetworkTime::max();  // queue only
   Lock lock_;
@@ -86,17 +92,22 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
 
   // From any thread.
   void begin();
+  /// Needs no memory.
   void cancel();
-  /// Dropped unless the task is in the state that the answer comes from, and an interceptor's also
-  /// when `offer` was not the one that was taken.
-  void answer(State from, HTTPOutcome outcome, unsigned offer = 0);
-  void decide(std::optional<URLRequest> request);
   [[nodiscard]] bool isInOthersHands() const {
     const State state = state_;
     return state == State::intercepted || state == State::deciding;
   }
-  /// Ends what is in others' hands. On the session's queue.
+  // On the session's queue.
+
+  /// Ends what is in others' hands.
   void endLate();
+  void endWithoutMemory();
+  /// An interceptor's answer, none when it was dropped; ignored unless the interceptor has taken
+  /// the present offer.
+  void answerIntercepted(std::optional<HTTPOutcome> outcome, unsigned offer);
+  /// The delegate's word; ignored unless it is on the present redirect.
+  void decide(std::optional<URLRequest> request, unsigned redirect);
 
   [[nodiscard]] const URLRequest& exchangeRequest() const override { return request_; }
   void exchangeDidEnd(HTTPOutcome outcome) override;
@@ -104,10 +115,19 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
  private:
   friend class URLSessionCore;
 
+  /// The job that follows a cancel, there from the start.
+  struct Cancellation final : JobNode {
+    void run() override;
+    void drop() noexcept override { const auto held = std::move(task); }
+    std::shared_ptr<URLTask> task;
+  };
+
+  template <class Step>
+  void take(Step&& step);
+  void answer(HTTPOutcome outcome);
   void hop();
   [[nodiscard]] bool offerToInterceptors();
   void send();
-  void didCancel();
   void giveUp(URLError error);
   void didAnswer(HTTPOutcome outcome);
   void didDecide(std::optional<URLRequest> request);
@@ -127,6 +147,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   /// The redirect that is being decided.
   std::optional<HTTPResult> redirect_;
   std::weak_ptr<class TaskInterception> interception_;
+  Cancellation cancellation_;
   unsigned offers_ = 0;  // to interceptors; queue only
 };
 

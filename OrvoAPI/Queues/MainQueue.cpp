@@ -3,6 +3,7 @@
 #include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 #include <OrvoAPI/Queues/TimerInternal.h>
+#include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
 #include <sys/eventfd.h>
 #include <unistd.h>
@@ -18,6 +19,10 @@ namespace {}  // namespace
 /// `running` is the thread inside a job, whoever may run the next: a new claim waits until there is
 /// none, and so does the fallback when a claim is given up from inside a job.
 struct MainQueue::State {
+  struct StandIn final : detail::JobNode {
+    void run() override { shared()->runAsStandIn(); }
+    void drop() noexcept override {}
+  };
   detail::Mutex mutex;
   std::condition_variable forFallback;  // jobs wait unclaimed, or the end has come
   std::condition_variable forClaimant;  // jobs wait, or `stop` was called
@@ -29,6 +34,8 @@ struct MainQueue::State {
   std::uint64_t latestClaim ORVO_GUARDED_BY(mutex) = 0;
   bool stopped ORVO_GUARDED_BY(mutex) = false;  // the claimant's `run` is to return
   bool fallbackStarted ORVO_GUARDED_BY(mutex) = false;
+  StandIn standIn;
+  bool standInWaits ORVO_GUARDED_BY(mutex) = false;
   bool ending ORVO_GUARDED_BY(mutex) = false;
   std::thread::id claimant ORVO_GUARDED_BY(mutex);
   std::thread::id running ORVO_GUARDED_BY(mutex);
@@ -70,14 +77,19 @@ struct MainQueue::State {
       if (event >= 0) eventfd_write(event, 1);
       return;
     }
-    if (!fallbackStarted && !ending) {
-      fallbackStarted = true;
-      fallback.add();
-      if (!detail::startThread("orvo-main", [] { shared()->runAsFallback(); })) {
-        detail::fatal("no thread could be started");
-      }
-    }
+    if (!fallbackStarted && !ending) startFallback();
     forFallback.notify_one();
+  }
+
+  /// When the system has no thread to give, a worker of the global queue runs what waits.
+  void startFallback() ORVO_REQUIRES(mutex) {
+    fallback.add();
+    fallbackStarted = detail::startThread("orvo-main", [] { shared()->runAsFallback(); });
+    if (fallbackStarted) return;
+    fallback.remove();
+    if (!std::exchange(standInWaits, true)) {
+      detail::WorkerPool::shared().post(Job(static_cast<detail::JobNode*>(&standIn)));
+    }
   }
 
   void demandClaimant() const ORVO_REQUIRES(mutex) {
@@ -131,6 +143,16 @@ void MainQueue::runAsFallback() {
   }
   guard.unlock();
   state.fallback.remove();
+}
+
+void MainQueue::runAsStandIn() {
+  auto& state = *state_;
+  detail::MutexGuard guard(state.mutex);
+  state.standInWaits = false;
+  while (!state.ending && state.claim == 0 && state.count > 0 &&
+         state.running == std::thread::id()) {
+    state.runOne(guard);
+  }
 }
 
 std::optional<MainQueue::Claim> MainQueue::claim() {

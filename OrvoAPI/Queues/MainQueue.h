@@ -40,6 +40,7 @@ class MainQueue final : public DispatchQueue {
   MainQueue();
   ~MainQueue() override;
   void runAsFallback();
+  void runAsStandIn();
   void endFallback();
 
   const std::unique_ptr<State> state_;

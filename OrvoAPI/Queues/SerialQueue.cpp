@@ -46,8 +46,7 @@ void SerialQueue::drop() noexcept {
   lock_.unlock();
 }
 
-/// Stops the process when a job throws: the caller could not tell what became of its own, and a
-/// worker that ran it would have stopped the process as well.
+/// Stops the process when a job of others throws, as a worker that ran it would have done.
 void SerialQueue::runSynchronously(detail::JobNode& job) noexcept {
   if (drainer_.load(std::memory_order_relaxed) == currentThread()) {
     detail::fatal("SerialQueue::sync called from one of the queue's own jobs");

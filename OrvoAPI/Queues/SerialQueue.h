@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <string>
 #include <utility>
@@ -29,13 +30,14 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
   void post(Job job) override;
   [[nodiscard]] std::string label() const override { return label_; }
 
-  /// Runs `function` in its turn and returns when it has run; it may run on another thread. It must
-  /// not throw. Called from one of the queue's own jobs it could never return: that stops the
-  /// process.
+  /// Runs `function` in its turn and returns when it has run; it may run on another thread. What it
+  /// throws reaches the caller. Called from one of the queue's own jobs it could never return: that
+  /// stops the process.
   template <class F>
   void sync(F&& function) {
     SyncJob<F> job(function);
     runSynchronously(job);
+    if (job.thrown) std::rethrow_exception(job.thrown);
   }
 
  private:
@@ -44,9 +46,16 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
   template <class F>
   struct SyncJob final : detail::JobNode {
     explicit SyncJob(F& f) : function(f) {}
-    void run() override { function(); }
+    void run() override {
+      try {
+        function();
+      } catch (...) {
+        thrown = std::current_exception();
+      }
+    }
     void drop() noexcept override {}
     F& function;
+    std::exception_ptr thrown;
   };
 
   /// A synchronous caller that waits while another thread drains.

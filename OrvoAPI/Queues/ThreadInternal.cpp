@@ -6,8 +6,10 @@
 
 #include <array>
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
+#include <new>
 
 namespace orvo::detail {
 namespace {
@@ -44,8 +46,8 @@ struct ExitList {
 };
 
 ExitList& exitList() {
-  static auto* const list = new ExitList;  // outlives every static destructor
-  return *list;
+  static constinit ExitList list;
+  return list;
 }
 
 void endAll() {
@@ -88,9 +90,9 @@ std::optional<pthread_t> startJoinableThread(const char* name, void (*body)()) {
     sigdelset(&blocked, fault);
   }
   pthread_sigmask(SIG_SETMASK, &blocked, &before);
-  auto* const start = new Start{name, body};
+  auto* const start = new (std::nothrow) Start{name, body};
   pthread_t thread{};
-  const bool started = pthread_create(&thread, nullptr, enter, start) == 0;
+  const bool started = start != nullptr && pthread_create(&thread, nullptr, enter, start) == 0;
   if (!started) delete start;
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   return started ? std::optional(thread) : std::nullopt;
@@ -135,13 +137,20 @@ void ThreadCount::waitUntilAtMost(unsigned count, std::chrono::milliseconds pati
   }
 }
 
+Registration registerExitHandler(void (*handler)()) {
+  errno = 0;
+  if (std::atexit(handler) == 0) return Registration::done;
+  return errno == ENOMEM ? Registration::noMemory : Registration::tooLate;
+}
+
 void atProcessExit(ExitStage stage, void (*end)()) {
   auto& list = exitList();
   const LockGuard guard(list.lock);
-  list.ends[static_cast<std::size_t>(stage)] = end;
-  if (list.registered) return;
+  if (!list.registered && registerExitHandler(endAll) == Registration::noMemory) {
+    throw std::bad_alloc();
+  }
   list.registered = true;
-  std::atexit(endAll);
+  list.ends[static_cast<std::size_t>(stage)] = end;
 }
 
 }  // namespace orvo::detail

@@ -56,6 +56,9 @@ void runInForkedChild(Job job) noexcept;
 
 /// How long the end of a stage waits for its threads.
 constexpr std::chrono::seconds kExitPatience{2};
+/// Registers a handler with the process; too late once all of them have been run.
+enum class Registration { done, tooLate, noMemory };
+[[nodiscard]] Registration registerExitHandler(void (*handler)());
 
 /// Calls `end` once when the process exits, in the order of the stages, but not when a forked child
 /// does. It must wait for a limited time at most, and for no longer than its own threads need.

@@ -1,4 +1,3 @@
-#include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Queues/TimerInternal.h>
 
 #include <poll.h>
@@ -10,11 +9,14 @@
 #include <array>
 #include <cerrno>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace orvo::detail {
 namespace {
 
+/// While there is no memory for it.
+constexpr int kMillisecondsToNextTelling = 100;
 /// Longer delays wait this long: it is beyond a device's life, and no sum overflows.
 constexpr std::chrono::hours kLongestDelay{24 * 365 * 100};
 
@@ -49,35 +51,46 @@ Timer& Timer::shared() {
 Timer::Timer()
     : timer_(timerfd_create(CLOCK_BOOTTIME, TFD_CLOEXEC | TFD_NONBLOCK)),
       wallClock_(makeWallClockWatch()) {
-  if (timer_ < 0 || wallClock_ < 0) fatal("no timer descriptor");
-  atProcessExit(ExitStage::timer, [] { shared().shutDown(); });
+  try {
+    if (timer_ < 0 || wallClock_ < 0) throw std::bad_alloc();
+    atProcessExit(ExitStage::timer, [] { shared().shutDown(); });
+  } catch (const std::bad_alloc&) {
+    close(timer_);
+    close(wallClock_);
+    throw;
+  }
 }
 
 void Timer::post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue> queue, Job job) {
   if (delay.count() <= 0) return queue->post(std::move(job));
   if (isForkedChild()) return;  // the descriptor is the parent's
   const auto due = sinceBoot() + std::min<std::chrono::milliseconds>(delay, kLongestDelay);
+  Entry entry{due, 0, std::move(queue), std::move(job)};  // destroyed outside the lock if refused
   const LockGuard guard(lock_);
-  heap_.push_back({due, order_++, std::move(queue), std::move(job)});
-  std::push_heap(heap_.begin(), heap_.end(), [](auto& a, auto& b) { return a.isAfter(b); });
   startOnce();
+  entry.order = order_++;
+  heap_.push_back(std::move(entry));
+  std::push_heap(heap_.begin(), heap_.end(), [](auto& a, auto& b) { return a.isAfter(b); });
   arm();
 }
 
 std::shared_ptr<const void> Timer::watchWallClock(std::function<void()> task) {
-  auto watch = std::make_shared<Watch>(std::move(task));
+  auto watch = std::make_shared<const Watch>(Watch{std::move(task)});
   if (isForkedChild()) return watch;
   const LockGuard guard(lock_);
-  std::erase_if(watches_, [](const auto& other) { return other.expired(); });
-  watches_.push_back(watch);
   startOnce();
+  std::erase_if(watches_, [](const auto& other) { return other.watch.expired(); });
+  watches_.push_back({++latestWatch_, watch});
   return watch;
 }
 
 void Timer::startOnce() {
-  if (std::exchange(started_, true)) return;
+  if (started_) return;
   running_.add();
-  if (!startThread("orvo-timer", [] { shared().work(); })) fatal("no thread could be started");
+  started_ = startThread("orvo-timer", [] { shared().work(); });
+  if (started_) return;
+  running_.remove();
+  throw std::bad_alloc();
 }
 
 /// Sets the descriptor to the earliest entry; at once when the thread is to end.
@@ -93,42 +106,56 @@ void Timer::arm() {
   timerfd_settime(timer_, TFD_TIMER_ABSTIME, &time, nullptr);
 }
 
-std::vector<Timer::Entry> Timer::takeDue() {
-  std::vector<Entry> due;
-  const auto now = sinceBoot();
-  while (!heap_.empty() && heap_.front().due <= now) {
-    std::pop_heap(heap_.begin(), heap_.end(), [](auto& a, auto& b) { return a.isAfter(b); });
-    due.push_back(std::move(heap_.back()));
-    heap_.pop_back();
-  }
+std::optional<Timer::Entry> Timer::takeDue() {
+  const LockGuard guard(lock_);
+  if (ending_ || heap_.empty() || heap_.front().due > sinceBoot()) return std::nullopt;
+  std::pop_heap(heap_.begin(), heap_.end(), [](auto& a, auto& b) { return a.isAfter(b); });
+  std::optional<Entry> due = std::move(heap_.back());
+  heap_.pop_back();
   return due;
 }
 
-std::vector<std::shared_ptr<Timer::Watch>> Timer::watches() {
-  std::vector<std::shared_ptr<Watch>> watches;
-  for (const auto& weak : watches_) {
-    if (auto watch = weak.lock()) watches.push_back(std::move(watch));
+std::shared_ptr<const Timer::Watch> Timer::nextToTell() {
+  const LockGuard guard(lock_);
+  for (const auto& [number, weak] : watches_) {
+    if (number <= told_) continue;
+    told_ = number;
+    if (auto watch = weak.lock()) return watch;
   }
-  return watches;
+  return nullptr;
+}
+
+/// Tells those that have not been told yet that the wall clock was set. False when the last of them
+/// was refused the memory that it takes to pass it on.
+bool Timer::tellWatches() {
+  while (const auto watch = nextToTell()) {
+    try {
+      watch->task();
+    } catch (const std::bad_alloc&) {
+      const LockGuard guard(lock_);
+      --told_;
+      return false;
+    }
+  }
+  return true;
 }
 
 void Timer::work() {
+  bool isTelling = false;
   for (;;) {
     std::array<pollfd, 2> descriptors{{{timer_, POLLIN, 0}, {wallClock_, POLLIN, 0}}};
-    poll(descriptors.data(), descriptors.size(), -1);
+    poll(descriptors.data(), descriptors.size(), isTelling ? kMillisecondsToNextTelling : -1);
     takeNote(timer_);
-    const bool wallClockWasSet = takeNote(wallClock_);
-    std::vector<Entry> due;
-    std::vector<std::shared_ptr<Watch>> told;
-    {
+    if (takeNote(wallClock_)) {
       const LockGuard guard(lock_);
-      if (ending_) break;
-      due = takeDue();
-      if (wallClockWasSet) told = watches();
-      arm();
+      isTelling = true;
+      told_ = 0;
     }
-    for (auto& entry : due) entry.queue->post(std::move(entry.job));
-    for (const auto& watch : told) (*watch)();
+    while (auto entry = takeDue()) entry->queue->post(std::move(entry->job));
+    if (isTelling) isTelling = !tellWatches();
+    const LockGuard guard(lock_);
+    if (ending_) break;
+    arm();
   }
   running_.remove();
 }

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace orvo::detail {
@@ -40,14 +41,21 @@ class Timer {
     }
   };
 
-  using Watch = const std::function<void()>;
+  struct Watch {
+    std::function<void()> task;
+  };
+  struct NumberedWatch {
+    std::uint64_t number = 0;
+    std::weak_ptr<const Watch> watch;
+  };
 
   Timer();
   void work();
   void startOnce() ORVO_REQUIRES(lock_);
   void arm() ORVO_REQUIRES(lock_);
-  [[nodiscard]] std::vector<Entry> takeDue() ORVO_REQUIRES(lock_);
-  [[nodiscard]] std::vector<std::shared_ptr<Watch>> watches() ORVO_REQUIRES(lock_);
+  [[nodiscard]] std::optional<Entry> takeDue();
+  [[nodiscard]] std::shared_ptr<const Watch> nextToTell();
+  [[nodiscard]] bool tellWatches();
 
   const int timer_;
   const int wallClock_;  // never expires; ends its wait when the wall clock is set
@@ -55,7 +63,9 @@ class Timer {
   Lock lock_;
   std::vector<Entry> heap_ ORVO_GUARDED_BY(lock_);  // the earliest first
   std::uint64_t order_ ORVO_GUARDED_BY(lock_) = 0;
-  std::vector<std::weak_ptr<Watch>> watches_ ORVO_GUARDED_BY(lock_);
+  std::vector<NumberedWatch> watches_ ORVO_GUARDED_BY(lock_);  // in the order of their numbers
+  std::uint64_t latestWatch_ ORVO_GUARDED_BY(lock_) = 0;
+  std::uint64_t told_ ORVO_GUARDED_BY(lock_) = 0;  // the last to be told of the present setting
   bool started_ ORVO_GUARDED_BY(lock_) = false;
   bool ending_ ORVO_GUARDED_BY(lock_) = false;
 };

@@ -8,11 +8,16 @@
 
 #include <algorithm>
 #include <chrono>
+#include <new>
+#include <thread>
 
 namespace orvo::detail {
 namespace {
 
 constexpr unsigned kTailJobsInARow = 64;
+/// To start the one worker without which no job would ever run.
+constexpr int kAttempts = 100;
+constexpr std::chrono::milliseconds kBetweenAttempts{10};
 
 /// What a worker knows about itself; all zero on every other thread.
 struct WorkerState {
@@ -132,13 +137,41 @@ void WorkerPool::goOnWith(const JobNode* job) {
   if (auto* const kept = std::exchange(state.tailJob, nullptr)) shared().post(Job(kept));
 }
 
-void WorkerPool::startWorker() {
+bool WorkerPool::start() {
   static std::atomic<unsigned> next{0};
-  if (startThread("orvo-worker", [] { shared().work(shared().slots_[next++]); })) return;
+  return startThread("orvo-worker", [] { shared().work(shared().slots_[next++]); });
+}
+
+void WorkerPool::startWorker() {
+  for (int attempt = 1; !start(); ++attempt) {
+    {
+      const LockGuard guard(lock_);
+      // With one worker at least the jobs still run, one after another.
+      if (workers_ > 1) {
+        --workers_;
+        return running_.remove();
+      }
+    }
+    if (attempt == kAttempts) fatal("no thread could be started");
+    std::this_thread::sleep_for(kBetweenAttempts);
+  }
+}
+
+void WorkerPool::demandWorker() {
+  if (isForkedChild()) return;
+  {
+    const LockGuard guard(lock_);
+    if (workers_ > 0 || ending_) return;
+    ++workers_;
+    running_.add();
+  }
+  if (start()) return;
   running_.remove();
-  const LockGuard guard(lock_);
-  // With one worker at least the jobs still run, one after another.
-  if (--workers_ == 0) fatal("no thread could be started");
+  {
+    const LockGuard guard(lock_);
+    --workers_;
+  }
+  throw std::bad_alloc();
 }
 
 JobNode* WorkerPool::take(Worker& worker) {

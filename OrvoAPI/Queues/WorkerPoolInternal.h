@@ -22,6 +22,10 @@ class WorkerPool final : public DispatchQueue {
   void postAfter(std::chrono::milliseconds delay, Job job) override;
   [[nodiscard]] std::string label() const override;
 
+  /// Starts the first worker unless there is one, or throws `std::bad_alloc`: for who begins
+  /// something that could not even fail without one.
+  void demandWorker();
+
   /// Says that the calling worker goes on with `job` now. What an earlier one kept for its tail is
   /// queued.
   static void goOnWith(const JobNode* job);
@@ -50,6 +54,9 @@ class WorkerPool final : public DispatchQueue {
   [[nodiscard]] bool pickWorker(Worker*& sleeper) ORVO_REQUIRES(lock_);
   void summon(Worker* sleeper);
   [[gnu::cold]] void postHeld(Job job);
+  [[nodiscard]] static bool start();
+  /// For one that `pickWorker` has counted. Stops the process when there is none and, for a second,
+  /// the system has no thread to give: a job that was taken would never be run.
   void startWorker();
   void work(Worker& self);
   [[nodiscard]] JobNode* take(Worker& worker);

@@ -9,6 +9,7 @@
 #include <concepts>
 #include <cstddef>
 #include <memory>
+#include <new>
 #include <string>
 #include <string_view>
 #include <typeinfo>
@@ -66,7 +67,12 @@ class Store {
   Future<Shared<T>> keep(Future<Shared<T>> future, std::string_view key) {
     future.onSuccess(detail::inlineQueue(),
                      [core = std::weak_ptr(core_), key = std::string(key)](const Shared<T>& value) {
-                       if (const auto alive = core.lock()) store(*alive, value, key);
+                       const auto alive = core.lock();
+                       if (alive == nullptr) return;
+                       try {
+                         store(*alive, value, key);
+                       } catch (const std::bad_alloc&) {  // it is not kept then
+                       }
                      });
     return future;
   }

@@ -4,6 +4,7 @@
 #include <OrvoAPI/Context/Capability.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Futures/detail/OrFail.h>
 #include <OrvoAPI/HTTP/URLError.h>
 
 #include <cstdint>
@@ -116,12 +117,10 @@ class ListWalkLoop : public std::enable_shared_from_this<ListWalkLoop<T, F>> {
     if (outcome_.isCancelled()) return;
     if (part.failed()) return outcome_.failure(*part.error());
     if (*part.value() == nullptr) return outcome_.success(true);
-    try {
+    orFail(outcome_, [&] {
       if (!wantsMoreAfter(*part.value())) return outcome_.success(false);
-    } catch (...) {
-      return outcome_.failure(AnyError::current());
-    }
-    if (!outcome_.isCancelled()) askForNext();
+      if (!outcome_.isCancelled()) askForNext();
+    });
   }
   bool wantsMoreAfter(const Shared<T>& part) {
     if constexpr (std::is_void_v<std::invoke_result_t<F&, const Shared<T>&>>) {

@@ -31,7 +31,11 @@ class ConcatState final : public DerivedState<std::vector<T>> {
     this->leaveSource();
     for (;;) {
       if (result->failed()) return finish(Failure{*result->error()});
-      values_.push_back(*result->value());
+      try {
+        values_.push_back(*result->value());
+      } catch (...) {
+        return finish(Failure{AnyError::current()});
+      }
       if (values_.size() == inputs_.size()) return finish(std::move(values_));
       const auto& input = inputs_[values_.size()];
       result = input.core_->result();

@@ -20,7 +20,10 @@ class Frame {
  public:
   explicit Frame(std::coroutine_handle<> handle) : handle_(handle) {}
   Frame(Frame&& other) noexcept : handle_(std::exchange(other.handle_, nullptr)) {}
-  Frame& operator=(Frame&&) = delete;
+  Frame& operator=(Frame&& other) noexcept {
+    std::swap(handle_, other.handle_);
+    return *this;
+  }
   ~Frame() {
     if (handle_) handle_.destroy();
   }
@@ -68,33 +71,36 @@ class Suspension final : public Continuation {
   }
 
  private:
-  class OnCancel final : public CancelCallback {
+  /// Also the job that resumes with the cancellation, so that no memory is needed for one.
+  class OnCancel final : public CancelCallback, public JobNode {
    public:
     explicit OnCancel(Suspension& whole) : whole_(whole) {}
     void call(bool completed) override {
-      if (!completed) whole_.queue_->post(whole_.resumption());
-      drop();
+      if (completed) return drop();
+      // Taken now, not when the job runs: the cancel was there before a later completion.
+      frame_ = whole_.take();
+      const auto queue = whole_.queue_;
+      queue->post(Job(static_cast<JobNode*>(this)));
     }
-    void drop() noexcept override { whole_.release(); }
     Job intoJob(CoreRef<FutureCore> future) override {
-      // Decided now, not when the job runs: the cancel was there before a later completion.
-      Job job = future->isCompleted() ? Job([] {}) : whole_.resumption();
-      drop();
-      return job;
+      if (!future->isCompleted()) frame_ = whole_.take();
+      return Job(static_cast<JobNode*>(this));
+    }
+    void run() override {
+      Frame frame = std::move(frame_);
+      if (frame) whole_.result_->emplace(Failure{URLError{URLError::cancelled, "cancelled"}});
+      whole_.release();
+      if (frame) frame.resume();
+    }
+    void drop() noexcept override {
+      const Frame destroyed = std::move(frame_);
+      whole_.release();
     }
 
    private:
     Suspension& whole_;
+    Frame frame_{nullptr};
   };
-
-  /// The job that resumes with the cancellation, if that came first.
-  Job resumption() {
-    return [frame = take(), result = result_]() mutable {
-      if (!frame) return;
-      result->emplace(Failure{URLError{URLError::cancelled, "cancelled"}});
-      frame.resume();
-    };
-  }
 
   /// The frame, for the first caller only.
   Frame take() {

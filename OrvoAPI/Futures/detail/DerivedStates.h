@@ -118,7 +118,7 @@ class FlatMapState final : public DerivedState<U> {
   void run() override {
     auto self = CoreRef<FlatMapState>::adopt(this);
     if (innerQueue_ != nullptr) {
-      auto result = *static_cast<const Result<U>*>(this->sourceResult());
+      auto result = copied(*static_cast<const Result<U>*>(this->sourceResult()));
       this->releaseSource();
       return this->settleLast(std::move(result));
     }
@@ -136,6 +136,13 @@ class FlatMapState final : public DerivedState<U> {
   }
 
  private:
+  static Result<U> copied(const Result<U>& result) {
+    try {
+      return result;
+    } catch (...) {
+      return Failure{AnyError::current()};
+    }
+  }
   Result<Future<U>> start(const Result<T>& source) {
     if (source.failed()) return Failure{*source.error()};
     try {

@@ -2,7 +2,7 @@
 #include <OrvoAPI/Futures/detail/FutureCore.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
 
-#include <vector>
+#include <utility>
 
 namespace orvo::detail {
 namespace {
@@ -70,7 +70,7 @@ CoreRef<FutureCore> FutureCore::lock(FutureCore* core) noexcept {
 
 void FutureCore::dispose() noexcept {
   if (disposed != nullptr) {
-    counts(this).nextDisposed = std::exchange(disposed, this);
+    counts(this).next = std::exchange(disposed, this);
     return;
   }
   disposed = lastDisposed();
@@ -81,7 +81,7 @@ void FutureCore::dispose() noexcept {
 
 void FutureCore::destroyDisposed() noexcept {
   while (disposed != lastDisposed()) {
-    auto* const core = std::exchange(disposed, counts(disposed).nextDisposed);
+    auto* const core = std::exchange(disposed, counts(disposed).next);
     destroy(core);
   }
 }
@@ -179,33 +179,61 @@ void FutureCore::add(CancelCallback* callback, DispatchQueue& queue) {
       std::memory_order_acquire));
 }
 
-/// One future of a chain that is being cancelled. Callbacks that an exception keeps from being
-/// called are dropped with it.
-struct FutureCore::Cancellation {
-  CoreRef<FutureCore> future;
-  NodeList<CancelCallback> callbacks;
-  bool completed;
+/// The futures of a chain that is being cancelled, with their callbacks: the source's come before
+/// its derived future's, as if each were the first callback of the next. Needs no memory. Callbacks
+/// that an exception keeps from being called are dropped with it.
+class FutureCore::Cancellation {
+ public:
+  Cancellation() = default;
+  Cancellation(const Cancellation&) = delete;
+  Cancellation& operator=(const Cancellation&) = delete;
+  ~Cancellation() {
+    while (callbacks_ != nullptr) pop()->drop();
+    while (futures_ != nullptr) {
+      auto* const future = std::exchange(futures_, counts(futures_).next);
+      future->release();
+    }
+  }
+
+  /// Cancels the future and returns the one that it was derived from, if that is there.
+  [[nodiscard]] CoreRef<FutureCore> cancel(CoreRef<FutureCore> future) {
+    auto& core = *future.get();
+    const auto taken = core.cancelCallbacks_.exchange(kCancelled, std::memory_order_acq_rel);
+    take(asCancelCallback(taken & ~kCancelled), core.isCompleted());
+    // The link belongs to the first cancel; nobody disposes of what is held.
+    if (taken != kCancelled) counts(&core).next = std::exchange(futures_, future.detach());
+    auto* const source = core.source_.exchange(nullptr, std::memory_order_acq_rel);
+    if (source == nullptr) return {};
+    auto held = lock(source);
+    releaseWeakly(source);
+    return held;
+  }
+  void callAll() {
+    while (callbacks_ != nullptr) {
+      auto* const callback = pop();
+      callback->call(callback->hasResult);
+    }
+  }
+
+ private:
+  void take(CancelCallback* newest, bool hasResult) {
+    while (newest != nullptr) {
+      auto* const callback = std::exchange(newest, newest->next);
+      callback->hasResult = hasResult;
+      callback->next = std::exchange(callbacks_, callback);
+    }
+  }
+  CancelCallback* pop() { return std::exchange(callbacks_, callbacks_->next); }
+
+  FutureCore* futures_ = nullptr;
+  CancelCallback* callbacks_ = nullptr;
 };
 
 void FutureCore::cancel() {
-  // Up the chain in a loop, then down again with the callbacks: the source's come before its
-  // derived future's, as if each were the first callback of the next.
-  std::vector<Cancellation> chain;
+  Cancellation cancellation;
   auto future = CoreRef<FutureCore>::retain(this);
-  while (future) {
-    auto& core = *future.get();
-    const auto callbacks = core.cancelCallbacks_.exchange(kCancelled, std::memory_order_acq_rel);
-    const bool completed = core.isCompleted();
-    auto* const source = core.source_.exchange(nullptr, std::memory_order_acq_rel);
-    chain.push_back(
-        {std::move(future), reversed(asCancelCallback(callbacks & ~kCancelled)), completed});
-    if (source == nullptr) break;
-    future = lock(source);
-    releaseWeakly(source);
-  }
-  for (auto cancelled = chain.rbegin(); cancelled != chain.rend(); ++cancelled) {
-    while (!cancelled->callbacks.empty()) cancelled->callbacks.pop()->call(cancelled->completed);
-  }
+  while (future) future = cancellation.cancel(std::move(future));
+  cancellation.callAll();
 }
 
 }  // namespace orvo::detail

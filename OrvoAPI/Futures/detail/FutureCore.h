@@ -45,6 +45,7 @@ class CancelCallback {
   virtual Job intoJob(CoreRef<FutureCore> future) = 0;
 
   CancelCallback* next = nullptr;
+  bool hasResult = false;  // what `call` is to be told, once it is taken from its future
 
  protected:
   ~CancelCallback() = default;
@@ -148,9 +149,9 @@ class FutureCore {
   struct alignas(std::max_align_t) Counts {
     std::atomic<std::uint32_t> strong{1};
     std::atomic<std::uint32_t> weak{1};  // all strong references together hold one
-    FutureCore* nextDisposed;
+    FutureCore* next;  // in the list of the one thread that cancels or disposes of it
   };
-  struct Cancellation;
+  class Cancellation;
 
   [[nodiscard]] static Counts& counts(FutureCore* core) {
     return *(reinterpret_cast<Counts*>(core) - 1);
