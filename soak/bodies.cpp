@@ -103,8 +103,7 @@ std::size_t mostKilobytesSoFar() {
 
 int readAll(const std::string& host, std::size_t count) {
   const auto session = std::make_shared<StubSessionProvider>();
-  const auto context = makeContext(url(host), configurationBody(), session,
-                                   std::make_shared<DefaultNetworkProvider>(session));
+  const auto context = makeContext(session, std::make_shared<DefaultNetworkProvider>(session));
   const auto start = std::chrono::steady_clock::now();
   std::vector<Future<Shared<Lineup>>> lineups;
   for (std::size_t i = 0; i < count; ++i) {
