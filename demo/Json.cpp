@@ -91,6 +91,11 @@ std::string Json::text() const {
   return out;
 }
 
+std::string Json::plainText() const {
+  if (const auto* string = std::get_if<std::string>(&value_)) return *string;
+  return std::holds_alternative<std::monostate>(value_) ? "" : text();
+}
+
 std::string Json::indentedText() const {
   std::string out;
   write(out, 0, true);

@@ -52,6 +52,8 @@ class Json {
   /// The document on one line. What a terminal would obey is escaped, bytes that are not UTF-8 come
   /// out as U+FFFD.
   [[nodiscard]] std::string text() const;
+  /// A string as it is, nothing for null, and what `text` says of anything else.
+  [[nodiscard]] std::string plainText() const;
   /// The document with an indentation of two spaces, for people.
   [[nodiscard]] std::string indentedText() const;
 

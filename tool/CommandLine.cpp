@@ -99,6 +99,11 @@ std::vector<Parameter> CommandLine::globalOptions() {
        .target = &service_.client,
        .fallback = "appleTV"},
       {.name = "--json", .description = "Print one JSON document, for programs", .target = &json_},
+      {.name = "--color",
+       .description = "Whether to use colours; when that is left open, NO_COLOR, CLICOLOR_FORCE "
+                      "and CLICOLOR decide",
+       .values = anyOf({"auto", "always", "never"}, "WHEN"),
+       .target = &color_},
       {.name = "--verbose",
        .description = "Say on standard error which service it is, and who said so",
        .target = &verbose_}};
@@ -112,6 +117,7 @@ std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) 
 }
 
 int CommandLine::run() {
+  if (color_ != "auto") setColours(color_ == "always" ? Colours::always : Colours::never);
   try {
     GlobalOptions options;
     if (chosen_->usesService) {

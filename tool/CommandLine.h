@@ -30,6 +30,7 @@ class CommandLine {
   WrittenService service_;
   bool json_ = false;
   bool verbose_ = false;
+  std::string color_ = "auto";
   std::string helpedCommand_;
   CommandTable table_;
   const Command* chosen_ = nullptr;

@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <tool/Commands.h>
+#include <tool/ListOutput.h>
 #include <tool/Text.h>
 #include <tool/Wording.h>
 
@@ -108,13 +109,37 @@ void drawConfiguration(Screen& screen, const Configuration& configuration) {
   drawPalette(screen, configuration.colorPalette);
 }
 
-/// Answers with a part of the configuration.
-template <class Part, class Draw>
-int answerPart(Tool& tool, Part part, Draw draw) {
+int runConfig(Tool& tool) {
   const auto context = tool.context();
   if (const AnyError* error = context.error()) return tool.fail(*error);
-  const auto& found = part(**context.value());
-  return tool.answer(toJson(found), [&](Screen& screen) { draw(screen, found); });
+  const Configuration& configuration = (*context.value())->configuration();
+  return tool.answer(toJson(configuration),
+                     [&](Screen& screen) { drawConfiguration(screen, configuration); });
+}
+
+int runViews(Tool& tool, const WrittenList& written) {
+  const ListOutput output(tool, written, kViewFields);
+  const auto context = tool.context();
+  if (const AnyError* error = context.error()) return tool.fail(*error);
+  std::vector<Configuration::SystemView> views;
+  for (const SystemView& view : (*context.value())->systemViews()) {
+    views.push_back({view.name, view.label, view.id});
+  }
+  return output.answer(views, [&](Screen& screen) { drawViews(screen, views); });
+}
+
+int runPalette(Tool& tool, const WrittenList& written) {
+  const ListOutput output(tool, written, kColorFields);
+  const auto context = tool.context();
+  if (const AnyError* error = context.error()) return tool.fail(*error);
+  const ColorPalette& palette = (*context.value())->colorPalette();
+  return output.answer(palette, [&](Screen& screen) { drawPalette(screen, palette); });
+}
+
+std::vector<Parameter> listOptions(WrittenList& written, Fields fields) {
+  std::vector<Parameter> options;
+  addListOptions(options, written, fields);
+  return options;
 }
 
 }  // namespace
@@ -123,34 +148,21 @@ void addConfigurationCommands(Commands& commands) {
   commands.push_back({.name = "config",
                       .description = "The remote configuration",
                       .examples = {"orvo --demo config", "orvo --demo config --json"},
-                      .run = [](Tool& tool) {
-                        const auto part = [](const Context& context) -> const auto& {
-                          return context.configuration();
-                        };
-                        return answerPart(tool, part, drawConfiguration);
-                      }});
+                      .run = runConfig});
+
+  const auto views = std::make_shared<WrittenList>();
   commands.push_back({.name = "views",
                       .description = "The system views: where browsing begins",
+                      .options = listOptions(*views, kViewFields),
                       .examples = {"orvo --demo views", "orvo --demo views --client iPhone"},
-                      .run = [](Tool& tool) {
-                        const auto part = [](const Context& context) {
-                          std::vector<Configuration::SystemView> views;
-                          for (const SystemView& view : context.systemViews()) {
-                            views.push_back({view.name, view.label, view.id});
-                          }
-                          return views;
-                        };
-                        return answerPart(tool, part, drawViews);
-                      }});
+                      .run = [views](Tool& tool) { return runViews(tool, *views); }});
+
+  const auto palette = std::make_shared<WrittenList>();
   commands.push_back({.name = "palette",
                       .description = "The colours of the brand",
-                      .examples = {"orvo --demo palette", "orvo --demo palette --json"},
-                      .run = [](Tool& tool) {
-                        const auto part = [](const Context& context) -> const auto& {
-                          return context.colorPalette();
-                        };
-                        return answerPart(tool, part, drawPalette);
-                      }});
+                      .options = listOptions(*palette, kColorFields),
+                      .examples = {"orvo --demo palette", "orvo --demo palette --format table"},
+                      .run = [palette](Tool& tool) { return runPalette(tool, *palette); }});
 }
 
 }  // namespace orvo::tool

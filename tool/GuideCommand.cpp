@@ -13,6 +13,7 @@ struct Written {
   std::string start{};
   std::string end{};
   std::int64_t days = 1;
+  WrittenList list{};
 };
 
 int runGuide(Tool& tool, const Written& written) {
@@ -23,7 +24,7 @@ int runGuide(Tool& tool, const Written& written) {
                        : *date(written.end);
   LinearStream stream;
   return fetchListAndAnswer(
-      tool, "fetching the guide", true,
+      tool, ListOutput(tool, written.list, kProgramFields), "fetching the guide", true,
       [&](const Context& context) {
         stream = context.linearStream();
         const ListPartRequest first{.offset = 0, .limit = WrittenPaging::kWholeListLimit};
@@ -39,26 +40,27 @@ int runGuide(Tool& tool, const Written& written) {
 
 void addGuideCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
-  commands.push_back(
-      {.name = "guide",
-       .description = "What is on the linear channel; by default, today",
-       .options = {{.name = "--start",
-                    .description =
-                        std::string("The start of the range, like one of these: ") + kDateForms,
-                    .values = dates(),
-                    .target = &written->start},
-                   {.name = "--end",
-                    .description = "The end of the range",
-                    .values = dates(),
-                    .target = &written->end},
-                   {.name = "--days",
-                    .description = "The length of the range in days",
-                    .values = number(1, 366),
-                    .target = &written->days,
-                    .excludes = {"--end"}}},
-       .examples = {"orvo --demo guide", "orvo --demo guide --days 7",
-                    "orvo --demo guide --start 18:00 --end tomorrow"},
-       .run = [written](Tool& tool) { return runGuide(tool, *written); }});
+  std::vector<Parameter> options{
+      {.name = "--start",
+       .description = std::string("The start of the range, like one of these: ") + kDateForms,
+       .values = dates(),
+       .target = &written->start},
+      {.name = "--end",
+       .description = "The end of the range",
+       .values = dates(),
+       .target = &written->end},
+      {.name = "--days",
+       .description = "The length of the range in days",
+       .values = number(1, 366),
+       .target = &written->days,
+       .excludes = {"--end"}}};
+  addListOptions(options, written->list, kProgramFields);
+  commands.push_back({.name = "guide",
+                      .description = "What is on the linear channel; by default, today",
+                      .options = std::move(options),
+                      .examples = {"orvo --demo guide", "orvo --demo guide --days 7",
+                                   "orvo --demo guide --start 18:00 --end tomorrow"},
+                      .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 
 }  // namespace orvo::tool

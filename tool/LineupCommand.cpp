@@ -1,6 +1,7 @@
 #include <tool/Arguments.h>
 #include <tool/Commands.h>
 #include <tool/LineupView.h>
+#include <tool/Paging.h>
 
 namespace orvo::tool {
 
@@ -9,11 +10,12 @@ namespace {
 struct Written {
   std::string url{};
   std::string display{};
+  WrittenList list{};
 };
 
 int runLineup(Tool& tool, const Written& written) {
-  return fetchAndAnswer(
-      tool, "fetching the lineup",
+  return fetchRecordsAndAnswer(
+      tool, ListOutput(tool, written.list, kSlotFields), "fetching the lineup",
       [&](const Context& context) { return context.fetchLineup(*absoluteURL(written.url)); },
       [&](Screen& screen, const Lineup& lineup) {
         drawLineup(screen, lineup, caseNamed<LineupDisplayKind>(written.display),
@@ -25,6 +27,11 @@ int runLineup(Tool& tool, const Written& written) {
 
 void addLineupCommand(Commands& commands) {
   const auto written = std::make_shared<Written>();
+  std::vector<Parameter> options{{.name = "--display",
+                                  .description = "Draw a grid of channels, or one list",
+                                  .values = anyOf({"grid", "lineup"}, "KIND"),
+                                  .target = &written->display}};
+  addListOptions(options, written->list, kSlotFields);
   commands.push_back({.name = "lineup",
                       .description = "A schedule that a video or page refers to",
                       .arguments = {{.name = "URL",
@@ -32,10 +39,7 @@ void addLineupCommand(Commands& commands) {
                                      .values = absoluteURLs(),
                                      .target = &written->url,
                                      .required = true}},
-                      .options = {{.name = "--display",
-                                   .description = "Draw a grid of channels, or one list",
-                                   .values = anyOf({"grid", "lineup"}, "KIND"),
-                                   .target = &written->display}},
+                      .options = std::move(options),
                       .examples = {"orvo serve-demo --port 8080 &",
                                    "orvo lineup http://127.0.0.1:8080/lineups/grid.json"},
                       .run = [written](Tool& tool) { return runLineup(tool, *written); }});

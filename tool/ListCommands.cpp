@@ -11,6 +11,7 @@ namespace {
 struct Written {
   std::string id{};
   WrittenPaging paging{};
+  WrittenList list{};
   std::optional<std::string> including{};
 };
 
@@ -31,8 +32,9 @@ void drawPlaylist(Screen& screen, const Playlist& playlist) {
 }
 
 int runCollection(Tool& tool, const Written& written) {
+  const ListOutput output(tool, written.list, kItemFields);
   return fetchListAndAnswer(
-      tool, "fetching the collection", written.paging.all,
+      tool, output, "fetching the collection", written.paging.all,
       [&](const Context& context) {
         return context.fetchItemCollection(written.id, written.paging.read());
       },
@@ -40,11 +42,12 @@ int runCollection(Tool& tool, const Written& written) {
 }
 
 int runPlaylist(Tool& tool, const Written& written) {
+  const ListOutput output(tool, written.list, kItemFields);
   if (!written.including) {
     const auto fetch = [&](const Context& context) {
       return context.fetchPlaylist(written.id, written.paging.read());
     };
-    return fetchListAndAnswer(tool, "fetching the playlist", written.paging.all, fetch,
+    return fetchListAndAnswer(tool, output, "fetching the playlist", written.paging.all, fetch,
                               drawPlaylist);
   }
   const auto fetch = [&](const Context& context) {
@@ -54,29 +57,32 @@ int runPlaylist(Tool& tool, const Written& written) {
       return keeper->fetchPlaylist(id, *included);
     });
   };
-  return fetchListAndAnswer(tool, "fetching the playlist", false, fetch, drawPlaylist);
+  return fetchListAndAnswer(tool, output, "fetching the playlist", false, fetch, drawPlaylist);
 }
 
 }  // namespace
 
 void addListCommands(Commands& commands) {
   const auto collection = std::make_shared<Written>();
+  auto options = pagingOptions(collection->paging);
+  addListOptions(options, collection->list, kItemFields);
   commands.push_back(
       {.name = "collection",
        .description = "A collection of videos and pages",
        .arguments = {identifier(collection->id, "The collection's identifier, as pages list it")},
-       .options = pagingOptions(collection->paging),
+       .options = std::move(options),
        .examples = {"orvo --demo collection everything --limit 5",
-                    "orvo --demo collection everything --all --json"},
+                    "orvo --demo collection everything --all --format jsonl"},
        .run = [collection](Tool& tool) { return runCollection(tool, *collection); }});
 
   const auto playlist = std::make_shared<Written>();
-  auto options = pagingOptions(playlist->paging);
+  options = pagingOptions(playlist->paging);
   options.push_back({.name = "--including",
                      .description = "A video to play in any case",
                      .values = {.name = "VIDEO_ID"},
                      .target = &playlist->including,
                      .excludes = {"--limit", "--offset", "--all"}});
+  addListOptions(options, playlist->list, kItemFields);
   commands.push_back({.name = "playlist",
                       .description = "Videos that play one after another",
                       .arguments = {identifier(playlist->id, "The playlist's identifier")},

@@ -17,17 +17,30 @@ std::string_view environment(const char* name) {
   return value != nullptr ? value : "";
 }
 
+Colours chosenColours = Colours::fromEnvironment;
+
+bool wantsColours(bool isCapable) {
+  if (chosenColours != Colours::fromEnvironment) return chosenColours == Colours::always;
+  if (!environment("NO_COLOR").empty()) return false;
+  const std::string_view force = environment("CLICOLOR_FORCE");
+  if (!force.empty() && force != "0") return true;
+  return isCapable && environment("CLICOLOR") != "0";
+}
+
+/// Of the terminal at the descriptor, or behind the pager at its other end.
 std::size_t columnsOf(int descriptor) {
   constexpr std::size_t kDefault = 80;
   constexpr std::size_t kFewest = 40;
   winsize size{};
-  if (ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) {
-    return std::max<std::size_t>(size.ws_col, kFewest);
-  }
+  const auto isKnown = [&](int place) {
+    return ioctl(place, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  };
+  if (isKnown(descriptor)) return std::max<std::size_t>(size.ws_col, kFewest);
   const std::string_view text = environment("COLUMNS");
   std::size_t columns = 0;
   std::from_chars(text.data(), text.data() + text.size(), columns);
-  return columns > 0 ? std::clamp<std::size_t>(columns, kFewest, 1000) : kDefault;
+  if (columns > 0) return std::clamp<std::size_t>(columns, kFewest, 1000);
+  return isKnown(STDERR_FILENO) ? std::max<std::size_t>(size.ws_col, kFewest) : kDefault;
 }
 
 Terminal describe(int descriptor) {
@@ -35,7 +48,7 @@ Terminal describe(int descriptor) {
   terminal.isTerminal = isatty(descriptor) == 1;
   const std::string_view kind = environment("TERM");
   terminal.redraws = terminal.isTerminal && !kind.empty() && kind != "dumb";
-  terminal.colour = terminal.redraws && environment("NO_COLOR").empty();
+  terminal.colour = wantsColours(terminal.redraws);
   const std::string_view depth = environment("COLORTERM");
   terminal.trueColour = terminal.colour && (depth == "truecolor" || depth == "24bit");
   terminal.columns = columnsOf(descriptor);
@@ -76,6 +89,8 @@ const char* sequence(Style style) {
 }
 
 }  // namespace
+
+void setColours(Colours colours) { chosenColours = colours; }
 
 Terminal standardOutput() { return describe(STDOUT_FILENO); }
 

@@ -11,12 +11,23 @@ struct Terminal {
   bool isTerminal = false;
   /// Whether what is shown there can be overwritten.
   bool redraws = false;
-  /// Whether colours are wanted: on a terminal that has them, unless NO_COLOR is set.
+  /// Whether colours are wanted.
   bool colour = false;
   /// Whether it shows 24-bit colours and not just 256.
   bool trueColour = false;
   std::size_t columns = 80;
+  /// Whether somebody looks at it through a pager.
+  bool isPaged = false;
+
+  /// Whether what is too wide gives way. What programs read, or what is saved, is never cut off.
+  [[nodiscard]] bool isFitted() const { return isTerminal || isPaged; }
 };
+
+/// Whether to use colours. Left to the environment they are used where NO_COLOR is not set, and
+/// CLICOLOR_FORCE is, or on a terminal that has them unless CLICOLOR is 0.
+enum class Colours { fromEnvironment, always, never };
+/// Set once, before anything is printed.
+void setColours(Colours colours);
 
 [[nodiscard]] Terminal standardOutput();
 [[nodiscard]] Terminal standardError();

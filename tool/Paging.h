@@ -4,6 +4,7 @@
 #include <OrvoAPI/Context/FetchOptions.h>
 #include <OrvoAPI/Context/ListWalk.h>
 #include <tool/CommandTable.h>
+#include <tool/ListOutput.h>
 #include <tool/Tool.h>
 
 #include <cstddef>
@@ -74,18 +75,46 @@ template <class List>
   return std::make_shared<const List>(std::move(*whole));
 }
 
+/// Prints the lines of each part as soon as it has come. Returns the exit status.
+template <class List>
+int printParts(Tool& tool, const ListOutput& output, const ListWalk<List>& walk,
+               const std::string& label) {
+  while (true) {
+    const auto result = tool.wait(walk.next(), label);
+    if (const AnyError* error = result.error()) return tool.fail(*error);
+    const Shared<List> part = *result.value();
+    if (part == nullptr) return 0;
+    output.printLines(recordsOf(*part));
+  }
+}
+
 /// Fetches the list whose first part `fetch(const Context&)` returns a future of, whole if that is
-/// wanted, and answers with it. Returns the exit status.
+/// wanted, and prints it. Returns the exit status.
 template <class Fetch, class Draw>
-int fetchListAndAnswer(Tool& tool, const std::string& label, bool whole, Fetch fetch, Draw draw) {
+int fetchListAndAnswer(Tool& tool, const ListOutput& output, const std::string& label, bool whole,
+                       Fetch fetch, Draw draw) {
   const auto opened = tool.context();
   if (const AnyError* error = opened.error()) return tool.fail(*error);
   const auto& context = *opened.value();
   const ListWalk walk(context, [&] { return fetch(std::as_const(*context)); });
+  if (whole && output.isOfLines()) return printParts(tool, output, walk, label);
   const auto result = whole ? wholeList(tool, walk, label) : tool.wait(walk.next(), label);
   if (const AnyError* error = result.error()) return tool.fail(*error);
   const auto& list = **result.value();
-  return tool.answer(toJson(list), [&](Screen& screen) { draw(screen, list); });
+  return output.answer(list, [&](Screen& screen) { draw(screen, list); });
+}
+
+/// Fetches the list that `fetch(const Context&)` returns a future of, and prints it. Returns the
+/// exit status.
+template <class Fetch, class Draw>
+int fetchRecordsAndAnswer(Tool& tool, const ListOutput& output, const std::string& label,
+                          Fetch fetch, Draw draw) {
+  const auto context = tool.context();
+  if (const AnyError* error = context.error()) return tool.fail(*error);
+  const auto result = tool.wait(fetch(**context.value()), label);
+  if (const AnyError* error = result.error()) return tool.fail(*error);
+  const auto& list = **result.value();
+  return output.answer(list, [&](Screen& screen) { draw(screen, list); });
 }
 
 }  // namespace orvo::tool

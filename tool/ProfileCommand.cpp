@@ -1,4 +1,5 @@
 #include <tool/Commands.h>
+#include <tool/ListOutput.h>
 #include <tool/Profiles.h>
 #include <tool/ValueCheck.h>
 
@@ -6,11 +7,35 @@
 
 namespace orvo::tool {
 
+static constexpr const char* kProfileFields[] = {"name", "api", "resources", "client", "used"};
+
+static Records recordsOf(const Profiles& profiles) {
+  Records records;
+  for (const Profile& profile : profiles.all) {
+    const auto text = [](const std::string& value) { return value.empty() ? Json() : Json(value); };
+    Record record{{profile.name, profile.api, text(profile.resources), text(profile.client),
+                   profile.name == profiles.used},
+                  {}};
+    record.model = [values = record.values] {
+      Json object = Json::object();
+      for (std::size_t i = 0; i < values.size(); ++i) object.set(kProfileFields[i], values[i]);
+      return object;
+    };
+    records.push_back(std::move(record));
+  }
+  return records;
+}
+
+static Json toJson(const Profiles& profiles) {
+  return Json::list(recordsOf(profiles), [](const Record& record) { return record.model(); });
+}
+
 namespace {
 
 struct Written {
   std::string action{};
   std::string name{};
+  WrittenList list{};
 };
 
 void add(Profiles& profiles, const Written& written, const WrittenService& service) {
@@ -68,21 +93,16 @@ int runProfile(Tool& tool, const Written& written, const WrittenService& service
     if (profiles.used == name) profiles.used.clear();
   }
   if (!lists) writeProfiles(profiles);
-  const Json json = Json::list(profiles.all, [&](const Profile& profile) {
-    const auto text = [](const std::string& value) { return value.empty() ? Json() : Json(value); };
-    return Json::object({{"name", profile.name},
-                         {"api", profile.api},
-                         {"resources", text(profile.resources)},
-                         {"client", text(profile.client)},
-                         {"used", profile.name == profiles.used}});
-  });
-  return tool.answer(json, [&](Screen& screen) { drawProfiles(screen, profiles); });
+  const ListOutput output(tool, written.list, kProfileFields);
+  return output.answer(profiles, [&](Screen& screen) { drawProfiles(screen, profiles); });
 }
 
 }  // namespace
 
 void addProfileCommand(Commands& commands, const WrittenService& service) {
   const auto written = std::make_shared<Written>();
+  std::vector<Parameter> options;
+  addListOptions(options, written->list, kProfileFields);
   commands.push_back(
       {.name = "profile",
        .description = "Services under names of your own, so that they need not be typed again",
@@ -100,6 +120,7 @@ void addProfileCommand(Commands& commands, const WrittenService& service) {
                      {.name = "NAME",
                       .description = "The name of the profile",
                       .target = &written->name}},
+       .options = std::move(options),
        .examples = {"orvo profile add staging --api https://HOST/v3/ --resources https://HOST/",
                     "orvo profile list"},
        .usesService = false,

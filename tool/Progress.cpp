@@ -8,12 +8,35 @@
 
 namespace orvo::tool {
 
+namespace {
+
+constexpr const char* kWipe = "\r\x1b[K";
+
+}  // namespace
+
 Progress::Progress(std::string label, Terminal terminal,
                    std::chrono::steady_clock::time_point start)
     : terminal_(terminal), label_(std::move(label)), start_(start) {}
 
 Progress::~Progress() {
-  if (drawn_) printDiagnostic("\r\x1b[K");
+  if (!drawn_) return;
+  for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
+  printDiagnostic(kWipe);
+}
+
+/// Lets signals that end the process wipe the line away first.
+void Progress::wipeWhenInterrupted() {
+  struct sigaction action {};
+  action.sa_handler = [](int signal) {
+    printDiagnostic(kWipe);
+    raise(signal);
+  };
+  // What is raised in the handler comes after it, and ends the process.
+  action.sa_flags = static_cast<int>(SA_RESETHAND);
+  for (std::size_t i = 0; i < kSignals.size(); ++i) {
+    sigaction(kSignals[i], nullptr, &before_[i]);
+    if (before_[i].sa_handler == SIG_DFL) sigaction(kSignals[i], &action, nullptr);
+  }
 }
 
 void Progress::set(std::size_t done, std::size_t total) {
@@ -28,6 +51,7 @@ void Progress::tick() {
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
   const std::string text =
       fmt::format("{} {}{}  {} s", kFrames[frame_++ % kFrames.size()], label_, bar(), seconds);
+  if (!drawn_) wipeWhenInterrupted();
   drawn_ = true;
   printDiagnostic("\r" + cut(text, terminal_.columns - 1) + "\x1b[K");
 }

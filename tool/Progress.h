@@ -2,14 +2,17 @@
 
 #include <tool/Output.h>
 
+#include <array>
 #include <chrono>
+#include <csignal>
 #include <cstddef>
 #include <string>
 
 namespace orvo::tool {
 
 /// A line on standard error that says what is being waited for. It appears on a terminal, after a
-/// second, and is wiped away at the end. Used by one thread.
+/// second, and is wiped away at the end, also when the process is
+/// interrupted. One at a time. Used by one thread.
 class Progress {
  public:
   explicit Progress(std::string label, Terminal terminal = standardError(),
@@ -24,6 +27,9 @@ class Progress {
   void tick();
 
  private:
+  static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
+
+  void wipeWhenInterrupted();
   [[nodiscard]] std::string bar() const;
 
   const Terminal terminal_;
@@ -33,6 +39,7 @@ class Progress {
   std::size_t total_ = 0;
   std::size_t frame_ = 0;
   bool drawn_ = false;
+  std::array<struct sigaction, kSignals.size()> before_{};
 };
 
 }  // namespace orvo::tool

@@ -73,7 +73,7 @@ void Screen::title(std::string_view text, std::string_view aside) {
   const std::string right = printable(aside);
   const std::size_t used = displayWidth(right);
   const std::size_t room = columns() > used + kGap ? columns() - used - kGap : columns();
-  const std::string left = terminal_.isTerminal ? cut(printable(text), room) : printable(text);
+  const std::string left = terminal_.isFitted() ? cut(printable(text), room) : printable(text);
   text_ += in(Style::strong, left);
   if (!right.empty()) {
     const std::size_t width = displayWidth(left);
@@ -104,7 +104,7 @@ void Screen::field(std::string_view name, std::string_view value, Style style) {
   const std::string text = printable(value);
   // An address is copied as a whole.
   const bool oneWord = text.find(' ') == std::string::npos;
-  const bool fits = !terminal_.isTerminal || oneWord || columns() < 2 * margin;
+  const bool fits = !terminal_.isFitted() || oneWord || columns() < 2 * margin;
   for (const std::string& part : fits ? std::vector{text} : wrapped(text, columns() - margin)) {
     line(head + in(style, part));
     head.assign(margin, ' ');
@@ -122,7 +122,7 @@ std::vector<std::size_t> Screen::widths(const Table& table) const {
     }
   }
   // What is not shown on a terminal is read by programs or saved: nothing is cut off then.
-  if (!terminal_.isTerminal) return result;
+  if (!terminal_.isFitted()) return result;
   leaveOut(table.columns, result, columns());
   shrink(table.columns, result, columns());
   return result;
@@ -135,7 +135,7 @@ void Screen::row(const std::vector<Column>& columns, const std::vector<std::size
   for (std::size_t index = 0; index < cells.size(); ++index) {
     if (widths[index] == kLeftOut) continue;
     const std::string text = printable(cells[index].text);
-    const bool givesWay = terminal_.isTerminal && columns[index].least > 0;
+    const bool givesWay = terminal_.isFitted() && columns[index].least > 0;
     const std::string shown = givesWay ? cut(text, widths[index]) : text;
     const std::size_t rest = widths[index] - std::min(widths[index], displayWidth(shown));
     out.append(gap + (columns[index].right ? rest : 0), ' ');

@@ -11,6 +11,7 @@ struct Written {
   std::string query{};
   std::string kind{};
   WrittenPaging paging{};
+  WrittenList list{};
 };
 
 void drawCollection(Screen& screen, const SearchCollection& collection) {
@@ -25,15 +26,16 @@ void drawResults(Screen& screen, const std::vector<SearchCollection>& results,
 }
 
 int runSearch(Tool& tool, const Written& written) {
+  const ListOutput output(tool, written.list, kFoundFields);
   if (written.kind.empty()) {
-    return fetchAndAnswer(
-        tool, "searching",
+    return fetchRecordsAndAnswer(
+        tool, output, "searching",
         [&](const Context& context) { return context.fetchSearchResults(written.query); },
         [&](Screen& screen, const auto& results) { drawResults(screen, results, written.query); });
   }
   const auto kind = *caseNamed<SearchCollection::ResultsKind>(written.kind);
   return fetchListAndAnswer(
-      tool, "searching", written.paging.all,
+      tool, output, "searching", written.paging.all,
       [&](const Context& context) {
         return context.fetchSearchCollection(written.query, kind, written.paging.read());
       },
@@ -42,10 +44,10 @@ int runSearch(Tool& tool, const Written& written) {
       });
 }
 
-int runSuggest(Tool& tool, const std::string& query) {
-  return fetchAndAnswer(
-      tool, "asking for suggestions",
-      [&](const Context& context) { return context.fetchSearchSuggestions(query); },
+int runSuggest(Tool& tool, const Written& written) {
+  return fetchRecordsAndAnswer(
+      tool, ListOutput(tool, written.list, kTextFields), "asking for suggestions",
+      [&](const Context& context) { return context.fetchSearchSuggestions(written.query); },
       [](Screen& screen, const std::vector<std::string>& suggestions) {
         for (const std::string& suggestion : suggestions) screen.paragraph(suggestion);
       });
@@ -64,6 +66,7 @@ void addSearchCommands(Commands& commands) {
     option.needs = {"--kind"};
     options.push_back(std::move(option));
   }
+  addListOptions(options, search->list, kFoundFields);
   commands.push_back(
       {.name = "search",
        .description = "Search in everything, or in one category",
@@ -75,15 +78,18 @@ void addSearchCommands(Commands& commands) {
        .examples = {"orvo --demo search night", "orvo --demo search night --kind videos --limit 3"},
        .run = [search](Tool& tool) { return runSearch(tool, *search); }});
 
-  const auto query = std::make_shared<std::string>();
+  const auto suggest = std::make_shared<Written>();
+  options.clear();
+  addListOptions(options, suggest->list, kTextFields);
   commands.push_back({.name = "suggest",
                       .description = "Suggestions for the beginning of a search",
                       .arguments = {{.name = "QUERY",
                                      .description = "What has been typed so far",
-                                     .target = query.get(),
+                                     .target = &suggest->query,
                                      .required = true}},
+                      .options = std::move(options),
                       .examples = {"orvo --demo suggest nig", "orvo --demo suggest nig --json"},
-                      .run = [query](Tool& tool) { return runSuggest(tool, *query); }});
+                      .run = [suggest](Tool& tool) { return runSuggest(tool, *suggest); }});
 }
 
 }  // namespace orvo::tool

@@ -32,6 +32,8 @@ class Tool {
   explicit Tool(GlobalOptions options) : options_(std::move(options)) {}
 
   [[nodiscard]] const GlobalOptions& options() const { return options_; }
+  /// As if `--json` had been given.
+  void answerInJson() { options_.json = true; }
   /// How long programmes of the demo service are; to be set before it is started.
   void setDemoProgramLength(std::chrono::seconds length) { demoProgramLength_ = length; }
 

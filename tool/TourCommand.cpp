@@ -17,10 +17,25 @@ struct Sights {
   Shared<Video> video;
   URL stream;
   int streamStatus = 0;
-  Data playlist{};
+  /// As they may be shown: without the token.
+  std::string shownStream{};
+  std::string playlist{};
 };
 
 constexpr int kFound = 200;
+
+/// The text without what only a player needs to see: in the stream's address the token stands
+/// between the video's identifier and the name of the file.
+std::string masked(const Sights& sights, const Context& context, std::string text) {
+  const std::string_view path = sights.stream.path();
+  const std::size_t begin =
+      context.constants().hlsBaseURL.appendingPathComponent(sights.video->id).path().size() + 1;
+  const std::string token(path.substr(0, path.rfind('/')).substr(std::min(begin, path.size())));
+  for (std::size_t at = 0; !token.empty() && (at = text.find(token, at)) != std::string::npos;) {
+    text.replace(at, token.size(), "(token)");
+  }
+  return text;
+}
 
 /// The first video on the page that can be played now, with the collection that shows it.
 Result<Sights> findVideo(Tool& tool, const Context& context, Shared<Page> page) {
@@ -58,7 +73,8 @@ Result<Sights> walk(Tool& tool, const Context& context) {
         tool.wait(session.fetch({.url = found->stream}), "fetching the stream's playlist");
     if (const AnyError* error = playlist.error()) return Failure{*error};
     found->streamStatus = playlist.value()->response.statusCode;
-    found->playlist = playlist.value()->body;
+    found->playlist = masked(*found, context, std::string(playlist.value()->body.view()));
+    found->shownStream = masked(*found, context, found->stream.text());
   }
   return sights;
 }
@@ -71,8 +87,8 @@ void drawTour(Screen& screen, const Sights& sights) {
   screen.blank();
   draw(screen, *sights.video);
   screen.heading("Stream", fmt::format("answers with status {}", sights.streamStatus));
-  screen.line("  " + sights.stream.text());
-  for (std::string_view rest = sights.playlist.view(); !rest.empty();) {
+  screen.line("  " + printable(sights.shownStream));
+  for (std::string_view rest = sights.playlist; !rest.empty();) {
     const std::string_view line = rest.substr(0, rest.find('\n'));
     rest.remove_prefix(std::min(rest.size(), line.size() + 1));
     screen.line("  " + screen.in(Style::faint, printable(line)));
@@ -88,7 +104,7 @@ int runTour(Tool& tool) {
   tool.answer(Json::object({{"page", toJson(*seen.page)},
                             {"collection", toJson(*seen.collection)},
                             {"video", toJson(*seen.video)},
-                            {"stream", toJson(seen.stream)},
+                            {"stream", seen.shownStream},
                             {"streamStatus", seen.streamStatus}}),
               [&](Screen& screen) { drawTour(screen, seen); });
   return seen.streamStatus == kFound ? 0 : 1;
@@ -97,10 +113,11 @@ int runTour(Tool& tool) {
 }  // namespace
 
 void addTourCommand(Commands& commands) {
-  commands.push_back({.name = "tour",
-                      .description = "A short walk: a page, a video on it, and its stream",
-                      .examples = {"orvo --demo tour", "orvo --demo tour --json"},
-                      .run = runTour});
+  commands.push_back(
+      {.name = "tour",
+       .description = "A short walk: a page, a video on it, and what its stream answers",
+       .examples = {"orvo --demo tour", "orvo --demo tour --json"},
+       .run = runTour});
 }
 
 }  // namespace orvo::tool

@@ -82,6 +82,16 @@ TEST(ProgressLine, StandsOnATerminalAfterASecondAndIsWipedAway) {
             "\r◐ fetching…\x1b[K\r◓ fetching…\x1b[K\r\x1b[K");
 }
 
+TEST(ProgressLine, IsWipedAwayWhenTheToolIsInterrupted) {
+  const auto interrupted = [] {
+    const auto before = std::chrono::steady_clock::now() - 5s;
+    Progress progress("fetching", {.isTerminal = true}, before);
+    progress.tick();
+    raise(SIGINT);
+  };
+  EXPECT_EXIT(interrupted(), testing::KilledBySignal(SIGINT), "fetching  5 s\x1b\\[K\r\x1b\\[K$");
+}
+
 TEST(ToolTimeAxis, KeepsInstantsInItsColumnsAndItsStepsRound) {
   const TimeAxis axis(kNoon, 2h, 60);
   EXPECT_EQ(axis.column(kNoon + 30min), 15U);
