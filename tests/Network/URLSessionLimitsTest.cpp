@@ -52,7 +52,7 @@ TEST(URLSessionLimit, EndsTwoAtOnceAndWakesAWorkerForEach) {
   Signal ended;
   URLSession session;
   for (int i = 0; i < 2; ++i) {
-    session.fetch({.url = silent.url(), .timeoutInterval = kLimit})
+    session.fetch({.url = silent.url(), .totalTimeoutInterval = kLimit})
         .onFailure(DispatchQueue::global(), [&](const AnyError&) {
           called.tell();
           EXPECT_TRUE(called.wait(2)) << "the other waits for this one's worker";
