@@ -82,7 +82,7 @@ TEST(ProgressLine, StandsOnATerminalAfterASecondAndIsWipedAway) {
             "\r◐ fetching…\x1b[K\r◓ fetching…\x1b[K\r\x1b[K");
 }
 
-TEST(ProgressLine, IsWipedAwayWhenTheToolIsInterrupted) {
+TEST(ProgressLineDeathTest, IsWipedAwayWhenTheToolIsInterrupted) {
   const auto interrupted = [] {
     const auto before = std::chrono::steady_clock::now() - 5s;
     Progress progress("fetching", {.isTerminal = true}, before);
