@@ -88,6 +88,8 @@ URLRequest redirected(const URLRequest& request, const URL& to, int status) {
   return next;
 }
 
+}  // namespace
+
 /// A job with a word that somebody is still to give. Made before it is asked for: handing the word
 /// on needs no memory.
 template <class Word>
@@ -115,6 +117,8 @@ class AwaitedWord final : public JobNode {
   const unsigned number_;
   std::optional<Word> word_;
 };
+
+namespace {
 
 /// The delegate's word on one redirect, shared by the copies of its completion handler. Safe to use
 /// from any thread; refuses when it goes unspoken.
