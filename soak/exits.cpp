@@ -74,7 +74,10 @@ int live(const Run& run, const URL& url, int output) {
     static URLSession session;
     fetch(session);
   } else {
-    std::thread([fetch] { fetch(*new URLSession); }).detach();
+    std::thread([fetch] {
+      static auto& session = *new URLSession;
+      fetch(session);
+    }).detach();
   }
   std::this_thread::sleep_for(run.delay);
   const auto end = now().count();
