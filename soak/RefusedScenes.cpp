@@ -198,6 +198,16 @@ class Redirect final : public Player {
   URLSession session_;
 };
 
+/// A first fetch over TLS and HTTP/2, with a session of its own.
+class Secure final : public Player {
+ public:
+  explicit Secure(const Service&) {}
+  Ending act(const Service& service) override {
+    URLSession session({.certificateAuthorityFile = service.authorityFile});
+    return endingOf(session.fetch({.url = service.secure}));
+  }
+};
+
 class Coroutine final : public WithContext {
  public:
   using WithContext::WithContext;
@@ -267,23 +277,32 @@ std::unique_ptr<Player> makePlayer(const Service& service) {
 }  // namespace
 
 Service Service::fromText(std::string_view text) {
-  const auto next = [&text] {
-    const auto line = text.substr(0, text.find('\n'));
-    text.remove_prefix(line.size() + 1);
-    return *URL::parse(line);
+  const auto line = [&text] {
+    const auto first = text.substr(0, text.find('\n'));
+    text.remove_prefix(first.size() + 1);
+    return first;
   };
+  const auto next = [&line] { return *URL::parse(line()); };
   auto lasting = Deployment{next(), next()};
-  return {std::move(lasting), Deployment{next(), next()}};
+  auto forgetful = Deployment{next(), next()};
+  auto secure = next();
+  return {std::move(lasting), std::move(forgetful), std::move(secure), std::string(line())};
 }
 
 const std::vector<Scene>& scenes() {
-  static const std::vector<Scene> scenes{
-      {"session", makePlayer<Session>},       {"page", makePlayer<PageFetch>},
-      {"collection", makePlayer<Collection>}, {"guide", makePlayer<Guide>},
-      {"cache hit", makePlayer<CacheHit>},    {"cancel", makePlayer<Cancel>},
-      {"monitor", makePlayer<Monitor>},       {"renewal", makePlayer<Renewal>},
-      {"redirect", makePlayer<Redirect>},     {"coroutine", makePlayer<Coroutine>},
-      {"futures", makePlayer<Futures>},       {"end", makePlayer<End>}};
+  static const std::vector<Scene> scenes{{"session", makePlayer<Session>},
+                                         {"page", makePlayer<PageFetch>},
+                                         {"collection", makePlayer<Collection>},
+                                         {"guide", makePlayer<Guide>},
+                                         {"cache hit", makePlayer<CacheHit>},
+                                         {"cancel", makePlayer<Cancel>},
+                                         {"monitor", makePlayer<Monitor>},
+                                         {"renewal", makePlayer<Renewal>},
+                                         {"redirect", makePlayer<Redirect>},
+                                         {"TLS", makePlayer<Secure>},
+                                         {"coroutine", makePlayer<Coroutine>},
+                                         {"futures", makePlayer<Futures>},
+                                         {"end", makePlayer<End>}};
   return scenes;
 }
 

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -19,7 +20,10 @@ struct Service {
   Deployment lasting;
   Deployment forgetful;  // its tokens are good for two requests
 
-  /// Four addresses, a line each.
+  URL secure;  // over HTTP/2
+  std::string authorityFile;
+
+  /// Each a line, in this order.
   [[nodiscard]] static Service fromText(std::string_view text);
 };
 

@@ -132,6 +132,14 @@ bool Connections::noteInput(int socket) {
   return ++found->second.inputs % kInputsBetweenWeighings == 0;
 }
 
+bool Connections::isStuck(int socket) {
+  const LockGuard guard(lock_);
+  const auto found = connections_.find(socket);
+  if (found == connections_.end()) return false;
+  const auto read = bytesRead(socket);
+  return read == std::exchange(found->second.weighed, read);
+}
+
 void Connections::settle(const ID& connection, std::uint64_t delivered) {
   const LockGuard guard(lock_);
   if (auto* const known = get(connection)) known->delivered += delivered;

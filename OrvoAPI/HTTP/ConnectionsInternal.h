@@ -51,6 +51,9 @@ class Connections {
 
   /// Bytes have arrived; true from time to time, when it should be weighed.
   [[nodiscard]] bool noteInput(int socket);
+  /// When it is weighed: whether nobody has read a byte of it since the last time, although bytes
+  /// were there all the while.
+  [[nodiscard]] bool isStuck(int socket);
   /// A transfer has ended to which that many bytes were delivered.
   void settle(const ID& connection, std::uint64_t delivered);
   /// Whether it brings too much: since some earlier point, more than `kMostBytesForOne` times the
@@ -101,6 +104,7 @@ class Connections {
     unsigned inputs = 0;
     std::uint64_t delivered = 0;   // to transfers that have ended
     std::int64_t leastExcess = 0;  // of bytes that came over those that were paid for
+    std::uint64_t weighed = 0;     // bytes read when it was last weighed
     std::uint64_t looked = 0;      // bytes read by the watchdog's last look
     std::uint64_t growth = 0;      // before it
   };

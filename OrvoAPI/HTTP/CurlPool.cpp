@@ -161,7 +161,18 @@ void CurlPool::socketIsReady(int socket, std::uint32_t events, void* context) {
   if ((events & EPOLLOUT) != 0) mask |= CURL_CSELECT_OUT;
   if ((events & (EPOLLERR | EPOLLHUP)) != 0) mask |= CURL_CSELECT_ERR;
   act(socket, mask);
-  if (isToBeWeighed) weigh(socket);
+  if (!isToBeWeighed) return;
+  if (connections_.isStuck(socket)) return endStuck(socket);
+  weigh(socket);
+}
+
+/// A TLS library that was refused memory may read no more, and the thread would go round for as
+/// long as bytes are there.
+void CurlPool::endStuck(int socket) {
+  endThose([socket](const CurlTransfer& transfer) { return transfer.isOn(socket); },
+           [](CurlTransfer& transfer) {
+             transfer.end(makeURLError(URLError::unknown, "the connection is stuck"));
+           });
 }
 
 /// Ends the transfers of a connection that brings too much for what it delivers, as with endless

@@ -72,6 +72,7 @@ class CurlPool {
   template <class Condition, class End>
   void endThose(Condition&& condition, End&& end);
   void weigh(int socket);
+  void endStuck(int socket);
   void endOn(const Connections::ID& connection, const URLError& error);
   void shutDownUnused();
   void checkDeadlines();

@@ -172,6 +172,11 @@ void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
   host.multiplexed = transfer.isMultiplexed();
   host.isFailing = foundNoWay(outcome).value_or(host.isFailing);
   --host.underWay;
+  // What was refused memory may have left its connection in no state to go on.
+  const auto* const error = std::get_if<URLError>(&outcome);
+  if (error != nullptr && error->code == URLError::unknown) {
+    pool_->connections().retire(transfer.connection());
+  }
   auto ended = pool_->remove(transfer);
   exchange->transfer_ = nullptr;
   ended->clear();

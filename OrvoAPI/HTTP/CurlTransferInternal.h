@@ -73,6 +73,10 @@ class CurlTransfer {
   };
   [[nodiscard]] Place& place() { return place_; }
 
+  /// Whether it is on that socket, or about to be.
+  [[nodiscard]] bool isOn(int socket) const {
+    return place_.socket == socket || connection_.socket == socket;
+  }
   /// Whether it shares its connection with others.
   [[nodiscard]] bool isMultiplexed() const { return multiplexed_; }
   void setMultiplexed(bool multiplexed) { multiplexed_ = multiplexed; }

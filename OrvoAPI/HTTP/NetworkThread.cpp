@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <ctime>
 #include <new>
@@ -326,10 +327,13 @@ bool NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void
   epoll_event event{};
   event.events = events;
   event.data.fd = socket;
-  // Should a socket have been closed unnoticed, its number is another's now.
-  const bool isChanged =
-      watch.pool != nullptr && epoll_ctl(epoll_, EPOLL_CTL_MOD, socket, &event) == 0;
-  const bool isWatched = isChanged || epoll_ctl(epoll_, EPOLL_CTL_ADD, socket, &event) == 0;
+  const auto tell = [&](int operation) {
+    return epoll_ctl(epoll_, operation, socket, &event) == 0;
+  };
+  // Should a socket have been closed unnoticed, its number is another's now; should it have been
+  // forgotten when there was no memory, it is known still.
+  const bool isWatched = (watch.pool != nullptr && tell(EPOLL_CTL_MOD)) || tell(EPOLL_CTL_ADD) ||
+                         (errno == EEXIST && tell(EPOLL_CTL_MOD));
   watch = isWatched ? Watch{&pool, context} : Watch{};
   return isWatched;
 }
