@@ -178,9 +178,10 @@ class Follower final : public URLSessionDelegate {
  public:
   void willPerformHTTPRedirection(const HTTPURLResponse&, const URLRequest& newRequest,
                                   const URLRequest&, RedirectCompletion complete) override {
-    DispatchQueue::global()->post([newRequest, complete = std::move(complete)]() mutable {
-      complete(std::move(newRequest));
-    });
+    DispatchQueue::global()->post(
+        [next = URLRequest(newRequest), complete = std::move(complete)]() mutable {
+          complete(std::move(next));
+        });
   }
 };
 
@@ -299,7 +300,7 @@ const std::vector<Scene>& scenes() {
                                          {"monitor", makePlayer<Monitor>},
                                          {"renewal", makePlayer<Renewal>},
                                          {"redirect", makePlayer<Redirect>},
-                                         {"TLS", makePlayer<Secure>},
+                                         {"TLS", makePlayer<Secure>, true},
                                          {"coroutine", makePlayer<Coroutine>},
                                          {"futures", makePlayer<Futures>},
                                          {"end", makePlayer<End>}};

@@ -44,6 +44,7 @@ class Player {
 struct Scene {
   const char* name;
   std::unique_ptr<Player> (*make)(const Service& service);
+  bool needsTLS = false;
 };
 
 [[nodiscard]] const std::vector<Scene>& scenes();

@@ -100,12 +100,14 @@ void judge(Report& report, const Ending& ending) {
 
 /// The same again, with nothing refused: at the second attempt at the latest, because the first may
 /// find a connection that was refused memory unseen.
-void demandRecovery(Report& report, const Service& service, Player& player) {
+void demandRecovery(Report& report, const Scene& scene, const Service& service, Player& player) {
   auto ending = player.act(service);
   if (ending.error) ending = player.act(service);
   if (!ending.error) return;
   const auto* const fault = ending.error->as<URLError>();
-  const bool isOfTLS = fault != nullptr && fault->code == URLError::secureConnectionFailed;
+  const bool isOfTLS =
+      scene.needsTLS && fault != nullptr &&
+      (fault->code == URLError::secureConnectionFailed || fault->code == URLError::unknown);
   tell(report, isOfTLS ? End::stated : End::broken, "afterwards: " + ending.error->description());
 }
 
@@ -134,7 +136,7 @@ void demandRecovery(Report& report, const Service& service, Player& player) {
     tell(report, End::other, error.what());
   }
   report.refused = Refusal::refused();
-  if (report.refused > 0) demandRecovery(report, service, *player);
+  if (report.refused > 0) demandRecovery(report, scene, service, *player);
   std::exit(0);
 }
 
