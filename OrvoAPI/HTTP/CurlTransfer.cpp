@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <limits>
-#include <new>
 #include <string>
 #include <utility>
 
@@ -167,8 +166,7 @@ void CurlTransfer::setHeaders(const URLRequest& request) {
   const auto append = [&list](const std::string& line) {
     curl_slist* const longer = curl_slist_append(list.get(), line.c_str());
     if (longer == nullptr) throw std::bad_alloc();
-    (void)list.release();
-    list.reset(longer);
+    if (list == nullptr) list.reset(longer);
   };
   for (const auto field : request.headers) append(headerLine(field.name, field.value));
   if (request.cachePolicy == CachePolicy::reloadIgnoringLocalAndRemoteCacheData) {
@@ -218,6 +216,8 @@ std::uint64_t CurlTransfer::bound() const {
 }
 
 void CurlTransfer::end(CURLcode code) {
+  // libcurl would send the next request on it as well.
+  if (code == CURLE_HTTP2) connections_.retire(connection_);
   HTTPOutcome ended = outOfMemory();
   try {
     ended = outcome(code);
