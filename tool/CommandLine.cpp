@@ -1,6 +1,7 @@
 #include <tool/Arguments.h>
 #include <tool/CommandLine.h>
 #include <tool/Commands.h>
+#include <tool/Completion.h>
 #include <tool/Help.h>
 #include <tool/Output.h>
 #include <tool/Profiles.h>
@@ -44,7 +45,7 @@ CommandLine::CommandLine()
 void CommandLine::addHelpCommands() {
   std::vector<std::string> names;
   for (const Command& command : table_.commands) names.push_back(command.name);
-  names.insert(names.end(), {"help", "version"});
+  names.insert(names.end(), {"help", "version", "completion"});
   table_.commands.push_back(
       {.name = "help",
        .description = "What the tool, or a command, is for and how to use it",
@@ -58,6 +59,7 @@ void CommandLine::addHelpCommands() {
          print(helpText(table_, command == table_.commands.end() ? nullptr : &*command));
          return 0;
        }});
+  addCompletionCommand();
   table_.commands.push_back({.name = "version",
                              .description = "The version of the tool and its library",
                              .examples = {"orvo version"},
@@ -66,6 +68,26 @@ void CommandLine::addHelpCommands() {
                                print(versionText() + "\n");
                                return 0;
                              }});
+}
+
+void CommandLine::addCompletionCommand() {
+  table_.commands.push_back(
+      {.name = "completion",
+       .description = "What lets a shell complete the tool's command lines",
+       .details =
+           "For bash or zsh: source <(orvo completion bash). For fish: orvo completion fish | "
+           "source.",
+       .arguments = {{.name = "SHELL",
+                      .description = "The shell",
+                      .values = completionShells(),
+                      .target = &shell_,
+                      .required = true}},
+       .examples = {"orvo completion bash", "orvo completion fish"},
+       .usesService = false,
+       .run = [this](Tool&) {
+         print(completionScript(shell_));
+         return 0;
+       }});
 }
 
 std::vector<Parameter> CommandLine::globalOptions() {
@@ -87,7 +109,7 @@ std::vector<Parameter> CommandLine::globalOptions() {
        .needs = {"--api"}},
       {.name = "--profile",
        .description = "Another deployment: the one that orvo profile keeps under that name",
-       .values = {.name = "NAME"},
+       .values = {.name = "NAME", .suggestions = knownProfiles},
        .target = &service_.profile,
        .excludes = {"--api"}},
       {.name = "--demo",
@@ -110,6 +132,10 @@ std::vector<Parameter> CommandLine::globalOptions() {
 }
 
 std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) {
+  // Between the shell and the tool: any words may follow, so it is none of the commands.
+  if (argc > 1 && std::string_view(argv[1]) == "complete") {
+    return Explanation{0, completions(table_, {argv + 2, argv + argc})};
+  }
   auto parsed = parse(table_, argc, argv);
   if (auto* explanation = std::get_if<Explanation>(&parsed)) return std::move(*explanation);
   chosen_ = std::get<const Command*>(parsed);

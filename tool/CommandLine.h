@@ -26,12 +26,14 @@ class CommandLine {
  private:
   [[nodiscard]] std::vector<Parameter> globalOptions();
   void addHelpCommands();
+  void addCompletionCommand();
 
   WrittenService service_;
   bool json_ = false;
   bool verbose_ = false;
   std::string color_ = "auto";
   std::string helpedCommand_;
+  std::string shell_;
   CommandTable table_;
   const Command* chosen_ = nullptr;
 };

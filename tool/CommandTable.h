@@ -32,6 +32,8 @@ struct Values {
   std::function<bool(const std::string&)> accepts{};
   /// What `accepts` wants, for whoever wrote something else.
   std::string wanted{};
+  /// What a shell offers beside `choices`.
+  std::function<std::vector<std::string>()> suggestions{};
 };
 
 [[nodiscard]] inline Values anyOf(std::vector<std::string> choices, std::string name = "NAME") {

@@ -46,15 +46,18 @@ void addListOptions(std::vector<Parameter>& options, WrittenList& written, Field
                      .target = &written.format,
                      .fallback = "table on a terminal, else tsv",
                      .excludes = {"--json"}});
-  options.push_back({.name = "--fields",
-                     .description = "Which fields to print, with commas between them: " + names,
-                     .values = {.name = "NAMES",
-                                .accepts =
-                                    [fields](const std::string& text) {
-                                      return !text.empty() && positions(text, fields).has_value();
-                                    },
-                                .wanted = "some of " + names + ", with commas between them"},
-                     .target = &written.fields});
+  options.push_back(
+      {.name = "--fields",
+       .description = "Which fields to print, with commas between them: " + names,
+       .values = {.name = "NAMES",
+                  .accepts =
+                      [fields](const std::string& text) {
+                        return !text.empty() && positions(text, fields).has_value();
+                      },
+                  .wanted = "some of " + names + ", with commas between them",
+                  .suggestions =
+                      [fields] { return std::vector<std::string>(fields.begin(), fields.end()); }},
+       .target = &written.fields});
 }
 
 ListOutput::Format ListOutput::format(const Tool& tool, const WrittenList& written) {

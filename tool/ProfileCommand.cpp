@@ -119,6 +119,7 @@ void addProfileCommand(Commands& commands, const WrittenService& service) {
                       .required = true},
                      {.name = "NAME",
                       .description = "The name of the profile",
+                      .values = {.suggestions = knownProfiles},
                       .target = &written->name}},
        .options = std::move(options),
        .examples = {"orvo profile add staging --api https://HOST/v3/ --resources https://HOST/",

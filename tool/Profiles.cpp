@@ -176,6 +176,16 @@ Values profileNames() {
           .wanted = "a name of letters, digits, \"-\", \"_\" and \".\", other than \"none\""};
 }
 
+std::vector<std::string> knownProfiles() {
+  std::vector<std::string> names;
+  try {
+    for (const Profile& profile : readProfiles().all) names.push_back(profile.name);
+  } catch (const WrongUsage&) {
+    names.clear();
+  }
+  return names;
+}
+
 Values clientNames() { return anyOf(caseNames<Client>()); }
 
 }  // namespace orvo::tool

@@ -39,6 +39,8 @@ void writeProfiles(const Profiles& profiles);
 
 /// The names that profiles may have.
 [[nodiscard]] Values profileNames();
+/// Those that there are, for a shell to offer; none when the file cannot be understood.
+[[nodiscard]] std::vector<std::string> knownProfiles();
 [[nodiscard]] Values clientNames();
 
 }  // namespace orvo::tool
