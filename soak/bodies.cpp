@@ -37,6 +37,14 @@ using namespace std::chrono_literals;
 /// each of ten connections, with its copy when the buffer grows.
 constexpr std::size_t kMostMegabytes = 10 + 112 + 64 + 10 * 32;
 
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kIsSanitized = true;
+constexpr std::size_t kDocuments = 3;  // each takes seconds
+#else
+constexpr bool kIsSanitized = false;
+constexpr std::size_t kDocuments = 30;
+#endif
+
 /// A list of objects that hold one number each.
 std::string denseDocument() {
   std::string document = "[{\"a\":10000}";
@@ -119,11 +127,8 @@ int readAll(const std::string& host, std::size_t count) {
   const auto megabytes = mostKilobytesSoFar() / 1024;
   std::printf("%zu documents: %zu failed, %.2f s, %zu MB at most\n", count, failed, took.count(),
               megabytes);
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-  const bool isBounded = true;  // a sanitizer's own bookkeeping says nothing of the library
-#else
-  const bool isBounded = megabytes <= kMostMegabytes;
-#endif
+  // A sanitizer's own bookkeeping says nothing of the library.
+  const bool isBounded = kIsSanitized || megabytes <= kMostMegabytes;
   return failed == 0 && isBounded ? 0 : 1;
 }
 
@@ -134,8 +139,9 @@ int main(int argc, char** argv) {
   using namespace orvo;
   const auto [listener, port] = test::listenOnLoopback();
   const pid_t server = soak::serve(listener, argc > 2 && std::string_view(argv[2]) == "gzip");
-  const auto status = soak::readAll("http://127.0.0.1:" + std::to_string(port) + "/",
-                                    argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 10);
+  const auto status =
+      soak::readAll("http://127.0.0.1:" + std::to_string(port) + "/",
+                    argc > 1 ? std::strtoul(argv[1], nullptr, 10) : soak::kDocuments);
   kill(server, SIGKILL);
   waitpid(server, nullptr, 0);
   return status;
