@@ -227,13 +227,17 @@ std::optional<Connections::ID> Connections::takeFlooded() {
   return flooded;
 }
 
+void Connections::beginGrowth() {
+  const LockGuard guard(lock_);
+  for (auto& [socket, connection] : connections_) connection.readBefore = bytesRead(socket);
+}
+
 std::uint64_t Connections::greatestGrowth() {
   const LockGuard guard(lock_);
   std::uint64_t greatest = 0;
   for (auto& [socket, connection] : connections_) {
     const auto read = bytesRead(socket);
-    connection.growth = read - std::min(connection.looked, read);
-    connection.looked = read;
+    connection.growth = read - std::min(connection.readBefore, read);
     if (!connection.isShutDown) greatest = std::max(greatest, connection.growth);
   }
   return greatest;

@@ -82,7 +82,9 @@ class Connections {
 
   // For the watchdog.
 
-  /// The most bytes that were read from one since the last look.
+  /// From here on what is read from each counts as its growth.
+  void beginGrowth();
+  /// The most that any one has grown by.
   [[nodiscard]] std::uint64_t greatestGrowth();
   /// Shuts that one down.
   void shutDownBusiest();
@@ -105,8 +107,8 @@ class Connections {
     std::uint64_t delivered = 0;   // to transfers that have ended
     std::int64_t leastExcess = 0;  // of bytes that came over those that were paid for
     std::uint64_t weighed = 0;     // bytes read when it was last weighed
-    std::uint64_t looked = 0;      // bytes read by the watchdog's last look
-    std::uint64_t growth = 0;      // before it
+    std::uint64_t readBefore = 0;  // bytes that were read when growth began
+    std::uint64_t growth = 0;
   };
 
   static void learnEnds(int socket, Connection& connection);

@@ -10,8 +10,8 @@ namespace {
 
 constexpr std::chrono::milliseconds kPeriod{100};
 /// In processor time of the network thread: waiting for a busy device is not the host's fault.
-constexpr std::chrono::milliseconds kLongestCall{150};
-/// What a flood brings in a period at the very least; less does not keep libcurl busy.
+constexpr std::chrono::milliseconds kLongestCall{100};
+/// What a flood brings at the very least; less does not keep libcurl busy for that long.
 constexpr std::uint64_t kLeastGrowth = 16U << 10;
 constexpr std::chrono::seconds kEndPatience{1};
 
@@ -79,11 +79,17 @@ void Watchdog::work() {
   }
 }
 
-/// The network thread is in the same call as at the last look.
+/// The network thread is in the same call as before. What has come since the first look at it is
+/// weighed, however little of the processor the thread had meanwhile.
 void Watchdog::look() {
   const auto used = timeOf(networkClock_);
-  const bool isFirst = !began_;
-  if (isFirst) began_ = used;
+  const auto delivered = delivered_.load(std::memory_order_relaxed);
+  if (!began_) {
+    began_ = used;
+    deliveredBefore_ = delivered;
+    for (auto* const connections : watched_) connections->beginGrowth();
+    return;
+  }
   Connections* busiest = nullptr;
   auto greatest = kLeastGrowth;
   for (auto* const connections : watched_) {
@@ -92,14 +98,12 @@ void Watchdog::look() {
     greatest = growth;
     busiest = connections;
   }
-  const auto delivered = delivered_.load(std::memory_order_relaxed);
-  const auto deliveredNow = delivered - std::exchange(deliveredBefore_, delivered);
-  // A large answer, on a slow device, is no flood.
-  if (deliveredNow * Connections::kMostBytesForOne >= greatest) return;
-  // The first growth is since an unknown time.
-  if (isFirst || busiest == nullptr || used - *began_ < kLongestCall) return;
-  busiest->shutDownBusiest();
-  began_.reset();  // what has come already is still read
+  if ((delivered - deliveredBefore_) * Connections::kMostBytesForOne >= greatest) {
+    began_.reset();  // a large answer, on a slow device, is no flood
+  } else if (busiest != nullptr && used - *began_ >= kLongestCall) {
+    busiest->shutDownBusiest();
+    began_.reset();
+  }
 }
 
 }  // namespace orvo::detail

@@ -68,7 +68,7 @@ class Watchdog {
   bool isEnding_ ORVO_GUARDED_BY(mutex_) = false;
   /// The network thread's time when the call was first seen.
   std::optional<std::chrono::nanoseconds> began_ ORVO_GUARDED_BY(mutex_);
-  std::uint64_t deliveredBefore_ ORVO_GUARDED_BY(mutex_) = 0;  // at the last look
+  std::uint64_t deliveredBefore_ ORVO_GUARDED_BY(mutex_) = 0;  // likewise
   clockid_t networkClock_ = CLOCK_MONOTONIC;                   // set before its thread starts
   std::optional<pthread_t> thread_;                            // network thread only
 };
