@@ -1,5 +1,6 @@
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
 #include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Storage/KeyedStore.h>
 #include <OrvoAPI/Storage/Store.h>
@@ -223,6 +224,7 @@ TEST(AppStore, BoundsItsStoresAndForgetsAllOnOneClockAndWhenItIsTold) {
   AppStore store(clock);
   store.pages.store(std::make_shared<const Page>(), "0");
   EXPECT_THAT(held(store), ElementsAre(0, 0, 0, 1, 0, 0, 0, 0)) << "pages are no system views";
+  EXPECT_EQ(store.pages.accessQueueLabel(), std::string(ServiceDomainPrefix) + ".store.Page");
   fill(store, 1);
   clock->advance(299'999ms);
   EXPECT_THAT(held(store), testing::Each(1));
