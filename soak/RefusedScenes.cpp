@@ -261,7 +261,7 @@ class Futures final : public Player {
 };
 
 /// Ends the process with requests under way.
-class End final : public WithContext {
+class ProcessEnd final : public WithContext {
  public:
   using WithContext::WithContext;
   Ending act(const Service&) override {
@@ -291,19 +291,14 @@ Service Service::fromText(std::string_view text) {
 }
 
 const std::vector<Scene>& scenes() {
-  static const std::vector<Scene> scenes{{"session", makePlayer<Session>},
-                                         {"page", makePlayer<PageFetch>},
-                                         {"collection", makePlayer<Collection>},
-                                         {"guide", makePlayer<Guide>},
-                                         {"cache hit", makePlayer<CacheHit>},
-                                         {"cancel", makePlayer<Cancel>},
-                                         {"monitor", makePlayer<Monitor>},
-                                         {"renewal", makePlayer<Renewal>},
-                                         {"redirect", makePlayer<Redirect>},
-                                         {"TLS", makePlayer<Secure>, true},
-                                         {"coroutine", makePlayer<Coroutine>},
-                                         {"futures", makePlayer<Futures>},
-                                         {"end", makePlayer<End>}};
+  static const std::vector<Scene> scenes{
+      {"session", makePlayer<Session>},       {"page", makePlayer<PageFetch>},
+      {"collection", makePlayer<Collection>}, {"guide", makePlayer<Guide>},
+      {"cache hit", makePlayer<CacheHit>},    {"cancel", makePlayer<Cancel>},
+      {"monitor", makePlayer<Monitor>},       {"renewal", makePlayer<Renewal>},
+      {"redirect", makePlayer<Redirect>},     {"TLS", makePlayer<Secure>, true},
+      {"coroutine", makePlayer<Coroutine>},   {"futures", makePlayer<Futures>},
+      {"end", makePlayer<ProcessEnd>}};
   return scenes;
 }
 
