@@ -11,6 +11,7 @@
 #include <signal.h>
 #include <soak/FloodServer.h>
 #include <support/Nginx.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -101,5 +102,7 @@ int flood(std::string_view which) {
 
 int main(int argc, char** argv) {
   signal(SIGPIPE, SIG_IGN);
-  return orvo::soak::flood(argc > 1 ? argv[1] : "");
+  const int status = orvo::soak::flood(argc > 1 ? argv[1] : "");
+  std::fflush(stdout);
+  _exit(status);  // the server's threads are at work: OpenSSL must not be taken down under them
 }
