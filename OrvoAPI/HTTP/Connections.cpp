@@ -21,6 +21,9 @@ namespace {
 /// A connection heard from this shortly before a time-out is not its cause.
 constexpr std::chrono::milliseconds kAlive{500};
 constexpr unsigned kInputsBetweenWeighings = 16;
+/// So often in a row no end of a connection, nor any answer that is taken slowly, is weighed
+/// without a byte having been read.
+constexpr unsigned kWeighingsOfStuck = 1'000;
 
 /// All bytes that have come over the wire, headers and encryption included.
 std::uint64_t bytesReceived(int socket) {
@@ -136,8 +139,11 @@ bool Connections::isStuck(int socket) {
   const LockGuard guard(lock_);
   const auto found = connections_.find(socket);
   if (found == connections_.end()) return false;
+  auto& connection = found->second;
   const auto read = bytesRead(socket);
-  return read == std::exchange(found->second.weighed, read);
+  const bool isUnread = read == std::exchange(connection.weighed, read);
+  connection.unreadWeighings = isUnread ? connection.unreadWeighings + 1 : 0;
+  return connection.unreadWeighings >= kWeighingsOfStuck;
 }
 
 void Connections::settle(const ID& connection, std::uint64_t delivered) {

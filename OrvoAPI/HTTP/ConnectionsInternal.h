@@ -51,8 +51,8 @@ class Connections {
 
   /// Bytes have arrived; true from time to time, when it should be weighed.
   [[nodiscard]] bool noteInput(int socket);
-  /// When it is weighed: whether nobody has read a byte of it since the last time, although bytes
-  /// were there all the while.
+  /// When it is weighed: whether nobody has read a byte of it for thousands of rounds, although
+  /// bytes were there all the while.
   [[nodiscard]] bool isStuck(int socket);
   /// A transfer has ended to which that many bytes were delivered.
   void settle(const ID& connection, std::uint64_t delivered);
@@ -107,6 +107,7 @@ class Connections {
     std::uint64_t delivered = 0;   // to transfers that have ended
     std::int64_t leastExcess = 0;  // of bytes that came over those that were paid for
     std::uint64_t weighed = 0;     // bytes read when it was last weighed
+    unsigned unreadWeighings = 0;  // in a row, since when it has been the same
     std::uint64_t readBefore = 0;  // bytes that were read when growth began
     std::uint64_t growth = 0;
   };
