@@ -9,14 +9,14 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenGuide {
   std::string start{};
   std::string end{};
   std::int64_t days = 1;
   WrittenList list{};
 };
 
-int runGuide(Tool& tool, const Written& written) {
+int runGuide(Tool& tool, const WrittenGuide& written) {
   const Date today = Calendar().startOfDay(Clock::system()->now());
   const Date start = written.start.empty() ? today : *date(written.start);
   const Date end = written.end.empty()
@@ -39,7 +39,7 @@ int runGuide(Tool& tool, const Written& written) {
 }  // namespace
 
 void addGuideCommand(Commands& commands) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenGuide>();
   std::vector<Parameter> options{
       {.name = "--start",
        .description = std::string("The start of the range, like one of these: ") + kDateForms,

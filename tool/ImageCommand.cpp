@@ -6,7 +6,7 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenImage {
   std::string id{};
   std::string key{};
   std::string size{};
@@ -15,7 +15,7 @@ struct Written {
   bool title = false;
 };
 
-int runImage(Tool& tool, const Written& written) {
+int runImage(Tool& tool, const WrittenImage& written) {
   const auto host = tool.resourceHost();
   if (const AnyError* error = host.error()) return tool.fail(*error);
   const ImageResource image{.key = *caseNamed<ImageResourceKey>(written.key),
@@ -34,7 +34,7 @@ int runImage(Tool& tool, const Written& written) {
 }  // namespace
 
 void addImageCommand(Commands& commands) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenImage>();
   const auto keys = caseNames<ImageResourceKey>();
   commands.push_back(
       {.name = "image",

@@ -7,13 +7,13 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenLineup {
   std::string url{};
   std::string display{};
   WrittenList list{};
 };
 
-int runLineup(Tool& tool, const Written& written) {
+int runLineup(Tool& tool, const WrittenLineup& written) {
   return fetchRecordsAndAnswer(
       tool, ListOutput(tool, written.list, kSlotFields), "fetching the lineup",
       [&](const Context& context) { return context.fetchLineup(*absoluteURL(written.url)); },
@@ -26,7 +26,7 @@ int runLineup(Tool& tool, const Written& written) {
 }  // namespace
 
 void addLineupCommand(Commands& commands) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenLineup>();
   std::vector<Parameter> options{{.name = "--display",
                                   .description = "Draw a grid of channels, or one list",
                                   .values = anyOf({"grid", "lineup"}, "KIND"),

@@ -8,7 +8,7 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenItems {
   std::string id{};
   WrittenPaging paging{};
   WrittenList list{};
@@ -31,7 +31,7 @@ void drawPlaylist(Screen& screen, const Playlist& playlist) {
   drawItems(screen, playlist.items, playlist.meta.offset);
 }
 
-int runCollection(Tool& tool, const Written& written) {
+int runCollection(Tool& tool, const WrittenItems& written) {
   const ListOutput output(tool, written.list, kItemFields);
   return fetchListAndAnswer(
       tool, output, "fetching the collection", written.paging.all,
@@ -41,7 +41,7 @@ int runCollection(Tool& tool, const Written& written) {
       drawCollection);
 }
 
-int runPlaylist(Tool& tool, const Written& written) {
+int runPlaylist(Tool& tool, const WrittenItems& written) {
   const ListOutput output(tool, written.list, kItemFields);
   if (!written.including) {
     const auto fetch = [&](const Context& context) {
@@ -63,7 +63,7 @@ int runPlaylist(Tool& tool, const Written& written) {
 }  // namespace
 
 void addListCommands(Commands& commands) {
-  const auto collection = std::make_shared<Written>();
+  const auto collection = std::make_shared<WrittenItems>();
   auto options = pagingOptions(collection->paging);
   addListOptions(options, collection->list, kItemFields);
   commands.push_back(
@@ -75,7 +75,7 @@ void addListCommands(Commands& commands) {
                     "orvo --demo collection everything --all --format jsonl"},
        .run = [collection](Tool& tool) { return runCollection(tool, *collection); }});
 
-  const auto playlist = std::make_shared<Written>();
+  const auto playlist = std::make_shared<WrittenItems>();
   options = pagingOptions(playlist->paging);
   options.push_back({.name = "--including",
                      .description = "A video to play in any case",

@@ -18,7 +18,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-struct Written {
+struct WrittenMonitor {
   std::int64_t updates = 0;
   std::int64_t days = 3;
   std::int64_t programSeconds = 5;
@@ -59,7 +59,7 @@ class Interruption {
 /// library's callbacks, the drawing, and the watch for what may end it.
 class Watching : public std::enable_shared_from_this<Watching> {
  public:
-  Watching(Tool& tool, const Written& written, std::shared_ptr<Context> context)
+  Watching(Tool& tool, const WrittenMonitor& written, std::shared_ptr<Context> context)
       : tool_(tool),
         written_(written),
         monitor_(LinearProgramGuideMonitor::make(context)),
@@ -131,7 +131,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
   }
 
   Tool& tool_;
-  const Written written_;
+  const WrittenMonitor written_;
   const std::shared_ptr<LinearProgramGuideMonitor> monitor_;
   const std::shared_ptr<const Clock> clock_ = Clock::system();
   OnAirView view_;
@@ -140,7 +140,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
   std::optional<int> exitStatus_;
 };
 
-int runMonitor(Tool& tool, const Written& written) {
+int runMonitor(Tool& tool, const WrittenMonitor& written) {
   tool.setDemoProgramLength(std::chrono::seconds(written.programSeconds));
   const auto context = tool.context();
   if (const AnyError* error = context.error()) return tool.fail(*error);
@@ -151,7 +151,7 @@ int runMonitor(Tool& tool, const Written& written) {
 }  // namespace
 
 void addMonitorCommand(Commands& commands) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenMonitor>();
   commands.push_back(
       {.name = "monitor",
        .description = "What is on the linear channel now, kept up to date",

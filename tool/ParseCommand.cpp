@@ -15,7 +15,7 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenParse {
   std::string kind{};
   ParseArguments arguments{};
   std::string include{};
@@ -61,7 +61,7 @@ std::optional<Video> readVideo(const std::string& path) {
   return *video.value();
 }
 
-int runParse(Tool& tool, const Written& written) {
+int runParse(Tool& tool, const WrittenParse& written) {
   ParseArguments arguments = written.arguments;
   arguments.environment = tool.options().environment;
   if (!written.start.empty()) arguments.start = *date(written.start);
@@ -79,7 +79,7 @@ int runParse(Tool& tool, const Written& written) {
   return 1;
 }
 
-std::vector<Parameter> options(Written& written) {
+std::vector<Parameter> options(WrittenParse& written) {
   ParseArguments& arguments = written.arguments;
   return {{.name = "--playlist-id",
            .description = "video: the playlist that it was listed in",
@@ -112,7 +112,7 @@ std::vector<Parameter> options(Written& written) {
 }  // namespace
 
 void addParseCommand(Commands& commands) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenParse>();
   commands.push_back({.name = "parse",
                       .description = "Run one parser over a document on standard input",
                       .arguments = {{.name = "KIND",

@@ -6,19 +6,19 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenProduct {
   std::string id{};
   std::optional<std::string> playlistID{};
 };
 
-int runPage(Tool& tool, const Written& written) {
+int runPage(Tool& tool, const WrittenProduct& written) {
   return fetchAndAnswer(
       tool, "fetching the page",
       [&](const Context& context) { return context.fetchPage(written.id); },
       [](Screen& screen, const Page& page) { draw(screen, page); });
 }
 
-int runVideo(Tool& tool, const Written& written) {
+int runVideo(Tool& tool, const WrittenProduct& written) {
   return fetchAndAnswer(
       tool, "fetching the video",
       [&](const Context& context) {
@@ -27,7 +27,7 @@ int runVideo(Tool& tool, const Written& written) {
       [](Screen& screen, const Video& video) { draw(screen, video); });
 }
 
-int runItem(Tool& tool, const Written& written) {
+int runItem(Tool& tool, const WrittenProduct& written) {
   return fetchAndAnswer(
       tool, "fetching the item",
       [&](const Context& context) { return context.fetchContentItem(written.id); },
@@ -37,7 +37,7 @@ int runItem(Tool& tool, const Written& written) {
 }  // namespace
 
 void addProductCommands(Commands& commands) {
-  const auto page = std::make_shared<Written>();
+  const auto page = std::make_shared<WrittenProduct>();
   commands.push_back(
       {.name = "page",
        .description = "A page: a show, a channel or an event",
@@ -45,7 +45,7 @@ void addProductCommands(Commands& commands) {
        .examples = {"orvo --demo page view-discover", "orvo --demo page show-workbench --json"},
        .run = [page](Tool& tool) { return runPage(tool, *page); }});
 
-  const auto video = std::make_shared<Written>();
+  const auto video = std::make_shared<WrittenProduct>();
   commands.push_back(
       {.name = "video",
        .description = "A video: what it is, and when it can be watched",
@@ -58,7 +58,7 @@ void addProductCommands(Commands& commands) {
                     "orvo --demo video welcome --playlist-id episodes-workbench --json"},
        .run = [video](Tool& tool) { return runVideo(tool, *video); }});
 
-  const auto item = std::make_shared<Written>();
+  const auto item = std::make_shared<WrittenProduct>();
   commands.push_back({.name = "item",
                       .description = "A video or a page, whichever it is",
                       .arguments = {identifier(item->id, "The identifier of a video or a page")},

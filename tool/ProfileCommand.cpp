@@ -32,13 +32,13 @@ static Json toJson(const Profiles& profiles) {
 
 namespace {
 
-struct Written {
+struct WrittenProfile {
   std::string action{};
   std::string name{};
   WrittenList list{};
 };
 
-void add(Profiles& profiles, const Written& written, const WrittenService& service) {
+void add(Profiles& profiles, const WrittenProfile& written, const WrittenService& service) {
   if (service.api.empty()) throw WrongUsage("a profile needs --api URL");
   const std::string wrong = complaint(profileNames(), written.name);
   if (!wrong.empty()) throw WrongUsage("NAME: " + wrong);
@@ -77,7 +77,7 @@ void drawProfiles(Screen& screen, const Profiles& profiles) {
   screen.table(table);
 }
 
-int runProfile(Tool& tool, const Written& written, const WrittenService& service) {
+int runProfile(Tool& tool, const WrittenProfile& written, const WrittenService& service) {
   Profiles profiles = readProfiles();
   const bool lists = written.action == "list";
   if (lists != written.name.empty()) {
@@ -100,7 +100,7 @@ int runProfile(Tool& tool, const Written& written, const WrittenService& service
 }  // namespace
 
 void addProfileCommand(Commands& commands, const WrittenService& service) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenProfile>();
   std::vector<Parameter> options;
   addListOptions(options, written->list, kProfileFields);
   commands.push_back(

@@ -7,7 +7,7 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenSearch {
   std::string query{};
   std::string kind{};
   WrittenPaging paging{};
@@ -25,7 +25,7 @@ void drawResults(Screen& screen, const std::vector<SearchCollection>& results,
   for (const SearchCollection& collection : results) drawCollection(screen, collection);
 }
 
-int runSearch(Tool& tool, const Written& written) {
+int runSearch(Tool& tool, const WrittenSearch& written) {
   const ListOutput output(tool, written.list, kFoundFields);
   if (written.kind.empty()) {
     return fetchRecordsAndAnswer(
@@ -44,7 +44,7 @@ int runSearch(Tool& tool, const Written& written) {
       });
 }
 
-int runSuggest(Tool& tool, const Written& written) {
+int runSuggest(Tool& tool, const WrittenSearch& written) {
   return fetchRecordsAndAnswer(
       tool, ListOutput(tool, written.list, kTextFields), "asking for suggestions",
       [&](const Context& context) { return context.fetchSearchSuggestions(written.query); },
@@ -56,7 +56,7 @@ int runSuggest(Tool& tool, const Written& written) {
 }  // namespace
 
 void addSearchCommands(Commands& commands) {
-  const auto search = std::make_shared<Written>();
+  const auto search = std::make_shared<WrittenSearch>();
   std::vector<Parameter> options{
       {.name = "--kind",
        .description = "The category to search in",
@@ -78,7 +78,7 @@ void addSearchCommands(Commands& commands) {
        .examples = {"orvo --demo search night", "orvo --demo search night --kind videos --limit 3"},
        .run = [search](Tool& tool) { return runSearch(tool, *search); }});
 
-  const auto suggest = std::make_shared<Written>();
+  const auto suggest = std::make_shared<WrittenSearch>();
   options.clear();
   addListOptions(options, suggest->list, kTextFields);
   commands.push_back({.name = "suggest",

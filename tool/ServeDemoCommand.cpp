@@ -7,7 +7,7 @@ namespace orvo::tool {
 
 namespace {
 
-struct Written {
+struct WrittenServeDemo {
   std::int64_t port = 0;
   std::int64_t expireAfter = 0;
   std::int64_t programSeconds = 0;
@@ -26,7 +26,7 @@ void drawAddresses(Screen& screen, const demo::DemoService& service) {
                           service.resourceURL()));
 }
 
-int runServeDemo(Tool& tool, const Written& written) {
+int runServeDemo(Tool& tool, const WrittenServeDemo& written) {
   // Waited for below; blocked before there is another thread that might receive one.
   sigset_t signals;
   sigemptyset(&signals);
@@ -60,7 +60,7 @@ int runServeDemo(Tool& tool, const Written& written) {
 }  // namespace
 
 void addServeDemoCommand(Commands& commands) {
-  const auto written = std::make_shared<Written>();
+  const auto written = std::make_shared<WrittenServeDemo>();
   commands.push_back(
       {.name = "serve-demo",
        .description = "Run the demo service by itself until interrupted",

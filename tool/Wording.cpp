@@ -10,9 +10,8 @@ namespace orvo::tool {
 namespace {
 
 std::tm localTime(Date date) {
-  const auto milliseconds = date.millisecondsSince1970();
-  const auto seconds =
-      static_cast<std::time_t>(milliseconds / 1000 - (milliseconds % 1000 < 0 ? 1 : 0));
+  const auto instant = date.millisecondsSince1970();
+  const auto seconds = static_cast<std::time_t>(instant / 1000 - (instant % 1000 < 0 ? 1 : 0));
   std::tm time{};
   localtime_r(&seconds, &time);
   return time;
