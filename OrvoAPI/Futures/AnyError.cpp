@@ -59,8 +59,6 @@ AnyError AnyError::current() {
     throw;
   } catch (const AnyError& error) {
     return error;
-  } catch (const std::bad_alloc&) {
-    return AnyError(outOfMemory());
   } catch (...) {
     try {
       return AnyError(std::shared_ptr<const detail::ErrorBox>(

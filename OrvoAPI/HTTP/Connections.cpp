@@ -141,7 +141,8 @@ bool Connections::isStuck(int socket) {
   if (found == connections_.end()) return false;
   auto& connection = found->second;
   const auto read = bytesRead(socket);
-  const bool isUnread = read == std::exchange(connection.weighed, read);
+  // Where the system does not count what has come, nothing is known.
+  const bool isUnread = read > 0 && read == std::exchange(connection.weighed, read);
   connection.unreadWeighings = isUnread ? connection.unreadWeighings + 1 : 0;
   return connection.unreadWeighings >= kWeighingsOfStuck;
 }

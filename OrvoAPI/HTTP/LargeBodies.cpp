@@ -55,6 +55,7 @@ void LargeBodies::noteFreed() noexcept {
 }
 
 void LargeBodies::read(std::string_view host, const Data& body, const Reader& reader) {
+  if (isForkedChild()) return reader(body);  // the turn may be that of a thread that is not here
   Job job;
   try {
     job = Job([body, reader] { begin(body, reader); });

@@ -16,10 +16,10 @@ namespace orvo::detail {
 /// Keeps the memory that large bodies take within bounds, over all sessions of the process. Safe to
 /// use from any thread; lives as long as the process.
 ///
-/// Each counts for as long as it is in memory, by its host. While all of them together exceed the
-/// budget, no host that has one starts another request, unless nothing of it is under way and no
-/// body is being read: then they wait for the app, and one at a time goes on. A host whose bodies
-/// are small never waits.
+/// Each counts for as long as it is in memory, by its session and host. While all of them together
+/// exceed the budget, no session starts another request to a host of which it has one, unless
+/// nothing of it is under way and no body is being read: then they wait for the app, and one at a
+/// time goes on. A host whose bodies are small never waits.
 ///
 /// Reading a body takes several times its size, so large ones are read one at a time, in turns of
 /// their hosts.
@@ -29,7 +29,7 @@ class LargeBodies {
   static constexpr std::size_t kSmallest = std::size_t{1} << 20;
   static constexpr std::size_t kBudget = std::size_t{64} << 20;
 
-  /// The bytes of one host's large bodies.
+  /// The bytes of the large bodies that a session has from one host.
   using Share = std::atomic<std::size_t>;
   /// Reads a body in its turn, which lasts until the last copy of what it is given has gone.
   using Reader = std::function<void(Data)>;

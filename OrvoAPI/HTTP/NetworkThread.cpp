@@ -310,10 +310,11 @@ int NetworkThread::millisecondsToNextTimer() const {
   for (const auto* const pool : pools_) next = std::min(next, pool->nextTimer());
   for (const auto& session : sessions_) next = std::min(next, session->nextTimer());
   if (next == NetworkTime::max()) return -1;
-  const auto wait =
-      std::chrono::ceil<std::chrono::milliseconds>(next - std::chrono::steady_clock::now());
+  const auto now = std::chrono::steady_clock::now();
+  if (next <= now) return 0;  // the earliest time of all cannot be subtracted from
+  const auto wait = std::chrono::ceil<std::chrono::milliseconds>(next - now);
   constexpr std::chrono::milliseconds kLongest = std::chrono::hours(24);
-  return static_cast<int>(std::clamp(wait, std::chrono::milliseconds(0), kLongest).count());
+  return static_cast<int>(std::min(wait, kLongest).count());
 }
 
 bool NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void* context) {

@@ -209,13 +209,14 @@ void LinearProgramGuideMonitor::send(Shared<Video> video, const LinearProgram& p
   std::shared_ptr<GuideUpdate> update;
   std::vector<UpdateHandler> tasks;
   const bool isReady = attempt([&] {
-    tasks = updateHandlers_.elements();
     update = std::make_shared<GuideUpdate>(
         GuideUpdate{.video = std::move(video), .program = program, .days = {}});
     accessQueue_->sync([&] {
       update->days = days_;
       lastUpdate_ = update;
     });
+    // After that: whoever registers later finds the update in `lastUpdate`.
+    tasks = updateHandlers_.elements();
   });
   if (!isReady) return;
   for (const auto& task : tasks) task(*update);

@@ -21,8 +21,8 @@ class URLSessionCore;
 /// answer. The proxy that the environment names is used. Interceptors and the delegate are asked on
 /// a serial queue of the session's own.
 ///
-/// In a child process that was forked, without exec(), from one that has fetched already, every
-/// fetch fails at once with `URLError` -1.
+/// In a child process that was forked, without exec(), from one in which the library's threads run,
+/// every fetch fails at once with `URLError` -1.
 class URLSession final : public NetworkDataProvider {
  public:
   explicit URLSession(URLSessionConfiguration configuration = {},

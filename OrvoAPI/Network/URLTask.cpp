@@ -162,12 +162,11 @@ class TaskInterception final : public InterceptedRequest {
   }
   void fail(URLError error) override { answer(HTTPOutcome(std::move(error))); }
   void onCancel(std::function<void()> task) override {
-    const LockGuard guard(lock_);
-    if (cancelled_) {
-      queue_->post(std::move(task));
-    } else {
-      onCancel_.swap(task);
+    {
+      const LockGuard guard(lock_);
+      if (!cancelled_) return onCancel_.swap(task);
     }
+    queue_->post(std::move(task));
   }
 
   void markTaken() { taken_.store(true); }
@@ -232,6 +231,7 @@ void URLTask::take(Step&& step) {
   try {
     step();
   } catch (const std::bad_alloc&) {
+    tellInterceptor();
     if (state_ != State::done) finish(outOfMemory());
   }
 }
@@ -296,10 +296,17 @@ void URLTask::endWithoutMemory() { giveUp(outOfMemory()); }
 
 void URLTask::Cancellation::run() { std::exchange(task, nullptr)->giveUp(cancelledError()); }
 
-void URLTask::giveUp(URLError error) {
-  if (state_ == State::intercepted) {
+void URLTask::tellInterceptor() {
+  if (state_ != State::intercepted) return;
+  try {
     if (const auto interception = interception_.lock()) interception->cancel();
+  } catch (const std::bad_alloc&) {
+    // The request ends in any case.
   }
+}
+
+void URLTask::giveUp(URLError error) {
+  tellInterceptor();
   if (isInOthersHands()) finish(std::move(error));
 }
 

@@ -128,6 +128,7 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
   void hop();
   [[nodiscard]] bool offerToInterceptors();
   void send();
+  void tellInterceptor();
   void giveUp(URLError error);
   void didAnswer(HTTPOutcome outcome);
   void didDecide(std::optional<URLRequest> request);

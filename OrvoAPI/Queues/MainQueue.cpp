@@ -13,7 +13,6 @@
 #include <thread>
 
 namespace orvo {
-namespace {}  // namespace
 
 /// Who may run jobs: the thread that holds the claim, while there is one, else the fallback thread.
 /// `running` is the thread inside a job, whoever may run the next: a new claim waits until there is

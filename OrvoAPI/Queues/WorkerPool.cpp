@@ -159,19 +159,16 @@ void WorkerPool::startWorker() {
 
 void WorkerPool::demandWorker() {
   if (isForkedChild()) return;
-  {
-    const LockGuard guard(lock_);
-    if (workers_ > 0 || ending_) return;
-    ++workers_;
-    running_.add();
+  // Under the lock, so that nobody counts on a worker that there may never be; it waits for it,
+  // too.
+  const LockGuard guard(lock_);
+  if (workers_ > 0 || ending_) return;
+  running_.add();
+  if (!start()) {
+    running_.remove();
+    throw std::bad_alloc();
   }
-  if (start()) return;
-  running_.remove();
-  {
-    const LockGuard guard(lock_);
-    --workers_;
-  }
-  throw std::bad_alloc();
+  ++workers_;
 }
 
 JobNode* WorkerPool::take(Worker& worker) {
