@@ -54,6 +54,7 @@ void CommandLine::addHelpCommands() {
                       .values = anyOf(names),
                       .target = &helpedCommand_}},
        .examples = {"orvo help", "orvo help collection"},
+       .usesService = false,
        .run = [this](Tool&) {
          const auto command = std::ranges::find(table_.commands, helpedCommand_, &Command::name);
          print(helpText(table_, command == table_.commands.end() ? nullptr : &*command));

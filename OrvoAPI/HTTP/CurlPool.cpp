@@ -210,8 +210,9 @@ void CurlPool::suspectConnections() {
 
 void CurlPool::shutDownUnused() {
   connections_.shutDownUnused([this](const Connections::ID& connection) {
+    // By the socket: what is still connecting has no connection yet.
     return std::any_of(active_.begin(), active_.end(), [&connection](const auto& transfer) {
-      return transfer->connection() == connection;
+      return transfer->isOn(connection.socket);
     });
   });
 }

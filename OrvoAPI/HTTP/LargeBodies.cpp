@@ -43,7 +43,7 @@ bool LargeBodies::hasRoom(bool isAnyUnderWay) const noexcept {
 }
 
 bool LargeBodies::mayStart(const Share& share, bool isAnyUnderWay) noexcept {
-  if (share.load(std::memory_order_relaxed) == 0 || hasRoom(isAnyUnderWay)) return true;
+  if (share.load(std::memory_order_relaxed) < kFairShare || hasRoom(isAnyUnderWay)) return true;
   isWaitedFor_ = true;
   return hasRoom(isAnyUnderWay);  // what was freed before that has woken nobody
 }

@@ -17,9 +17,9 @@ namespace orvo::detail {
 /// use from any thread; lives as long as the process.
 ///
 /// Each counts for as long as it is in memory, by its session and host. While all of them together
-/// exceed the budget, no session starts another request to a host of which it has one, unless
-/// nothing of it is under way and no body is being read: then they wait for the app, and one at a
-/// time goes on. A host whose bodies are small never waits.
+/// exceed the budget, no session starts another request to a host of which it has more than its
+/// fair share, unless nothing of it is under way and no body is being read: then they wait for the
+/// app, and one at a time goes on. So a host that uses up the budget stops no other.
 ///
 /// Reading a body takes several times its size, so large ones are read one at a time, in turns of
 /// their hosts.
@@ -28,6 +28,8 @@ class LargeBodies {
   /// From this size on a body is large.
   static constexpr std::size_t kSmallest = std::size_t{1} << 20;
   static constexpr std::size_t kBudget = std::size_t{64} << 20;
+  /// What nobody waits for, whatever the others have.
+  static constexpr std::size_t kFairShare = kBudget / 4;
 
   /// The bytes of the large bodies that a session has from one host.
   using Share = std::atomic<std::size_t>;

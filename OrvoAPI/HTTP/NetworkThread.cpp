@@ -70,11 +70,14 @@ std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration 
   return std::make_shared<CurlSession>(std::move(configuration));
 }
 
+std::optional<URLError> faultOfFork() {
+  if (!isForkedChild()) return std::nullopt;
+  return URLError{URLError::unknown, "forked from a process that uses the network already"};
+}
+
 std::optional<URLError> NetworkThread::start(std::shared_ptr<CurlSession> session,
                                              std::shared_ptr<HTTPExchange> exchange) {
-  if (isForkedChild()) {
-    return URLError{URLError::unknown, "forked from a process that uses the network already"};
-  }
+  if (auto fault = faultOfFork()) return fault;
   auto& command = exchange->start_;
   if (post(command, std::move(session), std::move(exchange))) return std::nullopt;
   const LockGuard guard(lock_);

@@ -17,6 +17,9 @@ namespace orvo::detail {
 class CurlPool;
 class CurlSession;
 
+/// Why nothing can be fetched here, in a forked child.
+[[nodiscard]] std::optional<URLError> faultOfFork();
+
 /// The one thread of the process that serves all sessions: it sleeps in the kernel until a socket
 /// is ready, a timer is due or a command has come. Started with the first command, ended with the
 /// process; lives as long as the process.

@@ -116,6 +116,8 @@ URLSession::URLSession(URLSessionConfiguration configuration,
 URLSession::~URLSession() = default;
 
 Future<HTTPResult> URLSession::fetch(const URLRequest& request) {
+  // Before any lock: a thread of the parent may have held it.
+  if (auto refused = detail::faultOfFork()) return Future<HTTPResult>::failed(*std::move(refused));
   detail::WorkerPool::shared().demandWorker();
   const auto task = std::make_shared<detail::URLTask>(core_, request);
   auto future = task->future();

@@ -1,5 +1,6 @@
 #include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
+#include <OrvoAPI/Queues/ThreadInternal.h>
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
 namespace orvo {
@@ -20,6 +21,8 @@ std::shared_ptr<SerialQueue> SerialQueue::make(std::string label) {
 }
 
 void SerialQueue::post(Job job) {
+  // Whatever a thread of the parent was doing with the queue.
+  if (detail::isForkedChild()) return detail::runInForkedChild(std::move(job));
   {
     const detail::LockGuard guard(lock_);
     jobs_.append(job.release());
@@ -48,6 +51,7 @@ void SerialQueue::drop() noexcept {
 
 /// Stops the process when a job of others throws, as a worker that ran it would have done.
 void SerialQueue::runSynchronously(detail::JobNode& job) noexcept {
+  if (detail::isForkedChild()) return job.run();
   if (drainer_.load(std::memory_order_relaxed) == currentThread()) {
     detail::fatal("SerialQueue::sync called from one of the queue's own jobs");
   }
