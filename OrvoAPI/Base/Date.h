@@ -40,7 +40,7 @@ class Date {
  private:
   static constexpr std::int64_t limit(bool isFirst) {
     using Limits = std::numeric_limits<std::int64_t>;
-    return isFirst ? Limits::min() : Limits::max();
+    return isFirst ? (Limits::min)() : (Limits::max)();
   }
 
   std::int64_t milliseconds_ = 0;
