@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <string>
 
-#include "tests/Context/StubbedContext.h"
+#include <tests/Context/StubbedContext.h>
 
 using namespace orvo;
 

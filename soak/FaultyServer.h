@@ -23,9 +23,9 @@ namespace orvo::soak {
 
 using namespace std::chrono_literals;
 
-inline std::string gzip(const std::string& text) {
+inline std::string gzip(const std::string& text, int level = Z_BEST_SPEED) {
   z_stream stream{};
-  deflateInit2(&stream, 1, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
+  deflateInit2(&stream, level, Z_DEFLATED, 15 + 16, 8, Z_DEFAULT_STRATEGY);
   std::string packed(deflateBound(&stream, text.size()), '\0');
   stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
   stream.avail_in = static_cast<uInt>(text.size());

@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
-#include <new>
 
 using orvo::soak::Refusal;
 
@@ -33,30 +32,9 @@ int call(Refusal::Kind kind, int error, long number, Arguments... arguments) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 
 // The sanitizer has its own malloc.
+#include <support/OperatorNew.h>
 
-namespace {
-
-void* allocate(std::size_t size) noexcept {
-  if (refuses(Refusal::Kind::memory, ENOMEM)) return nullptr;
-  return std::malloc(size > 0 ? size : 1);
-}
-void* allocateOrThrow(std::size_t size) {
-  if (void* const memory = allocate(size)) return memory;
-  throw std::bad_alloc();
-}
-/// Not inlined: the compiler would take it for the wrong partner of operator new.
-[[gnu::noinline]] void release(void* memory) noexcept { std::free(memory); }
-
-}  // namespace
-
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+bool orvo::test::refusesMemory() noexcept { return refuses(Refusal::Kind::memory, ENOMEM); }
 
 #else
 

@@ -12,10 +12,9 @@
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <signal.h>
-#include <support/Loopback.h>
+#include <soak/FaultyServer.h>
 #include <sys/wait.h>
-#include <unistd.h>
-#include <zlib.h>
+#include <tests/Context/StubbedContext.h>
 
 #include <chrono>
 #include <cstdio>
@@ -25,8 +24,6 @@
 #include <string_view>
 #include <thread>
 #include <vector>
-
-#include "tests/Context/StubbedContext.h"
 
 namespace orvo::soak {
 namespace {
@@ -54,50 +51,23 @@ std::string denseDocument() {
   return document + "]";
 }
 
-std::string compressed(const std::string& text) {
-  constexpr int kGzip = 31, kMostMemory = 9;
-  z_stream stream{};
-  deflateInit2(&stream, Z_BEST_COMPRESSION, Z_DEFLATED, kGzip, kMostMemory, Z_DEFAULT_STRATEGY);
-  std::string bytes(deflateBound(&stream, text.size()), '\0');
-  stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(text.data()));
-  stream.avail_in = static_cast<uInt>(text.size());
-  stream.next_out = reinterpret_cast<Bytef*>(bytes.data());
-  stream.avail_out = static_cast<uInt>(bytes.size());
-  deflate(&stream, Z_FINISH);
-  bytes.resize(stream.total_out);
-  deflateEnd(&stream);
-  return bytes;
-}
-
-void answer(int connection, const std::string& bytes) {
-  std::string asked;
-  std::array<char, 4096> buffer{};
-  for (ssize_t count = 0; (count = read(connection, buffer.data(), buffer.size())) > 0;) {
-    asked.append(buffer.data(), static_cast<std::size_t>(count));
-    if (!asked.ends_with("\r\n\r\n")) continue;
-    asked.clear();
-    for (std::string_view left = bytes; !left.empty();) {
-      const auto sent = write(connection, left.data(), left.size());
-      if (sent <= 0) break;
-      left.remove_prefix(static_cast<std::size_t>(sent));
-    }
-  }
-  close(connection);
-}
-
 /// In a process of its own, so that its memory does not count.
 pid_t serve(int listener, bool isCompressed) {
   const pid_t child = fork();
   if (child != 0) return child;
   signal(SIGPIPE, SIG_IGN);
-  const auto body = isCompressed ? compressed(denseDocument()) : denseDocument();
-  const auto bytes = std::string("HTTP/1.1 200 OK\r\n") +
-                     (isCompressed ? "Content-Encoding: gzip\r\n" : "") +
-                     "Content-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body;
+  const auto document = denseDocument();
+  const auto bytes = isCompressed
+                         ? answer(gzip(document, Z_BEST_COMPRESSION), "Content-Encoding: gzip\r\n")
+                         : answer(document);
   for (;;) {
     const int connection = accept(listener, nullptr, nullptr);
     if (connection < 0) _exit(1);
-    std::thread([connection, &bytes] { answer(connection, bytes); }).detach();
+    std::thread([connection, &bytes] {
+      Peer peer(connection);
+      while (!peer.target().empty() && peer.send(bytes)) {
+      }
+    }).detach();
   }
 }
 

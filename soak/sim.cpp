@@ -25,7 +25,7 @@
 #include <thread>
 #include <vector>
 
-#include "tests/Context/StubbedContext.h"
+#include <tests/Context/StubbedContext.h>
 
 namespace orvo::soak {
 namespace {

@@ -1,8 +1,8 @@
 #include <OrvoAPI/Configuration/ColorPalette.h>
 #include <gtest/gtest.h>
 
-#include "tests/support/Document.h"
-#include "tests/support/Outcome.h"
+#include <tests/support/Document.h>
+#include <tests/support/Outcome.h>
 
 namespace orvo {
 namespace {

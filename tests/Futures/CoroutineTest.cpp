@@ -44,6 +44,21 @@ class Coroutine : public testing::Test {
 using CoroutineCancel = Coroutine;
 using CoroutineLifetime = Coroutine;
 
+TEST_F(Coroutine, ResumesWithWhatTheCopyOfAResultThrew) {
+  struct Refused {
+    Refused() = default;
+    Refused(Refused&&) noexcept = default;
+    Refused(const Refused&) { throw std::bad_alloc(); }
+  };
+  const auto hasFailed = [](Future<Refused> future) -> Future<bool> {
+    co_return (co_await std::move(future)).failed();
+  };
+  const Promise<Refused> promise;
+  const auto outcome = hasFailed(promise.future());
+  promise.success(Refused());
+  EXPECT_TRUE(valueOf(outcome));
+}
+
 TEST_F(Coroutine, GoesOnOnTheFuturesQueueOrTheOneNamedAndNeverAtOnce) {
   note(promise_->future());
   promise_->success(1);

@@ -1,8 +1,7 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
+#include <support/OperatorNew.h>
 #include <tests/support/Test.h>
-
-#include <new>
 
 namespace {
 
@@ -11,35 +10,18 @@ thread_local long allocationsLeft = -1;
 thread_local bool refusesForEver = false;
 thread_local bool refusedAny = false;
 
-void* allocate(std::size_t size) noexcept {
-  if (allocationsLeft > 0) {
-    --allocationsLeft;
-  } else if (allocationsLeft == 0) {
-    refusedAny = true;
-    if (!refusesForEver) allocationsLeft = -1;
-    return nullptr;
-  }
-  return std::malloc(size > 0 ? size : 1);
-}
-
-void* allocateOrThrow(std::size_t size) {
-  if (void* memory = allocate(size)) return memory;
-  throw std::bad_alloc();
-}
-
-/// Not inlined: the compiler would take it for a mismatch with operator new.
-[[gnu::noinline]] void release(void* memory) noexcept { std::free(memory); }
-
 }  // namespace
 
-void* operator new(std::size_t size) { return allocateOrThrow(size); }
-void* operator new[](std::size_t size) { return allocateOrThrow(size); }
-void* operator new(std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return allocate(size); }
-void operator delete(void* memory) noexcept { release(memory); }
-void operator delete[](void* memory) noexcept { release(memory); }
-void operator delete(void* memory, std::size_t) noexcept { release(memory); }
-void operator delete[](void* memory, std::size_t) noexcept { release(memory); }
+bool orvo::test::refusesMemory() noexcept {
+  if (allocationsLeft < 0) return false;
+  if (allocationsLeft > 0) {
+    --allocationsLeft;
+    return false;
+  }
+  refusedAny = true;
+  if (!refusesForEver) allocationsLeft = -1;
+  return true;
+}
 
 namespace orvo {
 namespace {

@@ -1,5 +1,4 @@
-#include "Fixtures.h"
-
+#include <tests/Tool/Fixtures.h>
 #include <tests/support/Zone.h>
 #include <tool/GuideView.h>
 #include <tool/LineupView.h>

@@ -1,6 +1,5 @@
-#include "Fixtures.h"
-
 #include <sys/wait.h>
+#include <tests/Tool/Fixtures.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/Test.h>
 #include <unistd.h>

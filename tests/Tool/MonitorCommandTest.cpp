@@ -3,8 +3,8 @@
 #include <tool/Arguments.h>
 #include <tool/Patience.h>
 
+#include <tests/Tool/Fixtures.h>
 #include <sstream>
-#include "Fixtures.h"
 
 namespace orvo::tool {
 namespace {

@@ -1,10 +1,10 @@
+#include <tests/Tool/Fixtures.h>
 #include <tests/support/Document.h>
 #include <tests/support/Test.h>
 #include <tests/support/Zone.h>
 #include <tool/Arguments.h>
 #include <tool/ErrorReport.h>
 #include <tool/Parse.h>
-#include "Fixtures.h"
 
 namespace orvo::tool {
 namespace {

@@ -60,7 +60,7 @@ class Suspension final : public Continuation {
 
   void run() override {
     Frame frame = take();
-    if (frame) result_->emplace(*static_cast<const Result<T>*>(this->sourceResult()));
+    if (frame) takeResult();
     letGo();
     if (frame) frame.resume();
   }
@@ -71,6 +71,15 @@ class Suspension final : public Continuation {
   }
 
  private:
+  /// A result that cannot be copied resumes the coroutine with what the copy threw.
+  void takeResult() {
+    try {
+      result_->emplace(*static_cast<const Result<T>*>(this->sourceResult()));
+    } catch (...) {
+      result_->emplace(Failure{AnyError::current()});
+    }
+  }
+
   /// Also the job that resumes with the cancellation, so that no memory is needed for one.
   class OnCancel final : public CancelCallback, public JobNode {
    public:
