@@ -12,7 +12,7 @@ namespace {
 /// Completes the promise with the body; what is derived from it runs in the body's turn.
 void deliver(const HTTPResult& result, const Promise<Data>& promise) {
   if (result.body.size() < LargeBodies::kSmallest) return promise.success(result.body);
-  LargeBodies::shared().read(result.response.url.host(), result.body,
+  LargeBodies::shared().read(result.response.url, result.body,
                              [promise](Data body) { promise.success(std::move(body)); });
 }
 

@@ -60,7 +60,7 @@ void CurlSession::close() {
     while (!host.waiting.empty()) cancel(*host.waiting.front());
   }
   if (pool_ != nullptr) {
-    pool_->endAll(*this, cancelledError());
+    pool_->endAll(*this);
     pool_->adjustHostConnections(-long{configuration_.maximumConnectionsPerHost});
   }
   hosts_.clear();
@@ -81,11 +81,14 @@ void CurlSession::start(const std::shared_ptr<HTTPExchange>& exchange) {
 }
 
 CurlHost& CurlSession::hostOf(const HTTPExchange& exchange) {
-  const auto name = hostName(exchange.exchangeRequest().url);
+  const auto& url = exchange.exchangeRequest().url;
+  const auto name = hostName(url);
   auto found = hosts_.find(name);
   if (found == hosts_.end()) {
+    auto share = LargeBodies::shared().shareOf(url);
     found = hosts_.try_emplace(std::string(name)).first;
     found->second.name = found->first;
+    found->second.largeBodies = std::move(share);
   }
   return found->second;
 }
@@ -93,8 +96,7 @@ CurlHost& CurlSession::hostOf(const HTTPExchange& exchange) {
 bool CurlSession::hasPlace(const CurlHost& host) const {
   const std::size_t connections = configuration_.maximumConnectionsPerHost;
   const auto places = host.multiplexed ? std::max(kStreamsPerHost, connections) : connections;
-  return host.underWay < places &&
-         LargeBodies::shared().mayStart(*host.largeBodies, host.underWay > 0);
+  return host.underWay < places && LargeBodies::shared().mayStart(*host.largeBodies);
 }
 
 void CurlSession::wait(std::shared_ptr<HTTPExchange> exchange, CurlHost& host) {
@@ -158,6 +160,7 @@ void CurlSession::admit(const std::shared_ptr<HTTPExchange>& exchange, CurlHost&
   transfer->setMultiplexed(host.multiplexed);
   exchange->transfer_ = transfer.get();
   ++host.underWay;
+  LargeBodies::didStart(*host.largeBodies);
   pool_->add(std::move(transfer));
 }
 
@@ -172,6 +175,7 @@ void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
   host.multiplexed = transfer.isMultiplexed();
   host.isFailing = foundNoWay(outcome).value_or(host.isFailing);
   --host.underWay;
+  LargeBodies::shared().didEnd(*host.largeBodies);
   // What was refused memory may have left its connection in no state to go on.
   const auto* const error = std::get_if<URLError>(&outcome);
   if (error != nullptr && error->code == URLError::unknown) {

@@ -27,7 +27,7 @@ struct CurlHost {
   /// The last exchange could not reach it: its name may resolve elsewhere by now.
   bool isFailing = false;
   std::list<std::shared_ptr<HTTPExchange>> waiting = {};
-  std::shared_ptr<LargeBodies::Share> largeBodies = std::make_shared<LargeBodies::Share>(0);
+  std::shared_ptr<LargeBodies::Share> largeBodies = nullptr;  // what all sessions have of it
 };
 
 /// Admits the exchanges of one session to a pool of connections, as many to each host as it may

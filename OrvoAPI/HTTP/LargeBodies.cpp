@@ -6,9 +6,25 @@
 #include <algorithm>
 #include <memory>
 #include <new>
+#include <string>
+#include <string_view>
 #include <utility>
 
 namespace orvo::detail {
+namespace {
+
+/// A host by one name, so that one which redirects to another spelling of itself gains nothing.
+std::string nameOfHost(const URL& url) {
+  const bool isSecure = url.scheme().size() == std::string_view("https").size();
+  std::string name(isSecure ? "s:" : "p:");
+  // Not through <cctype>: the app's locale has no say in it.
+  for (const char c : url.host()) {
+    name += c >= 'A' && c <= 'Z' ? static_cast<char>(c + 32) : c;
+  }
+  return name.append(":").append(std::to_string(url.port().value_or(isSecure ? 443 : 80)));
+}
+
+}  // namespace
 
 /// What the bytes that a reader is given belong to.
 struct LargeBodies::Turn {
@@ -28,24 +44,35 @@ LargeBodies& LargeBodies::shared() {
 }
 
 void LargeBodies::take(Share& share, std::size_t bytes) noexcept {
-  share += bytes;
+  share.bytes += bytes;
   bytes_ += bytes;
 }
 
 void LargeBodies::giveBack(Share& share, std::size_t bytes) noexcept {
-  share -= bytes;
+  share.bytes -= bytes;
   bytes_ -= bytes;
   noteFreed();
 }
 
-bool LargeBodies::hasRoom(bool isAnyUnderWay) const noexcept {
-  return bytes_ < kBudget || !(isAnyUnderWay || isReading_);
+std::shared_ptr<LargeBodies::Share> LargeBodies::shareOf(const URL& url) {
+  auto name = nameOfHost(url);
+  if (const auto known = shares_.find(name); known != shares_.end()) {
+    if (auto share = known->second.lock()) return share;
+  }
+  std::erase_if(shares_, [](const auto& entry) { return entry.second.expired(); });
+  auto share = std::make_shared<Share>();
+  shares_.emplace(std::move(name), share);
+  return share;
 }
 
-bool LargeBodies::mayStart(const Share& share, bool isAnyUnderWay) noexcept {
-  if (share.load(std::memory_order_relaxed) < kFairShare || hasRoom(isAnyUnderWay)) return true;
+bool LargeBodies::hasRoom(const Share& share) const noexcept {
+  return bytes_ < kBudget || !(share.underWay > 0 || isReading_);
+}
+
+bool LargeBodies::mayStart(const Share& share) noexcept {
+  if (share.bytes.load(std::memory_order_relaxed) < kFairShare || hasRoom(share)) return true;
   isWaitedFor_ = true;
-  return hasRoom(isAnyUnderWay);  // what was freed before that has woken nobody
+  return hasRoom(share);  // what was freed before that has woken nobody
 }
 
 void LargeBodies::noteFreed() noexcept {
@@ -54,27 +81,27 @@ void LargeBodies::noteFreed() noexcept {
   NetworkThread::shared().wake();
 }
 
-void LargeBodies::read(std::string_view host, const Data& body, const Reader& reader) {
+void LargeBodies::read(const URL& url, const Data& body, const Reader& reader) {
   if (isForkedChild()) return reader(body);  // the turn may be that of a thread that is not here
   Job job;
   try {
     job = Job([body, reader] { begin(body, reader); });
-    if (waitInLine(host, job)) return;
+    if (waitInLine(nameOfHost(url), job)) return;
   } catch (const std::bad_alloc&) {
     return reader(body);  // out of turn: there is no memory to wait with
   }
   job();
 }
 
-bool LargeBodies::waitInLine(std::string_view host, Job& job) {
+bool LargeBodies::waitInLine(std::string host, Job& job) {
   const LockGuard guard(lock_);
   if (!isReading_) {
     isReading_ = true;
     return false;
   }
   auto line = std::find_if(lines_.begin(), lines_.end(),
-                           [host](const Line& other) { return other.host == host; });
-  if (line == lines_.end()) line = lines_.insert(line, Line{std::string(host), {}});
+                           [&host](const Line& other) { return other.host == host; });
+  if (line == lines_.end()) line = lines_.insert(line, Line{std::move(host), {}});
   line->jobs.append(job.release());
   return true;
 }

@@ -2,22 +2,24 @@
 
 #include <OrvoAPI/Base/Data.h>
 #include <OrvoAPI/Base/detail/Lock.h>
+#include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/Queues/Job.h>
 
 #include <atomic>
 #include <cstddef>
 #include <functional>
 #include <list>
+#include <map>
+#include <memory>
 #include <string>
-#include <string_view>
 
 namespace orvo::detail {
 
 /// Keeps the memory that large bodies take within bounds, over all sessions of the process. Safe to
 /// use from any thread; lives as long as the process.
 ///
-/// Each counts for as long as it is in memory, by its session and host. While all of them together
-/// exceed the budget, no session starts another request to a host of which it has more than its
+/// Each counts for as long as it is in memory, by its host, whichever session has fetched it. While
+/// all of them together exceed the budget, nothing more is asked of a host that has more than its
 /// fair share, unless nothing of it is under way and no body is being read: then they wait for the
 /// app, and one at a time goes on. So a host that uses up the budget stops no other.
 ///
@@ -31,8 +33,11 @@ class LargeBodies {
   /// What nobody waits for, whatever the others have.
   static constexpr std::size_t kFairShare = kBudget / 4;
 
-  /// The bytes of the large bodies that a session has from one host.
-  using Share = std::atomic<std::size_t>;
+  /// What sessions have of one host: scheme, name and port, however they are written.
+  struct Share {
+    std::atomic<std::size_t> bytes{0};  // of its large bodies
+    std::size_t underWay = 0;           // exchanges with it; network thread only
+  };
   /// Reads a body in its turn, which lasts until the last copy of what it is given has gone.
   using Reader = std::function<void(Data)>;
 
@@ -40,15 +45,26 @@ class LargeBodies {
 
   void take(Share& share, std::size_t bytes) noexcept;
   void giveBack(Share& share, std::size_t bytes) noexcept;
+
+  // On the network thread.
+
+  /// The share of the URL's host.
+  [[nodiscard]] std::shared_ptr<Share> shareOf(const URL& url);
   /// Whether a host may start a request. If not, `wereFreed` will be true when that should be asked
-  /// again, and the network thread is woken. On the network thread.
-  [[nodiscard]] bool mayStart(const Share& share, bool isAnyUnderWay) noexcept;
+  /// again, and the network thread is woken.
+  [[nodiscard]] bool mayStart(const Share& share) noexcept;
+  static void didStart(Share& share) noexcept { ++share.underWay; }
+  void didEnd(Share& share) noexcept {
+    if (--share.underWay == 0) noteFreed();
+  }
   [[nodiscard]] bool wereFreed() noexcept {
     return freed_.load(std::memory_order_relaxed) && freed_.exchange(false);
   }
 
+  // From any thread.
+
   /// Calls the reader at once, or in a later job on the global queue.
-  void read(std::string_view host, const Data& body, const Reader& reader);
+  void read(const URL& url, const Data& body, const Reader& reader);
 
  private:
   struct Line {
@@ -58,10 +74,10 @@ class LargeBodies {
   struct Turn;
 
   LargeBodies() = default;
-  [[nodiscard]] bool hasRoom(bool isAnyUnderWay) const noexcept;
+  [[nodiscard]] bool hasRoom(const Share& share) const noexcept;
   void noteFreed() noexcept;
   /// False when it is the job's turn.
-  [[nodiscard]] bool waitInLine(std::string_view host, Job& job);
+  [[nodiscard]] bool waitInLine(std::string host, Job& job);
   static void begin(const Data& body, const Reader& reader);
   void endTurn() noexcept;
 
@@ -69,6 +85,8 @@ class LargeBodies {
   std::atomic<bool> isWaitedFor_{false};
   std::atomic<bool> freed_{false};
   std::atomic<bool> isReading_{false};  // changed within the lock
+
+  std::map<std::string, std::weak_ptr<Share>> shares_;  // network thread only
 
   Lock lock_;
   std::list<Line> lines_
