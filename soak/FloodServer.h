@@ -2,6 +2,7 @@
 
 #include <openssl/ssl.h>
 #include <soak/FaultyServer.h>
+#include <support/HTTP2Frame.h>
 
 #include <atomic>
 #include <cstdint>
@@ -24,17 +25,7 @@ struct Flood {
   int (*push)(SSL*) = nullptr;
 };
 
-/// A frame on the stream of a client's first request, or on that of the connection.
-inline std::string frame(int type, int flags, int stream, const std::string& payload) {
-  std::string bytes;
-  for (const std::size_t part : {payload.size() >> 16, payload.size() >> 8, payload.size()}) {
-    bytes += static_cast<char>(part);
-  }
-  bytes += static_cast<char>(type);
-  bytes += static_cast<char>(flags);
-  for (const int shift : {24, 16, 8, 0}) bytes += static_cast<char>(stream >> shift);
-  return bytes + payload;
-}
+using test::frame;
 
 inline std::vector<Flood> floods() {
   constexpr int kEndOfHeader = 4, kPadded = 8;

@@ -107,6 +107,8 @@ void CurlTransfer::setCallbacks() {
   set(CURLOPT_CLOSESOCKETDATA, &connections_);
   set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
   set(CURLOPT_PREREQDATA, this);
+  set(CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
+  set(CURLOPT_XFERINFODATA, this);
 }
 
 CurlTransfer* CurlTransfer::from(CURL* handle) {
@@ -143,6 +145,7 @@ void CurlTransfer::setMethod(const URLRequest& request) {
   const bool plainGet = bodyless && request.method == "GET";
   if (plainGet && plainGet_) return;
   plainGet_ = plainGet;
+  set(CURLOPT_NOPROGRESS, long{bodyless});
   set(CURLOPT_HTTPGET, 1L);  // undoes what an earlier request has set
   set(CURLOPT_CUSTOMREQUEST, static_cast<const char*>(nullptr));
   if (plainGet) return;
@@ -209,12 +212,6 @@ NetworkTime CurlTransfer::deadline() const {
   return std::min(silence, headerBegan_ + kIntervalsForHeader * timeout);
 }
 
-std::uint64_t CurlTransfer::bound() const {
-  constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
-  return maximumHeaderSize_ > kMost - maximumBodySize_ ? kMost
-                                                       : maximumBodySize_ + maximumHeaderSize_;
-}
-
 void CurlTransfer::end(CURLcode code) {
   // libcurl would send the next request on it as well.
   if (code == CURLE_HTTP2) connections_.retire(connection_);
@@ -277,6 +274,7 @@ void CurlTransfer::clear() {
   isSent_ = false;
   headerBegan_ = NetworkTime::max();
   received_ = 0;
+  sent_ = 0;
   headers_ = {};
   headerBytes_ = 0;
   headIsComplete_ = false;

@@ -8,6 +8,8 @@
 
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <new>
 #include <optional>
@@ -62,7 +64,11 @@ class CurlTransfer {
   /// Bytes of the header, interim ones included, and of the body, decoded, so far.
   [[nodiscard]] std::uint64_t received() const { return received_; }
   /// How many there may be.
-  [[nodiscard]] std::uint64_t bound() const;
+  [[nodiscard]] std::uint64_t bound() const {
+    constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
+    return maximumHeaderSize_ > kMost - maximumBodySize_ ? kMost
+                                                         : maximumBodySize_ + maximumHeaderSize_;
+  }
 
   [[nodiscard]] const CurlSession* session() const { return session_; }
   [[nodiscard]] CurlHost& host() const { return *host_; }
@@ -109,6 +115,12 @@ class CurlTransfer {
 
   void noteActivity() { lastActivity_ = NetworkThread::shared().now(); }
 
+  /// Only where there is a body to send: on a multiplexed connection nothing else tells of it.
+  static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t sent) {
+    auto* const transfer = static_cast<CurlTransfer*>(self);
+    if (std::exchange(transfer->sent_, sent) != sent) transfer->noteActivity();
+    return 0;
+  }
   static int onConnected(void* self, char* peer, char* local, int peerPort, int localPort);
   static int onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size, void* self);
   static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
@@ -139,6 +151,7 @@ class CurlTransfer {
   NetworkTime lastActivity_;
   NetworkTime headerBegan_ = NetworkTime::max();
   std::uint64_t received_ = 0;
+  curl_off_t sent_ = 0;  // of the request's body
   bool multiplexed_ = false;
   HTTPHeaders headers_;
   std::size_t headerBytes_ = 0;

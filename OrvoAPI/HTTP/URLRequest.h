@@ -27,10 +27,10 @@ struct URLRequest {
   HTTPHeaders headers = {};
   Data body = {};
   CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-  /// The longest silence on the way to the answer: connecting, and then each header or body byte,
-  /// restarts it. A response's header has to be complete within four times that. Waiting for a free
-  /// connection or for a decision about a redirect does not count. Zero: no limit. The default is
-  /// 60 seconds.
+  /// The longest silence on the way to the answer: connecting, and then each byte of a header or a
+  /// body, sent or received, restarts it. A response's header has to be complete within four times
+  /// that. Waiting for a free connection or for a decision about a redirect does not count. Zero:
+  /// no limit. The default is 60 seconds.
   std::chrono::milliseconds timeoutInterval{60'000};
   /// The longest time that the whole may take: waiting for a free connection, for interceptors and
   /// for decisions about redirects, and the redirects themselves count (what a delegate writes here

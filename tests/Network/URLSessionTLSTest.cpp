@@ -1,5 +1,6 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <openssl/ssl.h>
+#include <support/HTTP2Frame.h>
 #include <support/Nginx.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
@@ -71,6 +72,34 @@ TEST(URLSessionHTTP2, TakesEachByteForASignOfLife) {
   const auto start = Clock::now();
   EXPECT_EQ(bodyOf(session.fetch({.url = url, .timeoutInterval = 1500ms})), slow);
   EXPECT_GT(Clock::now() - start, 1500ms) << "the server was too fast to tell";
+}
+
+TEST_F(URLSessionTLS, TakesEachByteThatIsSentForASignOfLifeToo) {
+  using namespace std::string_literals;
+  constexpr std::size_t kSize = 5;
+  const ScriptedServer server([&](Connection& connection) {
+    SecureHTTP2 client(connection, authority_.issue());
+    const auto nothingAtFirst = "\0\4\0\0\0\0"s;  // as a stream's window
+    client.send(frame(4, 0, 0, nothingAtFirst) + frame(4, 1, 0, ""));
+    client.hear("\1\5\0\0\0\1"s);
+    client.send(frame(1, 5, 1, "\x88"));
+    client.hear("\1\4\0\0\0\3"s);
+    for (std::size_t sent = 0; sent < kSize; ++sent) {
+      std::this_thread::sleep_for(kTLSLimit / 3);
+      client.send(frame(8, 0, 3, "\0\0\0\1"s));
+    }
+    client.hear("\0\1\0\0\0\3"s);  // the end of the body
+    client.send(frame(1, 5, 3, "\x88"));
+    connection.waitForClose();
+  });
+  URLSession session({.certificateAuthorityFile = authority_.file()});
+  const auto url = secure(server);
+  ASSERT_EQ(codeOf(session.fetch({.url = url})), 200) << "to share its connection";
+  EXPECT_EQ(codeOf(session.fetch({.url = url,
+                                  .method = "POST",
+                                  .body = Data(std::string(kSize, 'x')),
+                                  .timeoutInterval = kTLSLimit})),
+            200);
 }
 
 TEST_F(URLSessionTLS, TellsNothingToWhomItDoesNotTrust) {

@@ -58,18 +58,57 @@ void Connection::reset() {
   setsockopt(socket_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
 }
 
-std::string answerSecurely(Connection& connection, const Certificate& certificate,
-                           int newestVersion) {
+namespace {
+
+using Context = std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)>;
+
+Context serverContext(const Certificate& certificate) {
   sigset_t pipe{};  // a client may go while it is being told something
   sigaddset(&pipe, SIGPIPE);
   pthread_sigmask(SIG_BLOCK, &pipe, nullptr);
-  const std::unique_ptr<SSL_CTX, void (*)(SSL_CTX*)> context(SSL_CTX_new(TLS_server_method()),
-                                                             SSL_CTX_free);
+  Context context(SSL_CTX_new(TLS_server_method()), SSL_CTX_free);
+  SSL_CTX_use_certificate(context.get(), certificate.certificate.get());
+  SSL_CTX_use_PrivateKey(context.get(), certificate.key.get());
+  return context;
+}
+
+}  // namespace
+
+SecureHTTP2::SecureHTTP2(Connection& connection, const Certificate& certificate) {
+  const auto context = serverContext(certificate);
+  const auto choose = [](SSL*, const unsigned char** chosen, unsigned char* size,
+                         const unsigned char*, unsigned, void*) {
+    *chosen = reinterpret_cast<const unsigned char*>("h2");
+    *size = 2;
+    return SSL_TLSEXT_ERR_OK;
+  };
+  SSL_CTX_set_alpn_select_cb(context.get(), choose, nullptr);
+  tls_.reset(SSL_new(context.get()), SSL_free);
+  SSL_set_fd(tls_.get(), connection.socket_);
+  SSL_accept(tls_.get());
+}
+
+void SecureHTTP2::send(std::string_view bytes) {
+  SSL_write(tls_.get(), bytes.data(), static_cast<int>(bytes.size()));
+}
+
+bool SecureHTTP2::hear(std::string_view bytes) {
+  std::array<char, 4096> buffer;
+  while (heard_.find(bytes) == std::string::npos) {
+    const auto count = SSL_read(tls_.get(), buffer.data(), static_cast<int>(buffer.size()));
+    if (count <= 0) return false;
+    heard_.append(buffer.data(), static_cast<std::size_t>(count));
+  }
+  heard_.erase(0, heard_.find(bytes) + bytes.size());
+  return true;
+}
+
+std::string answerSecurely(Connection& connection, const Certificate& certificate,
+                           int newestVersion) {
+  const auto context = serverContext(certificate);
   SSL_CTX_set_security_level(context.get(), 0);  // old versions count as no security at all
   SSL_CTX_set_min_proto_version(context.get(), TLS1_VERSION);
   SSL_CTX_set_max_proto_version(context.get(), newestVersion);
-  SSL_CTX_use_certificate(context.get(), certificate.certificate.get());
-  SSL_CTX_use_PrivateKey(context.get(), certificate.key.get());
   const std::unique_ptr<SSL, void (*)(SSL*)> tls(SSL_new(context.get()), SSL_free);
   SSL_set_fd(tls.get(), connection.socket_);
   if (SSL_accept(tls.get()) != 1) return connection.waitForClose();

@@ -4,6 +4,8 @@
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Test.h>
 
+struct ssl_st;
+
 namespace orvo::test {
 
 /// One connection as raw bytes, in the hands of a script. It closes when the script returns.
@@ -25,9 +27,24 @@ class Connection {
 
  private:
   friend class ScriptedServer;
+  friend class SecureHTTP2;
   friend std::string answerSecurely(Connection&, const Certificate&, int);
   int socket_;
   std::string received_;
+};
+
+/// A connection's TLS, over which the server speaks HTTP/2.
+class SecureHTTP2 {
+ public:
+  /// Shakes hands.
+  SecureHTTP2(Connection& connection, const Certificate& certificate);
+  void send(std::string_view bytes);
+  /// Waits until the client has said this; false when it has gone.
+  bool hear(std::string_view bytes);
+
+ private:
+  std::shared_ptr<ssl_st> tls_;
+  std::string heard_;
 };
 
 /// Shakes hands through TLS, in no newer version than this one of OpenSSL's numbers, and answers a
