@@ -81,8 +81,8 @@ class LinearProgramGuideMonitor final
   LinearProgramGuideMonitor& operator=(const LinearProgramGuideMonitor&) = delete;
 
   /// Forgets the programmes and loads those of a range, ten at a time: succeeds with true when the
-  /// first ten are there, and fails as `Context::fetchLinearProgramGuide` does. Waits that are
-  /// under way go on: after a second load each end of a programme brings two updates.
+  /// first ten are there, and fails as `Context::fetchLinearProgramGuide` does. What earlier calls
+  /// have begun goes on: after a second load each end of a programme brings two updates.
   Future<bool> load(Date startingAt, Date endingAt, const GuideLoadOptions& options = {});
   /// The range of that many calendar days.
   Future<bool> load(Date startingAt, int days, const GuideLoadOptions& options = {});
@@ -119,15 +119,16 @@ class LinearProgramGuideMonitor final
   // - Live: `lastUpdate_` was sent, and the queue holds a job for the programme's end, with its
   //   entry in `waits_`.
   //
-  // Nothing is cancelled: each part that arrives, asked for by `load` or by `loadNext`, sends one
-  // more round on its way, and as many updates come for each programme. All rounds share the state,
+  // No round ends because another begins: each part that arrives, asked for by `load` or by
+  // `loadNext`, sends one more on its way, and as many updates come for each programme. Only a
+  // failure ends a round, or the end of the monitor. All rounds share the state,
   // which is read and changed within `accessQueue_` only; requests are sent, and listeners called,
   // outside. Callbacks and jobs hold the monitor weakly, and the monitor holds its context, so the
   // last reference decides where all of it ends.
   //
-  // A queue's delay does not know of the wall clock. When that is set, every wait is given up in
-  // favour of one for the time that is left now; the job of the old one finds no entry when it
-  // runs, and does nothing.
+  // A queue's delay does not know of the wall clock. When that is set, every round waits anew, for
+  // the time that is left now; the job of its old wait finds no entry when it runs, and does
+  // nothing.
   using GuidePart = Shared<LinearProgramGuide>;
 
   LinearProgramGuideMonitor(std::shared_ptr<const Context> context,

@@ -25,7 +25,8 @@ class DateFormatter {
   /// The pattern in the notation of Unicode's date formats.
   [[nodiscard]] std::string_view pattern() const;
   [[nodiscard]] std::optional<Date> date(std::string_view string) const;
-  /// What the pattern has no place for is cut off towards the past.
+  /// What the pattern has no place for is cut off towards the past. A year above 9999 has more
+  /// digits; one before 1 is written as its number BC, since the pattern has no place for an era.
   [[nodiscard]] std::string string(Date date) const;
 
  private:
