@@ -47,7 +47,8 @@ struct IsFuture<Future<T>> : std::true_type {
 /// is cancelled.
 ///
 /// A future can be completed again: the newer result replaces the older for whatever asks later, no
-/// callback runs twice, and every result lives as long as the future.
+/// callback runs twice, and every result lives as long as the future. A newer result for which
+/// there is no memory is dropped.
 template <class T>
 class Future {
  public:

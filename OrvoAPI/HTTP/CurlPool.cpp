@@ -121,9 +121,9 @@ void CurlPool::endThose(Condition&& condition, End&& end) {
   }
 }
 
-void CurlPool::endAll(const CurlSession& session, const URLError& error) {
+void CurlPool::endAll(const CurlSession& session) {
   endThose([&](const CurlTransfer& transfer) { return transfer.session() == &session; },
-           [&](CurlTransfer& transfer) { transfer.end(error); });
+           [](CurlTransfer& transfer) { transfer.end(cancelledError()); });
 }
 
 void CurlPool::act(int socket, int events) {
@@ -135,8 +135,7 @@ void CurlPool::act(int socket, int events) {
     code = curl_multi_socket_action(multi_, socket, events, &running);
   }
   while (const auto connection = connections_.takeFlooded()) {
-    endOn(*connection,
-          makeURLError(URLError::badServerResponse, "the server floods the connection"));
+    endOn(*connection, URLError::badServerResponse, "the server floods the connection");
   }
   collect();
   if (code == CURLM_OUT_OF_MEMORY) startAnew();
@@ -188,14 +187,14 @@ void CurlPool::weigh(int socket) {
   }
   if (connection.number == 0 || !connections_.isOverdrawn(connection, delivered, bound)) return;
   connections_.retire(connection);
-  endOn(connection,
-        makeURLError(URLError::dataLengthExceedsMaximum, "the answer costs too many bytes"));
+  endOn(connection, URLError::dataLengthExceedsMaximum, "the answer costs too many bytes");
   shutDownUnused();
 }
 
-void CurlPool::endOn(const Connections::ID& connection, const URLError& error) {
+void CurlPool::endOn(const Connections::ID& connection, int code, const char* message) {
+  // Each has an error of its own: a copy of one could throw.
   endThose([&](const CurlTransfer& transfer) { return transfer.connection() == connection; },
-           [&](CurlTransfer& transfer) { transfer.end(error); });
+           [&](CurlTransfer& transfer) { transfer.end(makeURLError(code, message)); });
 }
 
 void CurlPool::retireConnections() {

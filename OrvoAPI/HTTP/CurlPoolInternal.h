@@ -39,8 +39,8 @@ class CurlPool {
   }
   /// Starts the transfer; its session learns of its end.
   void add(std::unique_ptr<CurlTransfer> transfer);
-  /// Ends all transfers of the session.
-  void endAll(const CurlSession& session, const URLError& error);
+  /// Ends all transfers of the session with -999.
+  void endAll(const CurlSession& session);
   /// Ends those whose deadline has passed, as soon as libcurl allows it.
   void checkDeadlinesSoon() { nextDeadline_ = NetworkTime::min(); }
   [[nodiscard]] Connections& connections() { return connections_; }
@@ -73,7 +73,7 @@ class CurlPool {
   void endThose(Condition&& condition, End&& end);
   void weigh(int socket);
   void endStuck(int socket);
-  void endOn(const Connections::ID& connection, const URLError& error);
+  void endOn(const Connections::ID& connection, int code, const char* message);
   void shutDownUnused();
   void checkDeadlines();
 

@@ -119,7 +119,7 @@ Future<HTTPResult> URLSession::fetch(const URLRequest& request) {
   // Before any lock: a thread of the parent may have held it.
   if (auto refused = detail::faultOfFork()) return Future<HTTPResult>::failed(*std::move(refused));
   detail::WorkerPool::shared().demandWorker();
-  const auto task = std::make_shared<detail::URLTask>(core_, request);
+  const auto task = detail::URLTask::make(core_, request);
   auto future = task->future();
   // Weakly: the future must not keep alive what completes it.
   future.onCancel([weak = std::weak_ptr(task)](bool) {

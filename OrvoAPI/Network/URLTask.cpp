@@ -197,12 +197,27 @@ class TaskInterception final : public InterceptedRequest {
   std::function<void()> onCancel_ ORVO_GUARDED_BY(lock_);
 };
 
-URLTask::URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request)
-    : core_(std::move(core)), request_(std::move(request)) {}
+std::shared_ptr<URLTask> URLTask::make(std::shared_ptr<URLSessionCore> core,
+                                       const URLRequest& request) {
+  return {new URLTask(std::move(core), request), &URLTask::dispose};
+}
 
-URLTask::~URLTask() {
-  core_->remove(*this);
-  if (NetworkThread::isCurrent()) future_.core_.detach()->releaseOn(*core_->queue);
+URLTask::URLTask(std::shared_ptr<URLSessionCore> core, const URLRequest& request)
+    : core_(std::move(core)), request_(request) {}
+
+URLTask::~URLTask() { core_->remove(*this); }
+
+void URLTask::dispose(URLTask* task) noexcept {
+  if (!NetworkThread::isCurrent() || task->leavesNothingOfTheApps()) return delete task;
+  const auto queue = task->core_->queue;  // once posted, the task may be gone
+  queue->post(Job(static_cast<JobNode*>(task)));
+}
+
+/// Lets go of its future where others hold that as well; true when nothing else is the app's.
+bool URLTask::leavesNothingOfTheApps() noexcept {
+  if (!future_.core_->releaseUnlessLast()) return false;
+  (void)future_.core_.detach();
+  return request_.body.empty() && (!original_ || original_->body.empty());
 }
 
 void URLTask::begin() {
@@ -336,15 +351,15 @@ void URLTask::redirect(HTTPResult result, std::string_view location) {
     return finish(URLError{URLError::httpTooManyRedirects, "too many redirects"});
   }
   if (!original_) original_ = request_;
-  auto next = redirected(request_, *to, result.response.statusCode);
+  auto followed = redirected(request_, *to, result.response.statusCode);
   state_ = State::deciding;
   redirect_ = std::move(result);
-  if (core_->delegate == nullptr) return didDecide(std::move(next));
+  if (core_->delegate == nullptr) return didDecide(std::move(followed));
   core_->watchLimit(deadline());
   const auto decision =
       std::make_shared<RedirectDecision>(shared_from_this(), core_->queue, redirects_);
   core_->delegate->willPerformHTTPRedirection(
-      redirect_->response, next, *original_,
+      redirect_->response, followed, *original_,
       [decision](std::optional<URLRequest> request) { decision->make(std::move(request)); });
 }
 

@@ -75,17 +75,21 @@ class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>
 ///
 /// The network thread completes the future itself unless there is a redirect to decide: handing
 /// every answer to the queue first would cost a thread's wakeup, and no foreign code runs in
-/// either. For the same reason what the app has attached to a future, and its interceptors and
-/// delegate, are never destroyed there, but on the queue.
+/// either. For the same reason what the app has attached to a future, and its interceptors,
+/// delegate and body, are never destroyed there, but on the queue: a task that would take them
+/// along is itself the job that does so.
 ///
 /// Anything may also end in an error, and cancelling ends every state: at once while the
 /// interceptor or the delegate has the word, through the network thread while the exchange is
 /// there.
-class URLTask final : public HTTPExchange, public std::enable_shared_from_this<URLTask> {
+class URLTask final : public HTTPExchange,
+                      public std::enable_shared_from_this<URLTask>,
+                      private JobNode {
  public:
   enum class State { exchanging, intercepted, deciding, done };
 
-  URLTask(std::shared_ptr<URLSessionCore> core, URLRequest request);
+  [[nodiscard]] static std::shared_ptr<URLTask> make(std::shared_ptr<URLSessionCore> core,
+                                                     const URLRequest& request);
   ~URLTask() override;
 
   [[nodiscard]] const Future<HTTPResult>& future() const { return future_; }
@@ -121,6 +125,13 @@ class URLTask final : public HTTPExchange, public std::enable_shared_from_this<U
     void drop() noexcept override { const auto held = std::move(task); }
     std::shared_ptr<URLTask> task;
   };
+
+  URLTask(std::shared_ptr<URLSessionCore> core, const URLRequest& request);
+  static void dispose(URLTask* task) noexcept;
+  [[nodiscard]] bool leavesNothingOfTheApps() noexcept;
+  /// The job that destroys it on the queue.
+  void run() override { delete this; }
+  void drop() noexcept override { delete this; }
 
   template <class Step>
   void take(Step&& step);

@@ -26,7 +26,9 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   virtual void post(Job job) = 0;
 
   /// Posts the job when the delay has passed, by a clock that also runs while the device sleeps. A
-  /// delay of zero or less posts it at once. The queue is kept alive until then.
+  /// delay of zero or less posts it at once. The queue is kept alive until then. Throws
+  /// `std::bad_alloc` when the system refuses memory for it or, the first time, a descriptor or a
+  /// thread; the job is then destroyed.
   virtual void postAfter(std::chrono::milliseconds delay, Job job);
 
   /// For debugging.

@@ -2,12 +2,27 @@
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <fcntl.h>
 #include <signal.h>
+#include <support/OperatorNew.h>
 #include <sys/socket.h>
 #include <tests/support/HTTPServer.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
 #include <tests/support/Test.h>
 #include <unistd.h>
+
+namespace {
+
+std::atomic<bool> networkIsRefusedMemory{false};
+
+bool isOnNetworkThread() {
+  std::array<char, 16> name{};
+  pthread_getname_np(pthread_self(), name.data(), name.size());
+  return std::string_view(name.data()) == "orvo-network";
+}
+
+}  // namespace
+
+bool orvo::test::refusesMemory() noexcept { return networkIsRefusedMemory && isOnNetworkThread(); }
 
 namespace orvo::test {
 namespace {
@@ -55,11 +70,14 @@ struct Mourned {
   };
   [[nodiscard]] std::shared_ptr<void> make() {
     return {nullptr, [this](void*) {
-              char name[16] = {};
-              pthread_getname_np(pthread_self(), name, sizeof name);
-              onNetworkThread += name == std::string("orvo-network");
+              onNetworkThread += isOnNetworkThread();
               gone.tell();
             }};
+  }
+  /// A body of the app's own memory.
+  [[nodiscard]] Data body() {
+    static const std::array<char, 1 + Data::kPadding> bytes{};
+    return {std::shared_ptr<const char>(make(), bytes.data()), 1};
   }
   std::atomic<int> onNetworkThread = 0;
   Signal gone;
@@ -71,18 +89,50 @@ TEST(URLSessionCancel, DestroysNothingOfTheAppsOnTheNetworkThread) {
   Mourned mourned;
   auto interceptor = std::make_shared<Mourned::Interceptor>();
   interceptor->held = mourned.make();
-  for (const bool together : {false, true}) {
-    URLSession session({.protocolClasses = {interceptor}});
-    for (int i = 0; i < kFetches; ++i) {
-      const auto fetch = session.fetch({.url = silent.url()});
-      (void)fetch.map([held = mourned.make()](const auto&) { return held; });
-      if (!together) fetch.cancel();
+  int asked = 0, gone = 0;
+  for (const bool isRefused : {false, true}) {
+    for (const bool together : {false, true}) {
+      URLSession session({.protocolClasses = {interceptor}});
+      std::vector<Future<HTTPResult>> fetches;
+      for (int i = 0; i < kFetches; ++i) {
+        fetches.push_back(session.fetch({.url = silent.url(), .body = mourned.body()}));
+        (void)fetches.back().map([held = mourned.make()](const auto&) { return held; });
+      }
+      ASSERT_TRUE(silent.asked.wait(asked += 10));
+      networkIsRefusedMemory = isRefused;
+      for (; !fetches.empty(); fetches.pop_back()) {
+        if (!together) fetches.back().cancel();
+      }
+      if (together) session.invalidateAndCancel();
+      EXPECT_TRUE(mourned.gone.wait(gone += 2 * kFetches));
+      networkIsRefusedMemory = false;
     }
-    if (together) session.invalidateAndCancel();
   }
   interceptor.reset();
-  EXPECT_TRUE(mourned.gone.wait(2 * kFetches + 1));
+  EXPECT_TRUE(mourned.gone.wait(gone + 1));
   EXPECT_EQ(mourned.onNetworkThread, 0);
+}
+
+TEST(URLSessionOutOfMemory, LeavesAFutureTheResultThatTheAppHasGivenIt) {
+  Signal asked;
+  Signal letGo;
+  const HTTPServer server([&](const ServedRequest&) -> ServedAnswer {
+    asked.tell();
+    EXPECT_TRUE(letGo.wait());
+    return {};
+  });
+  URLSession session({.maximumConnectionsPerHost = 1});
+  const auto fetch = session.fetch({.url = server.url()});
+  ASSERT_TRUE(asked.wait());
+  fetch.failure(GeneralError::elementNotFound{});
+  networkIsRefusedMemory = true;
+  const auto waiting = session.fetch({.url = server.url()});
+  letGo.tell();
+  (void)resultOf(waiting);  // the first one is at its end
+  (void)resultOf(session.fetch({.url = server.url()}));
+  networkIsRefusedMemory = false;
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_TRUE(errorOf(fetch).is<GeneralError>());
 }
 
 TEST(URLSessionDropped, FinishesWhatIsUnderWay) {

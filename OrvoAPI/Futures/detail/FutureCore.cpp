@@ -48,13 +48,13 @@ void FutureCore::releaseWeakly(FutureCore* core) noexcept {
   }
 }
 
-void FutureCore::releaseOn(DispatchQueue& queue) noexcept {
-  if (counts(this).strong.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
-  try {
-    queue.post([this] { dispose(); });
-  } catch (const std::bad_alloc&) {
-    dispose();
+bool FutureCore::releaseUnlessLast() noexcept {
+  auto& strong = counts(this).strong;
+  auto count = strong.load(std::memory_order_relaxed);
+  while (count > 1) {
+    if (strong.compare_exchange_weak(count, count - 1, std::memory_order_acq_rel)) return true;
   }
+  return false;
 }
 
 CoreRef<FutureCore> FutureCore::lock(FutureCore* core) noexcept {

@@ -93,9 +93,8 @@ class FutureCore {
   void release() noexcept {
     if (counts(this).strong.fetch_sub(1, std::memory_order_acq_rel) == 1) dispose();
   }
-  /// As `release`, but what the last reference takes with it, the app's callbacks included, is
-  /// destroyed in a job on the queue.
-  void releaseOn(DispatchQueue& queue) noexcept;
+  /// As `release`, unless it is the last reference: then it stays, and false is returned.
+  [[nodiscard]] bool releaseUnlessLast() noexcept;
   void retainWeakly() noexcept { counts(this).weak.fetch_add(1, std::memory_order_relaxed); }
   static void releaseWeakly(FutureCore* core) noexcept;
   /// A strong reference from a weak one; empty when the future has gone.

@@ -5,6 +5,7 @@
 
 #include <atomic>
 #include <memory>
+#include <new>
 #include <type_traits>
 #include <utility>
 
@@ -49,9 +50,12 @@ class FutureState : public FutureCore {
     Result<T> result;
     Later* older;
   };
-  // Out of line, because it is rare.
+  // Out of line, because it is rare. Without memory the result that is there stays: whoever
+  // completes a future of the library's may be a thread that could do nothing with an exception.
   [[gnu::noinline]] void replace(Result<T>&& result) {
-    auto* const later = new Later{std::move(result), later_.load(std::memory_order_relaxed)};
+    auto* const later =
+        new (std::nothrow) Later{std::move(result), later_.load(std::memory_order_relaxed)};
+    if (later == nullptr) return;
     while (!later_.compare_exchange_weak(later->older, later, std::memory_order_acq_rel)) {
     }
     this->publish(&later->result);
