@@ -25,6 +25,7 @@ Commands allCommands(const WrittenService& service) {
   addMonitorCommand(commands);
   addLineupCommand(commands);
   addStreamCommands(commands);
+  addPlayCommand(commands);
   addImageCommand(commands);
   addParseCommand(commands);
   addServeDemoCommand(commands);

@@ -16,6 +16,7 @@ void addSearchCommands(Commands& commands);
 void addGuideCommand(Commands& commands);
 void addMonitorCommand(Commands& commands);
 void addLineupCommand(Commands& commands);
+void addPlayCommand(Commands& commands);
 void addImageCommand(Commands& commands);
 void addTourCommand(Commands& commands);
 void addParseCommand(Commands& commands);
