@@ -1,6 +1,7 @@
 #include <tool/Commands.h>
 #include <tool/ListOutput.h>
 #include <tool/Profiles.h>
+#include <tool/Text.h>
 #include <tool/ValueCheck.h>
 
 #include <algorithm>
@@ -13,9 +14,10 @@ static Records recordsOf(const Profiles& profiles) {
   Records records;
   for (const Profile& profile : profiles.all) {
     const auto text = [](const std::string& value) { return value.empty() ? Json() : Json(value); };
-    Record record{{profile.name, profile.api, text(profile.resources), text(profile.client),
-                   profile.name == profiles.used},
-                  {}};
+    Record record{
+        {profile.name, withoutUserInfo(profile.api), text(withoutUserInfo(profile.resources)),
+         text(profile.client), profile.name == profiles.used},
+        {}};
     record.model = [values = record.values] {
       Json object = Json::object();
       for (std::size_t i = 0; i < values.size(); ++i) object.set(kProfileFields[i], values[i]);
@@ -38,21 +40,39 @@ struct WrittenProfile {
   WrittenList list{};
 };
 
-void add(Profiles& profiles, const WrittenProfile& written, const WrittenService& service) {
+/// What the command line says is kept under the name.
+Profile newProfile(const WrittenProfile& written, const WrittenService& service) {
   if (service.api.empty()) throw WrongUsage("a profile needs --api URL");
   const std::string wrong = complaint(profileNames(), written.name);
   if (!wrong.empty()) throw WrongUsage("NAME: " + wrong);
   for (const std::string& url : {service.api, service.resources}) {
-    const std::size_t host = url.find("://") + 3;
-    if (url.substr(0, url.find('/', host)).find('@') != std::string::npos) {
+    if (withoutUserInfo(url) != url) {
       throw WrongUsage("a profile keeps no name of a user and no password");
     }
   }
-  std::erase_if(profiles.all, [&](const Profile& known) { return known.name == written.name; });
-  profiles.all.push_back({.name = written.name,
-                          .api = service.api,
-                          .resources = service.resources,
-                          .client = service.client.value_or("")});
+  return {.name = written.name,
+          .api = service.api,
+          .resources = service.resources,
+          .client = service.client.value_or("")};
+}
+
+Profiles change(const WrittenProfile& written, const WrittenService& service) {
+  const auto isMeant = [&](const Profile& known) { return known.name == written.name; };
+  if (written.action == "add") {
+    return changeProfiles([&, profile = newProfile(written, service)](Profiles& profiles) {
+      std::erase_if(profiles.all, isMeant);
+      profiles.all.push_back(profile);
+    });
+  }
+  if (written.action == "use") {
+    return changeProfiles([&](Profiles& profiles) {
+      profiles.used = written.name == "none" ? "" : profiles.named(written.name).name;
+    });
+  }
+  return changeProfiles([&](Profiles& profiles) {
+    if (profiles.named(written.name).name == profiles.used) profiles.used.clear();
+    std::erase_if(profiles.all, isMeant);
+  });
 }
 
 void drawProfiles(Screen& screen, const Profiles& profiles) {
@@ -70,29 +90,19 @@ void drawProfiles(Screen& screen, const Profiles& profiles) {
     const bool used = profile.name == profiles.used;
     table.rows.push_back({{used ? "*" : " "},
                           {profile.name, Style::strong},
-                          {profile.api},
-                          {profile.resources},
+                          {withoutUserInfo(profile.api)},
+                          {withoutUserInfo(profile.resources)},
                           {profile.client}});
   }
   screen.table(table);
 }
 
 int runProfile(Tool& tool, const WrittenProfile& written, const WrittenService& service) {
-  Profiles profiles = readProfiles();
   const bool lists = written.action == "list";
   if (lists != written.name.empty()) {
     throw WrongUsage("profile " + written.action + (lists ? " takes no NAME" : " needs a NAME"));
   }
-  if (written.action == "add") {
-    add(profiles, written, service);
-  } else if (written.action == "use") {
-    profiles.used = written.name == "none" ? "" : profiles.named(written.name).name;
-  } else if (written.action == "remove") {
-    const std::string name = profiles.named(written.name).name;
-    std::erase_if(profiles.all, [&](const Profile& known) { return known.name == name; });
-    if (profiles.used == name) profiles.used.clear();
-  }
-  if (!lists) writeProfiles(profiles);
+  const Profiles profiles = lists ? readProfiles() : change(written, service);
   const ListOutput output(tool, written.list, kProfileFields);
   return output.answer(profiles, [&](Screen& screen) { drawProfiles(screen, profiles); });
 }
@@ -105,7 +115,7 @@ void addProfileCommand(Commands& commands, const WrittenService& service) {
   addListOptions(options, written->list, kProfileFields);
   commands.push_back(
       {.name = "profile",
-       .description = "Services under names of your own, so that they need not be typed again",
+       .description = "Services under names of your own, to be typed once",
        .details = "They are kept in orvo/profiles below $XDG_CONFIG_HOME, or else ~/.config: lines "
                   "\"use = NAME\", and for each profile \"[NAME]\", \"api = URL\", \"resources = "
                   "URL\" and \"client = NAME\". No token is ever kept. --api, then --profile, then "

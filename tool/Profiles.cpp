@@ -1,19 +1,12 @@
 #include <OrvoAPI/Context/Client.h>
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <tool/Arguments.h>
+#include <tool/Files.h>
 #include <tool/Nearest.h>
 #include <tool/Profiles.h>
 #include <tool/ValueCheck.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
 #include <sstream>
 
 namespace orvo::tool {
@@ -21,6 +14,7 @@ namespace orvo::tool {
 namespace {
 
 constexpr std::string_view kSpaces = " \t\r";
+constexpr std::size_t kLargestFile = std::size_t{1} << 20;
 
 std::string trimmed(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(kSpaces);
@@ -33,7 +27,8 @@ class Reader {
  public:
   explicit Reader(std::string path) : path_(std::move(path)) {}
 
-  Profiles read(std::istream& stream) {
+  Profiles read(const std::string& content) {
+    std::istringstream stream(content);
     for (std::string line; std::getline(stream, line);) {
       ++line_;
       const std::string text = trimmed(line);
@@ -92,10 +87,6 @@ class Reader {
   int line_ = 0;
 };
 
-[[noreturn]] void refuse(const std::string& path) {
-  throw WrongUsage(path + ": " + std::strerror(errno));
-}
-
 std::string fileText(const Profiles& profiles) {
   std::string text = "# Services that orvo knows by name: see orvo help profile.\n";
   const auto line = [&](const char* key, const std::string& value) {
@@ -135,34 +126,20 @@ std::optional<std::string> profilesPath() {
 
 Profiles readProfiles() {
   const auto path = profilesPath();
-  if (!path || access(path->c_str(), F_OK) != 0) return {};
-  std::ifstream stream(*path);
-  if (!stream) refuse(*path);
-  auto profiles = Reader(*path).read(stream);
-  if (stream.bad()) refuse(*path);
-  return profiles;
+  const auto content = path ? readRegularFile(*path, kLargestFile) : std::nullopt;
+  return content ? Reader(*path).read(*content) : Profiles{};
 }
 
-void writeProfiles(const Profiles& profiles) {
+Profiles changeProfiles(const std::function<void(Profiles&)>& change) {
   const auto path = profilesPath();
   if (!path) throw WrongUsage("no folder for profiles: neither XDG_CONFIG_HOME nor HOME is set");
-  std::error_code error;
-  std::filesystem::create_directories(std::filesystem::path(*path).parent_path(), error);
-  const std::string made = *path + "." + std::to_string(getpid());
-  const int file =
-      open(made.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
-  if (file < 0) refuse(*path);
-  const std::string text = fileText(profiles);
-  const bool isWritten =
-      write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
-      fsync(file) == 0;
-  // In one step: whoever reads it meanwhile sees the file before or the file after.
-  const bool isDone = close(file) == 0 && isWritten && rename(made.c_str(), path->c_str()) == 0;
-  if (isDone) return;
-  const int reason = errno;
-  unlink(made.c_str());
-  errno = reason;
-  refuse(*path);
+  Profiles profiles;
+  rewriteFile(*path, kLargestFile, [&](const std::optional<std::string>& content) {
+    if (content) profiles = Reader(*path).read(*content);
+    change(profiles);
+    return fileText(profiles);
+  });
+  return profiles;
 }
 
 Values profileNames() {

@@ -2,6 +2,7 @@
 
 #include <tool/CommandTable.h>
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -34,8 +35,9 @@ struct Profiles {
 /// when something in it cannot be understood.
 [[nodiscard]] Profiles readProfiles();
 
-/// Replaces the file, which only the user may read. Throws `WrongUsage` when it cannot be written.
-void writeProfiles(const Profiles& profiles);
+/// Writes what `change` makes of the profiles, and returns it; one program at a time does so.
+/// Throws `WrongUsage` when the file cannot be understood or written.
+Profiles changeProfiles(const std::function<void(Profiles&)>& change);
 
 /// The names that profiles may have.
 [[nodiscard]] Values profileNames();

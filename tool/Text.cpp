@@ -80,6 +80,30 @@ std::string escaped(std::string_view text) {
   return out;
 }
 
+std::string withoutUserInfo(std::string_view url) {
+  const std::size_t colon = url.find("://");
+  if (colon == std::string_view::npos) return std::string(url);
+  const std::size_t begin = colon + 3;
+  const std::size_t at = url.substr(0, url.find_first_of("/?#", begin)).rfind('@');
+  if (at == std::string_view::npos || at < begin) return std::string(url);
+  return std::string(url.substr(0, begin)).append(kEllipsis).append(url.substr(at));
+}
+
+std::string harmless(std::string_view message) {
+  std::string out;
+  for (std::size_t colon; (colon = message.find("://")) != std::string_view::npos;) {
+    const std::size_t begin = colon + 3;
+    out.append(message.substr(0, begin));
+    message.remove_prefix(begin);
+    // Also where it is no address: a "/" may belong to a password that was not encoded.
+    const std::size_t at = message.substr(0, message.find_first_of(" \"\n")).rfind('@');
+    if (at == std::string_view::npos) continue;
+    out.append(kEllipsis);
+    message.remove_prefix(at);
+  }
+  return escaped(out.append(message));
+}
+
 std::size_t displayWidth(std::string_view text) {
   std::size_t width = 0;
   while (!text.empty()) {

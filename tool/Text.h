@@ -17,6 +17,13 @@ namespace orvo::tool {
 /// escape like `\u001b`.
 [[nodiscard]] std::string escaped(std::string_view text);
 
+/// The address without the user's name and password, which `…@` stands for.
+[[nodiscard]] std::string withoutUserInfo(std::string_view url);
+
+/// A message that repeats what the user wrote, as it may be seen: escaped, and wherever a password
+/// may be meant, without that.
+[[nodiscard]] std::string harmless(std::string_view message);
+
 /// The columns that a printable text takes: East Asian characters two, combining marks none.
 [[nodiscard]] std::size_t displayWidth(std::string_view text);
 

@@ -28,11 +28,12 @@ bool Tool::startService() {
 }
 
 void Tool::reportService() const {
-  const std::string text =
-      "API " + options_.api.value_or(url(options_.environment)).text() + ", resources " +
-      options_.resources.value_or(resourceURL(options_.environment)).text() + " (" +
-      options_.source + "); client " + std::string(rawValue(options_.client)) + " (" +
-      options_.clientSource + ")";
+  const URL api = options_.api.value_or(url(options_.environment));
+  const URL resources = options_.resources.value_or(resourceURL(options_.environment));
+  const std::string text = "API " + withoutUserInfo(api.text()) + ", resources " +
+                           withoutUserInfo(resources.text()) + " (" + options_.source +
+                           "); client " + std::string(rawValue(options_.client)) + " (" +
+                           options_.clientSource + ")";
   printDiagnostic(options_.json ? Json::object({{"report", text}}).text() + "\n"
                                 : escaped("orvo: " + text) + "\n");
 }
