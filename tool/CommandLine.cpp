@@ -3,6 +3,7 @@
 #include <tool/Commands.h>
 #include <tool/Completion.h>
 #include <tool/Help.h>
+#include <tool/Manual.h>
 #include <tool/Output.h>
 #include <tool/Profiles.h>
 #include <tool/Text.h>
@@ -33,34 +34,70 @@ Commands allCommands(const WrittenService& service) {
   return commands;
 }
 
+/// Says what counts when nothing is written, while the targets still say so.
+void noteDefaults(std::vector<Parameter>& parameters) {
+  for (Parameter& parameter : parameters) {
+    if (!parameter.fallback.empty()) continue;
+    if (auto* const* number = std::get_if<std::int64_t*>(&parameter.target)) {
+      parameter.fallback = std::to_string(**number);
+    } else if (auto* const* text = std::get_if<std::string*>(&parameter.target)) {
+      parameter.fallback = **text;
+    }
+  }
+}
+
+std::vector<Note> variables() {
+  return {{"ORVO_API", "The base URL of the service's API, as --api"},
+          {"ORVO_RESOURCES", "The base URL of its images; it counts with ORVO_API only"},
+          {"ORVO_CLIENT", "The kind of device to appear as, as --client"},
+          {"NO_COLOR", "Not empty: no colours"},
+          {"CLICOLOR_FORCE", "Neither empty nor 0: colours, also where there is no terminal"},
+          {"CLICOLOR", "0: no colours"},
+          {"COLUMNS", "How wide the output is where there is no terminal"},
+          {"TZ", "The zone in which times are read and shown"},
+          {"SSL_CERT_FILE", "The certificates of the authorities to trust, in one file"}};
+}
+
 }  // namespace
 
 CommandLine::CommandLine()
-    : table_{.description = "Looks at a video and live-TV service through its web API.",
+    : table_{.description = "Looks at a video and live-TV service through its web API",
+             .details =
+                 "On a terminal lists are drawn. In a pipe they are lines with tabs between the "
+                 "fields, as a service sends them; --format and --fields choose otherwise. All "
+                 "output is UTF-8.",
              .globalOptions = globalOptions(),
              .commands = allCommands(service_),
-             .examples = {"orvo --demo guide", "orvo --demo search night", "orvo help search"}} {
+             .examples = {"orvo --demo guide", "orvo --demo search night", "orvo help search"},
+             .variables = variables(),
+             .files = {{"~/.config/orvo/profiles",
+                        "Services by name, below $XDG_CONFIG_HOME if that is set; orvo help "
+                        "profile says more"}}} {
   addHelpCommands();
+  noteDefaults(table_.globalOptions);
+  for (Command& command : table_.commands) {
+    noteDefaults(command.arguments);
+    noteDefaults(command.options);
+  }
 }
 
 void CommandLine::addHelpCommands() {
   std::vector<std::string> names;
   for (const Command& command : table_.commands) names.push_back(command.name);
-  names.insert(names.end(), {"help", "version", "completion"});
-  table_.commands.push_back(
-      {.name = "help",
-       .description = "What the tool, or a command, is for and how to use it",
-       .arguments = {{.name = "COMMAND",
-                      .description = "The command to explain",
-                      .values = anyOf(names),
-                      .target = &helpedCommand_}},
-       .examples = {"orvo help", "orvo help collection"},
-       .usesService = false,
-       .run = [this](Tool&) {
-         const auto command = std::ranges::find(table_.commands, helpedCommand_, &Command::name);
-         print(helpText(table_, command == table_.commands.end() ? nullptr : &*command));
-         return 0;
-       }});
+  names.insert(names.end(), {"help", "manual", "completion", "version"});
+  table_.commands.push_back({.name = "help",
+                             .description = "What the tool, or a command, is for and how to use it",
+                             .arguments = {{.name = "COMMAND",
+                                            .description = "The command to explain",
+                                            .values = anyOf(names),
+                                            .target = &helpedCommand_}},
+                             .examples = {"orvo help", "orvo help collection"},
+                             .usesService = false,
+                             .run = [this](Tool&) {
+                               print(helpText(table_, helped()));
+                               return 0;
+                             }});
+  addManualCommand();
   addCompletionCommand();
   table_.commands.push_back({.name = "version",
                              .description = "The version of the tool and its library",
@@ -70,6 +107,27 @@ void CommandLine::addHelpCommands() {
                                print(versionText() + "\n");
                                return 0;
                              }});
+}
+
+void CommandLine::addManualCommand() {
+  table_.commands.push_back(
+      {.name = "manual",
+       .description = "What help says, as a manual page for man -l",
+       .arguments = {{.name = "COMMAND",
+                      .description = "The command to explain",
+                      .values = table_.commands.back().arguments[0].values,
+                      .target = &helpedCommand_}},
+       .examples = {"orvo manual | man -l -", "orvo manual collection | man -l -"},
+       .usesService = false,
+       .run = [this](Tool&) {
+         print(manualPage(table_, helped()));
+         return 0;
+       }});
+}
+
+const Command* CommandLine::helped() const {
+  const auto command = std::ranges::find(table_.commands, helpedCommand_, &Command::name);
+  return command == table_.commands.end() ? nullptr : &*command;
 }
 
 void CommandLine::addCompletionCommand() {
@@ -129,7 +187,7 @@ std::vector<Parameter> CommandLine::globalOptions() {
        .values = anyOf({"auto", "always", "never"}, "WHEN"),
        .target = &color_},
       {.name = "--verbose",
-       .description = "Say on standard error which service it is, and who said so",
+       .description = "Say on standard error which service is used, and what chose it",
        .target = &verbose_}};
 }
 
@@ -158,7 +216,7 @@ int CommandLine::run() {
     Tool tool(std::move(options));
     return chosen_->run(tool);
   } catch (const WrongUsage& wrong) {
-    printDiagnostic(escaped(std::string("orvo: ") + wrong.what()) + "\nTry \"orvo " +
+    printDiagnostic(harmless(std::string("orvo: ") + wrong.what()) + "\nTry \"orvo " +
                     chosen_->name + " --help\".\n");
     return kWrongUsage;
   }

@@ -26,7 +26,10 @@ class CommandLine {
  private:
   [[nodiscard]] std::vector<Parameter> globalOptions();
   void addHelpCommands();
+  void addManualCommand();
   void addCompletionCommand();
+  /// The command that is to be explained; or the tool itself.
+  [[nodiscard]] const Command* helped() const;
 
   WrittenService service_;
   bool json_ = false;

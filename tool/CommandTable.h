@@ -20,18 +20,25 @@ class Tool;
 struct Range {
   std::int64_t least;
   std::int64_t most;
+
+  /// Whether nobody comes near the upper end.
+  [[nodiscard]] bool isOpen() const { return most >= 1'000'000'000; }
 };
 
 /// Which values an argument or an option takes: those of `choices`, or whole numbers in `range`, or
-/// texts that `accepts` takes; any text when none of them is given.
+/// texts that `accepts` takes; any text when none of them is given. `ofSeveral`: some of the
+/// choices, with commas between them.
 struct Values {
   /// What stands for the value of an option in a help text.
   std::string name = "TEXT";
   std::vector<std::string> choices{};
+  bool ofSeveral = false;
   std::optional<Range> range{};
   std::function<bool(const std::string&)> accepts{};
   /// What `accepts` wants, for whoever wrote something else.
   std::string wanted{};
+  /// Whether words that belong together are one value.
+  bool mayHoldSpaces = false;
   /// What a shell offers beside `choices`.
   std::function<std::vector<std::string>()> suggestions{};
 };
@@ -80,12 +87,34 @@ struct Command {
 
 using Commands = std::vector<Command>;
 
+/// What something of that name is for.
+struct Note {
+  std::string name;
+  std::string text;
+};
+
 struct CommandTable {
   std::string description;
+  std::string details{};
   /// They may stand before the command, or after it.
   std::vector<Parameter> globalOptions{};
   Commands commands{};
   std::vector<std::string> examples{};
+  /// Of the environment.
+  std::vector<Note> variables{};
+  std::vector<Note> files{};
 };
+
+/// The options that the parser knows by itself.
+[[nodiscard]] inline std::vector<Note> parserOptions() {
+  return {{"-h, --help", "Print this help, or that of the command"},
+          {"--version", "Print the version"}};
+}
+[[nodiscard]] inline std::vector<Note> exitStatuses() {
+  return {{"0", "Done; also when the reader of a pipe has gone away early"},
+          {"1", "The request failed, or the output could not be written"},
+          {"2", "Wrong usage; nothing has been asked of a service"},
+          {"3", "The system refused memory"}};
+}
 
 }  // namespace orvo::tool

@@ -79,8 +79,9 @@ std::string completions(const CommandTable& table, const std::vector<std::string
   } else if (word.starts_with("-")) {
     if (place.command != nullptr) candidates.add(place.command->options);
     candidates.add(table.globalOptions);
-    candidates.add("--help", "Print this help, or that of the command");
-    candidates.add("--version", "Print the version");
+    for (const Note& option : parserOptions()) {
+      candidates.add(option.name.substr(option.name.find("--")), option.text);
+    }
   } else if (place.command == nullptr) {
     for (const Command& command : table.commands) candidates.add(command.name, command.description);
   } else if (place.arguments < place.command->arguments.size()) {
@@ -88,34 +89,5 @@ std::string completions(const CommandTable& table, const std::vector<std::string
   }
   return candidates.text();
 }
-
-std::string completionScript(const std::string& shell) {
-  if (shell == "bash") {
-    return R"(_orvo() {
-  local IFS=$'\n'
-  COMPREPLY=($(orvo complete "${COMP_WORDS[@]:0:COMP_CWORD+1}" 2>/dev/null | cut -f 1))
-}
-complete -o default -F _orvo orvo
-)";
-  }
-  if (shell == "zsh") {
-    return R"(#compdef orvo
-_orvo() {
-  local -a candidates
-  local line
-  for line in "${(@f)$(orvo complete "${(@)words[1,CURRENT]}" 2>/dev/null)}"; do
-    [[ -n $line ]] && candidates+=("${line/$'\t'/:}")
-  done
-  (( $#candidates )) && _describe orvo candidates || _files
-}
-compdef _orvo orvo
-)";
-  }
-  return R"(complete -c orvo -f -a '(orvo complete (commandline -opc) (commandline -ct | string collect -a))'
-complete -c orvo -l include -r -F
-)";
-}
-
-Values completionShells() { return anyOf({"bash", "zsh", "fish"}); }
 
 }  // namespace orvo::tool

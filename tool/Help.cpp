@@ -26,30 +26,21 @@ std::string row(const std::string& name, const std::string& description) {
   return text + "\n";
 }
 
-std::string defaultText(const Target& target) {
-  if (auto* const* number = std::get_if<std::int64_t*>(&target)) return std::to_string(**number);
-  auto* const* text = std::get_if<std::string*>(&target);
-  return text != nullptr ? **text : "";
-}
-
 /// What else there is to say: ` (1 to 366; default: 1; not with --end)`.
 std::string notes(const Parameter& parameter) {
-  // From there on it is no limit that anybody comes near.
-  constexpr std::int64_t kEndless = 1'000'000'000;
   std::vector<std::string> notes;
   if (!parameter.values.choices.empty()) {
-    notes.push_back("one of: " + joined(parameter.values.choices));
+    const Values& values = parameter.values;
+    notes.push_back((values.ofSeveral ? "of: " : "one of: ") + joined(values.choices));
   }
   if (const auto& range = parameter.values.range) {
-    if (range->most < kEndless) {
+    if (!range->isOpen()) {
       notes.push_back(countText(range->least) + " to " + countText(range->most));
     } else if (range->least > 0) {
       notes.push_back(countText(range->least) + " or more");
     }
   }
-  const std::string value =
-      parameter.fallback.empty() ? defaultText(parameter.target) : parameter.fallback;
-  if (!value.empty()) notes.push_back("default: " + value);
+  if (!parameter.fallback.empty()) notes.push_back("default: " + parameter.fallback);
   if (parameter.required && parameter.name.starts_with("-")) notes.emplace_back("required");
   if (!parameter.needs.empty()) notes.push_back("only with " + joined(parameter.needs));
   if (!parameter.excludes.empty()) notes.push_back("not with " + joined(parameter.excludes));
@@ -61,10 +52,7 @@ std::string notes(const Parameter& parameter) {
 std::string rows(const std::string& heading, const std::vector<Parameter>& parameters) {
   std::string text = parameters.empty() ? "" : "\n" + heading + ":\n";
   for (const Parameter& parameter : parameters) {
-    const bool takesValue =
-        parameter.name.starts_with("-") && !std::holds_alternative<bool*>(parameter.target);
-    text += row(parameter.name + (takesValue ? " " + parameter.values.name : ""),
-                parameter.description + notes(parameter));
+    text += row(written(parameter), described(parameter));
   }
   return text;
 }
@@ -75,30 +63,39 @@ std::string exampleLines(const std::vector<std::string>& examples) {
   return text;
 }
 
-std::string globalRows(const std::string& heading, const CommandTable& table) {
-  return rows(heading, table.globalOptions) +
-         row("-h, --help", "Print this help, or that of the command") +
-         row("--version", "Print the version");
+std::string rows(const std::string& heading, const std::vector<Note>& notes) {
+  std::string text = "\n" + heading + ":\n";
+  for (const Note& note : notes) text += row(note.name, note.text);
+  return text;
 }
 
-const char* const kExitStatus =
-    "\nExit status: 0, or 1 when the request failed, or 2 for wrong usage.\n";
+std::string globalRows(const std::string& heading, const CommandTable& table) {
+  std::string text = rows(heading, table.globalOptions);
+  for (const Note& option : parserOptions()) text += row(option.name, option.text);
+  return text;
+}
+
+std::string paragraph(const std::string& text) {
+  std::string lines = text.empty() ? "" : "\n";
+  for (const std::string& line : wrapped(text, kColumns)) lines += line + "\n";
+  return lines;
+}
 
 }  // namespace
 
 std::string helpText(const CommandTable& table, const Command* command) {
   if (command != nullptr) {
-    std::string details = command->details.empty() ? "" : "\n";
-    for (const auto& line : wrapped(command->details, kColumns)) details += line + "\n";
-    return command->description + ".\n\n" + usageLine(command) + details +
+    return command->description + ".\n\n" + usageLine(command) + paragraph(command->details) +
            rows("Arguments", command->arguments) + rows("Options", command->options) +
            globalRows("Options of all commands", table) + exampleLines(command->examples) +
-           kExitStatus;
+           rows("Exit status", exitStatuses());
   }
-  std::string text = table.description + "\n\n" + usageLine(nullptr) + "\nCommands:\n";
+  std::string text =
+      table.description + ".\n\n" + usageLine(nullptr) + paragraph(table.details) + "\nCommands:\n";
   for (const Command& each : table.commands) text += row(each.name, each.description);
   return text + globalRows("Options, before or after the command", table) +
-         exampleLines(table.examples) + kExitStatus;
+         rows("Variables of the environment", table.variables) + rows("Files", table.files) +
+         exampleLines(table.examples) + rows("Exit status", exitStatuses());
 }
 
 std::string usageLine(const Command* command) {
@@ -108,6 +105,22 @@ std::string usageLine(const Command* command) {
     line += argument.required ? " " + argument.name : " [" + argument.name + "]";
   }
   return line + "\n";
+}
+
+std::string written(const Parameter& parameter) {
+  const bool takesValue =
+      parameter.name.starts_with("-") && !std::holds_alternative<bool*>(parameter.target);
+  return parameter.name + (takesValue ? " " + parameter.values.name : "");
+}
+
+std::string described(const Parameter& parameter) {
+  return parameter.description + notes(parameter);
+}
+
+std::string beginningInLowerCase(std::string sentence) {
+  char& first = sentence.front();
+  if (first >= 'A' && first <= 'Z') first = static_cast<char>(first + ('a' - 'A'));
+  return sentence;
 }
 
 std::string versionText() { return fmt::format("orvo {}", ORVO_API_VERSION_STRING); }

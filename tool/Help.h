@@ -12,6 +12,15 @@ namespace orvo::tool {
 /// `Usage: orvo video [OPTIONS] ID`
 [[nodiscard]] std::string usageLine(const Command* command);
 
+/// A parameter as it stands on a command line: `ID`, `--limit N`.
+[[nodiscard]] std::string written(const Parameter& parameter);
+
+/// What it is, and what else there is to say: `How many items at most (1 or more; not with --all)`.
+[[nodiscard]] std::string described(const Parameter& parameter);
+
+/// A sentence as it goes on behind a colon.
+[[nodiscard]] std::string beginningInLowerCase(std::string sentence);
+
 /// `orvo 1.2.3`
 [[nodiscard]] std::string versionText();
 
