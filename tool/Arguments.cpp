@@ -62,7 +62,12 @@ std::optional<ImageSize> imageSize(std::string_view text) {
 }
 
 Parameter identifier(std::string& target, std::string description) {
-  return {.name = "ID", .description = std::move(description), .target = &target, .required = true};
+  return {.name = "ID",
+          .description = std::move(description),
+          .values = {.accepts = [](const std::string& text) { return !text.empty(); },
+                     .wanted = "an identifier"},
+          .target = &target,
+          .required = true};
 }
 
 Values baseURLs() {

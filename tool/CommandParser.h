@@ -8,6 +8,8 @@
 namespace orvo::tool {
 
 inline constexpr int kWrongUsage = 2;
+/// The status when the system refuses memory.
+inline constexpr int kNoMemory = 3;
 
 /// What is printed in place of a command: help, the version, or what is wrong.
 struct Explanation {

@@ -3,6 +3,8 @@
 #include <tool/Commands.h>
 #include <tool/GuideView.h>
 #include <tool/Paging.h>
+#include <tool/ValueCheck.h>
+#include <tool/Wording.h>
 #include <tool/WrittenDate.h>
 
 namespace orvo::tool {
@@ -22,6 +24,10 @@ int runGuide(Tool& tool, const WrittenGuide& written) {
   const Date end = written.end.empty()
                        ? Calendar().addingDays(start, static_cast<int>(written.days))
                        : *date(written.end);
+  if (end <= start) {
+    throw WrongUsage("the range ends (" + dateText(end) + ") before it has begun (" +
+                     dateText(start) + ")");
+  }
   LinearStream stream;
   return fetchListAndAnswer(
       tool, ListOutput(tool, written.list, kProgramFields), "fetching the guide", true,

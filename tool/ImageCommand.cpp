@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Model/ImageResource.h>
 #include <tool/Arguments.h>
 #include <tool/Commands.h>
@@ -28,6 +29,8 @@ int runImage(Tool& tool, const WrittenImage& written) {
   if (format) titleOptions.format = options.format = *format;
   const URL url = written.title ? image.titleUrl(size, titleOptions, *host.value())
                                 : image.url(size, options, *host.value());
+  // What no path can hold gives the library's stand-in for no address.
+  if (url.host().empty()) return tool.fail(URLService::Error::invalidInput{written.id});
   return tool.answer(toJson(url), [&](Screen& screen) { screen.line(url.text()); });
 }
 
@@ -39,10 +42,7 @@ void addImageCommand(Commands& commands) {
   commands.push_back(
       {.name = "image",
        .description = "The address of an image; nothing is sent",
-       .arguments = {{.name = "ID",
-                      .description = "The identifier of a video, a page or a programme",
-                      .target = &written->id,
-                      .required = true},
+       .arguments = {identifier(written->id, "The identifier of a video, a page or a programme"),
                      {.name = "KEY",
                       .description = "The rendition",
                       .values = anyOf(keys),

@@ -1,6 +1,5 @@
 #include <tool/ListOutput.h>
 #include <tool/Text.h>
-#include <tool/Wording.h>
 
 #include <algorithm>
 #include <numeric>
@@ -9,14 +8,15 @@ namespace orvo::tool {
 
 namespace {
 
-/// The positions of the fields that the text names; nothing when one of them is none.
-std::optional<std::vector<std::size_t>> positions(const std::string& text, Fields fields) {
+/// The positions of the fields that the text names.
+std::vector<std::size_t> positions(const std::string& text, Fields fields) {
   std::vector<std::size_t> positions;
   for (std::string_view rest = text; !text.empty();) {
     const std::string_view name = rest.substr(0, rest.find(','));
     const auto found = std::ranges::find(fields, name);
-    if (found == fields.end()) return std::nullopt;
-    positions.push_back(static_cast<std::size_t>(found - fields.begin()));
+    if (found != fields.end()) {
+      positions.push_back(static_cast<std::size_t>(found - fields.begin()));
+    }
     if (name.size() == rest.size()) break;
     rest.remove_prefix(name.size() + 1);
   }
@@ -37,7 +37,6 @@ std::string tsvText(const std::string& text) {
 }  // namespace
 
 void addListOptions(std::vector<Parameter>& options, WrittenList& written, Fields fields) {
-  const std::string names = joined({fields.begin(), fields.end()});
   options.push_back({.name = "--format",
                      .description =
                          "How to print the list: drawn for people, as lines with tabs between the "
@@ -48,15 +47,8 @@ void addListOptions(std::vector<Parameter>& options, WrittenList& written, Field
                      .excludes = {"--json"}});
   options.push_back(
       {.name = "--fields",
-       .description = "Which fields to print, with commas between them: " + names,
-       .values = {.name = "NAMES",
-                  .accepts =
-                      [fields](const std::string& text) {
-                        return !text.empty() && positions(text, fields).has_value();
-                      },
-                  .wanted = "some of " + names + ", with commas between them",
-                  .suggestions =
-                      [fields] { return std::vector<std::string>(fields.begin(), fields.end()); }},
+       .description = "Which fields to print, with commas between them",
+       .values = {.name = "NAMES", .choices = {fields.begin(), fields.end()}, .ofSeveral = true},
        .target = &written.fields});
 }
 
@@ -79,7 +71,7 @@ ListOutput::ListOutput(Tool& tool, const WrittenList& written, Fields fields)
     : tool_(tool),
       fields_(fields),
       format_(format(tool, written)),
-      chosen_(positions(written.fields, fields).value_or(std::vector<std::size_t>())) {
+      chosen_(positions(written.fields, fields)) {
   if (format_ == Format::json || format_ == Format::jsonl) tool.answerInJson();
 }
 

@@ -1,3 +1,5 @@
+#include <fcntl.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <tool/Output.h>
 #include <unistd.h>
@@ -59,8 +61,13 @@ Terminal describe(int descriptor) {
 bool writeAll(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t written = write(descriptor, text.data(), text.size());
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return false;
+    if (written < 0 && errno == EAGAIN) {
+      pollfd event{descriptor, POLLOUT, 0};
+      poll(&event, 1, -1);
+    } else if (written < 0 && errno != EINTR) {
+      return false;
+    }
+    if (written < 0) continue;
     text.remove_prefix(static_cast<std::size_t>(written));
   }
   return true;
@@ -95,6 +102,14 @@ void setColours(Colours colours) { chosenColours = colours; }
 Terminal standardOutput() { return describe(STDOUT_FILENO); }
 
 Terminal standardError() { return describe(STDERR_FILENO); }
+
+void holdStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) != -1) continue;
+    // It gets the lowest number that is free; the wrong way round, so that its use still fails.
+    open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+  }
+}
 
 void print(std::string_view text) {
   if (writeAll(STDOUT_FILENO, text)) return;

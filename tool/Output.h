@@ -32,6 +32,10 @@ void setColours(Colours colours);
 [[nodiscard]] Terminal standardOutput();
 [[nodiscard]] Terminal standardError();
 
+/// To be called before anything is opened: a standard stream that is closed would become the next
+/// file or connection. From then on it can neither be read nor written.
+void holdStandardStreams();
+
 /// Writes to standard output. Ends the program quietly when the reader has gone, and with a message
 /// and status 1 when the text cannot be written for another reason.
 void print(std::string_view text);

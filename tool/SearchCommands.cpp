@@ -53,6 +53,16 @@ int runSuggest(Tool& tool, const WrittenSearch& written) {
       });
 }
 
+Parameter query(WrittenSearch& written, std::string description) {
+  return {.name = "QUERY",
+          .description = std::move(description),
+          .values = {.accepts = [](const std::string& text) { return !text.empty(); },
+                     .wanted = "a text to search for",
+                     .mayHoldSpaces = true},
+          .target = &written.query,
+          .required = true};
+}
+
 }  // namespace
 
 void addSearchCommands(Commands& commands) {
@@ -70,10 +80,7 @@ void addSearchCommands(Commands& commands) {
   commands.push_back(
       {.name = "search",
        .description = "Search in everything, or in one category",
-       .arguments = {{.name = "QUERY",
-                      .description = "The words to search for",
-                      .target = &search->query,
-                      .required = true}},
+       .arguments = {query(*search, "The words to search for; several in quotes")},
        .options = std::move(options),
        .examples = {"orvo --demo search night", "orvo --demo search night --kind videos --limit 3"},
        .run = [search](Tool& tool) { return runSearch(tool, *search); }});
@@ -83,10 +90,7 @@ void addSearchCommands(Commands& commands) {
   addListOptions(options, suggest->list, kTextFields);
   commands.push_back({.name = "suggest",
                       .description = "Suggestions for the beginning of a search",
-                      .arguments = {{.name = "QUERY",
-                                     .description = "What has been typed so far",
-                                     .target = &suggest->query,
-                                     .required = true}},
+                      .arguments = {query(*suggest, "What has been typed so far")},
                       .options = std::move(options),
                       .examples = {"orvo --demo suggest nig", "orvo --demo suggest nig --json"},
                       .run = [suggest](Tool& tool) { return runSuggest(tool, *suggest); }});

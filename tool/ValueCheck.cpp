@@ -10,6 +10,7 @@ namespace orvo::tool {
 namespace {
 
 std::string rangeText(const Range& range) {
+  if (range.isOpen()) return "a whole number of " + countText(range.least) + " or more";
   return "a whole number from " + countText(range.least) + " to " + countText(range.most);
 }
 
@@ -28,9 +29,24 @@ std::string didYouMean(const std::optional<std::string>& nearest) {
 
 std::string complaint(const Values& values, const std::string& text) {
   const auto isNot = [&](const std::string& wanted) { return "\"" + text + "\" is not " + wanted; };
+  if (values.ofSeveral) {
+    Values one = values;
+    one.ofSeveral = false;
+    std::string wrong;
+    for (std::size_t begin = 0; begin <= text.size() && wrong.empty();) {
+      const std::size_t end = std::min(text.find(',', begin), text.size());
+      wrong = complaint(one, text.substr(begin, end - begin));
+      begin = end + 1;
+    }
+    return wrong;
+  }
   if (!values.choices.empty()) {
     if (std::ranges::find(values.choices, text) != values.choices.end()) return "";
-    return isNot("one of " + joined(values.choices)) + didYouMean(nearest(text, values.choices));
+    const auto meant = nearest(text, values.choices);
+    constexpr std::size_t kFew = 10;
+    // Whoever wrote "vidoe" need not read thirty words.
+    if (meant && values.choices.size() > kFew) return isNot("known") + didYouMean(meant);
+    return isNot("one of " + joined(values.choices)) + didYouMean(meant);
   }
   if (const auto& range = values.range) {
     const auto value = wholeNumber(text);
