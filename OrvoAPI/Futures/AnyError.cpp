@@ -40,7 +40,56 @@ class OutOfMemoryBox final : public detail::ErrorBox {
   const std::bad_alloc error_;
 };
 
+/// An error with what was asked for; all else is the error's.
+class ContextBox final : public detail::ErrorBox {
+ public:
+  ContextBox(std::shared_ptr<const detail::ErrorBox> error, ErrorContext context)
+      : error_(std::move(error)), context_(std::move(context)) {}
+  [[nodiscard]] const void* find(const std::type_info& type) const noexcept override {
+    return error_->find(type);
+  }
+  [[nodiscard]] std::exception_ptr exception() const noexcept override {
+    return error_->exception();
+  }
+  [[nodiscard]] std::string description() const override {
+    return error_->description() + " (" + context_.description() + ")";
+  }
+  [[nodiscard]] const ErrorContext* context() const noexcept override { return &context_; }
+
+ private:
+  const std::shared_ptr<const detail::ErrorBox> error_;
+  const ErrorContext context_;
+};
+
 }  // namespace
+
+std::string ErrorContext::description() const {
+  std::string text = operation;
+  if (!identifier.empty()) text.append(1, ' ').append(identifier);
+  if (!note.empty()) text.append(": ").append(note);
+  return text;
+}
+
+AnyError AnyError::withContext(ErrorContext context) const noexcept {
+  try {
+    return AnyError(std::shared_ptr<const detail::ErrorBox>(
+        std::make_shared<ContextBox>(box_, std::move(context))));
+  } catch (const std::bad_alloc&) {
+    return *this;
+  }
+}
+
+ErrorException::ErrorException(AnyError error) noexcept : AnyError(std::move(error)) {
+  try {
+    text_ = std::make_shared<const std::string>(description());
+  } catch (const std::bad_alloc&) {
+    // The error itself is there in any case.
+  }
+}
+
+const char* ErrorException::what() const noexcept {
+  return text_ != nullptr ? text_->c_str() : "an error that there is no memory to describe";
+}
 
 std::shared_ptr<const detail::ErrorBox> AnyError::outOfMemory() noexcept {
   static const auto* const box = new (detail::immortalPlace<OutOfMemoryBox>()) OutOfMemoryBox;

@@ -11,6 +11,19 @@
 
 namespace orvo {
 
+/// What was asked for when an error came about. A value.
+struct ErrorContext {
+  /// The operation, such as "fetchPage".
+  std::string operation;
+  /// Which page, video or other thing; empty where there is only one.
+  std::string identifier = {};
+  /// What else helps whoever reads the error; may be empty.
+  std::string note = {};
+
+  /// In one line: "fetchPage home".
+  [[nodiscard]] std::string description() const;
+};
+
 namespace detail {
 
 /// What an `AnyError` shares: the error object behind one pointer.
@@ -20,6 +33,7 @@ class ErrorBox {
   [[nodiscard]] virtual const void* find(const std::type_info& type) const noexcept = 0;
   [[nodiscard]] virtual std::exception_ptr exception() const noexcept { return nullptr; }
   [[nodiscard]] virtual std::string description() const = 0;
+  [[nodiscard]] virtual const ErrorContext* context() const noexcept { return nullptr; }
 };
 
 template <class E>
@@ -70,7 +84,7 @@ class AnyError {
   /// Holds the error object. A case of an enumeration is held as its enumeration. An error that
   /// there is no memory for becomes a `std::bad_alloc`, which there always is.
   template <class E>
-  requires(!std::same_as<std::remove_cvref_t<E>, AnyError> &&
+  requires(!std::derived_from<std::remove_cvref_t<E>, AnyError> &&
            !std::same_as<std::remove_cvref_t<E>, std::exception_ptr> &&
            std::copy_constructible<std::remove_cvref_t<E>>)
       AnyError(E&& error)  // NOLINT(google-explicit-constructor): every error object is an error
@@ -93,8 +107,15 @@ class AnyError {
     return as<E>() != nullptr;
   }
 
-  /// A readable text for logs and developers; it never holds a session token.
+  /// A readable text for logs and developers, with what was asked for when that is known; it never
+  /// holds a session token.
   [[nodiscard]] std::string description() const { return box_->description(); }
+
+  /// What was asked for, or null: the failures of a `Context`'s fetches say so, and those of the
+  /// bootstrap. Valid as long as this or a copy of it lives.
+  [[nodiscard]] const ErrorContext* context() const noexcept { return box_->context(); }
+  /// The same error, which says what was asked for; unchanged when there is no memory for that.
+  [[nodiscard]] AnyError withContext(ErrorContext context) const noexcept;
 
  private:
   explicit AnyError(std::shared_ptr<const detail::ErrorBox> box) : box_(std::move(box)) {}
@@ -126,6 +147,17 @@ class AnyError {
   }
 
   std::shared_ptr<const detail::ErrorBox> box_;
+};
+
+/// What `Result::force` and `d_rescue` throw: the error, which is a standard exception as well.
+class ErrorException final : public AnyError, public std::exception {
+ public:
+  explicit ErrorException(AnyError error) noexcept;
+  /// The error's description.
+  [[nodiscard]] const char* what() const noexcept override;
+
+ private:
+  std::shared_ptr<const std::string> text_;
 };
 
 }  // namespace orvo

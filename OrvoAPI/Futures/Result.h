@@ -99,13 +99,14 @@ class [[nodiscard]] Result {
     return map(std::forward<F>(f));
   }
 
-  /// The success value; throws the error (an `AnyError`) on failure.
+  /// The success value; throws the error on failure, as an `ErrorException`: an `AnyError` that is
+  /// a `std::exception` too.
   [[nodiscard]] const T& force() const& {
-    if (failed()) throw AnyError(*error());
+    if (failed()) throw ErrorException(*error());
     return *value();
   }
   [[nodiscard]] T force() && {
-    if (failed()) throw AnyError(*error());
+    if (failed()) throw ErrorException(*error());
     return std::move(*value());
   }
 

@@ -4,6 +4,7 @@
 #include <OrvoAPI/Futures/detail/FutureState.h>
 #include <OrvoAPI/Queues/detail/TailPosition.h>
 
+#include <concepts>
 #include <memory>
 #include <optional>
 #include <type_traits>
@@ -52,6 +53,10 @@ class DerivedState : public FutureState<U>, public Continuation {
   }
 };
 
+/// The base of transforms that add what they know to the failures that pass them, their own ones
+/// included: `AnyError explained(const AnyError&) const noexcept`.
+struct Explainer {};
+
 /// How a failing transform's error reaches the derived future.
 enum class ErrorForm { wrapped, unchanged };
 
@@ -70,7 +75,7 @@ class MapState final : public DerivedState<U> {
     const auto self = CoreRef<MapState>::adopt(this);
     const auto& source = *static_cast<const Result<T>*>(this->sourceResult());
     auto result =
-        source.failed() ? Result<U>(Failure{*source.error()}) : transform(*source.value());
+        source.failed() ? Result<U>(passedOn(*source.error())) : transform(*source.value());
     transform_.reset();
     this->releaseSource();
     this->settleLast(std::move(result));
@@ -90,11 +95,18 @@ class MapState final : public DerivedState<U> {
       return failure(AnyError::current());
     }
   }
-  static Result<U> failure(AnyError error) {
+  Failure failure(AnyError error) const {
     if constexpr (form == ErrorForm::wrapped) {
-      return Failure{GeneralError::underlying{std::move(error)}};
+      return passedOn(GeneralError::underlying{std::move(error)});
     } else {
-      return Failure{std::move(error)};
+      return passedOn(std::move(error));
+    }
+  }
+  Failure passedOn(AnyError error) const {
+    if constexpr (std::derived_from<F, Explainer>) {
+      return {transform_->explained(error)};
+    } else {
+      return {std::move(error)};
     }
   }
   void destroyTask() noexcept override { transform_.reset(); }
