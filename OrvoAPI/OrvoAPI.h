@@ -22,6 +22,7 @@
 
 #include <OrvoAPI/HTTP/HTTPHeaders.h>
 #include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/RequestTimeline.h>
 #include <OrvoAPI/HTTP/URL.h>
 #include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/HTTP/URLInterceptor.h>
@@ -106,6 +107,7 @@
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Context/FetchOptions.h>
 #include <OrvoAPI/Context/ListWalk.h>
+#include <OrvoAPI/Context/RequestReport.h>
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 

@@ -12,6 +12,7 @@
 #include <OrvoAPI/Queues/MainQueue.h>
 #include <OrvoAPI/Storage/AppStore.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
+#include <soak/SimulatedReports.h>
 #include <soak/SimulatedService.h>
 
 #include <array>
@@ -72,6 +73,7 @@ class Round {
   void answer(const Wire::Call& call, Fault fault);
   void end(Operation& operation);
   void verify();
+  void verifyReports();
 
   const std::uint64_t seed_;
   std::mt19937_64 random_;
@@ -82,10 +84,12 @@ class Round {
   ManualQueue time_{"time", clock_};
   std::shared_ptr<ManualQueue> slow_ = std::make_shared<ManualQueue>();
   std::shared_ptr<Wire> wire_ = std::make_shared<Wire>();
+  std::shared_ptr<Reports> reports_ = std::make_shared<Reports>();
   std::shared_ptr<Sessions> sessions_;
   std::shared_ptr<Context> context_;
   std::string token_ = kToken;
   int expectedUpdates_ = 0;
+  std::uint64_t hits_ = 0;
   std::vector<std::unique_ptr<Operation>> operations_;
 };
 
@@ -220,6 +224,7 @@ void Round::end(Operation& operation) {
     require(operation.id.starts_with("shared"), "nobody fetched that before", &operation);
     operation.expected = "ok";
     ++tally_.hits;
+    ++hits_;
   }
   if (operation.expected == "ok" || operation.url.empty() || operation.id.starts_with("shared"))
     return;
@@ -332,7 +337,9 @@ void Round::run() {
   context_ = Context::make(
       ConfigurationParser::parse(object(configurationBody()), Environment::qa).force(),
       url("https://api.example/v3/"), url("https://img.example/"), sessions_, wire_,
-      {.logger = std::make_shared<PrintingLogger>(), .clock = clock_});
+      {.logger = std::make_shared<PrintingLogger>(),
+       .clock = clock_,
+       .onReport = [reports = reports_](const RequestReport& report) { reports->add(report); }});
   for (int number = 0; number < kOperationsOfARound; ++number)
     later(std::chrono::milliseconds(pick(10'000)), [this] { start(); });
   // In some rounds the device sleeps for half a day, or the app loses interest.
@@ -349,6 +356,20 @@ void Round::run() {
     if (pick(20) == 0) slow_->run();
   }
   verify();
+}
+
+/// One report of each operation, of the outcome that its caller has seen.
+void Round::verifyReports() {
+  std::map<std::string, std::uint64_t> outcomes;
+  for (const auto& operation : operations_) {
+    ++outcomes[operation->lost || operation->cancelled ? "transport -999" : operation->outcome];
+  }
+  settle("each operation is reported", nullptr,
+         [&] { return reports_->tally().all >= operations_.size(); });
+  const auto tally = reports_->tally();
+  require(tally.fault.empty(), tally.fault);
+  require(tally.outcomes == outcomes, "each is reported once, with its outcome");
+  require(tally.hits == hits_, "what came from a cache is reported so");
 }
 
 void Round::verify() {
@@ -368,6 +389,7 @@ void Round::verify() {
             "the outcome is the one that its fault demands", operation.get());
     ++tally_.outcomes[operation->outcome];
   }
+  verifyReports();
   settle("a session is renewed once for each first 401", nullptr,
          [&] { return sessions_->updates == expectedUpdates_; });
   const std::weak_ptr<Context> context = context_;

@@ -58,7 +58,8 @@ Json inner(const AnyError& error, Secrets secrets) {
     return ORVO_WITH_FIELDS(kind("invalidInput"), *invalid, input);
   }
   if (const auto* transport = error.as<URLError>()) {
-    return ORVO_WITH_FIELDS(kind("URLError"), *transport, code, message);
+    const auto& [code, message, timeline] = *transport;  // the timeline is for reports
+    return Json::object({{"kind", "URLError"}, {"code", code}, {"message", message}});
   }
   return Json::object({{"kind", "other"}, {"message", error.description()}});
 }

@@ -25,6 +25,10 @@ Result<URL> ContentRequest::url(const URL& baseURL) const {
   return std::move(*url);
 }
 
+URL asBase(const URL& url) {
+  return url.path().ends_with('/') ? url : url.appendingPathComponent("");
+}
+
 URLRequest uncachedRequest(URL url, std::chrono::seconds timeout) {
   return {.url = std::move(url),
           .cachePolicy = CachePolicy::reloadIgnoringLocalCacheData,

@@ -36,6 +36,9 @@ class ContentRequest {
   std::string_view input_;
 };
 
+/// The URL with a path that ends with "/", beneath which references resolve.
+[[nodiscard]] URL asBase(const URL& url);
+
 /// A request that ignores what is cached on this device.
 [[nodiscard]] URLRequest uncachedRequest(URL url, std::chrono::seconds timeout);
 

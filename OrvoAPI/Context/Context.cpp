@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Logging/LoggingService.h>
@@ -19,9 +20,9 @@ std::shared_ptr<Context> Context::make(Configuration configuration, URL baseURL,
                                        ContextOptions options) {
   if (options.logger == nullptr) options.logger = std::make_shared<LoggingService>();
   if (options.clock == nullptr) options.clock = Clock::system();
-  return std::shared_ptr<Context>(new Context(std::move(configuration), std::move(baseURL),
-                                              std::move(resourceURL), std::move(sessionProvider),
-                                              std::move(networkProvider), std::move(options)));
+  return std::shared_ptr<Context>(
+      new Context(std::move(configuration), detail::asBase(baseURL), detail::asBase(resourceURL),
+                  std::move(sessionProvider), std::move(networkProvider), std::move(options)));
 }
 
 Context::Context(Configuration configuration, URL baseURL, URL resourceURL,
@@ -30,8 +31,9 @@ Context::Context(Configuration configuration, URL baseURL, URL resourceURL,
     : configuration_(std::move(configuration)),
       urlService_{.baseURL = std::move(baseURL), .resourceURL = resourceURL},
       resourceHost_{.baseURL = std::move(resourceURL), .displayScale = options.displayScale},
-      logger_(std::move(options.logger)),
-      clock_(std::move(options.clock)),
+      logger_(options.logger),
+      clock_(options.clock),
+      reporter_(detail::RequestReporter::make(options, sessionProvider)),
       pipeline_(std::make_shared<detail::RequestPipeline>(std::move(sessionProvider),
                                                           std::move(networkProvider))),
       store_(std::make_unique<AppStore>(clock_)),

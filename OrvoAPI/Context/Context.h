@@ -29,7 +29,8 @@ namespace orvo {
 class AppStore;
 namespace detail {
 class RequestPipeline;
-}
+class RequestReporter;
+}  // namespace detail
 
 /// The library's root object: the service as one session and one configuration see it. Safe to use
 /// from any thread. Held by shared pointers; the app owns it. Dropping it cancels nothing: fetches
@@ -38,13 +39,13 @@ class RequestPipeline;
 /// A fetch delivers an immutable value that it shares with the cache. It fails with the error of
 /// the session or the transport (`URLError`) unchanged, with `SessionError` when the server
 /// refuses, with `GeneralError::underlying` around the parser's error when the answer is not such a
-/// document, and with `URLService::Error::invalidInput` when the identifier makes no URL; then
-/// nothing is sent. Two equal fetches at once make two requests. Cancelling a fetch drops its
-/// result and reaches nothing that is under way. Values from the cache, and tokens that are still
-/// fresh, come through the main queue.
+/// document, and with `URLService::Error::invalidInput` when the identifier makes no URL; nothing
+/// is sent then. Each says what was asked for (`AnyError::context`). Two equal fetches make two
+/// requests. Cancelling one drops its result and reaches nothing that is under way. Values from
+/// the cache, and tokens that are still fresh, come through the main queue.
 class Context final : public std::enable_shared_from_this<Context> {
  public:
-  /// `baseURL`: the API's, ending with "/"; `resourceURL`: the images'.
+  /// The base URLs are the API's and the images'; a "/" that is missing at their ends is added.
   [[nodiscard]] static std::shared_ptr<Context> make(
       Configuration configuration, URL baseURL, URL resourceURL,
       std::shared_ptr<SessionProvider> sessionProvider,
@@ -190,6 +191,7 @@ class Context final : public std::enable_shared_from_this<Context> {
   const ResourceHost resourceHost_;
   const std::shared_ptr<Logger> logger_;
   const std::shared_ptr<const Clock> clock_;
+  const std::shared_ptr<const detail::RequestReporter> reporter_;  // null: nobody wants reports
   const std::shared_ptr<detail::RequestPipeline> pipeline_;
   const std::unique_ptr<AppStore> store_;
   const std::unique_ptr<KeyedStore<std::any>> appValues_;

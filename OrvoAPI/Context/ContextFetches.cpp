@@ -2,6 +2,8 @@
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
+#include <OrvoAPI/Context/RequestRecordInternal.h>
+#include <OrvoAPI/Context/SubjectInternal.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Storage/AppStore.h>
@@ -28,22 +30,40 @@ Result<Shared<T>> share(Result<T> result) {
   return std::make_shared<const T>(std::move(*result.value()));
 }
 
-/// The body as a JSON object, made into a model by `parse`. In one step: the document has gone when
-/// the next large body is read.
+/// One fetch: what is asked for, to be named by its failures, and its record if somebody wants one.
+struct Asked {
+  Asked(const detail::RequestReporter* reporter, const detail::Subject& what)
+      : subject(what), record(reporter != nullptr ? reporter->begin(what) : detail::RecordRef()) {}
+
+  /// What `fetch` makes of the URL, or the failure when there is none.
+  template <class Fetch>
+  std::invoke_result_t<Fetch&, const URL&> from(const Result<URL>& url, Fetch fetch) const {
+    using Fetched = std::invoke_result_t<Fetch&, const URL&>;
+    const auto fetched =
+        url.failed() ? Fetched::failed(subject.explain(*url.error())) : fetch(*url.value());
+    if (record) record->endWith(fetched);
+    return fetched;
+  }
+
+  const detail::Subject subject;
+  const detail::RecordRef record;
+};
+
+/// What `read` makes of the body, a `Result`. In one step: the document has gone when the next
+/// large body is read.
+template <class Read>
+auto reading(const Asked& asked, const Future<Data>& body, Read read) {
+  return body.map(detail::Explained<Read>(asked.subject, std::move(read)));
+}
+
+/// The body as a JSON object, made into a model by `parse`.
 template <class T, class Parse>
-Future<Shared<T>> parsed(const Future<Data>& body, Parse parse) {
-  return body.map([parse = std::move(parse)](const Data& data) -> Result<Shared<T>> {
+Future<Shared<T>> parsed(const Asked& asked, const Future<Data>& body, Parse parse) {
+  return reading(asked, body, [parse = std::move(parse)](const Data& data) -> Result<Shared<T>> {
     const auto json = JSONDataParser::object(data);
     if (json.failed()) return Failure{*json.error()};
     return share<T>(parse(*json.value()));
   });
-}
-
-/// What `fetch` makes of the URL, or the failure when there is none.
-template <class Fetch>
-std::invoke_result_t<Fetch&, const URL&> fetchFrom(const Result<URL>& url, Fetch fetch) {
-  if (url.failed()) return std::invoke_result_t<Fetch&, const URL&>::failed(*url.error());
-  return fetch(*url.value());
 }
 
 /// A cached video names the playlist of whoever fetched it first; this caller named another.
@@ -66,10 +86,12 @@ Shared<Page> withTitle(Shared<Page> page, std::string_view title) {
 
 Future<Shared<Page>> Context::fetchPage(std::string_view id,
                                         const PageFetchOptions& options) const {
-  return fetchFrom(
+  const Asked asked(reporter_.get(), {"fetchPage", id});
+  return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         const auto load = [&] {
-          return parsed<Page>(pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+          return parsed<Page>(asked,
+                              pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
                               [](const JSONObject& json) { return PageParser::parse(json); });
         };
         return options.noCache ? load() : store_->pages.access(url.text(), load);
@@ -78,13 +100,15 @@ Future<Shared<Page>> Context::fetchPage(std::string_view id,
 
 Future<Shared<Video>> Context::fetchVideo(std::string_view id,
                                           const VideoFetchOptions& options) const {
-  return fetchFrom(
+  const Asked asked(reporter_.get(), {"fetchVideo", id});
+  return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         const auto load = [&] {
-          return parsed<Video>(pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
-                               [playlistID = options.playlistID](const JSONObject& json) {
-                                 return VideoParser::parse(json, playlistID);
-                               });
+          return parsed<Video>(
+              asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
+              [playlistID = options.playlistID](const JSONObject& json) {
+                return VideoParser::parse(json, playlistID);
+              });
         };
         if (options.noCache) return load();
         if (auto hit = store_->videos.element(url.text())) {
@@ -96,37 +120,41 @@ Future<Shared<Video>> Context::fetchVideo(std::string_view id,
 }
 
 Future<Shared<ContentItem>> Context::fetchContentItem(std::string_view id) const {
-  return fetchFrom(ContentRequest::of("products", id).url(urlService_.baseURL),
-                   [&](const URL& url) {
-                     return store_->items.access(url.text(), [&] {
-                       return parsed<ContentItem>(
-                           pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
-                           [](const JSONObject& json) { return ContentItemParser::parse(json); });
-                     });
-                   });
+  const Asked asked(reporter_.get(), {"fetchContentItem", id});
+  return asked.from(
+      ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
+        return store_->items.access(url.text(), [&] {
+          return parsed<ContentItem>(
+              asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
+              [](const JSONObject& json) { return ContentItemParser::parse(json); });
+        });
+      });
 }
 
 Future<Shared<Page>> Context::fetchSystemView(std::string_view id, std::string_view label) const {
-  return fetchFrom(
+  const Asked asked(reporter_.get(), {"fetchSystemView", id});
+  return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         if (auto hit = store_->systemViews.element(url.text())) {
           return Future<Shared<Page>>::succeeded(withTitle(std::move(hit), label));
         }
-        auto view = parsed<Page>(pipeline_->fetch(uncachedRequest(url, kSystemViewTimeout)),
-                                 [label = std::string(label)](const JSONObject& json) {
-                                   return SystemViewParser::parse(json, label);
-                                 });
+        auto view = parsed<Page>(
+            asked, pipeline_->fetch(uncachedRequest(url, kSystemViewTimeout), asked.record),
+            [label = std::string(label)](const JSONObject& json) {
+              return SystemViewParser::parse(json, label);
+            });
         return store_->systemViews.keep(std::move(view), url.text());
       });
 }
 
 Future<Shared<ItemCollection>> Context::fetchItemCollection(std::string_view id,
                                                             const ListFetchOptions& options) const {
+  const Asked asked(reporter_.get(), {"fetchItemCollection", id});
   const auto request = ContentRequest::of("collections", id).add(options.page);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->collections.access(url.text(), [&] {
       return parsed<ItemCollection>(
-          pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+          asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
           [](const JSONObject& json) { return ItemCollectionParser::parse(json); });
     });
   });
@@ -134,21 +162,23 @@ Future<Shared<ItemCollection>> Context::fetchItemCollection(std::string_view id,
 
 Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id,
                                                 const ListFetchOptions& options) const {
+  const Asked asked(reporter_.get(), {"fetchPlaylist", id});
   const auto request = ContentRequest::of("playlists", id).add(options.page);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->playlists.access(url.text(), [&] {
-      return parsed<Playlist>(pipeline_->fetch(URLRequest{.url = url}),
+      return parsed<Playlist>(asked, pipeline_->fetch(URLRequest{.url = url}, asked.record),
                               [](const JSONObject& json) { return PlaylistParser::parse(json); });
     });
   });
 }
 
 Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id, const Video& including) const {
+  const Asked asked(reporter_.get(), {"fetchPlaylist", id});
   const auto request = ContentRequest::of("playlists", id).add("includes", including.id);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->playlists.access(url.text(), [&] {
       return parsed<Playlist>(
-          pipeline_->fetch(URLRequest{.url = url}),
+          asked, pipeline_->fetch(URLRequest{.url = url}, asked.record),
           [including](const JSONObject& json) { return PlaylistParser::parse(json, &including); });
     });
   });
@@ -156,10 +186,11 @@ Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id, const Video
 
 Future<Shared<std::vector<SearchCollection>>> Context::fetchSearchResults(
     std::string_view query) const {
+  const Asked asked(reporter_.get(), {"fetchSearchResults", query});
   const auto request = ContentRequest("search", query).add("q", query);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return parsed<std::vector<SearchCollection>>(
-        pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+        asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
         [query = std::string(query)](const JSONObject& json) {
           return SearchResultsParser::parse(json, query);
         });
@@ -169,13 +200,14 @@ Future<Shared<std::vector<SearchCollection>>> Context::fetchSearchResults(
 Future<Shared<SearchCollection>> Context::fetchSearchCollection(
     std::string_view query, SearchCollection::ResultsKind kind,
     const ListFetchOptions& options) const {
+  const Asked asked(reporter_.get(), {"fetchSearchCollection", query});
   const auto request = ContentRequest("search", query)
                            .add("q", query)
                            .add("collection_type", rawValue(kind))
                            .add(options.page);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return parsed<SearchCollection>(
-        pipeline_->fetch(uncachedRequest(url, kContentTimeout)),
+        asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
         [query = std::string(query), kind](const JSONObject& json) -> Result<SearchCollection> {
           auto collections = SearchResultsParser::parse(json, query);
           if (collections.failed()) return Failure{*collections.error()};
@@ -189,24 +221,26 @@ Future<Shared<SearchCollection>> Context::fetchSearchCollection(
 
 Future<Shared<std::vector<std::string>>> Context::fetchSearchSuggestions(
     std::string_view query) const {
+  const Asked asked(reporter_.get(), {"fetchSearchSuggestions", query});
   const auto request = ContentRequest("search/suggest", query).add("q", query);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
-    return pipeline_->fetch(uncachedRequest(url, kContentTimeout)).map([](const Data& data) {
-      return share(JSONDataParser::stringArray(data));
-    });
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
+    return reading(asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
+                   [](const Data& data) { return share(JSONDataParser::stringArray(data)); });
   });
 }
 
 Future<Shared<LinearProgramGuide>> Context::fetchLinearProgramGuide(
     std::string_view id, Date start, Date end, const ListFetchOptions& options) const {
+  const Asked asked(reporter_.get(), {"fetchLinearProgramGuide", id});
   const auto formatter = epgFromDateFormatter();
   const auto request = ContentRequest("epg", id)
                            .add("start_time", formatter.string(start))
                            .add("end_time", formatter.string(end))
                            .add(options.page);
-  return fetchFrom(request.url(urlService_.baseURL), [&](const URL& url) {
+  return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->guide.access(url.text(), [&] {
-      return parsed<LinearProgramGuide>(pipeline_->fetch(URLRequest{.url = url}),
+      return parsed<LinearProgramGuide>(asked,
+                                        pipeline_->fetch(URLRequest{.url = url}, asked.record),
                                         [start, end](const JSONObject& json) {
                                           return LinearProgramGuideParser::parse(json, start, end);
                                         });
@@ -215,27 +249,37 @@ Future<Shared<LinearProgramGuide>> Context::fetchLinearProgramGuide(
 }
 
 Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
-  if (!url.isAbsolute()) {
-    return Future<Shared<Lineup>>::failed(URLService::Error::invalidInput{url.text()});
-  }
-  return store_->lineups.access(url.text(), [&] {
-    return pipeline_
-        ->fetch(uncachedRequest(url, kContentTimeout), {.retry = false, .authed = false})
-        .map([](const Data& data) -> Result<Shared<Lineup>> {
-          const auto slots = JSONDataParser::array(data);
-          if (slots.failed()) return Failure{*slots.error()};
-          return share(Result(LineupParser::parse(*slots.value())));
-        });
+  // It may be at any address: one that tells the token must not get into an error's text.
+  const auto token = sessionProvider()->currentToken();
+  const bool isSecret = !token.empty() && url.path().find(token) != std::string_view::npos;
+  const Asked asked(reporter_.get(), {"fetchLineup", isSecret ? "" : url.path(), isSecret});
+  const auto absolute =
+      url.isAbsolute() ? Result<URL>(url) : Failure{URLService::Error::invalidInput{url.text()}};
+  return asked.from(absolute, [&](const URL& address) {
+    return store_->lineups.access(address.text(), [&] {
+      return reading(asked,
+                     pipeline_->fetch(uncachedRequest(address, kContentTimeout), asked.record,
+                                      {.retry = false, .authed = false}),
+                     [](const Data& data) -> Result<Shared<Lineup>> {
+                       const auto slots = JSONDataParser::array(data);
+                       if (slots.failed()) return Failure{*slots.error()};
+                       return share(Result(LineupParser::parse(*slots.value())));
+                     });
+    });
   });
 }
 
 Future<Shared<VideoAdMetadata>> Context::fetchVideoAdMetadata(std::string_view id) const {
+  const Asked asked(reporter_.get(), {"fetchVideoAdMetadata", id, true});
   const auto relative = urlService_.videoAdMetadataURL(std::string(id));
-  auto url = constants().hlsBaseURL.appendingPathComponent(
-      relative(sessionProvider()->currentToken()).text());
-  return parsed<VideoAdMetadata>(
-      pipeline_->fetch(uncachedRequest(std::move(url), kContentTimeout)),
-      [](const JSONObject& json) { return Result(VideoAdMetadataParser::parse(json)); });
+  return asked.from(
+      constants().hlsBaseURL.appendingPathComponent(
+          relative(sessionProvider()->currentToken()).text()),
+      [&](const URL& url) {
+        return parsed<VideoAdMetadata>(
+            asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
+            [](const JSONObject& json) { return Result(VideoAdMetadataParser::parse(json)); });
+      });
 }
 
 }  // namespace orvo

@@ -2,10 +2,14 @@
 
 #include <OrvoAPI/Logging/Logger.h>
 #include <OrvoAPI/Platform/Clock.h>
+#include <OrvoAPI/Queues/DispatchQueue.h>
 
+#include <functional>
 #include <memory>
 
 namespace orvo {
+
+struct RequestReport;
 
 /// What a context may be given besides what it needs.
 struct ContextOptions {
@@ -15,6 +19,13 @@ struct ContextOptions {
   std::shared_ptr<const Clock> clock = nullptr;
   /// Pixels per point of the display, for the sizes of images.
   double displayScale = 1;
+  /// Is handed a report, of <OrvoAPI/Context/RequestReport.h>, of each fetch that ends: with a
+  /// value from the cache, with an error or cancelled too; and of each request that opens a session
+  /// or loads the configuration. It neither delays nor changes what it is told about; what it
+  /// throws is dropped, and so is a report that there is no memory for.
+  std::function<void(const RequestReport&)> onReport = nullptr;
+  /// Where `onReport` is called; when there is none, on the global queue, one report after another.
+  std::shared_ptr<DispatchQueue> reportQueue = nullptr;
 };
 
 }  // namespace orvo

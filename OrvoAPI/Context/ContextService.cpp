@@ -1,5 +1,8 @@
+#include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/ContextService.h>
+#include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/Context/Response.h>
+#include <OrvoAPI/Context/SubjectInternal.h>
 #include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
@@ -24,27 +27,56 @@ URLRequest bootstrapRequest(URL url) {
           .timeoutInterval = kBootstrapTimeout};
 }
 
-Future<JSONObject> document(const Future<HTTPResult>& answer) {
-  return answer.map(Response::validate).map([](const HTTPResult& valid) {
-    return JSONDataParser::object(valid.body);
-  });
-}
+/// The requests of the library's own.
+struct OwnRequests {
+  /// What `parse` makes of the document.
+  template <class Parse>
+  auto fetch(const URLRequest& request, const detail::Subject& subject, Parse parse) const {
+    const auto record = begin(subject);
+    if (record) record->asks(request);
+    if (record) record->willSend();
+    const auto answer = session->fetch(request);
+    if (record) record->awaitAnswer(answer);
+    auto document =
+        answer.map(Response::validate)
+            .map([](const HTTPResult& valid) { return JSONDataParser::object(valid.body); })
+            .map(detail::Explained<Parse>(subject, std::move(parse)));
+    if (record) record->endWith(document);
+    return document;
+  }
+  [[nodiscard]] detail::RecordRef begin(const detail::Subject& subject) const {
+    return reporter != nullptr ? reporter->begin(subject) : detail::RecordRef();
+  }
+
+  std::shared_ptr<const detail::RequestReporter> reporter;
+  std::shared_ptr<URLSession> session = nullptr;
+};
 
 Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment environment,
-                                           Client client, const BootstrapOptions& options) {
+                                           Client client, BootstrapOptions options) {
+  OwnRequests own{.reporter = detail::RequestReporter::make(options.context, nullptr)};
+  if (own.reporter != nullptr) {
+    options.session.measuresRequests = true;
+    options.context.reportQueue = own.reporter->queue();
+  }
+  const detail::Subject configuring{"fetchConfiguration", rawValue(client)};
   const auto configurationURL = urls.configuration(client);
   if (configurationURL.failed()) {
-    return Future<std::shared_ptr<Context>>::failed(*configurationURL.error());
+    const auto failed = Future<std::shared_ptr<Context>>::failed(
+        configuring.explain(*configurationURL.error(), "the base URL is relative"));
+    if (const auto record = own.begin(configuring)) record->endWith(failed);
+    return failed;
   }
-  const auto session = std::make_shared<URLSession>(options.session);
-  const auto fetchSession = [session, request = bootstrapRequest(urls.session(client))] {
-    return document(session->fetch(request)).map(SessionParser::parse);
+  own.session = std::make_shared<URLSession>(options.session);
+  const auto fetchSession = [own, opening = detail::Subject{"openSession", rawValue(client)},
+                             request = bootstrapRequest(urls.session(client))] {
+    return own.fetch(request, opening, SessionParser::parse);
   };
   const auto opened = fetchSession();
-  const auto configured = document(session->fetch(bootstrapRequest(*configurationURL.value())))
-                              .map([environment](const JSONObject& json) {
-                                return ConfigurationParser::parse(json, environment);
-                              });
+  const auto configured = own.fetch(bootstrapRequest(*configurationURL.value()), configuring,
+                                    [environment](const JSONObject& json) {
+                                      return ConfigurationParser::parse(json, environment);
+                                    });
   return opened.zip(configured)
       .map([fetchSession, urls, options](const std::pair<Session, Configuration>& parts) {
         const auto clock = options.context.clock ? options.context.clock : Clock::system();
@@ -72,8 +104,8 @@ Future<std::shared_ptr<Context>> ContextService::context(Environment environment
 Future<std::shared_ptr<Context>> ContextService::context(const URL& baseURL, const URL& resourceURL,
                                                          Client client,
                                                          const BootstrapOptions& options) {
-  return bootstrap({.baseURL = baseURL, .resourceURL = resourceURL}, options.environment, client,
-                   options);
+  return bootstrap({.baseURL = detail::asBase(baseURL), .resourceURL = detail::asBase(resourceURL)},
+                   options.environment, client, options);
 }
 
 }  // namespace orvo

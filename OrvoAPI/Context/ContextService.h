@@ -32,8 +32,9 @@ struct ContextService {
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       Environment environment, Client client, const BootstrapOptions& options = {});
 
-  /// The same for a deployment with base URLs of its own, which may be http. Both end with "/". A
-  /// relative API base fails with `URLService::Error::invalidInput`, and nothing is sent.
+  /// The same for a deployment with base URLs of its own, which may be http. A "/" that is missing
+  /// at the end of their paths is added. A relative API base fails with
+  /// `URLService::Error::invalidInput`, and nothing is sent.
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       const URL& baseURL, const URL& resourceURL, Client client,
       const BootstrapOptions& options = {});

@@ -16,6 +16,16 @@ void deliver(const HTTPResult& result, const Promise<Data>& promise) {
                              [promise](Data body) { promise.success(std::move(body)); });
 }
 
+/// Where nobody wants a report.
+struct NoRecord {
+  constexpr const NoRecord* operator->() const { return this; }
+  constexpr void knows(const std::string&) const {}
+  constexpr void willSend() const {}
+  constexpr void didAnswer(const Result<HTTPResult>&) const {}
+  constexpr void willRenew() const {}
+  constexpr void abandon() const {}
+};
+
 }  // namespace
 
 RequestPipeline::RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
@@ -23,39 +33,57 @@ RequestPipeline::RequestPipeline(std::shared_ptr<SessionProvider> sessionProvide
     : sessionProvider_(std::move(sessionProvider)),
       networkDataProvider_(std::move(networkDataProvider)) {}
 
-Future<Data> RequestPipeline::fetch(const URLRequest& request, RequestPolicy policy,
-                                    const Promise<Data>& promise) {
+Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& record,
+                                    RequestPolicy policy) {
+  const Promise<Data> promise;
+  if (record) {
+    record->asks(request);
+    record->awaitBody(promise.future());
+    send(request, policy, promise, record);
+  } else {
+    send(request, policy, promise, NoRecord());
+  }
+  return promise.future();
+}
+
+template <class Record>
+void RequestPipeline::send(const URLRequest& request, RequestPolicy policy,
+                           const Promise<Data>& promise, const Record& record) {
   sessionProvider_->retrieveSessionToken()
-      .map([request, authed = policy.authed](const std::string& token) {
+      .map([request, authed = policy.authed, record](const std::string& token) {
+        record->knows(token);
         auto authorised = request;
         if (authed) authorised.headers.add("Authorization", token);
         return authorised;
       })
-      .flatMap([network = networkDataProvider_](const URLRequest& authorised) {
+      .flatMap([network = networkDataProvider_, record](const URLRequest& authorised) {
+        record->willSend();
         return network->fetch(authorised);
       })
       .onComplete([request, retry = policy.retry, promise, weak = weak_from_this(),
-                   session = sessionProvider_](const Result<HTTPResult>& result) {
+                   session = sessionProvider_, record](const Result<HTTPResult>& result) {
+        record->didAnswer(result);
         if (result.failed()) return promise.failure(*result.error());
         const int status = result.value()->response.statusCode;
         if (status <= 399) return orFail(promise, [&] { deliver(*result.value(), promise); });
         if (status != 401 || !retry) {
           return promise.failure(SessionError::unexpectedStatus{status});
         }
-        orFail(promise, [&] { renewThenSendAgain(request, promise, weak, *session); });
+        orFail(promise, [&] { renewThenSendAgain(request, promise, weak, *session, record); });
       });
-  return promise.future();
 }
 
+template <class Record>
 void RequestPipeline::renewThenSendAgain(const URLRequest& request, const Promise<Data>& promise,
                                          const std::weak_ptr<RequestPipeline>& weak,
-                                         SessionProvider& session) {
-  session.updateSession().onComplete([request, promise, weak](const Result<bool>& renewed) {
+                                         SessionProvider& session, const Record& record) {
+  record->willRenew();
+  session.updateSession().onComplete([request, promise, weak, record](const Result<bool>& renewed) {
     if (renewed.failed()) return promise.failure(*renewed.error());
     if (!*renewed.value()) return promise.failure(SessionError::couldNotUpdateSession{});
     const auto self = weak.lock();
-    if (self == nullptr) return;
-    orFail(promise, [&] { (void)self->fetch(request, {.retry = false}, promise); });
+    if (self == nullptr) return record->abandon();
+    orFail(promise, [&] { self->send(request, {.retry = false}, promise, record); });
   });
 }
 

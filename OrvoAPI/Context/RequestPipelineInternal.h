@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Base/Data.h>
+#include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/Futures/Promise.h>
 #include <OrvoAPI/HTTP/URLRequest.h>
 #include <OrvoAPI/Network/NetworkDataProvider.h>
@@ -27,10 +28,10 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
                   std::shared_ptr<NetworkDataProvider> networkDataProvider);
 
   /// The body of the answer; a large one comes when no other is being read, and is read until its
-  /// last copy has gone. Cancelling the future drops the result and reaches nothing upstream.
-  [[nodiscard]] Future<Data> fetch(const URLRequest& request, RequestPolicy policy = {}) {
-    return fetch(request, policy, Promise<Data>());
-  }
+  /// last copy has gone. Cancelling the future drops the result and reaches nothing upstream. The
+  /// steps are noted in the record, if there is one.
+  [[nodiscard]] Future<Data> fetch(const URLRequest& request, const RecordRef& record,
+                                   RequestPolicy policy = {});
 
   [[nodiscard]] const std::shared_ptr<SessionProvider>& sessionProvider() const {
     return sessionProvider_;
@@ -40,10 +41,14 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
   }
 
  private:
-  Future<Data> fetch(const URLRequest& request, RequestPolicy policy, const Promise<Data>& promise);
+  /// `Record` is a reference to one, or what stands for none and costs nothing.
+  template <class Record>
+  void send(const URLRequest& request, RequestPolicy policy, const Promise<Data>& promise,
+            const Record& record);
+  template <class Record>
   static void renewThenSendAgain(const URLRequest& request, const Promise<Data>& promise,
                                  const std::weak_ptr<RequestPipeline>& weak,
-                                 SessionProvider& session);
+                                 SessionProvider& session, const Record& record);
 
   const std::shared_ptr<SessionProvider> sessionProvider_;
   const std::shared_ptr<NetworkDataProvider> networkDataProvider_;

@@ -181,6 +181,7 @@ void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
   if (error != nullptr && error->code == URLError::unknown) {
     pool_->connections().retire(transfer.connection());
   }
+  if (auto* const hop = exchange->measured()) transfer.measure(*hop);
   auto ended = pool_->remove(transfer);
   exchange->transfer_ = nullptr;
   ended->clear();

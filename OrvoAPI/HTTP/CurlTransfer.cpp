@@ -105,6 +105,8 @@ void CurlTransfer::setCallbacks() {
   // The pool's, since a connection may outlive the transfer that it was opened for.
   set(CURLOPT_CLOSESOCKETFUNCTION, &CurlTransfer::onCloseSocket);
   set(CURLOPT_CLOSESOCKETDATA, &connections_);
+  set(CURLOPT_RESOLVER_START_FUNCTION, &CurlTransfer::onResolve);
+  set(CURLOPT_RESOLVER_START_DATA, this);
   set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
   set(CURLOPT_PREREQDATA, this);
   set(CURLOPT_XFERINFOFUNCTION, &CurlTransfer::onProgress);
@@ -297,6 +299,7 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
   if (line.starts_with("HTTP/")) {
     // A new response: the one before was an interim one.
     multiplexed_ = line.starts_with("HTTP/2");
+    if (exchange_->measured() != nullptr) noteFirstByte(line);
     headIsComplete_ = false;
     if (headerBegan_ == NetworkTime::max()) headerBegan_ = lastActivity_;
     headers_ = {};
@@ -375,24 +378,6 @@ int CurlTransfer::onTrace(CURL* handle, curl_infotype kind, char* bytes, std::si
   transfer->failure_ = URLError{URLError::badServerResponse, "a folded line"};
   transfer->session_->transferDidFail();
   return 0;
-}
-
-curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {
-  auto* const transfer = static_cast<CurlTransfer*>(self);
-  return transfer->connections_.open(*address, transfer->host_->name);
-}
-
-int CurlTransfer::onCloseSocket(void* connections, curl_socket_t socket) {
-  return static_cast<Connections*>(connections)->close(socket);
-}
-
-/// It has a connection, new or used before, and its request is about to be sent.
-int CurlTransfer::onConnected(void* self, char* peer, char*, int peerPort, int localPort) {
-  auto* const transfer = static_cast<CurlTransfer*>(self);
-  transfer->noteActivity();
-  transfer->isSent_ = true;
-  transfer->connection_ = transfer->connections_.find(peer, peerPort, localPort);
-  return CURL_PREREQFUNC_OK;
 }
 
 }  // namespace orvo::detail

@@ -47,6 +47,8 @@ class CurlTransfer {
   void fail(URLError error) { failure_ = std::move(error); }
   /// Lets go of the exchange and of all that it needed.
   void clear();
+  /// Notes in what is measured of its exchange what only libcurl knows; called at its end.
+  void measure(RequestTimeline::Hop& hop) const;
 
   /// Its socket is ready. Until the header is complete that counts as activity, since libcurl
   /// reports only whole lines; not on a multiplexed connection, where it may be another exchange's.
@@ -121,6 +123,8 @@ class CurlTransfer {
     if (std::exchange(transfer->sent_, sent) != sent) transfer->noteActivity();
     return 0;
   }
+  void noteFirstByte(std::string_view statusLine);
+  static int onResolve(void* resolver, void* reserved, void* self);
   static int onConnected(void* self, char* peer, char* local, int peerPort, int localPort);
   static int onTrace(CURL* handle, curl_infotype kind, char* bytes, std::size_t size, void* self);
   static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);

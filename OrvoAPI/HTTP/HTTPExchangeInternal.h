@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/HTTP/HTTPURLResponse.h>
+#include <OrvoAPI/HTTP/RequestTimeline.h>
 #include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/HTTP/URLRequest.h>
 
@@ -44,6 +45,11 @@ struct NetworkCommand {
   NetworkCommand* next = nullptr;
 };
 
+inline void note(RequestTimeline::Hop& hop, RequestTimeline::Stage stage,
+                 NetworkTime time = std::chrono::steady_clock::now()) {
+  hop.times[static_cast<std::size_t>(stage)] = time;
+}
+
 using HTTPOutcome = std::variant<HTTPResult, URLError>;
 
 /// One request on its way to one answer; a redirect is an answer like any other. Held by the
@@ -66,11 +72,18 @@ class HTTPExchange {
   /// Whether it ends as soon as it is started. Any thread.
   [[nodiscard]] bool isCancelled() const { return cancelled_.load(std::memory_order_relaxed); }
 
+  /// Where its stages are noted by whoever takes the next step; null when nobody measures.
+  [[nodiscard]] RequestTimeline::Hop* measured() const {
+    return timeline_ != nullptr ? &timeline_->last : nullptr;
+  }
+
  protected:
   /// True for the first call.
   [[nodiscard]] bool markCancelled() { return !cancelled_.exchange(true); }
   /// Before it is first started.
   void setDeadline(NetworkTime deadline) { deadline_ = deadline; }
+
+  std::shared_ptr<RequestTimeline> timeline_;
 
  private:
   friend class CurlSession;

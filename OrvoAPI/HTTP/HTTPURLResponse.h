@@ -4,7 +4,11 @@
 #include <OrvoAPI/HTTP/HTTPHeaders.h>
 #include <OrvoAPI/HTTP/URL.h>
 
+#include <memory>
+
 namespace orvo {
+
+struct RequestTimeline;
 
 /// The head of an HTTP answer. A value; not synchronised.
 struct HTTPURLResponse {
@@ -18,6 +22,8 @@ struct HTTPURLResponse {
 struct HTTPResult {
   HTTPURLResponse response;
   Data body = {};
+  /// Of <OrvoAPI/HTTP/RequestTimeline.h>; null when nobody measured.
+  std::shared_ptr<const RequestTimeline> timeline = nullptr;
 };
 
 }  // namespace orvo

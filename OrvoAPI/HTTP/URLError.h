@@ -1,8 +1,11 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 namespace orvo {
+
+struct RequestTimeline;
 
 /// A transport failure with the classic URL error code. A value.
 struct URLError {
@@ -30,7 +33,9 @@ struct URLError {
 
   int code = unknown;
   /// For people. It never holds a URL: a stream's address contains the session's token.
-  std::string message;
+  std::string message = {};
+  /// Of <OrvoAPI/HTTP/RequestTimeline.h>: how far the request came; null when nobody measured.
+  std::shared_ptr<const RequestTimeline> timeline = nullptr;
 
   [[nodiscard]] std::string description() const;
 

@@ -32,6 +32,9 @@ struct URLSessionConfiguration {
   /// SSLKEYLOGFILE names, for debugging. On a connection that another session has opened, that
   /// session's choice holds.
   bool writesKeyLog = false;
+  /// Has each result and each transport error carry a `RequestTimeline`. A context that is to
+  /// report its requests turns it on.
+  bool measuresRequests = false;
 };
 
 }  // namespace orvo

@@ -31,6 +31,7 @@ URLSessionCore::URLSessionCore(URLSessionConfiguration configuration,
     : interceptors(std::move(configuration.protocolClasses)),
       delegate(std::move(sessionDelegate)),
       queue(SerialQueue::make(std::string(ServiceDomainPrefix) + ".url_session.delegate")),
+      measuresRequests(configuration.measuresRequests),
       network(NetworkThread::makeSession(std::move(configuration))) {}
 
 URLSessionCore::~URLSessionCore() { NetworkThread::shared().close(network); }

@@ -221,6 +221,7 @@ bool URLTask::leavesNothingOfTheApps() noexcept {
 }
 
 void URLTask::begin() {
+  if (core_->measuresRequests) beginTimeline();
   const auto limit = request_.totalTimeoutInterval;
   if (isLimit(limit)) setDeadline(std::chrono::steady_clock::now() + limit);
   if (!core_->add(*this)) return answer(cancelledError());
@@ -263,6 +264,7 @@ void URLTask::answerIntercepted(std::optional<HTTPOutcome> outcome, unsigned off
   // A cancelled task has ended before its interceptor's answer, and one that answered and let the
   // request go by has no say when another takes it.
   if (state_ != State::intercepted || offer != offers_) return;
+  if (timeline_ != nullptr) endHop(true);
   take([&] {
     if (outcome) return didAnswer(*std::move(outcome));
     finish(URLError{URLError::unknown, "the interceptor dropped the request"});
@@ -287,7 +289,9 @@ bool URLTask::offerToInterceptors() {
         std::make_shared<TaskInterception>(shared_from_this(), core_->queue, ++offers_);
     interception_ = interception;
     state_ = State::intercepted;
+    const auto asked = measured() != nullptr ? std::chrono::steady_clock::now() : NetworkTime();
     if (interceptor->intercept(request_, interception)) {
+      if (auto* const hop = measured()) note(*hop, RequestTimeline::Stage::sent, asked);
       interception->markTaken();
       core_->watchLimit(deadline());
       return true;
@@ -327,6 +331,7 @@ void URLTask::giveUp(URLError error) {
 
 void URLTask::exchangeDidEnd(HTTPOutcome outcome) {
   if (!redirection(outcome)) return finish(std::move(outcome));
+  if (timeline_ != nullptr) endHop();
   try {
     answer(std::move(outcome));
   } catch (const std::bad_alloc&) {
@@ -368,12 +373,14 @@ void URLTask::didDecide(std::optional<URLRequest> request) {
   if (!request || !mayRedirect(request_.url, request->url)) return finish(std::move(refused));
   request_ = *std::move(request);
   request_.url = request_.url.withoutFragment();
+  if (timeline_ != nullptr) noteRedirect(refused.response);
   hop();
 }
 
 void URLTask::finish(HTTPOutcome outcome) {
   state_ = State::done;
   core_->remove(*this);
+  if (timeline_ != nullptr) endTimeline(outcome);
   if (auto* const result = std::get_if<HTTPResult>(&outcome)) {
     future_.success(std::move(*result));
   } else {

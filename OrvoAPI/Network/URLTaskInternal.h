@@ -36,6 +36,7 @@ class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>
   const std::vector<std::shared_ptr<URLInterceptor>> interceptors;
   const std::shared_ptr<URLSessionDelegate> delegate;
   const std::shared_ptr<SerialQueue> queue;
+  const bool measuresRequests;
   const std::shared_ptr<CurlSession> network;
 
   /// False when the session has been invalidated.
@@ -144,6 +145,12 @@ class URLTask final : public HTTPExchange,
   void didAnswer(HTTPOutcome outcome);
   void didDecide(std::optional<URLRequest> request);
   void redirect(HTTPResult result, std::string_view location);
+
+  // Only while it is measured, but for the first, which makes it so.
+  void beginTimeline() noexcept;
+  void noteRedirect(const HTTPURLResponse& response) noexcept;
+  void endHop(bool isIntercepted = false);
+  void endTimeline(HTTPOutcome& outcome);
   void finish(HTTPOutcome outcome);
 
   const std::shared_ptr<URLSessionCore> core_;

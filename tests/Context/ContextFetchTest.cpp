@@ -194,7 +194,7 @@ TEST(RequestPipeline, RenewsTheSessionOnceWhenATokenIsRefused) {
   EXPECT_EQ(stubbed.requests(), 2U);
   EXPECT_EQ(stubbed.network->request(1).headers.value("Authorization"), kToken + "-2");
   stubbed.answer(401);
-  EXPECT_EQ(errorOf(twice).description(), "unexpectedStatus 401");
+  EXPECT_EQ(errorOf(twice).description(), "unexpectedStatus 401 (fetchPage a)");
   EXPECT_EQ(renewals.count(), 1U);
 
   const auto inVain = refused();

@@ -1,0 +1,268 @@
+#include <OrvoAPI/Context/RequestRecordInternal.h>
+#include <OrvoAPI/HTTP/StagesInternal.h>
+#include <OrvoAPI/Queues/QueueLabels.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+namespace orvo::detail {
+namespace {
+
+constexpr std::string_view kMask = "***";
+
+/// Replaces what tells one of the tokens. Safe to use from any thread.
+class Mask {
+ public:
+  explicit Mask(std::initializer_list<std::string_view> tokens) {
+    for (const auto token : tokens) {
+      if (!token.empty()) tokens_.push_back(token);
+    }
+  }
+
+  void text(std::string& text) const {
+    if (tells(text)) text = kMask;
+  }
+  /// Segment by segment; the whole when a token lies across some.
+  void path(std::string& path) const {
+    if (!tells(path)) return;
+    std::string masked;
+    for (std::size_t begin = 0; begin <= path.size();) {
+      const auto end = std::min(path.find('/', begin), path.size());
+      const auto segment = path.substr(begin, end - begin);
+      if (begin > 0) masked += '/';
+      masked += tells(segment) ? kMask : segment;
+      begin = end + 1;
+    }
+    path = tells(masked) || masked == path ? kMask : masked;
+  }
+
+ private:
+  /// As it is written, and decoded.
+  [[nodiscard]] bool tells(std::string_view text) const {
+    const auto holds = [this](std::string_view plain) {
+      return std::any_of(tokens_.begin(), tokens_.end(), [plain](std::string_view token) {
+        return plain.find(token) != std::string_view::npos;
+      });
+    };
+    return holds(text) || (text.find('%') != std::string_view::npos && holds(decoded(text)));
+  }
+  [[nodiscard]] static std::string decoded(std::string_view text) {
+    const auto digit = [](char c) {
+      return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;  // of a valid URL
+    };
+    std::string plain;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+      const bool isEscape = text[i] == '%' && i + 2 < text.size();
+      plain += isEscape ? static_cast<char>(digit(text[i + 1]) * 16 + digit(text[i + 2])) : text[i];
+      if (isEscape) i += 2;
+    }
+    return plain;
+  }
+
+  std::vector<std::string_view> tokens_;
+};
+
+std::shared_ptr<DispatchQueue> reportQueue(const ContextOptions& options) {
+  if (options.reportQueue != nullptr) return options.reportQueue;
+  // One after another: an observer that blocks holds one worker and not all of them.
+  return SerialQueue::make(std::string(ServiceDomainPrefix) + ".reports");
+}
+
+}  // namespace
+
+RequestReporter::RequestReporter(const ContextOptions& options,
+                                 std::shared_ptr<SessionProvider> sessionProvider)
+    : onReport_(options.onReport),
+      queue_(reportQueue(options)),
+      sessionProvider_(std::move(sessionProvider)) {}
+
+std::shared_ptr<const RequestReporter> RequestReporter::make(
+    const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider) {
+  if (options.onReport == nullptr) return nullptr;
+  return std::shared_ptr<const RequestReporter>(
+      new RequestReporter(options, std::move(sessionProvider)));
+}
+
+RecordRef RequestReporter::begin(const Subject& subject) const noexcept {
+  try {
+    return RecordRef::adopt(new RequestRecord(shared_from_this(), subject));
+  } catch (const std::bad_alloc&) {
+    return {};
+  }
+}
+
+RequestRecord::RequestRecord(std::shared_ptr<const RequestReporter> reporter,
+                             const Subject& subject)
+    : reporter_(std::move(reporter)) {
+  facts_.report.operation = subject.operation;
+  facts_.report.identifier = subject.identifier;
+  facts_.isSecret = subject.isSecret;
+  facts_.marks[begun] = std::chrono::steady_clock::now();
+}
+
+void RequestRecord::release() noexcept {
+  if (holders_.fetch_sub(1, std::memory_order_acq_rel) != 1) return;
+  bool isEnded = false;
+  {
+    const LockGuard guard(lock_);
+    isEnded = isEnded_;
+  }
+  if (isEnded) {
+    delete this;
+    return;
+  }
+  retain();
+  abandon();
+  release();
+}
+
+void RequestRecord::note(Mark mark) noexcept {
+  const auto now = std::chrono::steady_clock::now();
+  const LockGuard guard(lock_);
+  if (!isEnded_) facts_.marks[mark] = now;
+}
+
+void RequestRecord::asks(const URLRequest& request) noexcept {
+  const LockGuard guard(lock_);
+  if (isEnded_) return;
+  facts_.isAsked = true;
+  try {
+    facts_.report.method = request.method;
+    facts_.report.path = request.url.path();
+  } catch (const std::bad_alloc&) {
+  }
+}
+
+void RequestRecord::knows(const std::string& token) noexcept {
+  const LockGuard guard(lock_);
+  if (isEnded_) return;
+  try {
+    (facts_.token.empty() ? facts_.token : facts_.newToken) = token;
+  } catch (const std::bad_alloc&) {
+    facts_.isSecret = true;  // what cannot be masked is not shown
+  }
+}
+
+void RequestRecord::willSend() noexcept {
+  const auto now = std::chrono::steady_clock::now();
+  const LockGuard guard(lock_);
+  if (isEnded_) return;
+  if (++facts_.sends == 1) facts_.marks[firstSent] = now;
+  facts_.marks[lastSent] = now;
+}
+
+void RequestRecord::didAnswer(const Result<HTTPResult>& result) noexcept {
+  const auto now = std::chrono::steady_clock::now();
+  const LockGuard guard(lock_);
+  // A token that was not to be had was never asked for an answer.
+  if (isEnded_ || facts_.marks[lastSent] == Time()) return;
+  facts_.marks[done] = now;
+  if (const auto* const answer = result.value()) {
+    facts_.report.status = answer->response.statusCode;
+    facts_.report.bytesDecoded = answer->body.size();
+    facts_.timeline = answer->timeline;
+  } else if (const auto* const error = result.error()->as<URLError>()) {
+    facts_.timeline = error->timeline;
+  }
+}
+
+void RequestRecord::willRenew() noexcept {
+  const LockGuard guard(lock_);
+  if (isEnded_) return;
+  facts_.marks[lastSent] = facts_.marks[done] = Time();
+  facts_.timeline = nullptr;
+}
+
+void RequestRecord::abandon() noexcept {
+  const AnyError cancelled = URLError{URLError::cancelled, "cancelled"};
+  end(&cancelled);
+}
+
+void RequestRecord::end(const AnyError* error) noexcept {
+  const auto now = std::chrono::steady_clock::now();
+  {
+    const LockGuard guard(lock_);
+    if (std::exchange(isEnded_, true)) return;
+    facts_.marks[ended] = now;
+    if (error != nullptr) facts_.report.error = *error;
+  }
+  retain();
+  reporter_->queue()->post(Job(static_cast<JobNode*>(this)));
+}
+
+void RequestRecord::forget() noexcept {
+  const LockGuard guard(lock_);
+  isEnded_ = true;
+}
+
+void RequestRecord::run() {
+  const auto held = RecordRef::adopt(this);
+  const auto reporter = std::move(reporter_);  // the app's: it goes here, on its queue
+  Facts facts;
+  {
+    const LockGuard guard(lock_);
+    facts = std::move(facts_);
+  }
+  try {
+    complete(facts);
+    mask(facts, *reporter);
+    reporter->onReport_(facts.report);
+  } catch (...) {
+    // The fetch is none of its business.
+  }
+}
+
+/// Works out what the timeline and the marks say.
+void RequestRecord::complete(Facts& facts) {
+  auto& [report, isSecret, isAsked, sends, token, newToken, timeline, marks] = facts;
+  using Source = RequestReport::Source;
+  report.retries = sends > 1 ? sends - 1 : 0;
+  if (sends > 0) report.source = Source::network;
+  if (!isAsked) {
+    if (!report.error) report.source = Source::cache;
+    marks[handedOver] = marks[ended];
+  }
+  if (timeline != nullptr) {
+    const auto& [redirects, hop] = *timeline;
+    for (const auto& redirect : redirects) {
+      report.redirects.emplace_back(redirect.target.path());
+    }
+    if (hop.isIntercepted) report.source = Source::interceptor;
+    report.bytesReceived = hop.bytesReceived;
+    report.isConnectionReused = hop.isConnectionReused;
+    report.protocol = hop.protocol;
+    std::copy(hop.times.begin(), hop.times.end(), marks.begin() + hopBegun);
+  } else if (marks[lastSent] != Time()) {
+    marks[sent] = marks[lastSent];
+    marks[firstByte] = marks[done];
+  }
+  settleStages(marks, marks[ended]);
+  report.begun = marks[begun];
+  const auto since = [&marks = marks](std::size_t mark) {
+    return std::chrono::duration_cast<std::chrono::microseconds>(marks[mark] - marks[begun]);
+  };
+  for (std::size_t i = 0; i < report.phases.size(); ++i) {
+    report.phases[i] = since(i + 1) - since(i);
+  }
+  report.total = since(ended);
+}
+
+void RequestRecord::mask(Facts& facts, const RequestReporter& reporter) {
+  if (facts.token.empty() && reporter.sessionProvider_ != nullptr) {
+    facts.token = reporter.sessionProvider_->currentToken();
+  }
+  const Mask mask{facts.token, facts.newToken};
+  auto& report = facts.report;
+  mask.text(report.identifier);
+  if (facts.isSecret && facts.isAsked) report.path = kMask;
+  mask.path(report.path);
+  for (auto& path : report.redirects) {
+    // Whoever knows no token cannot tell whether it is one.
+    if (facts.isSecret || facts.token.empty()) path = kMask;
+    mask.path(path);
+  }
+}
+
+}  // namespace orvo::detail

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <OrvoAPI/Base/detail/Lock.h>
+#include <OrvoAPI/Context/ContextOptions.h>
+#include <OrvoAPI/Context/RequestReport.h>
+#include <OrvoAPI/Context/SubjectInternal.h>
+#include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Futures/detail/CoreRef.h>
+#include <OrvoAPI/HTTP/RequestTimeline.h>
+#include <OrvoAPI/HTTP/URLRequest.h>
+#include <OrvoAPI/Network/SessionProvider.h>
+
+#include <array>
+#include <atomic>
+#include <memory>
+#include <new>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace orvo::detail {
+
+class RequestRecord;
+using RecordRef = CoreRef<RequestRecord>;
+
+/// To whom reports go. Safe to use from any thread.
+class RequestReporter final : public std::enable_shared_from_this<RequestReporter> {
+ public:
+  /// Null when nobody wants reports. Without a provider, only tokens that are sent are known.
+  [[nodiscard]] static std::shared_ptr<const RequestReporter> make(
+      const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider);
+
+  /// Empty when there is no memory for it: the request goes unreported.
+  [[nodiscard]] RecordRef begin(const Subject& subject) const noexcept;
+  [[nodiscard]] const std::shared_ptr<DispatchQueue>& queue() const { return queue_; }
+
+ private:
+  friend class RequestRecord;
+  RequestReporter(const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider);
+
+  const std::function<void(const RequestReport&)> onReport_;
+  const std::shared_ptr<DispatchQueue> queue_;
+  const std::shared_ptr<SessionProvider> sessionProvider_;
+};
+
+/// What is noted of one request on its way. It ends once: with its future, when that is cancelled,
+/// or when nobody is left that could end it. It is then itself the job that makes the report and
+/// hands it over, so that the end needs no memory and runs no foreign code. Safe to use from any
+/// thread.
+class RequestRecord final : private JobNode {
+ public:
+  RequestRecord(std::shared_ptr<const RequestReporter> reporter, const Subject& subject);
+
+  void retain() noexcept { holders_.fetch_add(1, std::memory_order_relaxed); }
+  void release() noexcept;
+
+  // The steps, in their order. What there is no memory for is left out.
+  void asks(const URLRequest& request) noexcept;
+  void knows(const std::string& token) noexcept;
+  void willSend() noexcept;
+  void didAnswer(const Result<HTTPResult>& result) noexcept;
+  void willRenew() noexcept;
+  void didHandOver() noexcept { note(Mark::handedOver); }
+  void end(const AnyError* error) noexcept;
+  /// Ends without an outcome.
+  void abandon() noexcept;
+
+  /// Notes when the answer is there.
+  void awaitAnswer(const Future<HTTPResult>& answer) noexcept {
+    attach([&] {
+      answer.onComplete(inlineQueue(),
+                        [self = self()](const auto& result) { self->didAnswer(result); });
+    });
+  }
+  /// Notes when the body is there.
+  void awaitBody(const Future<Data>& body) noexcept {
+    attach([&] {
+      body.onSuccess(inlineQueue(), [self = self()](const Data&) { self->didHandOver(); });
+    });
+  }
+  /// Ends with the future.
+  template <class T>
+  void endWith(const Future<T>& future) noexcept {
+    attach([&] {
+      future.onCancel(inlineQueue(), [self = self()](bool) { self->abandon(); });
+      future.onComplete(inlineQueue(),
+                        [self = self()](const Result<T>& result) { self->end(result.error()); });
+    });
+  }
+
+ private:
+  using Time = RequestTimeline::Time;
+  /// The ends of the phases, after the beginning.
+  enum Mark { begun, firstSent, lastSent, hopBegun, sent = 8, firstByte, done, handedOver, ended };
+  static constexpr std::size_t kMarks = RequestReport::kPhases + 1;
+
+  struct Facts {
+    RequestReport report;
+    bool isSecret = false;
+    bool isAsked = false;
+    unsigned sends = 0;
+    std::string token, newToken;
+    std::shared_ptr<const RequestTimeline> timeline;
+    std::array<Time, kMarks> marks = {};
+  };
+
+  [[nodiscard]] RecordRef self() { return RecordRef::retain(this); }
+  void note(Mark mark) noexcept;
+  /// Does what refers to the end; without memory for it there is no report.
+  template <class Attach>
+  void attach(Attach&& attach) noexcept {
+    try {
+      attach();
+    } catch (const std::bad_alloc&) {
+      forget();
+    }
+  }
+  void forget() noexcept;
+  void run() override;
+  void drop() noexcept override { release(); }
+  static void complete(Facts& facts);
+  static void mask(Facts& facts, const RequestReporter& reporter);
+
+  std::atomic<unsigned> holders_{1};
+  Lock lock_;
+  bool isEnded_ ORVO_GUARDED_BY(lock_) = false;
+  Facts facts_ ORVO_GUARDED_BY(lock_);
+  std::shared_ptr<const RequestReporter> reporter_;
+};
+
+}  // namespace orvo::detail

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <OrvoAPI/Futures/detail/DerivedStates.h>
+
+#include <new>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace orvo::detail {
+
+/// What is asked for, in words.
+struct Subject {
+  std::string_view operation;
+  std::string_view identifier = {};
+  /// Whether its path tells the token, so that none of it may be shown.
+  bool isSecret = false;
+
+  /// The failure with what was asked for, and what else helps in words.
+  [[nodiscard]] AnyError explain(const AnyError& error, std::string_view note = {}) const noexcept {
+    try {
+      return error.withContext(
+          {std::string(operation), std::string(identifier), std::string(note)});
+    } catch (const std::bad_alloc&) {
+      return error;
+    }
+  }
+};
+
+/// A transform of a future whose failures, and those that pass it, say what was asked for.
+template <class F>
+class Explained : public Explainer {
+ public:
+  Explained(const Subject& subject, F transform)
+      : operation_(subject.operation),
+        identifier_(subject.identifier),
+        transform_(std::move(transform)) {}
+
+  template <class T>
+  auto operator()(const T& value) const {
+    return transform_(value);
+  }
+  [[nodiscard]] AnyError explained(const AnyError& error) const noexcept {
+    return Subject{operation_, identifier_}.explain(error);
+  }
+
+ private:
+  std::string_view operation_;
+  std::string identifier_;
+  F transform_;
+};
+
+}  // namespace orvo::detail

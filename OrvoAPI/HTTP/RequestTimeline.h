@@ -1,0 +1,71 @@
+#pragma once
+
+#include <OrvoAPI/HTTP/HTTPURLResponse.h>
+
+#include <array>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+#include <vector>
+
+namespace orvo {
+
+/// When one request passed which stage on its way through a URL session: measured when
+/// `URLSessionConfiguration::measuresRequests` says so, and carried by the result or the error. A
+/// value.
+struct RequestTimeline {
+  using Time = std::chrono::steady_clock::time_point;
+
+  /// In the order in which they are passed.
+  enum class Stage {
+    /// The session has it; it waits for a connection.
+    begun,
+    /// It has a place and a new connection to make.
+    resolving,
+    /// The host's name is an address.
+    resolved,
+    connected,
+    /// TLS is set up.
+    secured,
+    /// The request is sent, or an interceptor is asked.
+    sent,
+    /// The first byte of the answer is there.
+    firstByte,
+    /// The last one is, or it has failed.
+    done
+  };
+  static constexpr std::size_t kStages = 8;
+
+  /// One request to one place; each redirect that is followed begins another.
+  struct Hop {
+    /// None is before the one that precedes it. A stage that was left out (the connection was
+    /// there, there is no TLS) was passed with the one before, one that was not reached with the
+    /// last.
+    std::array<Time, kStages> times = {};
+    /// Answered by an interceptor, in place of the network.
+    bool isIntercepted = false;
+    /// Sent on a connection that was there already.
+    bool isConnectionReused = false;
+    /// "1.0", "1.1" or "2"; empty without an answer from the network.
+    std::string_view protocol = {};
+    /// Bytes of the body as they came, before they were decoded.
+    std::uint64_t bytesReceived = 0;
+
+    [[nodiscard]] Time at(Stage stage) const { return times[static_cast<std::size_t>(stage)]; }
+  };
+  struct Redirect {
+    Hop hop;
+    /// What redirected.
+    HTTPURLResponse response;
+    /// Where to, as it was followed.
+    URL target;
+  };
+
+  /// Those that were followed, in order.
+  std::vector<Redirect> redirects = {};
+  /// The hop that ended it.
+  Hop last = {};
+};
+
+}  // namespace orvo
