@@ -24,7 +24,11 @@ struct ContextOptions {
   /// or loads the configuration. It neither delays nor changes what it is told about; what it
   /// throws is dropped, and so is a report that there is no memory for.
   std::function<void(const RequestReport&)> onReport = nullptr;
-  /// Where `onReport` is called; when there is none, on the global queue, one report after another.
+  /// Has the logger take a line for each such report, with level info, or warning for a failure;
+  /// subsystem "network", category "requests".
+  bool logsRequests = false;
+  /// Where `onReport` and the logger are called then; when there is none, on the global queue, one
+  /// report after another.
   std::shared_ptr<DispatchQueue> reportQueue = nullptr;
 };
 

@@ -4,6 +4,7 @@
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/SubjectInternal.h>
 #include <OrvoAPI/Context/URLService.h>
+#include <OrvoAPI/Logging/LoggingService.h>
 #include <OrvoAPI/Network/DefaultNetworkProvider.h>
 #include <OrvoAPI/Network/DefaultSessionProvider.h>
 #include <OrvoAPI/Network/Session.h>
@@ -52,13 +53,23 @@ struct OwnRequests {
   std::shared_ptr<URLSession> session = nullptr;
 };
 
-Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment environment,
-                                           Client client, BootstrapOptions options) {
-  OwnRequests own{.reporter = detail::RequestReporter::make(options.context, nullptr)};
+/// What is reported of them, and of the context's, goes the same way.
+OwnRequests makeRequests(BootstrapOptions& options) {
+  auto& context = options.context;
+  if (context.logsRequests && context.logger == nullptr) {
+    context.logger = std::make_shared<LoggingService>();
+  }
+  OwnRequests own{.reporter = detail::RequestReporter::make(context, nullptr)};
   if (own.reporter != nullptr) {
     options.session.measuresRequests = true;
-    options.context.reportQueue = own.reporter->queue();
+    context.reportQueue = own.reporter->queue();
   }
+  return own;
+}
+
+Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment environment,
+                                           Client client, BootstrapOptions options) {
+  auto own = makeRequests(options);
   const detail::Subject configuring{"fetchConfiguration", rawValue(client)};
   const auto configurationURL = urls.configuration(client);
   if (configurationURL.failed()) {

@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/RequestLogInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/HTTP/StagesInternal.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
@@ -8,11 +9,10 @@
 #include <utility>
 
 namespace orvo::detail {
-namespace {
 
 constexpr std::string_view kMask = "***";
 
-/// Replaces what tells one of the tokens. Safe to use from any thread.
+/// Hides what tells one of the tokens, which live longer. Not synchronised.
 class Mask {
  public:
   explicit Mask(std::initializer_list<std::string_view> tokens) {
@@ -22,6 +22,16 @@ class Mask {
   }
 
   void text(std::string& text) const {
+    if (tells(text)) text = kMask;
+  }
+  /// Only the tokens, where they are written plainly, else the whole.
+  void words(std::string& text) const {
+    for (const auto token : tokens_) {
+      for (auto at = text.find(token); at != std::string::npos;
+           at = text.find(token, at + kMask.size())) {
+        text.replace(at, token.size(), kMask);
+      }
+    }
     if (tells(text)) text = kMask;
   }
   /// Segment by segment; the whole when a token lies across some.
@@ -64,6 +74,8 @@ class Mask {
   std::vector<std::string_view> tokens_;
 };
 
+namespace {
+
 std::shared_ptr<DispatchQueue> reportQueue(const ContextOptions& options) {
   if (options.reportQueue != nullptr) return options.reportQueue;
   // One after another: an observer that blocks holds one worker and not all of them.
@@ -75,14 +87,29 @@ std::shared_ptr<DispatchQueue> reportQueue(const ContextOptions& options) {
 RequestReporter::RequestReporter(const ContextOptions& options,
                                  std::shared_ptr<SessionProvider> sessionProvider)
     : onReport_(options.onReport),
+      logger_(options.logsRequests ? options.logger : nullptr),
       queue_(reportQueue(options)),
       sessionProvider_(std::move(sessionProvider)) {}
 
 std::shared_ptr<const RequestReporter> RequestReporter::make(
     const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider) {
-  if (options.onReport == nullptr) return nullptr;
+  if (options.onReport == nullptr && !options.logsRequests) return nullptr;
   return std::shared_ptr<const RequestReporter>(
       new RequestReporter(options, std::move(sessionProvider)));
+}
+
+void RequestReporter::tell(const RequestReport& report, const Mask& mask) const {
+  if (onReport_ != nullptr) {
+    try {
+      onReport_(report);
+    } catch (...) {
+      // The fetch is none of its business.
+    }
+  }
+  if (logger_ == nullptr) return;
+  auto line = requestLine(report);
+  mask.words(line);
+  logger_->log(line, report.error ? LogLevel::warning : LogLevel::info, "network", "requests");
 }
 
 RecordRef RequestReporter::begin(const Subject& subject) const noexcept {
@@ -207,10 +234,11 @@ void RequestRecord::run() {
   }
   try {
     complete(facts);
-    mask(facts, *reporter);
-    reporter->onReport_(facts.report);
+    const auto mask = maskOf(facts, *reporter);
+    hide(facts, mask);
+    reporter->tell(facts.report, mask);
   } catch (...) {
-    // The fetch is none of its business.
+    // Without memory for it there is no report; what a logger throws is no better.
   }
 }
 
@@ -249,11 +277,14 @@ void RequestRecord::complete(Facts& facts) {
   report.total = since(ended);
 }
 
-void RequestRecord::mask(Facts& facts, const RequestReporter& reporter) {
+Mask RequestRecord::maskOf(Facts& facts, const RequestReporter& reporter) {
   if (facts.token.empty() && reporter.sessionProvider_ != nullptr) {
     facts.token = reporter.sessionProvider_->currentToken();
   }
-  const Mask mask{facts.token, facts.newToken};
+  return Mask({facts.token, facts.newToken});
+}
+
+void RequestRecord::hide(Facts& facts, const Mask& mask) {
   auto& report = facts.report;
   mask.text(report.identifier);
   if (facts.isSecret && facts.isAsked) report.path = kMask;

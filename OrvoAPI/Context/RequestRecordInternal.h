@@ -20,6 +20,7 @@
 
 namespace orvo::detail {
 
+class Mask;
 class RequestRecord;
 using RecordRef = CoreRef<RequestRecord>;
 
@@ -38,7 +39,10 @@ class RequestReporter final : public std::enable_shared_from_this<RequestReporte
   friend class RequestRecord;
   RequestReporter(const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider);
 
+  void tell(const RequestReport& report, const Mask& mask) const;
+
   const std::function<void(const RequestReport&)> onReport_;
+  const std::shared_ptr<Logger> logger_;  // null: requests are not logged
   const std::shared_ptr<DispatchQueue> queue_;
   const std::shared_ptr<SessionProvider> sessionProvider_;
 };
@@ -119,7 +123,8 @@ class RequestRecord final : private JobNode {
   void run() override;
   void drop() noexcept override { release(); }
   static void complete(Facts& facts);
-  static void mask(Facts& facts, const RequestReporter& reporter);
+  [[nodiscard]] static Mask maskOf(Facts& facts, const RequestReporter& reporter);
+  static void hide(Facts& facts, const Mask& mask);
 
   std::atomic<unsigned> holders_{1};
   Lock lock_;

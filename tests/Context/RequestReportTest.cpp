@@ -173,6 +173,51 @@ TEST(RequestReport, ShowsNoToken) {
   EXPECT_EQ(hidden.error->description().find(kToken), std::string::npos);
 }
 
+struct ListeningLogger final : Logger {
+  void log(std::string_view message, LogLevel level, std::string_view subsystem,
+           std::string_view category) override {
+    lines.push_back(std::string(rawValue(level)) + " " + std::string(subsystem) + " " +
+                    std::string(category) + " " + std::string(message));
+  }
+  std::vector<std::string> lines;  // on the queue of the reports
+};
+
+TEST(RequestLog, HasOneLineForEachFetch) {
+  StubbedContext stubbed;
+  const auto queue = std::make_shared<ManualQueue>();
+  const auto logger = std::make_shared<ListeningLogger>();
+  const auto make = [&](bool logsRequests) {
+    return makeContext(stubbed.session, stubbed.network,
+                       {.logger = logger, .logsRequests = logsRequests, .reportQueue = queue});
+  };
+  /// What was logged since, without its milliseconds.
+  const auto logged = [&] {
+    EXPECT_TRUE(queue->waitForJob(kPatience));
+    queue->run();
+    std::string all;
+    for (auto line : std::exchange(logger->lines, {})) {
+      const auto end = line.find(" ms");
+      const auto begin = line.find_last_not_of("0123456789", end - 1) + 1;
+      all += line.erase(begin, end - begin) + "\n";
+    }
+    return all;
+  };
+  const auto context = make(true);
+  const auto page = context->fetchPage("p");
+  stubbed.answer(200, kPageBody);
+  EXPECT_EQ(logged(),
+            "info network requests fetchPage p: GET /v3/products/p: 200,  ms, 30 bytes, "
+            "network\n");
+  const auto broken = context->fetchPage("a\n" + kToken);
+  EXPECT_EQ(logged(),
+            "warning network requests fetchPage ***:  ms, 0 bytes, not sent: "
+            "invalidInput: a ***\n");
+  const auto silent = make(false)->fetchPage("p");
+  stubbed.answer(404);
+  EXPECT_TRUE(errorOf(silent).is<SessionError>());
+  EXPECT_EQ(queue->waiting(), 0U);
+}
+
 /// A service whose context reports.
 struct ReportedService : Reports {
   std::string flaw;
