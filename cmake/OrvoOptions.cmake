@@ -40,3 +40,10 @@ function(orvo_harden target)
       -Wl,-z,relro,-z,now,-z,noexecstack)
   endif()
 endfunction()
+
+# The thread sanitizer is slow and finds nothing in what runs on one thread: such tests are left to
+# the other presets.
+set(orvo_seeks_races OFF)
+if(CMAKE_CXX_FLAGS MATCHES "-fsanitize=thread")
+  set(orvo_seeks_races ON)
+endif()
