@@ -61,11 +61,12 @@ std::optional<ImageSize> imageSize(std::string_view text) {
   return ImageSize{.width = *width, .height = *height};
 }
 
-Parameter identifier(std::string& target, std::string description) {
+Parameter identifier(std::string& target, std::string description, Listed listed) {
   return {.name = "ID",
           .description = std::move(description),
           .values = {.accepts = [](const std::string& text) { return !text.empty(); },
-                     .wanted = "an identifier"},
+                     .wanted = "an identifier",
+                     .identifiers = listed},
           .target = &target,
           .required = true};
 }

@@ -35,7 +35,8 @@ namespace orvo::tool {
 [[nodiscard]] Values imageSizes();
 
 /// The required argument `ID`.
-[[nodiscard]] Parameter identifier(std::string& target, std::string description);
+[[nodiscard]] Parameter identifier(std::string& target, std::string description,
+                                   Listed listed = Listed::items);
 
 /// The names of an enumeration's cases.
 template <NamedEnum E>

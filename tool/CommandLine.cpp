@@ -3,6 +3,7 @@
 #include <tool/Commands.h>
 #include <tool/Completion.h>
 #include <tool/Help.h>
+#include <tool/Identifiers.h>
 #include <tool/Manual.h>
 #include <tool/Output.h>
 #include <tool/Profiles.h>
@@ -10,6 +11,7 @@
 #include <tool/ValueCheck.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 namespace orvo::tool {
 
@@ -50,6 +52,9 @@ std::vector<Note> variables() {
   return {{"ORVO_API", "The base URL of the service's API, as --api"},
           {"ORVO_RESOURCES", "The base URL of its images; it counts with ORVO_API only"},
           {"ORVO_CLIENT", "The kind of device to appear as, as --client"},
+          {"ORVO_COMPLETE_IDENTIFIERS",
+           "Not empty: shells complete identifiers, too, for which the service is asked; with "
+           "--demo they always do"},
           {"NO_COLOR", "Not empty: no colours"},
           {"CLICOLOR_FORCE", "Neither empty nor 0: colours, also where there is no terminal"},
           {"CLICOLOR", "0: no colours"},
@@ -194,12 +199,27 @@ std::vector<Parameter> CommandLine::globalOptions() {
 std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) {
   // Between the shell and the tool: any words may follow, so it is none of the commands.
   if (argc > 1 && std::string_view(argv[1]) == "complete") {
-    return Explanation{0, completions(table_, {argv + 2, argv + argc})};
+    const auto identifiers = [this](Listed listed) { return this->identifiers(listed); };
+    return Explanation{0, completions(table_, {argv + 2, argv + argc}, identifiers)};
   }
   auto parsed = parse(table_, argc, argv);
   if (auto* explanation = std::get_if<Explanation>(&parsed)) return std::move(*explanation);
   chosen_ = std::get<const Command*>(parsed);
   return std::nullopt;
+}
+
+/// A shell must not ask a service whenever somebody presses a key, unless that is wanted.
+std::vector<Note> CommandLine::identifiers(Listed listed) const {
+  const char* asked = std::getenv("ORVO_COMPLETE_IDENTIFIERS");
+  if (!service_.demo && (asked == nullptr || *asked == '\0')) return {};
+  try {
+    GlobalOptions options;
+    static_cast<ServiceChoice&>(options) = chooseService(service_);
+    Tool tool(std::move(options));
+    return knownIdentifiers(tool, listed);
+  } catch (const WrongUsage&) {
+    return {};
+  }
 }
 
 int CommandLine::run() {

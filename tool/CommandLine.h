@@ -31,6 +31,8 @@ class CommandLine {
   /// The command that is to be explained; or the tool itself.
   [[nodiscard]] const Command* helped() const;
 
+  [[nodiscard]] std::vector<Note> identifiers(Listed listed) const;
+
   WrittenService service_;
   bool json_ = false;
   bool verbose_ = false;

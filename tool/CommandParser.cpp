@@ -13,22 +13,6 @@ namespace orvo::tool {
 
 namespace {
 
-template <class... Cases>
-struct Overloaded : Cases... {
-  using Cases::operator()...;
-};
-template <class... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;
-
-void store(const Target& target, const std::string& text) {
-  std::visit(Overloaded{[](bool* flag) { *flag = true; },
-                        [&](std::int64_t* value) { *value = wholeNumber(text).value(); },
-                        [&](std::optional<std::int64_t>* value) { *value = wholeNumber(text); },
-                        [&](std::string* value) { *value = text; },
-                        [&](std::optional<std::string>* value) { *value = text; }},
-             target);
-}
-
 CLI::Option* add(CLI::App& app, const Parameter& parameter) {
   if (auto* const* flag = std::get_if<bool*>(&parameter.target)) {
     return app.add_flag(parameter.name, **flag, parameter.description);

@@ -25,6 +25,9 @@ struct Range {
   [[nodiscard]] bool isOpen() const { return most >= 1'000'000'000; }
 };
 
+/// What a service has identifiers of.
+enum class Listed { nothing, videos, pages, items, collections };
+
 /// Which values an argument or an option takes: those of `choices`, or whole numbers in `range`, or
 /// texts that `accepts` takes; any text when none of them is given. `ofSeveral`: some of the
 /// choices, with commas between them.
@@ -41,6 +44,8 @@ struct Values {
   bool mayHoldSpaces = false;
   /// What a shell offers beside `choices`.
   std::function<std::vector<std::string>()> suggestions{};
+  Listed identifiers = Listed::nothing;
+  bool isFile = false;
 };
 
 [[nodiscard]] inline Values anyOf(std::vector<std::string> choices, std::string name = "NAME") {

@@ -19,9 +19,11 @@ const char* const kBash = R"shell(_orvo() {
   while IFS=$'\t' read -r candidate _; do
     if [[ $candidate == :files ]]; then
       compopt -o default
-    else
-      COMPREPLY+=("$(printf %q "${candidate#"$kept"}")")
+      continue
     fi
+    candidate=${candidate#"$kept"}
+    [[ $candidate != *[^a-zA-Z0-9_.,:/@%+-]* ]] || candidate=$(printf %q "$candidate")
+    COMPREPLY+=("$candidate")
   done < <("${1/#\~\//$HOME/}" complete "${words[@]}" 2>/dev/null)
 }
 complete -F _orvo orvo
@@ -53,9 +55,10 @@ fi
 
 const char* const kFish = R"shell(function __orvo_complete
     set -l words (commandline -opc)
-    for line in (orvo complete $words (commandline -ct | string collect -a) 2>/dev/null)
+    set -l typed (commandline -ct)
+    for line in (orvo complete $words "$typed" 2>/dev/null)
         if test "$line" = :files
-            __fish_complete_path (commandline -ct)
+            __fish_complete_path "$typed"
         else
             printf '%s\n' "$line"
         end

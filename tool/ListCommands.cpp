@@ -69,7 +69,8 @@ void addListCommands(Commands& commands) {
   commands.push_back(
       {.name = "collection",
        .description = "A collection of videos and pages",
-       .arguments = {identifier(collection->id, "The collection's identifier, as pages list it")},
+       .arguments = {identifier(collection->id, "The collection's identifier, as pages list it",
+                                Listed::collections)},
        .options = std::move(options),
        .examples = {"orvo --demo collection everything --limit 5",
                     "orvo --demo collection everything --all --format jsonl"},
@@ -79,17 +80,18 @@ void addListCommands(Commands& commands) {
   options = pagingOptions(playlist->paging);
   options.push_back({.name = "--including",
                      .description = "A video to play in any case",
-                     .values = {.name = "VIDEO_ID"},
+                     .values = {.name = "VIDEO_ID", .identifiers = Listed::videos},
                      .target = &playlist->including,
                      .excludes = {"--limit", "--offset", "--all"}});
   addListOptions(options, playlist->list, kItemFields);
-  commands.push_back({.name = "playlist",
-                      .description = "Videos that play one after another",
-                      .arguments = {identifier(playlist->id, "The playlist's identifier")},
-                      .options = std::move(options),
-                      .examples = {"orvo --demo playlist episodes-workbench",
-                                   "orvo --demo playlist episodes-workbench --including welcome"},
-                      .run = [playlist](Tool& tool) { return runPlaylist(tool, *playlist); }});
+  commands.push_back(
+      {.name = "playlist",
+       .description = "Videos that play one after another",
+       .arguments = {identifier(playlist->id, "The playlist's identifier", Listed::collections)},
+       .options = std::move(options),
+       .examples = {"orvo --demo playlist episodes-workbench",
+                    "orvo --demo playlist episodes-workbench --including welcome"},
+       .run = [playlist](Tool& tool) { return runPlaylist(tool, *playlist); }});
 }
 
 }  // namespace orvo::tool

@@ -157,7 +157,7 @@ void addPlayCommand(Commands& commands) {
            "The player gets the stream's address through a descriptor: the address holds a token, "
            "and arguments can be seen by every user of the device. The tool ends with the player, "
            "and with status 1 when the player does not end with 0.",
-       .arguments = {identifier(written->id, "The video's identifier")},
+       .arguments = {identifier(written->id, "The video's identifier", Listed::videos)},
        .options = {{.name = "--player",
                     .description = "The player",
                     .values = anyOf(names),

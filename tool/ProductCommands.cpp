@@ -41,7 +41,7 @@ void addProductCommands(Commands& commands) {
   commands.push_back(
       {.name = "page",
        .description = "A page: a show, a channel or an event",
-       .arguments = {identifier(page->id, "The page's identifier")},
+       .arguments = {identifier(page->id, "The page's identifier", Listed::pages)},
        .examples = {"orvo --demo page view-discover", "orvo --demo page show-workbench --json"},
        .run = [page](Tool& tool) { return runPage(tool, *page); }});
 
@@ -49,7 +49,7 @@ void addProductCommands(Commands& commands) {
   commands.push_back(
       {.name = "video",
        .description = "A video: what it is, and when it can be watched",
-       .arguments = {identifier(video->id, "The video's identifier")},
+       .arguments = {identifier(video->id, "The video's identifier", Listed::videos)},
        .options = {{.name = "--playlist-id",
                     .description = "The playlist that it is played from",
                     .values = {.name = "ID"},

@@ -93,14 +93,14 @@ void addStreamCommands(Commands& commands) {
   commands.push_back(
       {.name = "stream",
        .description = "The address of a video's stream, with the token in it",
-       .arguments = {identifier(*streamID, "The video's identifier")},
+       .arguments = {identifier(*streamID, "The video's identifier", Listed::videos)},
        .examples = {"orvo --demo stream welcome", "orvo --demo stream welcome --json"},
        .run = [streamID](Tool& tool) { return runStream(tool, *streamID); }});
 
   const auto adsID = std::make_shared<std::string>();
   commands.push_back({.name = "ads",
                       .description = "Where a stream has ads, and what to call for them",
-                      .arguments = {identifier(*adsID, "The video's identifier")},
+                      .arguments = {identifier(*adsID, "The video's identifier", Listed::videos)},
                       .examples = {"orvo --demo ads welcome", "orvo --demo ads welcome --json"},
                       .run = [adsID](Tool& tool) { return runAds(tool, *adsID); }});
 }

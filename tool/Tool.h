@@ -10,6 +10,7 @@
 #include <tool/Screen.h>
 #include <tool/ServiceChoice.h>
 
+#include <algorithm>
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -37,6 +38,9 @@ class Tool {
   /// How long programmes of the demo service are; to be set before it is started.
   void setDemoProgramLength(std::chrono::seconds length) { demoProgramLength_ = length; }
 
+  /// No wait goes on after that.
+  void endWaitsAt(std::chrono::steady_clock::time_point end) { end_ = end; }
+
   /// Opens a session and loads the configuration at the first call.
   [[nodiscard]] Result<std::shared_ptr<Context>> context();
   /// What builders of image URLs need; asks the service nothing.
@@ -51,7 +55,7 @@ class Tool {
   template <class T>
   [[nodiscard]] Result<T> wait(const Future<T>& future, Progress& progress) {
     // Requests have time-outs of their own; this one is for a server that trickles for ever.
-    const auto end = std::chrono::steady_clock::now() + std::chrono::minutes(10);
+    const auto end = std::min(std::chrono::steady_clock::now() + std::chrono::minutes(10), end_);
     while (true) {
       Result<T> result = future.wait(std::chrono::milliseconds(120));
       if (future.didComplete() || std::chrono::steady_clock::now() >= end) return result;
@@ -84,6 +88,7 @@ class Tool {
   GlobalOptions options_;
   std::chrono::seconds demoProgramLength_{0};  // as on television
   std::unique_ptr<demo::DemoService> demo_;
+  std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::time_point::max();
   bool isServiceKnown_ = false;
   std::shared_ptr<Context> context_;
   /// Or has tried to, in vain.

@@ -9,6 +9,13 @@ namespace orvo::tool {
 
 namespace {
 
+template <class... Cases>
+struct Overloaded : Cases... {
+  using Cases::operator()...;
+};
+template <class... Cases>
+Overloaded(Cases...) -> Overloaded<Cases...>;
+
 std::string rangeText(const Range& range) {
   if (range.isOpen()) return "a whole number of " + countText(range.least) + " or more";
   return "a whole number from " + countText(range.least) + " to " + countText(range.most);
@@ -21,6 +28,15 @@ std::optional<std::int64_t> wholeNumber(const std::string& text) {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
   return value;
+}
+
+void store(const Target& target, const std::string& text) {
+  std::visit(Overloaded{[](bool* flag) { *flag = true; },
+                        [&](std::int64_t* value) { *value = wholeNumber(text).value(); },
+                        [&](std::optional<std::int64_t>* value) { *value = wholeNumber(text); },
+                        [&](std::string* value) { *value = text; },
+                        [&](std::optional<std::string>* value) { *value = text; }},
+             target);
 }
 
 std::string didYouMean(const std::optional<std::string>& nearest) {

@@ -17,6 +17,9 @@ struct WrongUsage : std::runtime_error {
 /// Nothing, or what is wrong with the text: `"x" is not one of png, jpg`.
 [[nodiscard]] std::string complaint(const Values& values, const std::string& text);
 
+/// Puts a text that there is no complaint about where it goes.
+void store(const Target& target, const std::string& text);
+
 /// `; did you mean this?`, or nothing.
 [[nodiscard]] std::string didYouMean(const std::optional<std::string>& nearest);
 

@@ -48,6 +48,12 @@ for program in "$work/by-cmake/program" "$work/by-pkg-config"; do
   grep -qE '^https?://.*/film-long-thaw/[^/]+/playlist\.m3u8$' <<<"$printed"
 done
 
+# With the tool come its manual pages and what lets shells complete its command lines.
+for file in man/man1/orvo.1 man/man1/orvo-collection.1 bash-completion/completions/orvo \
+  zsh/vendor-completions/_orvo fish/vendor_completions.d/orvo.fish; do
+  grep -q orvo "$work/prefix/share/$file"
+done
+
 # Every header that README sends its reader to is there.
 for header in $(grep -oE '`[A-Z][A-Za-z]+/[A-Za-z]+\.h`' "$source/README.md" | tr -d '`'); do
   [[ -f $work/prefix/include/OrvoAPI/$header ]] || { echo "README names $header"; exit 1; }
