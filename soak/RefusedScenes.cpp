@@ -1,5 +1,6 @@
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/ListWalk.h>
+#include <OrvoAPI/Context/RequestReport.h>
 #include <OrvoAPI/Futures/Coroutine.h>
 #include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 #include <OrvoAPI/Network/URLSession.h>
@@ -66,6 +67,24 @@ class PageFetch final : public WithContext {
   Ending act(const Service&) override {
     return endingOf(context_->fetchPage("view-discover", {.noCache = true}));
   }
+};
+
+class ReportedFetch final : public Player {
+ public:
+  explicit ReportedFetch(const Service& service)
+      : context_(ContextService::context(
+                     service.lasting.api, service.lasting.resources, Client::appleTV,
+                     {.context = {.logger = std::make_shared<CountingLogger>(),
+                                  .onReport = [](const RequestReport&) { throw std::bad_alloc(); },
+                                  .logsRequests = true}})
+                     .wait(kPatience)
+                     .force()) {}
+  Ending act(const Service&) override {
+    return endingOf(context_->fetchPage("view-discover", {.noCache = true}));
+  }
+
+ private:
+  const SharedContext context_;
 };
 
 class Collection final : public WithContext {
@@ -292,13 +311,13 @@ Service Service::fromText(std::string_view text) {
 
 const std::vector<Scene>& scenes() {
   static const std::vector<Scene> scenes{
-      {"session", makePlayer<Session>},       {"page", makePlayer<PageFetch>},
-      {"collection", makePlayer<Collection>}, {"guide", makePlayer<Guide>},
-      {"cache hit", makePlayer<CacheHit>},    {"cancel", makePlayer<Cancel>},
-      {"monitor", makePlayer<Monitor>},       {"renewal", makePlayer<Renewal>},
-      {"redirect", makePlayer<Redirect>},     {"TLS", makePlayer<Secure>, true},
-      {"coroutine", makePlayer<Coroutine>},   {"futures", makePlayer<Futures>},
-      {"end", makePlayer<ProcessEnd>}};
+      {"session", makePlayer<Session>},      {"page", makePlayer<PageFetch>},
+      {"report", makePlayer<ReportedFetch>}, {"collection", makePlayer<Collection>},
+      {"guide", makePlayer<Guide>},          {"cache hit", makePlayer<CacheHit>},
+      {"cancel", makePlayer<Cancel>},        {"monitor", makePlayer<Monitor>},
+      {"renewal", makePlayer<Renewal>},      {"redirect", makePlayer<Redirect>},
+      {"TLS", makePlayer<Secure>, true},     {"coroutine", makePlayer<Coroutine>},
+      {"futures", makePlayer<Futures>},      {"end", makePlayer<ProcessEnd>}};
   return scenes;
 }
 

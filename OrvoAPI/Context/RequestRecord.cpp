@@ -262,6 +262,7 @@ void RequestRecord::complete(Facts& facts) {
     report.isConnectionReused = hop.isConnectionReused;
     report.protocol = hop.protocol;
     std::copy(hop.times.begin(), hop.times.end(), marks.begin() + hopBegun);
+    if (redirects.empty()) marks[hopBegun] = marks[lastSent];
   } else if (marks[lastSent] != Time()) {
     marks[sent] = marks[lastSent];
     marks[firstByte] = marks[done];

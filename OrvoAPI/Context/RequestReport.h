@@ -23,7 +23,7 @@ enum class RequestPhase {
   renewal,
   /// Redirects that were followed, up to the request to the last place.
   redirects,
-  /// Waiting for a free connection.
+  /// Waiting for a free connection, and for the network thread.
   queue,
   /// Resolving the host's name.
   name,

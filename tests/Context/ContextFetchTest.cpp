@@ -133,6 +133,31 @@ TEST(ContextFetch, AnIdentifierThatMakesNoURLIsNeverSent) {
   EXPECT_EQ(stubbed.requests(), 0U);
 }
 
+TEST(ContextFetch, EachFailureSaysWhatWasAskedFor) {
+  StubbedContext stubbed;
+  const auto& context = *stubbed.context;
+  const auto said = [](const auto& future) {
+    const auto error = errorOf(future);
+    return error.context() != nullptr ? error.context()->description() : "nothing";
+  };
+  const auto missing = context.fetchItemCollection("c");
+  stubbed.answer(404);
+  EXPECT_EQ(said(missing), "fetchItemCollection c");
+  const auto unreadable = context.fetchSearchSuggestions("q");
+  stubbed.answer(200, "{}");
+  EXPECT_EQ(said(unreadable), "fetchSearchSuggestions q");
+  EXPECT_TRUE(caseOf<GeneralError::underlying>(errorOf(unreadable)));
+  const auto lost = context.fetchLineup(url("http://h/l?q"));
+  stubbed.queue->run();
+  stubbed.network->fetches.fail(2, URLError{URLError::timedOut, "late"});
+  stubbed.queue->run();
+  EXPECT_EQ(said(lost), "fetchLineup /l");
+  EXPECT_EQ(errorOf(lost).as<URLError>()->code, URLError::timedOut);
+  EXPECT_EQ(said(context.fetchVideo("a b")), "fetchVideo a b");
+  const auto mapped = context.fetchPage("a b").map([](const auto& page) { return page->id; });
+  EXPECT_EQ(said(mapped), "fetchPage a b");
+}
+
 TEST(ContextFetch, ASearchForOneKindTakesTheFirstSuchCollectionOrAnEmptyOne) {
   constexpr std::string_view body = R"({"collections": [
       {"type": "generic", "collection_type": "shows", "label": "A", "short_label": "A",

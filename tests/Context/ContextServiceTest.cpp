@@ -92,14 +92,28 @@ TEST(ContextService, AFailureOfTheSessionComesBeforeOneOfTheConfiguration) {
 
   StubbedService lost;
   lost.stub->fail("/v3/session", URLError{URLError::cannotFindHost, ""});
-  EXPECT_EQ(errorOf(lost.start()).as<URLError>()->code, URLError::cannotFindHost) << "unwrapped";
+  const auto error = errorOf(lost.start());
+  EXPECT_EQ(error.as<URLError>()->code, URLError::cannotFindHost) << "unwrapped";
+  EXPECT_EQ(error.context()->description(), "openSession appleTV");
 }
 
 TEST(ContextService, ABaseThatNothingResolvesAgainstFailsUnsent) {
   const StubbedService service;
   const auto error = errorOf(service.start("v3/"));
   EXPECT_EQ(caseOf<URLService::Error::invalidInput>(error)->input, "appleTV");
+  EXPECT_EQ(error.context()->note, "the base URL is relative");
   EXPECT_TRUE(service.stub->requests().empty());
+}
+
+TEST(ContextService, AddsTheSlashThatABaseLacks) {
+  StubbedService service;
+  service.succeed();
+  const auto context = valueOf(
+      ContextService::context(url("http://api.example/v3?x=1"), url("http://img.example/i"),
+                              Client::appleTV, {.session = {.protocolClasses = {service.stub}}}));
+  EXPECT_EQ(context->urlService().baseURL.text(), "http://api.example/v3/?x=1");
+  EXPECT_EQ(context->resourceHost().baseURL.text(), "http://img.example/i/");
+  EXPECT_EQ(service.stub->requests()[0].url.path(), "/v3/session");
 }
 
 // The error keeps the document for whoever looks at it, but no log line must show a token.

@@ -321,6 +321,7 @@ TEST(RequestReport, TellsHowFarAFailedRequestCame) {
   EXPECT_EQ(codeOf(nowhere[0]), URLError::cannotConnectToHost);
   EXPECT_EQ(nowhere[0].source, Source::network);
   EXPECT_EQ(nowhere[0].time(RequestPhase::wait), 0us);
+  EXPECT_EQ(nowhere[0].time(RequestPhase::redirects), 0us);
 
   (void)errorOf(ContextService::context(url("v3"), url("http://img.example/"), Client::iPad,
                                         {.context = reports.options()}));

@@ -46,6 +46,36 @@ TEST(Result, CallsProcessOnSuccessAndRescueOnFailureAndTheOtherRescueNever) {
   EXPECT_EQ(bad().rescue(fallback), 42);
 }
 
+TEST(Result, ThrowsWhatIsBothTheErrorAndAStandardException) {
+  try {
+    (void)bad().force();
+    FAIL();
+  } catch (const std::exception& error) {
+    EXPECT_STREQ(error.what(), "broken 7");
+  }
+  const auto again = Result<int>::calling([] { return bad().d_rescue([] { return 1; }); });
+  EXPECT_EQ(codeOf(again), 7);
+  try {
+    (void)again.force();
+  } catch (const ErrorException& error) {
+    const AnyError copy(error);
+    EXPECT_EQ(copy.as<Broken>()->code, 7) << "the error, not the exception";
+  }
+}
+
+TEST(AnyError, KeepsWhatItIsWhenItSaysWhatWasAskedFor) {
+  const AnyError plain = Broken{7};
+  EXPECT_EQ(plain.context(), nullptr);
+  const auto error = plain.withContext({"fetchPage", "home"}).withContext({"openScreen"});
+  EXPECT_EQ(error.context()->operation, "openScreen");
+  EXPECT_EQ(error.as<Broken>(), plain.as<Broken>());
+  EXPECT_EQ(error.description(), "broken 7 (fetchPage home) (openScreen)");
+  const auto caught = Result<int>::calling([]() -> int { throw std::out_of_range("too far"); });
+  const auto explained = caught.error()->withContext({"fetchVideo", "v", "a note"});
+  EXPECT_TRUE(explained.is<std::exception>());
+  EXPECT_EQ(explained.description(), "too far (fetchVideo v: a note)");
+}
+
 TEST(AnyError, HoldsTheEnumerationOfACase) {
   const AnyError error(GeneralError::underlying{Broken{7}});
   const auto* const general = error.as<GeneralError>();
