@@ -50,7 +50,7 @@ bool CurlSession::open() {
   }
   pool_ = std::move(pool);
   share_ = share;
-  pool_->adjustHostConnections(long{configuration_.maximumConnectionsPerHost});
+  pool_->adjustHostConnections(static_cast<long>(configuration_.maximumConnectionsPerHost));
   return true;
 }
 
@@ -61,7 +61,7 @@ void CurlSession::close() {
   }
   if (pool_ != nullptr) {
     pool_->endAll(*this);
-    pool_->adjustHostConnections(-long{configuration_.maximumConnectionsPerHost});
+    pool_->adjustHostConnections(-static_cast<long>(configuration_.maximumConnectionsPerHost));
   }
   hosts_.clear();
   idle_.clear();
@@ -183,6 +183,7 @@ void CurlSession::transferDidEnd(CurlTransfer& transfer, HTTPOutcome outcome) {
   }
   if (auto* const hop = exchange->measured()) transfer.measure(*hop);
   auto ended = pool_->remove(transfer);
+  cookies_.note(ended->headerBytes(), ended->handle());
   exchange->transfer_ = nullptr;
   ended->clear();
   if (idle_.size() < kIdleTransfersKept) idle_.push_back(std::move(ended));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <OrvoAPI/HTTP/CookieBoundInternal.h>
 #include <OrvoAPI/HTTP/CurlPoolInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
 #include <OrvoAPI/HTTP/LargeBodiesInternal.h>
@@ -83,6 +84,7 @@ class CurlSession {
   NetworkCommand closing_{NetworkCommand::Kind::close};
   std::shared_ptr<CurlPool> pool_;
   CURLSH* share_ = nullptr;
+  CookieBound cookies_;
   std::map<std::string, CurlHost, std::less<>> hosts_;
   std::vector<std::unique_ptr<CurlTransfer>> idle_;
   NetworkTime nextDeadline_ = NetworkTime::max();  // at or before the first of those that wait

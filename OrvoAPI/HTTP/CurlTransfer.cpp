@@ -1,8 +1,8 @@
-#include <OrvoAPI/HTTP/ContentLengthInternal.h>
+#include <OrvoAPI/HTTP/BodyFieldsInternal.h>
 #include <OrvoAPI/HTTP/CurlErrorsInternal.h>
 #include <OrvoAPI/HTTP/CurlSessionInternal.h>
 #include <OrvoAPI/HTTP/CurlTransferInternal.h>
-#include <OrvoAPI/HTTP/KeyLogInternal.h>
+#include <OrvoAPI/HTTP/TLSContextInternal.h>
 #include <OrvoAPI/HTTP/WatchdogInternal.h>
 #include <OrvoAPI/Version.h>
 
@@ -83,7 +83,7 @@ CurlTransfer::~CurlTransfer() { curl_easy_cleanup(handle_); }
 
 void CurlTransfer::setSecurity(const URLSessionConfiguration& configuration) {
   set(CURLOPT_PROTOCOLS_STR, "http,https");
-  if (!configuration.writesKeyLog) forgoKeyLog(handle_);
+  prepareTLS(handle_, configuration.writesKeyLog);
   set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
   // Searching a directory of certificates for each connection costs 50 ms; the one file is read
   // once and kept.
@@ -134,9 +134,10 @@ void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& se
   set(CURLOPT_HTTP_VERSION, long{secure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1});
   // It gives a second address a chance when the first does not answer. Zero would mean libcurl's
   // default.
-  constexpr long kLongest = std::numeric_limits<int>::max();
-  const long timeout = request.timeoutInterval.count();
-  set(CURLOPT_CONNECTTIMEOUT_MS, timeout > 0 ? std::min(timeout, kLongest) : kLongest);
+  constexpr std::int64_t kLongest = std::numeric_limits<int>::max();
+  const std::int64_t timeout = request.timeoutInterval.count();
+  set(CURLOPT_CONNECTTIMEOUT_MS,
+      static_cast<long>(timeout > 0 ? std::min(timeout, kLongest) : kLongest));
   setMethod(request);
   setHeaders(request);
 }
@@ -279,6 +280,7 @@ void CurlTransfer::clear() {
   sent_ = 0;
   headers_ = {};
   headerBytes_ = 0;
+  codings_ = 0;
   headIsComplete_ = false;
   bodyHasBegun_ = false;
   body_ = {};
@@ -311,7 +313,7 @@ bool CurlTransfer::receiveHeader(std::string_view line) {
   if (line.empty()) {
     headIsComplete_ = true;
     headerBegan_ = NetworkTime::max();
-    failure_ = faultOfContentLength(headers_);
+    failure_ = faultOfBodyFields(headers_, codings_);
     return !failure_;
   }
   const auto colon = line.find(':');
@@ -331,9 +333,9 @@ bool CurlTransfer::receiveBody(std::string_view bytes) {
     curl_off_t announced = -1;
     curl_easy_getinfo(handle_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &announced);
     if (announced > 0) {
-      const auto size = static_cast<std::size_t>(announced);
+      const auto size = static_cast<std::uint64_t>(announced);
       if (size > maximumBodySize_) return failTooLong("the body is too long");
-      body_.expect(size);
+      body_.expect(static_cast<std::size_t>(size));
     }
   }
   if (bytes.size() > maximumBodySize_ - body_.size()) return failTooLong("the body is too long");

@@ -65,7 +65,8 @@ class CurlTransfer {
   void setFresh(bool connection, bool name);
   /// Bytes of the header, interim ones included, and of the body, decoded, so far.
   [[nodiscard]] std::uint64_t received() const { return received_; }
-  /// How many there may be.
+  [[nodiscard]] std::size_t headerBytes() const { return headerBytes_; }
+  /// How many bytes there may be in all.
   [[nodiscard]] std::uint64_t bound() const {
     constexpr auto kMost = std::numeric_limits<std::uint64_t>::max();
     return maximumHeaderSize_ > kMost - maximumBodySize_ ? kMost
@@ -159,6 +160,7 @@ class CurlTransfer {
   bool multiplexed_ = false;
   HTTPHeaders headers_;
   std::size_t headerBytes_ = 0;
+  unsigned codings_ = 0;
   bool headIsComplete_ = false;
   bool bodyHasBegun_ = false;
   BodyBuffer body_;

@@ -144,6 +144,21 @@ TEST(URLSessionFault, OfALengthThatAStrictReaderRefuses) {
   }
 }
 
+TEST(URLSessionFault, OfMoreThanOneCoding) {
+  const std::string coded = "HTTP/1.1 200 OK\r\nContent-Encoding: gzip", empty = "\r\n\r\n";
+  const std::vector<std::pair<std::string, int>> answers = {
+      {coded + ", zstd" + empty, URLError::cannotDecodeRawData},
+      {coded + "\r\ncontent-encoding: GZIP" + empty, URLError::cannotDecodeRawData},
+      {coded + "\r\nTransfer-Encoding: br" + empty, URLError::cannotDecodeRawData},
+      {"HTTP/1.1 103 Hints\r\nContent-Encoding: br\r\n\r\n" + coded + empty,
+       URLError::cannotDecodeRawData},
+      {coded + ", Identity\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 200}};
+  for (const auto& [answer, code] : answers) {
+    const ScriptedServer server(answer);
+    EXPECT_EQ(codeOf(URLSession().fetch({.url = server.url()})), code) << answer;
+  }
+}
+
 TEST(URLSessionFault, OfAHeaderThatIsTooLongToBeSentIsTheRequests) {
   const ScriptedServer server("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
   const std::string token(60U << 20, 't');

@@ -102,6 +102,18 @@ TEST_F(URLSessionTLS, TakesEachByteThatIsSentForASignOfLifeToo) {
             200);
 }
 
+TEST_F(URLSessionTLS, ComputesInNoGroupThatWouldTakeSeconds) {
+  const auto certificate = authority_.issue({.isRSA = true});
+  for (const auto& [group, code] : {std::pair("ffdhe4096", URLError::networkConnectionLost),
+                                    std::pair("ffdhe6144", URLError::secureConnectionFailed)}) {
+    const auto end = with([&](Connection& connection) {
+      agreeInGroup(connection, certificate, group);
+      return std::string();
+    });
+    EXPECT_EQ(end.code, code) << group;
+  }
+}
+
 TEST_F(URLSessionTLS, TellsNothingToWhomItDoesNotTrust) {
   const CertificateAuthority stranger;
   for (const int version : {TLS1_2_VERSION, TLS1_3_VERSION}) {

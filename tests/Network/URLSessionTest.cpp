@@ -157,6 +157,38 @@ TEST(URLSessionCookies, StayWithinTheSession) {
   EXPECT_EQ(cookies, "(none) id=7 id=7 (none) ");
 }
 
+TEST(URLSessionCookies, OfAHostThatSetsTooManyGo) {
+  constexpr int kAnswers = 5;  // as much as a session keeps, and more
+  std::string fields;
+  for (int i = 0; i < 15; ++i) {
+    fields += "Set-Cookie: " + std::to_string(i) + "-%=" + std::string(4000, 'x') + "\r\n";
+  }
+  int answers = 0;
+  std::string heard;
+  const ScriptedServer greedy([&](Connection& connection) {
+    for (heard = connection.readHead(); !heard.empty(); heard = connection.readHead()) {
+      auto numbered = fields;
+      std::ranges::replace(numbered, '%', static_cast<char>('a' + answers++));
+      connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n" + numbered + "\r\n");
+      if (answers > kAnswers) break;
+    }
+  });
+  const HTTPServer modest(echo);
+  auto local = modest.url().text();
+  local.replace(local.find("127.0.0.1"), std::string_view("127.0.0.1").size(), "localhost");
+  const auto url = *URL::parse(local);
+  URLSession session;
+  EXPECT_EQ(codeOf(session.fetch({.url = url})), 200);
+  for (int i = 0; i < kAnswers; ++i) {
+    EXPECT_EQ(codeOf(session.fetch({.url = greedy.url()})), 200);
+    EXPECT_EQ(heard.find("Cookie: ") != std::string::npos, i > 0);
+  }
+  EXPECT_EQ(codeOf(session.fetch({.url = greedy.url()})), 200);
+  EXPECT_EQ(heard.find("Cookie: "), std::string::npos);
+  EXPECT_EQ(codeOf(session.fetch({.url = url})), 200);
+  EXPECT_EQ(modest.requests().back().header("Cookie"), "id=7") << "others keep theirs";
+}
+
 TEST(URLSessionConnections, AreAtMostTenToAHostForEachSession) {
   Signal arrived;
   Signal released;

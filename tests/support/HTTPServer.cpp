@@ -14,7 +14,8 @@ namespace {
 /// A certificate without a signature.
 Certificate draft(const char* name, const CertificateOptions& options) {
   static std::atomic<long> serial{1};
-  const Certificate draft{{X509_new(), X509_free}, {EVP_EC_gen("P-256"), EVP_PKEY_free}};
+  const Certificate draft{{X509_new(), X509_free},
+                          {options.isRSA ? EVP_RSA_gen(2048) : EVP_EC_gen("P-256"), EVP_PKEY_free}};
   auto* const certificate = draft.certificate.get();
   X509_set_version(certificate, X509_VERSION_3);
   ASN1_INTEGER_set(X509_get_serialNumber(certificate), serial++);

@@ -20,6 +20,7 @@ struct CertificateOptions {
   std::chrono::hours validFrom{-1};  // from now on
   std::chrono::hours validTo{1};
   bool selfSigned = false;
+  bool isRSA = false;
 };
 
 /// An authority that only this test knows, with its own certificate in a file for clients to trust.

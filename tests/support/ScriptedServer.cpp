@@ -124,6 +124,22 @@ std::string answerSecurely(Connection& connection, const Certificate& certificat
   return request;
 }
 
+void agreeInGroup(Connection& connection, const Certificate& certificate, const char* group) {
+  const auto context = serverContext(certificate);
+  SSL_CTX_set_max_proto_version(context.get(), TLS1_2_VERSION);
+  SSL_CTX_set_cipher_list(context.get(), "kDHE");
+  EVP_PKEY* parameters = nullptr;
+  EVP_PKEY_CTX* const making = EVP_PKEY_CTX_new_from_name(nullptr, "DH", nullptr);
+  EVP_PKEY_paramgen_init(making);
+  EVP_PKEY_CTX_ctrl_str(making, "group", group);
+  EVP_PKEY_paramgen(making, &parameters);
+  EVP_PKEY_CTX_free(making);
+  SSL_CTX_set0_tmp_dh_pkey(context.get(), parameters);
+  const std::unique_ptr<SSL, void (*)(SSL*)> tls(SSL_new(context.get()), SSL_free);
+  SSL_set_fd(tls.get(), connection.socket_);
+  SSL_accept(tls.get());
+}
+
 ScriptedServer::ScriptedServer(Script script) : script_(std::move(script)) {
   std::tie(listener_, port_) = listenOnLoopback();
   accepting_ = std::thread([this] { accept(); });

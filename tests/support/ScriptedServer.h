@@ -29,6 +29,7 @@ class Connection {
   friend class ScriptedServer;
   friend class SecureHTTP2;
   friend std::string answerSecurely(Connection&, const Certificate&, int);
+  friend void agreeInGroup(Connection&, const Certificate&, const char*);
   int socket_;
   std::string received_;
 };
@@ -52,6 +53,8 @@ class SecureHTTP2 {
 /// handshake down, all that came after that.
 std::string answerSecurely(Connection& connection, const Certificate& certificate,
                            int newestVersion);
+/// Shakes hands in the classic Diffie-Hellman way, in a group of OpenSSL's.
+void agreeInGroup(Connection& connection, const Certificate& certificate, const char* group);
 
 /// A server on a free loopback port that does exactly what its script says, however wrong. Each
 /// connection has a thread; the destructor ends them.
