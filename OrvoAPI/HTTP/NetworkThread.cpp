@@ -26,6 +26,8 @@ namespace {
 constexpr int kEventsAtATime = 64;
 /// Longer than a few answers take, shorter than anybody notices.
 constexpr std::chrono::microseconds kLongestHold{250};
+/// More than any process opens; libcurl counts those of all sessions in a `long`.
+constexpr unsigned kMostConnectionsPerHost = 10'000;
 /// Nothing on the way forgets a connection for less.
 constexpr std::chrono::seconds kShortestSleep{5};
 
@@ -66,7 +68,8 @@ std::shared_ptr<CurlSession> NetworkThread::makeSession(URLSessionConfiguration 
     const char* const file = std::getenv("SSL_CERT_FILE");  // NOLINT(concurrency-mt-unsafe)
     if (file != nullptr && *file != '\0') configuration.certificateAuthorityFile = file;
   }
-  configuration.maximumConnectionsPerHost = std::max(configuration.maximumConnectionsPerHost, 1U);
+  configuration.maximumConnectionsPerHost =
+      std::clamp(configuration.maximumConnectionsPerHost, 1U, kMostConnectionsPerHost);
   return std::make_shared<CurlSession>(std::move(configuration));
 }
 

@@ -61,7 +61,7 @@ void Watchdog::wake() {
 
 void Watchdog::work() {
   MutexGuard guard(mutex_);
-  for (std::uint64_t seen = 0; !isEnding_;) {
+  for (std::size_t seen = 0; !isEnding_;) {
     const auto calls = calls_.load();
     if (calls != seen) {
       seen = calls;
@@ -98,7 +98,8 @@ void Watchdog::look() {
     greatest = growth;
     busiest = connections;
   }
-  if ((delivered - deliveredBefore_) * Connections::kMostBytesForOne >= greatest) {
+  const std::uint64_t deliveredSince = delivered - deliveredBefore_;
+  if (deliveredSince * Connections::kMostBytesForOne >= greatest) {
     began_.reset();  // a large answer, on a slow device, is no flood
   } else if (busiest != nullptr && used - *began_ >= kLongestCall) {
     busiest->shutDownBusiest();

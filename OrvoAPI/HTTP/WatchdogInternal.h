@@ -58,9 +58,9 @@ class Watchdog {
   void work();
   void look() ORVO_REQUIRES(mutex_);
 
-  std::atomic<std::uint64_t> calls_{0};  // odd within a call
+  std::atomic<std::size_t> calls_{0};  // odd within a call; may wrap, as the next
   std::atomic<bool> isAsleep_{false};
-  std::atomic<std::uint64_t> delivered_{0};
+  std::atomic<std::size_t> delivered_{0};
 
   Mutex mutex_;
   std::condition_variable changed_;
@@ -68,9 +68,9 @@ class Watchdog {
   bool isEnding_ ORVO_GUARDED_BY(mutex_) = false;
   /// The network thread's time when the call was first seen.
   std::optional<std::chrono::nanoseconds> began_ ORVO_GUARDED_BY(mutex_);
-  std::uint64_t deliveredBefore_ ORVO_GUARDED_BY(mutex_) = 0;  // likewise
-  clockid_t networkClock_ = CLOCK_MONOTONIC;                   // set before its thread starts
-  std::optional<pthread_t> thread_;                            // network thread only
+  std::size_t deliveredBefore_ ORVO_GUARDED_BY(mutex_) = 0;  // likewise
+  clockid_t networkClock_ = CLOCK_MONOTONIC;                 // set before its thread starts
+  std::optional<pthread_t> thread_;                          // network thread only
 };
 
 }  // namespace orvo::detail

@@ -112,7 +112,7 @@ void joinWithin(pthread_t thread, std::chrono::milliseconds patience) {
   clock_gettime(kClock, &until);
   const auto nanoseconds = std::chrono::nanoseconds(patience).count() + until.tv_nsec;
   until.tv_sec += nanoseconds / 1'000'000'000;
-  until.tv_nsec = nanoseconds % 1'000'000'000;
+  until.tv_nsec = static_cast<long>(nanoseconds % 1'000'000'000);
   join(thread, nullptr, &until);
 }
 

@@ -101,7 +101,7 @@ void Timer::arm() {
   } else if (!heap_.empty()) {
     const auto seconds = std::chrono::floor<std::chrono::seconds>(heap_.front().due);
     time.it_value.tv_sec = seconds.count();
-    time.it_value.tv_nsec = (heap_.front().due - seconds).count();
+    time.it_value.tv_nsec = static_cast<long>((heap_.front().due - seconds).count());
   }
   timerfd_settime(timer_, TFD_TIMER_ABSTIME, &time, nullptr);
 }

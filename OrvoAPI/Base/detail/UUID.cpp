@@ -8,6 +8,7 @@
 #include <atomic>
 #include <bit>
 #include <cerrno>
+#include <cstddef>
 #include <cstdint>
 
 namespace orvo::detail {
@@ -17,7 +18,7 @@ namespace {
 /// For a system that gives no random numbers: unlike all others of this process, and most likely of
 /// others.
 std::array<unsigned char, 16> uniqueHere() {
-  static std::atomic<std::uint64_t> count{0};
+  static std::atomic<std::size_t> count{0};
   timespec time{};
   clock_gettime(CLOCK_REALTIME, &time);
   const auto now = static_cast<std::uint64_t>(time.tv_sec) * 1'000'000'000 +

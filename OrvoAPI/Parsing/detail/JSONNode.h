@@ -18,8 +18,8 @@ void destroy(const JSONDocument* document) noexcept;
 /// A place in a document, in the reader's own form. Owns nothing. Passed by value: a processor
 /// stalls when it loads as one what it has just stored as two.
 struct JSONPosition {
-  std::uint64_t document = 0;
-  std::uint64_t place = 0;
+  std::uintptr_t document = 0;
+  std::size_t place = 0;
 
   friend bool operator==(const JSONPosition&, const JSONPosition&) = default;
 };
