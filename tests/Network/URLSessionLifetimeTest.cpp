@@ -125,8 +125,10 @@ TEST(URLSessionOutOfMemory, LeavesAFutureTheResultThatTheAppHasGivenIt) {
   const auto fetch = session.fetch({.url = server.url()});
   ASSERT_TRUE(asked.wait());
   fetch.failure(GeneralError::elementNotFound{});
-  networkIsRefusedMemory = true;
   const auto waiting = session.fetch({.url = server.url()});
+  const ScriptedServer other("HTTP/1.0 204 None\r\n\r\n");
+  ASSERT_EQ(codeOf(session.fetch({.url = other.url()})), 204) << "after which that one waits";
+  networkIsRefusedMemory = true;
   letGo.tell();
   (void)resultOf(waiting);  // the first one is at its end
   (void)resultOf(session.fetch({.url = server.url()}));
