@@ -70,7 +70,7 @@ CommandLine::CommandLine()
              .details =
                  "On a terminal lists are drawn. In a pipe they are lines with tabs between the "
                  "fields, as a service sends them; --format and --fields choose otherwise. All "
-                 "output is UTF-8.",
+                 "output is UTF-8, whatever the locale.",
              .globalOptions = globalOptions(),
              .commands = allCommands(service_),
              .examples = {"orvo --demo guide", "orvo --demo search night", "orvo help search"},

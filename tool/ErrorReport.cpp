@@ -105,7 +105,9 @@ Json errorJson(const AnyError& error, Secrets secrets) {
 std::string explanation(const AnyError& error) {
   if (const auto* general = error.as<GeneralError>()) {
     const auto* wrapper = general->as<GeneralError::underlying>();
-    return wrapper != nullptr ? explanation(wrapper->error) : general->description();
+    if (wrapper != nullptr) return explanation(wrapper->error);
+    return general->is<GeneralError::elementNotFound>() ? "there is no such thing"
+                                                        : "this cannot be done now";
   }
   if (const auto* parse = error.as<JSONParseError>()) return parseText(*parse);
   if (const auto* reader = error.as<JSONReaderError>()) {

@@ -78,6 +78,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
                                     {interruption.descriptor(), POLLIN, 0},
                                     {STDOUT_FILENO, 0, 0}}};  // tells when the reader has gone
       const bool timeHasPassed = poll(events.data(), events.size(), timeout()) == 0;
+      if (events[1].revents != 0) wipeInterruption();
       if (events[1].revents != 0 || events[2].revents != 0) return 0;
       claim.drain();
       if (patience_.due() && clock_->elapsed() >= *patience_.due()) loadAgain();

@@ -121,6 +121,11 @@ void print(std::string_view text) {
 
 void printDiagnostic(std::string_view text) { writeAll(STDERR_FILENO, text); }
 
+void wipeInterruption() {
+  const Terminal terminal = standardError();
+  if (terminal.isTerminal) printDiagnostic(terminal.redraws ? "\r\x1b[K" : "\n");
+}
+
 std::string styled(const Terminal& terminal, Style style, std::string_view text) {
   if (!terminal.colour || style == Style::plain || text.empty()) return std::string(text);
   return std::string(sequence(style)).append(text).append("\x1b[0m");

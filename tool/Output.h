@@ -42,6 +42,9 @@ void print(std::string_view text);
 /// Writes to standard error; what cannot be written is dropped.
 void printDiagnostic(std::string_view text);
 
+/// Takes away what a terminal shows of the key that has just interrupted the program.
+void wipeInterruption();
+
 enum class Style { plain, strong, faint, accent, good, warning, bad, marked };
 
 /// The text between the control sequences of the style, where colours are wanted.

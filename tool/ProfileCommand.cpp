@@ -78,7 +78,7 @@ Profiles change(const WrittenProfile& written, const WrittenService& service) {
 void drawProfiles(Screen& screen, const Profiles& profiles) {
   if (profiles.all.empty()) {
     screen.paragraph("There are no profiles. This adds one:");
-    screen.paragraph("  orvo profile add NAME --api URL --resources URL");
+    screen.line("  orvo profile add NAME --api URL --resources URL");
     return;
   }
   Table table{.columns = {{},

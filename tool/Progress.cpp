@@ -46,7 +46,7 @@ void Progress::set(std::size_t done, std::size_t total) {
 
 void Progress::tick() {
   const auto elapsed = std::chrono::steady_clock::now() - start_;
-  if (!terminal_.isTerminal || elapsed < std::chrono::seconds(1)) return;
+  if (!terminal_.redraws || elapsed < std::chrono::seconds(1)) return;
   static constexpr std::array<const char*, 4> kFrames{"◐", "◓", "◑", "◒"};
   const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(elapsed).count();
   const std::string text =

@@ -49,6 +49,7 @@ int runSuggest(Tool& tool, const WrittenSearch& written) {
       tool, ListOutput(tool, written.list, kTextFields), "asking for suggestions",
       [&](const Context& context) { return context.fetchSearchSuggestions(written.query); },
       [](Screen& screen, const std::vector<std::string>& suggestions) {
+        if (suggestions.empty()) screen.paragraph("no suggestions", Style::faint);
         for (const std::string& suggestion : suggestions) screen.paragraph(suggestion);
       });
 }

@@ -53,6 +53,7 @@ int runServeDemo(Tool& tool, const WrittenServeDemo& written) {
   tool.answer(json, [&](Screen& screen) { drawAddresses(screen, service); });
   int signal = 0;
   sigwait(&signals, &signal);
+  wipeInterruption();
   service.stop();
   return 0;
 }

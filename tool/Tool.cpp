@@ -65,13 +65,19 @@ int Tool::answer(const Json& json) const {
 }
 
 std::string Tool::place(const AnyError& error) const {
-  if (!isOpening_ || !error.is<URLError>()) return "";
-  const URL api = options_.api.value_or(url(options_.environment));
-  return "no session with " + std::string(api.host()) + ": ";
+  if (isOpening_) {
+    const URL api = options_.api.value_or(url(options_.environment));
+    return "no session with " + std::string(api.host()) + ": ";
+  }
+  // What no address can be made of is named by the error itself.
+  const ErrorContext* context = error.context();
+  const bool isNamed =
+      context == nullptr || context->identifier.empty() || error.is<URLService::Error>();
+  return isNamed ? "" : context->identifier + ": ";
 }
 
-std::string Tool::wayOut(const AnyError& error) const {
-  if (options_.api || place(error).empty()) return "";
+std::string Tool::wayOut() const {
+  if (options_.api || !isOpening_) return "";
   return "Name a service with --api URL, ORVO_API or a profile (orvo help profile), or try the "
          "tool with\n--demo, the service inside it.\n";
 }
@@ -81,7 +87,7 @@ int Tool::fail(const AnyError& error) const {
     printDiagnostic(documentText(errorJson(error), standardError().isTerminal));
   } else {
     const std::string head = styled(standardError(), Style::bad, "orvo:");
-    printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut(error));
+    printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut());
   }
   return 1;
 }

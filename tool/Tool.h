@@ -80,10 +80,10 @@ class Tool {
   /// Sees to it that there is a service; false when the demo service does not start.
   [[nodiscard]] bool startService();
   void reportService() const;
-  /// Which host no session could be had with, when the error is about that.
+  /// Which host no session could be had with, or what of several was asked for.
   [[nodiscard]] std::string place(const AnyError& error) const;
   /// What to do when the host that is compiled in cannot be reached.
-  [[nodiscard]] std::string wayOut(const AnyError& error) const;
+  [[nodiscard]] std::string wayOut() const;
 
   GlobalOptions options_;
   std::chrono::seconds demoProgramLength_{0};  // as on television

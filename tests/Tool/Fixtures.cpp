@@ -29,7 +29,8 @@ ToolRun runLine(const std::string& line, int columns, const std::string& input) 
   const std::string files = testing::TempDir() + "orvo-" + std::to_string(getpid());
   std::ofstream(files + ".in", std::ios::binary) << input;
   std::ofstream(files + ".sh", std::ios::binary)
-      << "orvo=" ORVO_TOOL_PATH "; orvo() { $orvo \"$@\"; }\n"
+      << "orvo=" ORVO_TOOL_PATH " documents=" ORVO_FIXTURES
+         "/../../docs; orvo() { $orvo \"$@\"; }\n"
       << line;
   std::string command = "env -i TZ=UTC PATH=/usr/bin:/bin";
   for (const std::string sanitizer : {"ASAN", "UBSAN", "TSAN", "LSAN"}) {

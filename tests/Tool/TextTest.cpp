@@ -54,7 +54,7 @@ TEST(ToolText, RoundsADurationToWhatPeopleSay) {
 }
 
 TEST(ScreenTable, IsNotFilledUpToTheWidthOfAGiantText) {
-  Screen screen({.isTerminal = true, .columns = 80});
+  Screen screen({.isTerminal = true, .redraws = true, .columns = 80});
   Table table{.columns = {{}, {}}, .rows = std::vector<std::vector<Cell>>(1'000, {{"a"}, {"b"}})};
   table.rows.push_back({{std::string(100'000, 'x')}, {"b"}});
   screen.table(table);
@@ -72,20 +72,20 @@ TEST(ProgressLine, StandsOnATerminalAfterASecondAndIsWipedAway) {
     }
     return testing::internal::GetCapturedStderr();
   };
-  const Terminal terminal{.isTerminal = true, .columns = 60};
+  const Terminal terminal{.isTerminal = true, .redraws = true, .columns = 60};
   EXPECT_EQ(seen(terminal, 0s), "");
   EXPECT_EQ(seen({.columns = 50}, 60s), "");
   EXPECT_EQ(seen(terminal, 3'600s),
             "\r◐ fetching  3600 s\x1b[K"
             "\r◓ fetching  ███████████████░░░░░  30 of 40  3600 s\x1b[K\r\x1b[K");
-  EXPECT_EQ(seen({.isTerminal = true, .columns = 12}, 60s),
+  EXPECT_EQ(seen({.isTerminal = true, .redraws = true, .columns = 12}, 60s),
             "\r◐ fetching…\x1b[K\r◓ fetching…\x1b[K\r\x1b[K");
 }
 
 TEST(ProgressLineDeathTest, IsWipedAwayWhenTheToolIsInterrupted) {
   const auto interrupted = [] {
     const auto before = std::chrono::steady_clock::now() - 5s;
-    Progress progress("fetching", {.isTerminal = true}, before);
+    Progress progress("fetching", {.isTerminal = true, .redraws = true}, before);
     progress.tick();
     raise(SIGINT);
   };
