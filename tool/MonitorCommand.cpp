@@ -156,6 +156,9 @@ void addMonitorCommand(Commands& commands) {
   commands.push_back(
       {.name = "monitor",
        .description = "What is on the linear channel now, kept up to date",
+       .details =
+           "It ends when it is interrupted, or after --updates. With --json, each update is a "
+           "document on a line of its own.",
        .options = {{.name = "--updates",
                     .description = "End after so many updates; 0: when interrupted",
                     .values = number(0, 1'000'000'000),

@@ -82,6 +82,8 @@ void addParseCommand(Commands& commands) {
   const auto written = std::make_shared<WrittenParse>();
   commands.push_back({.name = "parse",
                       .description = "What the library reads in one of the service's documents",
+                      .details = "Prints \"ok\" with every field that was read, or \"error\" with "
+                                 "the first thing that is missing or wrong, as JSON.",
                       .arguments = {{.name = "KIND",
                                      .description = "What the document is",
                                      .values = anyOf(parseKinds()),

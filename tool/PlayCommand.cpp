@@ -152,7 +152,7 @@ void addPlayCommand(Commands& commands) {
   for (const Player& player : players()) names.emplace_back(player.name);
   commands.push_back(
       {.name = "play",
-       .description = "Plays a video with a player that is installed",
+       .description = "Play a video with a player that is installed",
        .details =
            "The player gets the stream's address through a descriptor: the address holds a token, "
            "and arguments can be seen by every user of the device. The tool ends with the player, "

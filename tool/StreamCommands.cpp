@@ -93,6 +93,8 @@ void addStreamCommands(Commands& commands) {
   commands.push_back(
       {.name = "stream",
        .description = "The address of a video's stream, with the token in it",
+       .details = "Whoever has the address can use the session: it does not belong into a report. "
+                  "Nothing else that this tool prints holds a token.",
        .arguments = {identifier(*streamID, "The video's identifier", Listed::videos)},
        .examples = {"orvo --demo stream welcome", "orvo --demo stream welcome --json"},
        .run = [streamID](Tool& tool) { return runStream(tool, *streamID); }});
