@@ -15,6 +15,9 @@ if(TARGET orvo)
   set_target_properties(orvo PROPERTIES INSTALL_RPATH "$ORIGIN/${bin_to_lib}")
   install(TARGETS orvo)
 endif()
+if(TARGET orvo-picture)
+  install(TARGETS orvo-picture DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/orvo)
+endif()
 
 configure_package_config_file(cmake/OrvoAPIConfig.cmake.in
   ${PROJECT_BINARY_DIR}/OrvoAPIConfig.cmake INSTALL_DESTINATION ${package_dir})

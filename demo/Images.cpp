@@ -1,11 +1,14 @@
 #include <demo/Bytes.h>
 #include <demo/Images.h>
+#include <zlib.h>
 
 #include <algorithm>
 #include <array>
 #include <bit>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
+#include <vector>
 
 namespace orvo::demo {
 
@@ -22,76 +25,96 @@ constexpr std::array<Colour, 6> kColours{{{0x1E, 0x4D, 0x6B},
                                           {0xE8, 0x84, 0x24}}};
 constexpr Colour kGround{0x10, 0x15, 0x1C};
 
-const Colour& colourOf(std::string_view name) {
-  std::uint32_t hash = 2166136261;
-  for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619;
-  return kColours[hash % kColours.size()];
+constexpr Colour kLight{0xFF, 0xF4, 0xDC};
+
+/// How much wider than high a rendition is.
+double shapeOf(std::string_view rendition) {
+  if (rendition.ends_with("banner")) return 3.0;
+  if (rendition.ends_with("portrait")) return 2.0 / 3;
+  if (rendition.ends_with("square")) return 1.0;
+  return 16.0 / 9;
 }
 
-/// The lower fifth of the picture is the ground.
-bool isGround(int row, int height) { return row >= height - height / 5; }
-
-std::uint32_t crc32(std::string_view bytes) {
-  std::uint32_t crc = 0xFFFFFFFF;
-  for (const char c : bytes) {
-    crc ^= static_cast<unsigned char>(c);
-    for (int bit = 0; bit < 8; ++bit) crc = crc >> 1 ^ (crc & 1 ? 0xEDB88320 : 0);
+Colour mixed(const Colour& from, const Colour& to, double part) {
+  Colour result{};
+  for (std::size_t i = 0; i < result.size(); ++i) {
+    result[i] = static_cast<std::uint8_t>(std::lround(from[i] + (to[i] - from[i]) * part));
   }
-  return ~crc;
+  return result;
 }
 
-std::uint32_t adler32(std::string_view bytes) {
-  std::uint32_t low = 1;
-  std::uint32_t high = 0;
-  for (const char c : bytes) {
-    low = (low + static_cast<unsigned char>(c)) % 65521;
-    high = (high + low) % 65521;
+/// A sky in a colour of its own, a sun, and two ranges of hills: what the name chooses.
+class Landscape {
+ public:
+  Landscape(std::string_view name, ImageSize size) : size_(size) {
+    std::uint32_t hash = 2166136261;
+    for (const char c : name) hash = (hash ^ static_cast<unsigned char>(c)) * 16777619;
+    sky_ = kColours[hash % kColours.size()];
+    const double shorter = std::min(size.width, size.height);
+    sunX_ = (0.2 + (hash >> 8 & 0xFF) / 425.0) * size.width;
+    sunY_ = (0.2 + (hash >> 16 & 0xFF) / 1020.0) * size.height;
+    sunRadius_ = 0.13 * shorter;
+    const double phase = (hash >> 24) / 20.0;
+    for (int x = 0; x < size.width; ++x) {
+      const double at = 5.0 * x / size.width;
+      far_.push_back((0.66 + 0.07 * std::sin(at + phase) + 0.03 * std::sin(2.7 * at)) *
+                     size.height);
+      near_.push_back((0.82 + 0.05 * std::sin(1.3 * at + 2 * phase)) * size.height);
+    }
   }
-  return high << 16 | low;
-}
+
+  [[nodiscard]] Colour at(int x, int y) const {
+    const auto column = static_cast<std::size_t>(x);
+    if (y >= near_[column]) return kGround;
+    if (y >= far_[column]) return mixed(sky_, kGround, 0.6);
+    if (std::hypot(x - sunX_, y - sunY_) < sunRadius_) return mixed(sky_, kLight, 0.9);
+    return mixed(sky_, kLight, 0.6 * y / size_.height);
+  }
+
+ private:
+  ImageSize size_;
+  Colour sky_{};
+  double sunX_ = 0;
+  double sunY_ = 0;
+  double sunRadius_ = 0;
+  /// Where the hills begin, for each column.
+  std::vector<double> far_;
+  std::vector<double> near_;
+};
 
 void appendChunk(std::string& png, std::string_view type, std::string_view content) {
   appendBigEndian(png, content.size(), 4);
   const std::size_t start = png.size();
   png.append(type).append(content);
-  appendBigEndian(png, crc32(std::string_view(png).substr(start)), 4);
+  const auto* checked = reinterpret_cast<const Bytef*>(png.data()) + start;
+  appendBigEndian(png, crc32(0, checked, static_cast<uInt>(png.size() - start)), 4);
 }
 
-/// A zlib stream of stored blocks: nothing is compressed.
-std::string stored(std::string_view bytes) {
-  constexpr std::size_t kLargestBlock = 65535;
-  std::string out("\x78\x01");
-  for (std::size_t offset = 0; offset < bytes.size(); offset += kLargestBlock) {
-    const std::string_view block = bytes.substr(offset, kLargestBlock);
-    out += offset + block.size() == bytes.size() ? '\1' : '\0';
-    for (const std::size_t length : {block.size(), ~block.size()}) {
-      out += static_cast<char>(length & 0xFF);
-      out += static_cast<char>(length >> 8 & 0xFF);
-    }
-    out += block;
-  }
-  appendBigEndian(out, adler32(bytes), 4);
+std::string compressed(const std::string& bytes) {
+  uLongf size = compressBound(bytes.size());
+  std::string out(size, '\0');
+  compress2(reinterpret_cast<Bytef*>(out.data()), &size,
+            reinterpret_cast<const Bytef*>(bytes.data()), bytes.size(), Z_BEST_SPEED);
+  out.resize(size);
   return out;
 }
 
-/// One bit per pixel, with a palette of two colours.
-std::string pngFile(const Colour& colour, ImageSize size) {
+std::string pngFile(const Landscape& landscape, ImageSize size) {
   std::string header;
   appendBigEndian(header, static_cast<std::uint64_t>(size.width), 4);
   appendBigEndian(header, static_cast<std::uint64_t>(size.height), 4);
-  header.append("\x01\x03\x00\x00\x00", 5);  // depth 1, palette, no interlacing
-  std::string palette(colour.begin(), colour.end());
-  palette.append(kGround.begin(), kGround.end());
+  header.append("\x08\x02\x00\x00\x00", 5);  // 8 bits of each colour, no interlacing
   std::string pixels;
-  for (int row = 0; row < size.height; ++row) {
+  for (int y = 0; y < size.height; ++y) {
     pixels += '\0';  // no filter
-    pixels.append(static_cast<std::size_t>(size.width + 7) / 8,
-                  isGround(row, size.height) ? '\xFF' : '\0');
+    for (int x = 0; x < size.width; ++x) {
+      const Colour colour = landscape.at(x, y);
+      pixels.append(colour.begin(), colour.end());
+    }
   }
   std::string png("\x89PNG\r\n\x1A\n");
   appendChunk(png, "IHDR", header);
-  appendChunk(png, "PLTE", palette);
-  appendChunk(png, "IDAT", stored(pixels));
+  appendChunk(png, "IDAT", compressed(pixels));
   appendChunk(png, "IEND", "");
   return png;
 }
@@ -158,13 +181,14 @@ std::string jpegHead(ImageSize size) {
 }
 
 /// Every block is of one colour: the difference to the block before it, and the block's end.
-std::string jpegFile(const Colour& colour, ImageSize size) {
+std::string jpegFile(const Landscape& landscape, ImageSize size) {
   std::string jpeg = jpegHead(size);
   BitWriter bits(jpeg);
   std::array<int, 3> previous{};
   for (int y = 0; y < size.height; y += 8) {
-    const auto wanted = luminanceAndChroma(isGround(y, size.height) ? kGround : colour);
     for (int x = 0; x < size.width; x += 8) {
+      const auto wanted = luminanceAndChroma(
+          landscape.at(std::min(x + 4, size.width - 1), std::min(y + 4, size.height - 1)));
       for (std::size_t component = 0; component < 3; ++component) {
         const int difference = wanted[component] - previous[component];
         previous[component] = wanted[component];
@@ -186,8 +210,8 @@ std::string jpegFile(const Colour& colour, ImageSize size) {
 
 }  // namespace
 
-Transformation parseTransformation(std::string_view text) {
-  Transformation result;
+Transformation parseTransformation(std::string_view text, std::string_view rendition) {
+  Transformation result{.size = {.width = 0, .height = 0}};
   while (!text.empty()) {
     const std::string_view token = text.substr(0, text.find(','));
     text.remove_prefix(std::min(text.size(), token.size() + 1));
@@ -200,13 +224,20 @@ Transformation parseTransformation(std::string_view text) {
     std::from_chars(token.data() + 2, token.data() + token.size(), value);
     *side = std::clamp(value, 1, kLargestSide);
   }
+  const double shape = shapeOf(rendition);
+  ImageSize& size = result.size;
+  if (size.width == 0 && size.height == 0) size.width = 640;
+  if (size.width == 0) size.width = static_cast<int>(size.height * shape);
+  if (size.height == 0) size.height = static_cast<int>(size.width / shape);
+  size.width = std::clamp(size.width, 1, kLargestSide);
+  size.height = std::clamp(size.height, 1, kLargestSide);
   return result;
 }
 
 std::string imageFile(std::string_view name, const Transformation& transformation) {
-  const Colour& colour = colourOf(name);
-  return transformation.png ? pngFile(colour, transformation.size)
-                            : jpegFile(colour, transformation.size);
+  const Landscape landscape(name, transformation.size);
+  return transformation.png ? pngFile(landscape, transformation.size)
+                            : jpegFile(landscape, transformation.size);
 }
 
 }  // namespace orvo::demo

@@ -176,20 +176,22 @@ Answer Router::stream(const Request& request, const Segments& path) {
 
 Answer Router::resource(const Segments& path) const {
   constexpr std::string_view kInstructions = "im:i:";
-  const auto image = [&](std::string_view name, std::string_view instructions) {
-    const Transformation transformation = parseTransformation(instructions);
+  const auto image = [&](std::string_view name, std::string_view rendition,
+                         std::string_view instructions) {
+    const Transformation transformation = parseTransformation(instructions, rendition);
     return Answer{.contentType = transformation.png ? "image/png" : "image/jpeg",
                   .body = imageFile(name, transformation)};
   };
   // A lineup's artwork is found under an address of another shape, made from a template.
-  if (path.size() == 5 && path[1] == "lineup") return image(path[3], path[2]);
+  if (path.size() == 5 && path[1] == "lineup") return image(path[3], path[4], path[2]);
   if (path.size() != 4) return notFound();
   if (path[3] == "video.mp4" && path[2].starts_with("short_preview_mp4_")) {
     return {.contentType = "video/mp4", .body = previewFile()};
   }
   if (!path[3].starts_with(kInstructions)) return notFound();
   const bool icon = path[1] == "icon";
-  return image(icon ? path[2] : path[1], path[3].substr(kInstructions.size()));
+  return image(icon ? path[2] : path[1], icon ? "square" : path[2],
+               path[3].substr(kInstructions.size()));
 }
 
 std::string Router::loggablePath(std::string_view path) {

@@ -21,6 +21,7 @@ Commands allCommands(const WrittenService& service) {
   Commands commands;
   addTourCommand(commands);
   addConfigurationCommands(commands);
+  addShowCommand(commands);
   addProductCommands(commands);
   addListCommands(commands);
   addSearchCommands(commands);

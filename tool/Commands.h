@@ -9,6 +9,7 @@ namespace orvo::tool {
 
 /// Each family of commands adds its own in a source of its own.
 void addConfigurationCommands(Commands& commands);
+void addShowCommand(Commands& commands);
 void addProductCommands(Commands& commands);
 void addStreamCommands(Commands& commands);
 void addListCommands(Commands& commands);

@@ -155,6 +155,22 @@ void drawItems(Screen& screen, const std::vector<Video>& videos, std::int64_t of
   drawTable(screen, videos, offset);
 }
 
+void draw(Screen& screen, const ItemCollection& collection) {
+  screen.title(collection.label, extentText(collection.meta, collection.items.size()));
+  screen.paragraph(joined({std::string(caseName(collection.kind)),
+                           std::string(caseName(collection.contentsKind)), collection.id}),
+                   Style::faint);
+  screen.blank();
+  drawItems(screen, collection.items, collection.meta.offset);
+}
+
+void draw(Screen& screen, const Playlist& playlist) {
+  screen.title(playlist.label, extentText(playlist.meta, playlist.items.size()));
+  screen.paragraph(playlist.id, Style::faint);
+  screen.blank();
+  drawItems(screen, playlist.items, playlist.meta.offset);
+}
+
 std::string extentText(const PagingMeta& meta, std::size_t shown) {
   const std::string total = countText(meta.total, "item");
   const auto count = static_cast<std::int64_t>(shown);

@@ -1,8 +1,10 @@
 #pragma once
 
 #include <OrvoAPI/Model/ContentItem.h>
+#include <OrvoAPI/Model/ItemCollection.h>
 #include <OrvoAPI/Model/Page.h>
 #include <OrvoAPI/Model/PagingMeta.h>
+#include <OrvoAPI/Model/Playlist.h>
 #include <OrvoAPI/Model/Video.h>
 #include <tool/Screen.h>
 
@@ -17,6 +19,8 @@ namespace orvo::tool {
 void draw(Screen& screen, const Video& video);
 void draw(Screen& screen, const Page& page);
 void draw(Screen& screen, const ContentItem& item);
+void draw(Screen& screen, const ItemCollection& collection);
+void draw(Screen& screen, const Playlist& playlist);
 
 /// A table of items, numbered from the given position on.
 void drawItems(Screen& screen, const std::vector<ContentItem>& items, std::int64_t offset);

@@ -2,7 +2,6 @@
 #include <tool/Commands.h>
 #include <tool/ContentViews.h>
 #include <tool/Paging.h>
-#include <tool/Wording.h>
 
 namespace orvo::tool {
 
@@ -15,22 +14,6 @@ struct WrittenItems {
   std::optional<std::string> including{};
 };
 
-void drawCollection(Screen& screen, const ItemCollection& collection) {
-  screen.title(collection.label, extentText(collection.meta, collection.items.size()));
-  screen.paragraph(joined({std::string(caseName(collection.kind)),
-                           std::string(caseName(collection.contentsKind)), collection.id}),
-                   Style::faint);
-  screen.blank();
-  drawItems(screen, collection.items, collection.meta.offset);
-}
-
-void drawPlaylist(Screen& screen, const Playlist& playlist) {
-  screen.title(playlist.label, extentText(playlist.meta, playlist.items.size()));
-  screen.paragraph(playlist.id, Style::faint);
-  screen.blank();
-  drawItems(screen, playlist.items, playlist.meta.offset);
-}
-
 int runCollection(Tool& tool, const WrittenItems& written) {
   const ListOutput output(tool, written.list, kItemFields);
   return fetchListAndAnswer(
@@ -38,11 +21,14 @@ int runCollection(Tool& tool, const WrittenItems& written) {
       [&](const Context& context) {
         return context.fetchItemCollection(written.id, written.paging.read());
       },
-      drawCollection);
+      [](Screen& screen, const ItemCollection& collection) { draw(screen, collection); });
 }
 
 int runPlaylist(Tool& tool, const WrittenItems& written) {
   const ListOutput output(tool, written.list, kItemFields);
+  const auto drawPlaylist = [](Screen& screen, const Playlist& playlist) {
+    draw(screen, playlist);
+  };
   if (!written.including) {
     const auto fetch = [&](const Context& context) {
       return context.fetchPlaylist(written.id, written.paging.read());
