@@ -44,7 +44,8 @@ std::string section(const std::string& name, const std::string& content) {
 
 /// What is written as it stands is bold, what stands for something else is slanted.
 std::string entry(const std::string& name, const std::string& description) {
-  const std::size_t space = name.starts_with('-') ? name.rfind(' ') : std::string::npos;
+  std::size_t space = name.starts_with('-') ? name.rfind(' ') : std::string::npos;
+  if (space != std::string::npos && name[space + 1] == '-') space = std::string::npos;
   std::string head = "\\fB" + literal(name.substr(0, space)) + "\\fR";
   if (space != std::string::npos) head += " \\fI" + literal(name.substr(space + 1)) + "\\fR";
   return ".TP\n" + head + "\n" + filled(description);
