@@ -17,7 +17,7 @@ namespace orvo::soak {
 class Reports {
  public:
   void add(const RequestReport& report) {
-    auto sum = std::chrono::microseconds(0);
+    auto sum = std::chrono::nanoseconds(0);
     bool isForward = true;
     for (const auto phase : report.phases) {
       sum += phase;

@@ -131,7 +131,7 @@ bool Client::verify(const Fetch& fetch) {
   tally_["retries"] += report.retries;
   tally_["cancelled"] += isCancelled(report);
   tally_["waited for a connection"] += report.time(RequestPhase::queue) > 100us;
-  auto sum = 0us;
+  auto sum = 0ns;
   for (const auto phase : report.phases) {
     if (phase < 0us) return fault("a phase runs backwards", fetch);
     sum += phase;

@@ -9,22 +9,26 @@
 namespace orvo::detail {
 namespace {
 
-/// Completes the promise with the body; what is derived from it runs in the body's turn.
-void deliver(const HTTPResult& result, const Promise<Data>& promise) {
-  if (result.body.size() < LargeBodies::kSmallest) return promise.success(result.body);
-  LargeBodies::shared().read(result.response.url, result.body,
-                             [promise](Data body) { promise.success(std::move(body)); });
-}
-
 /// Where nobody wants a report.
 struct NoRecord {
   constexpr const NoRecord* operator->() const { return this; }
-  constexpr void knows(const std::string&) const {}
+  constexpr void knows(const Future<std::string>&) const {}
   constexpr void willSend() const {}
   constexpr void didAnswer(const Result<HTTPResult>&) const {}
   constexpr void willRenew() const {}
+  constexpr void didHandOver() const {}
   constexpr void abandon() const {}
 };
+
+/// Completes the promise with the body; what is derived from it runs in the body's turn.
+template <class Record>
+void deliver(const HTTPResult& result, const Promise<Data>& promise, const Record& record) {
+  if (result.body.size() < LargeBodies::kSmallest) return promise.success(result.body);
+  LargeBodies::shared().read(result.response.url, result.body, [promise, record](Data body) {
+    record->didHandOver();
+    promise.success(std::move(body));
+  });
+}
 
 }  // namespace
 
@@ -38,7 +42,6 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& 
   const Promise<Data> promise;
   if (record) {
     record->asks(request);
-    record->awaitBody(promise.future());
     send(request, policy, promise, record);
   } else {
     send(request, policy, promise, NoRecord());
@@ -49,12 +52,12 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& 
 template <class Record>
 void RequestPipeline::send(const URLRequest& request, RequestPolicy policy,
                            const Promise<Data>& promise, const Record& record) {
-  sessionProvider_->retrieveSessionToken()
-      .map([request, authed = policy.authed, record](const std::string& token) {
-        record->knows(token);
-        auto authorised = request;
-        if (authed) authorised.headers.add("Authorization", token);
-        return authorised;
+  const auto token = sessionProvider_->retrieveSessionToken();
+  record->knows(token);
+  token
+      .map([sent = URLRequest(request), authed = policy.authed](const std::string& text) mutable {
+        if (authed) sent.headers.add("Authorization", text);
+        return std::move(sent);
       })
       .flatMap([network = networkDataProvider_, record](const URLRequest& authorised) {
         record->willSend();
@@ -65,7 +68,8 @@ void RequestPipeline::send(const URLRequest& request, RequestPolicy policy,
         record->didAnswer(result);
         if (result.failed()) return promise.failure(*result.error());
         const int status = result.value()->response.statusCode;
-        if (status <= 399) return orFail(promise, [&] { deliver(*result.value(), promise); });
+        if (status <= 399)
+          return orFail(promise, [&] { deliver(*result.value(), promise, record); });
         if (status != 401 || !retry) {
           return promise.failure(SessionError::unexpectedStatus{status});
         }

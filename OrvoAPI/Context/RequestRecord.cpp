@@ -15,11 +15,9 @@ constexpr std::string_view kMask = "***";
 /// Hides what tells one of the tokens, which live longer. Not synchronised.
 class Mask {
  public:
-  explicit Mask(std::initializer_list<std::string_view> tokens) {
-    for (const auto token : tokens) {
-      if (!token.empty()) tokens_.push_back(token);
-    }
-  }
+  Mask(std::string_view token, std::string_view other) : tokens_{token, other} {}
+
+  [[nodiscard]] bool isEmpty() const { return tokens_[0].empty() && tokens_[1].empty(); }
 
   void text(std::string& text) const {
     if (tells(text)) text = kMask;
@@ -27,6 +25,7 @@ class Mask {
   /// Only the tokens, where they are written plainly, else the whole.
   void words(std::string& text) const {
     for (const auto token : tokens_) {
+      if (token.empty()) continue;
       for (auto at = text.find(token); at != std::string::npos;
            at = text.find(token, at + kMask.size())) {
         text.replace(at, token.size(), kMask);
@@ -53,7 +52,7 @@ class Mask {
   [[nodiscard]] bool tells(std::string_view text) const {
     const auto holds = [this](std::string_view plain) {
       return std::any_of(tokens_.begin(), tokens_.end(), [plain](std::string_view token) {
-        return plain.find(token) != std::string_view::npos;
+        return !token.empty() && plain.find(token) != std::string_view::npos;
       });
     };
     return holds(text) || (text.find('%') != std::string_view::npos && holds(decoded(text)));
@@ -71,7 +70,7 @@ class Mask {
     return plain;
   }
 
-  std::vector<std::string_view> tokens_;
+  std::array<std::string_view, 2> tokens_;
 };
 
 namespace {
@@ -122,10 +121,10 @@ RecordRef RequestReporter::begin(const Subject& subject) const noexcept {
 
 RequestRecord::RequestRecord(std::shared_ptr<const RequestReporter> reporter,
                              const Subject& subject)
-    : reporter_(std::move(reporter)) {
-  facts_.report.operation = subject.operation;
-  facts_.report.identifier = subject.identifier;
-  facts_.isSecret = subject.isSecret;
+    : facts_{.report = {.operation = subject.operation,
+                        .identifier = std::string(subject.identifier)},
+             .isSecret = subject.isSecret},
+      reporter_(std::move(reporter)) {
   facts_.marks[begun] = std::chrono::steady_clock::now();
 }
 
@@ -145,31 +144,19 @@ void RequestRecord::release() noexcept {
   release();
 }
 
-void RequestRecord::note(Mark mark) noexcept {
-  const auto now = std::chrono::steady_clock::now();
-  const LockGuard guard(lock_);
-  if (!isEnded_) facts_.marks[mark] = now;
-}
-
 void RequestRecord::asks(const URLRequest& request) noexcept {
   const LockGuard guard(lock_);
-  if (isEnded_) return;
   facts_.isAsked = true;
   try {
     facts_.report.method = request.method;
-    facts_.report.path = request.url.path();
+    facts_.report.path = std::string(request.url.path());
   } catch (const std::bad_alloc&) {
   }
 }
 
-void RequestRecord::knows(const std::string& token) noexcept {
+void RequestRecord::knows(const Future<std::string>& token) noexcept {
   const LockGuard guard(lock_);
-  if (isEnded_) return;
-  try {
-    (facts_.token.empty() ? facts_.token : facts_.newToken) = token;
-  } catch (const std::bad_alloc&) {
-    facts_.isSecret = true;  // what cannot be masked is not shown
-  }
+  if (!isEnded_) facts_.tokens[facts_.tokens[0] ? 1 : 0] = token;
 }
 
 void RequestRecord::willSend() noexcept {
@@ -185,7 +172,7 @@ void RequestRecord::didAnswer(const Result<HTTPResult>& result) noexcept {
   const LockGuard guard(lock_);
   // A token that was not to be had was never asked for an answer.
   if (isEnded_ || facts_.marks[lastSent] == Time()) return;
-  facts_.marks[done] = now;
+  facts_.marks[done] = facts_.marks[handedOver] = now;
   if (const auto* const answer = result.value()) {
     facts_.report.status = answer->response.statusCode;
     facts_.report.bytesDecoded = answer->body.size();
@@ -198,8 +185,14 @@ void RequestRecord::didAnswer(const Result<HTTPResult>& result) noexcept {
 void RequestRecord::willRenew() noexcept {
   const LockGuard guard(lock_);
   if (isEnded_) return;
-  facts_.marks[lastSent] = facts_.marks[done] = Time();
+  facts_.marks[lastSent] = facts_.marks[done] = facts_.marks[handedOver] = Time();
   facts_.timeline = nullptr;
+}
+
+void RequestRecord::didHandOver() noexcept {
+  const auto now = std::chrono::steady_clock::now();
+  const LockGuard guard(lock_);
+  if (!isEnded_) facts_.marks[handedOver] = now;
 }
 
 void RequestRecord::abandon() noexcept {
@@ -227,36 +220,41 @@ void RequestRecord::forget() noexcept {
 void RequestRecord::run() {
   const auto held = RecordRef::adopt(this);
   const auto reporter = std::move(reporter_);  // the app's: it goes here, on its queue
-  Facts facts;
+  Facts* facts = nullptr;
   {
     const LockGuard guard(lock_);
-    facts = std::move(facts_);
+    facts = &facts_;  // nobody else touches them after the end
   }
   try {
-    complete(facts);
-    const auto mask = maskOf(facts, *reporter);
-    hide(facts, mask);
-    reporter->tell(facts.report, mask);
+    complete(*facts);
+    const auto& tokens = facts->tokens;
+    const auto* const token = tokens[0] ? tokens[0]->value() : nullptr;
+    const auto* const newToken = tokens[1] ? tokens[1]->value() : nullptr;
+    std::string current;
+    if (token == nullptr && reporter->sessionProvider_ != nullptr) {
+      current = reporter->sessionProvider_->currentToken();
+    }
+    const Mask mask(token != nullptr ? *token : current, newToken != nullptr ? *newToken : "");
+    hide(*facts, mask);
+    reporter->tell(facts->report, mask);
   } catch (...) {
     // Without memory for it there is no report; what a logger throws is no better.
   }
+  facts->timeline = nullptr;
+  facts->tokens = {};
 }
 
-/// Works out what the timeline and the marks say.
+/// Works out what the timeline says.
 void RequestRecord::complete(Facts& facts) {
-  auto& [report, isSecret, isAsked, sends, token, newToken, timeline, marks] = facts;
+  auto& report = facts.report;
+  auto& marks = facts.marks;
   using Source = RequestReport::Source;
-  report.retries = sends > 1 ? sends - 1 : 0;
-  if (sends > 0) report.source = Source::network;
-  if (!isAsked) {
-    if (!report.error) report.source = Source::cache;
-    marks[handedOver] = marks[ended];
-  }
-  if (timeline != nullptr) {
-    const auto& [redirects, hop] = *timeline;
-    for (const auto& redirect : redirects) {
-      report.redirects.emplace_back(redirect.target.path());
-    }
+  if (facts.sends > 0) report.source = Source::network;
+  if (facts.sends > 1) report.retries = facts.sends - 1;
+  if (!facts.isAsked && !report.error) report.source = Source::cache;
+  if (facts.timeline != nullptr) {
+    const auto& [redirects, hop] = *facts.timeline;
+    for (const auto& redirect : redirects) report.redirects.emplace_back(redirect.target.path());
     if (hop.isIntercepted) report.source = Source::interceptor;
     report.bytesReceived = hop.bytesReceived;
     report.isConnectionReused = hop.isConnectionReused;
@@ -267,22 +265,22 @@ void RequestRecord::complete(Facts& facts) {
     marks[sent] = marks[lastSent];
     marks[firstByte] = marks[done];
   }
-  settleStages(marks, marks[ended]);
-  report.begun = marks[begun];
-  const auto since = [&marks = marks](std::size_t mark) {
-    return std::chrono::duration_cast<std::chrono::microseconds>(marks[mark] - marks[begun]);
-  };
-  for (std::size_t i = 0; i < report.phases.size(); ++i) {
-    report.phases[i] = since(i + 1) - since(i);
-  }
-  report.total = since(ended);
+  measure(facts);
 }
 
-Mask RequestRecord::maskOf(Facts& facts, const RequestReporter& reporter) {
-  if (facts.token.empty() && reporter.sessionProvider_ != nullptr) {
-    facts.token = reporter.sessionProvider_->currentToken();
+void RequestRecord::measure(Facts& facts) {
+  auto& report = facts.report;
+  auto& marks = facts.marks;
+  report.begun = marks[begun];
+  report.total = marks[ended] - marks[begun];
+  if (!facts.isAsked) {
+    report.phases[static_cast<std::size_t>(RequestPhase::handOver)] = report.total;
+    return;
   }
-  return Mask({facts.token, facts.newToken});
+  settleStages(marks, marks[ended]);
+  for (std::size_t i = 0; i < report.phases.size(); ++i) {
+    report.phases[i] = marks[i + 1] - marks[i];
+  }
 }
 
 void RequestRecord::hide(Facts& facts, const Mask& mask) {
@@ -292,7 +290,7 @@ void RequestRecord::hide(Facts& facts, const Mask& mask) {
   mask.path(report.path);
   for (auto& path : report.redirects) {
     // Whoever knows no token cannot tell whether it is one.
-    if (facts.isSecret || facts.token.empty()) path = kMask;
+    if (facts.isSecret || mask.isEmpty()) path = kMask;
     mask.path(path);
   }
 }

@@ -59,12 +59,15 @@ class RequestRecord final : private JobNode {
   void release() noexcept;
 
   // The steps, in their order. What there is no memory for is left out.
+
+  /// Before anybody else knows it.
   void asks(const URLRequest& request) noexcept;
-  void knows(const std::string& token) noexcept;
+  void knows(const Future<std::string>& token) noexcept;
   void willSend() noexcept;
   void didAnswer(const Result<HTTPResult>& result) noexcept;
   void willRenew() noexcept;
-  void didHandOver() noexcept { note(Mark::handedOver); }
+  /// Later than the answer: it had to wait for its turn.
+  void didHandOver() noexcept;
   void end(const AnyError* error) noexcept;
   /// Ends without an outcome.
   void abandon() noexcept;
@@ -74,12 +77,6 @@ class RequestRecord final : private JobNode {
     attach([&] {
       answer.onComplete(inlineQueue(),
                         [self = self()](const auto& result) { self->didAnswer(result); });
-    });
-  }
-  /// Notes when the body is there.
-  void awaitBody(const Future<Data>& body) noexcept {
-    attach([&] {
-      body.onSuccess(inlineQueue(), [self = self()](const Data&) { self->didHandOver(); });
     });
   }
   /// Ends with the future.
@@ -103,13 +100,13 @@ class RequestRecord final : private JobNode {
     bool isSecret = false;
     bool isAsked = false;
     unsigned sends = 0;
-    std::string token, newToken;
-    std::shared_ptr<const RequestTimeline> timeline;
+    /// The tokens of the first attempt and of the second.
+    std::array<std::optional<Future<std::string>>, 2> tokens = {};
+    std::shared_ptr<const RequestTimeline> timeline = nullptr;
     std::array<Time, kMarks> marks = {};
   };
 
   [[nodiscard]] RecordRef self() { return RecordRef::retain(this); }
-  void note(Mark mark) noexcept;
   /// Does what refers to the end; without memory for it there is no report.
   template <class Attach>
   void attach(Attach&& attach) noexcept {
@@ -123,7 +120,7 @@ class RequestRecord final : private JobNode {
   void run() override;
   void drop() noexcept override { release(); }
   static void complete(Facts& facts);
-  [[nodiscard]] static Mask maskOf(Facts& facts, const RequestReporter& reporter);
+  static void measure(Facts& facts);
   static void hide(Facts& facts, const Mask& mask);
 
   std::atomic<unsigned> holders_{1};

@@ -85,10 +85,10 @@ struct RequestReport {
   /// When it was called.
   std::chrono::steady_clock::time_point begun = {};
   /// From the call to the end of its future: the sum of its phases.
-  std::chrono::microseconds total{0};
-  std::array<std::chrono::microseconds, kPhases> phases = {};
+  std::chrono::nanoseconds total{0};
+  std::array<std::chrono::nanoseconds, kPhases> phases = {};
 
-  [[nodiscard]] std::chrono::microseconds time(RequestPhase phase) const {
+  [[nodiscard]] std::chrono::nanoseconds time(RequestPhase phase) const {
     return phases[static_cast<std::size_t>(phase)];
   }
 };

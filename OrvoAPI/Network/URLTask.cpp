@@ -339,7 +339,7 @@ void URLTask::exchangeDidEnd(HTTPOutcome outcome) {
   }
 }
 
-void URLTask::didAnswer(HTTPOutcome outcome) {
+void URLTask::didAnswer(HTTPOutcome&& outcome) {
   const auto location = redirection(outcome);
   if (!location) return finish(std::move(outcome));
   redirect(std::get<HTTPResult>(std::move(outcome)), std::string(*location));
@@ -377,12 +377,12 @@ void URLTask::didDecide(std::optional<URLRequest> request) {
   hop();
 }
 
-void URLTask::finish(HTTPOutcome outcome) {
+void URLTask::finish(HTTPOutcome&& outcome) {
   state_ = State::done;
   core_->remove(*this);
   if (timeline_ != nullptr) endTimeline(outcome);
   if (auto* const result = std::get_if<HTTPResult>(&outcome)) {
-    future_.success(std::move(*result));
+    future_.core_->settle(Result<HTTPResult>(std::move(*result)));
   } else {
     future_.failure(std::get<URLError>(std::move(outcome)));
   }

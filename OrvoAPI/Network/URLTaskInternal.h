@@ -142,7 +142,7 @@ class URLTask final : public HTTPExchange,
   void send();
   void tellInterceptor();
   void giveUp(URLError error);
-  void didAnswer(HTTPOutcome outcome);
+  void didAnswer(HTTPOutcome&& outcome);
   void didDecide(std::optional<URLRequest> request);
   void redirect(HTTPResult result, std::string_view location);
 
@@ -151,7 +151,7 @@ class URLTask final : public HTTPExchange,
   void noteRedirect(const HTTPURLResponse& response) noexcept;
   void endHop(bool isIntercepted = false);
   void endTimeline(HTTPOutcome& outcome);
-  void finish(HTTPOutcome outcome);
+  void finish(HTTPOutcome&& outcome);
 
   const std::shared_ptr<URLSessionCore> core_;
   Future<HTTPResult> future_;

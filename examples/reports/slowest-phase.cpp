@@ -13,7 +13,7 @@ void show(const orvo::RequestReport& report) {
   const auto slowest = std::max_element(report.phases.begin(), report.phases.end());
   const auto phase = static_cast<orvo::RequestPhase>(slowest - report.phases.begin());
   std::fprintf(
-      stderr, "%s %s: %d (%s), %lld of %lld us: %s\n", std::string(report.operation).c_str(),
+      stderr, "%s %s: %d (%s), %lld of %lld ns: %s\n", std::string(report.operation).c_str(),
       report.identifier.c_str(), report.status, std::string(orvo::caseName(report.source)).c_str(),
       static_cast<long long>(slowest->count()), static_cast<long long>(report.total.count()),
       std::string(orvo::caseName(phase)).c_str());

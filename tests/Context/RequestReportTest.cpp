@@ -22,7 +22,7 @@ struct Reports {
     EXPECT_TRUE(reportQueue->waitForJob(kPatience));
     EXPECT_TRUE(reportQueue->runOne());
     const auto report = all.back();
-    std::chrono::microseconds sum{0};
+    std::chrono::nanoseconds sum{0};
     for (const auto phase : report.phases) {
       EXPECT_GE(phase.count(), 0);
       sum += phase;
@@ -290,12 +290,11 @@ TEST(RequestReport, PutsTimeWhereItWasSpent) {
   released.tell();
   (void)valueOf(held);
   const auto first = service.one();
-  EXPECT_GE(first.time(RequestPhase::wait), ended - begun - 1us);
+  EXPECT_GE(first.time(RequestPhase::wait), ended - begun);
   (void)waits.wait(kPatience);
   const auto second = service.one();
   EXPECT_GT(second.time(RequestPhase::queue), 0us);
-  EXPECT_GE(second.time(RequestPhase::token) + second.time(RequestPhase::queue),
-            ended - called - 2us);
+  EXPECT_GE(second.time(RequestPhase::token) + second.time(RequestPhase::queue), ended - called);
   EXPECT_EQ(second.time(RequestPhase::connect), 0us);
 }
 
