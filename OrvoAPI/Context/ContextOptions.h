@@ -28,7 +28,7 @@ struct ContextOptions {
   /// subsystem "network", category "requests".
   bool logsRequests = false;
   /// Where `onReport` and the logger are called then; when there is none, on the global queue, one
-  /// report after another.
+  /// report after another, of all contexts.
   std::shared_ptr<DispatchQueue> reportQueue = nullptr;
 };
 

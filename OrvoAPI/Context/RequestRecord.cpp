@@ -35,6 +35,7 @@ class Mask {
   }
   /// Segment by segment; the whole when a token lies across some.
   void path(std::string& path) const {
+    if (isStreamPath(path)) path = kMask;
     if (!tells(path)) return;
     std::string masked;
     for (std::size_t begin = 0; begin <= path.size();) {
@@ -77,8 +78,11 @@ namespace {
 
 std::shared_ptr<DispatchQueue> reportQueue(const ContextOptions& options) {
   if (options.reportQueue != nullptr) return options.reportQueue;
-  // One after another: an observer that blocks holds one worker and not all of them.
-  return SerialQueue::make(std::string(ServiceDomainPrefix) + ".reports");
+  // One after another, of all contexts: an observer that blocks holds one worker, and not all of
+  // them. Reports may come as long as the process lives.
+  static const auto* const queue =
+      new std::shared_ptr(SerialQueue::make(std::string(ServiceDomainPrefix) + ".reports"));
+  return *queue;
 }
 
 }  // namespace

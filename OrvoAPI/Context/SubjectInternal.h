@@ -9,6 +9,12 @@
 
 namespace orvo::detail {
 
+/// Whether a stream is told at this path, or what belongs to one: a token is part of it, maybe that
+/// of another session.
+[[nodiscard]] inline bool isStreamPath(std::string_view path) {
+  return path.ends_with("/playlist.m3u8") || path.ends_with("/playlist.json");
+}
+
 /// What is asked for, in words.
 struct Subject {
   std::string_view operation;

@@ -149,7 +149,8 @@ TEST(RequestReport, ShowsNoToken) {
   };
   auto timeline = std::make_shared<RequestTimeline>();
   timeline->redirects = {hop("http://h/a/" + kToken + "?q"), hop("http://h/%73ecret-token/b"),
-                         hop("http://h/secret-token%2Fc/d"), hop("http://h/c")};
+                         hop("http://h/secret-token%2Fc/d"),
+                         hop("http://h/other-token/playlist.m3u8"), hop("http://h/c")};
   const auto answer = [&] {
     reported.queue->run();
     reported.network->fetches.succeed(reported.answered++,
@@ -161,12 +162,13 @@ TEST(RequestReport, ShowsNoToken) {
   const auto report = answer();
   EXPECT_EQ(report.path, "/v3/products/x/***/y");
   EXPECT_EQ(report.identifier, "***");
-  EXPECT_EQ(report.redirects, (std::vector<std::string>{"/a/***", "/***/b", "/***/d", "/c"}));
+  EXPECT_EQ(report.redirects,
+            (std::vector<std::string>{"/a/***", "/***/b", "/***/d", "***", "/c"}));
   const auto ads = reported.context->fetchVideoAdMetadata("v");
   const auto secret = answer();
   EXPECT_EQ(secret.path, "***");
   EXPECT_EQ(secret.identifier, "v");
-  EXPECT_EQ(secret.redirects, (std::vector<std::string>(4, "***")));
+  EXPECT_EQ(secret.redirects, (std::vector<std::string>(5, "***")));
   const auto lineup = reported.context->fetchLineup(url("http://h/l/" + kToken));
   const auto hidden = answer();
   EXPECT_EQ(hidden.identifier, "");
