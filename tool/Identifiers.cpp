@@ -68,7 +68,7 @@ class Walk {
 }  // namespace
 
 std::vector<Note> knownIdentifiers(Tool& tool, Listed listed) {
-  tool.endWaitsAt(std::chrono::steady_clock::now() + std::chrono::seconds(2));
+  tool.endWaitsAt(std::chrono::steady_clock::now() + std::chrono::seconds(5));
   Walk walk(tool, listed);
   const auto context = tool.context();
   if (!context.failed()) walk.through(**context.value());

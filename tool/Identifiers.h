@@ -8,7 +8,7 @@
 namespace orvo::tool {
 
 /// Identifiers that a walk from the system views comes across, each with its title, as far as it
-/// gets in two seconds; none when there is no session. It says nothing.
+/// gets in five seconds; none when there is no session. It says nothing.
 [[nodiscard]] std::vector<Note> knownIdentifiers(Tool& tool, Listed listed);
 
 }  // namespace orvo::tool
