@@ -238,7 +238,8 @@ void RequestRecord::run() {
     if (token == nullptr && reporter->sessionProvider_ != nullptr) {
       current = reporter->sessionProvider_->currentToken();
     }
-    const Mask mask(token != nullptr ? *token : current, newToken != nullptr ? *newToken : "");
+    const Mask mask(token != nullptr ? std::string_view(*token) : std::string_view(current),
+                    newToken != nullptr ? std::string_view(*newToken) : std::string_view());
     hide(*facts, mask);
     reporter->tell(facts->report, mask);
   } catch (...) {
