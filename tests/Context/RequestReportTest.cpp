@@ -77,12 +77,13 @@ TEST(RequestReport, TellsOfAnswersOfTheNetworkAndTheCacheAndOfFailures) {
 
 TEST(RequestReport, CountsTheRenewalAndTellsWhatItEndedWith) {
   ReportedContext reported;
-  const auto page = reported.context->fetchPage("p");
+  const auto page = reported.context->fetchPage("p/" + kToken + "/renewed");
   reported.answer(401);
-  reported.session->setToken(kToken + "-2");
+  reported.session->setToken("renewed");
   reported.session->updates.succeed(0, true);
   reported.answer(200, kPageBody);
-  EXPECT_EQ(reported.summary(reported.one()), "fetchPage p: GET /v3/products/p network 200 30 1");
+  EXPECT_EQ(reported.summary(reported.one()),
+            "fetchPage ***: GET /v3/products/p/***/*** network 200 30 1");
 
   const auto refused = reported.context->fetchVideo("v");
   reported.answer(401);
@@ -148,7 +149,7 @@ TEST(RequestReport, ShowsNoToken) {
         .hop = {}, .response = {url("http://h/")}, .target = url(target)};
   };
   auto timeline = std::make_shared<RequestTimeline>();
-  timeline->redirects = {hop("http://h/a/" + kToken + "?q"), hop("http://h/%73ecret-token/b"),
+  timeline->redirects = {hop("http://h/a/" + kToken + "?q"), hop("http://h/%73ecret-t%6Fke%6e/b"),
                          hop("http://h/secret-token%2Fc/d"),
                          hop("http://h/other-token/playlist.m3u8"), hop("http://h/c")};
   const auto answer = [&] {

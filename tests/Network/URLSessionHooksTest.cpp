@@ -255,12 +255,15 @@ TEST(URLSessionInterceptor, HasNoLongerThanTheWholeMayTake) {
   const auto url = *URL::parse("http://nowhere.invalid/");
   const auto later = session.fetch({.url = url, .totalTimeoutInterval = 2 * kWhole});
   const auto soon = session.fetch({.url = url, .totalTimeoutInterval = kWhole});
+  const auto last = session.fetch({.url = url, .totalTimeoutInterval = 3 * kWhole});
+  ASSERT_TRUE(keeper->taken.wait(3));
   EXPECT_EQ(codeOf(soon), URLError::timedOut);
   EXPECT_FALSE(later.didComplete());
-  keeper->kept.back()->respond({.url = url, .statusCode = 200});
+  keeper->kept[1]->respond({.url = url, .statusCode = 200});
   EXPECT_EQ(codeOf(later), URLError::timedOut);
+  EXPECT_EQ(codeOf(last), URLError::timedOut);
   EXPECT_EQ(codeOf(soon), URLError::timedOut) << "it was answered too late";
-  EXPECT_TRUE(keeper->cancelled.wait(2));
+  EXPECT_TRUE(keeper->cancelled.wait(3));
   keeper->kept.clear();
 }
 

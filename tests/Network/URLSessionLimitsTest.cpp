@@ -1,3 +1,4 @@
+#include <OrvoAPI/HTTP/RequestTimeline.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/ScriptedServer.h>
@@ -205,6 +206,24 @@ TEST(URLSessionNetworkChange, KeepsConnectionsForWhatIsUnderWayOnly) {
   EXPECT_EQ(codeOf(slow), 200);
   EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
   EXPECT_EQ(server.connections(), 3);
+  URLSession::networkChanged();
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  EXPECT_EQ(server.connections(), 4) << "it changes more than once";
+}
+
+TEST(URLSessionNetworkChange, HasNamesResolvedAnew) {
+  using Stage = RequestTimeline::Stage;
+  const ScriptedServer server("HTTP/1.0 204 None\r\n\r\n");
+  const auto url = *URL::parse("http://localhost:" + std::to_string(server.port()));
+  URLSession session({.measuresRequests = true});
+  const auto isResolved = [&] {
+    const auto hop = valueOf(session.fetch({.url = url})).timeline->last;
+    return hop.at(Stage::resolving) < hop.at(Stage::resolved);
+  };
+  EXPECT_TRUE(isResolved());
+  EXPECT_FALSE(isResolved());
+  URLSession::networkChanged();
+  EXPECT_TRUE(isResolved());
 }
 
 }  // namespace

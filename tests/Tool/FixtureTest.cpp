@@ -81,7 +81,7 @@ TEST(LinearViews, ShowThePresent) {
       .program = programs[2],
       .days = {{"TODAY", {programs[2], programs[4], programs[3]}}, {"TOMORROW", {programs[6]}}}};
   std::string text;
-  for (const auto time : {-5h, 4h, 9h, 12h, 23h, 60h}) {
+  for (const auto time : {-5h, 4h, 10h, 12h, 23h, 60h}) {
     text += drawn(80, [&](Screen& screen) { drawGuide(screen, guide, stream, kMay + time); });
   }
   for (const auto display : {LineupDisplayKind::grid, LineupDisplayKind::lineup}) {
