@@ -68,9 +68,9 @@ std::vector<std::string> room() {
 
 /// While it lives, signals that would end the tool only interrupt what it waits for, and the
 /// terminal cannot stop it. There is one at most.
-class Interruption {
+class PictureGuard {
  public:
-  Interruption() {
+  PictureGuard() {
     struct sigaction action {};
     action.sa_handler = [](int signal) { signal_ = signal; };
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
@@ -82,12 +82,12 @@ class Interruption {
     sigaddset(&stop, SIGTSTP);
     pthread_sigmask(SIG_BLOCK, &stop, &mask_);
   }
-  ~Interruption() {
+  ~PictureGuard() {
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
     pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
   }
-  Interruption(const Interruption&) = delete;
-  Interruption& operator=(const Interruption&) = delete;
+  PictureGuard(const PictureGuard&) = delete;
+  PictureGuard& operator=(const PictureGuard&) = delete;
 
   /// The signal that came, or 0.
   [[nodiscard]] int signal() const { return signal_; }
@@ -160,7 +160,7 @@ void print(const Picture& picture) {
   constexpr std::size_t kPart = 4096;
   int signal = 0;
   {
-    const Interruption interruption;
+    const PictureGuard interruption;
     std::string_view rest = picture.text;
     while (!rest.empty() && interruption.signal() == 0) {
       const ssize_t written = write(STDOUT_FILENO, rest.data(), std::min(rest.size(), kPart));

@@ -31,9 +31,9 @@ struct PlayError {
 /// While it lives, signals that would end the tool are noted, so that it outlives the player. The
 /// terminal sends its own to both; those that are meant for the tool alone are passed on. There is
 /// one at most.
-class Guard {
+class PlayerGuard {
  public:
-  Guard() {
+  PlayerGuard() {
     struct sigaction action {};
     action.sa_handler = [](int signal) {
       signal_ = signal;
@@ -45,12 +45,12 @@ class Guard {
       if (before_[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &action, nullptr);
     }
   }
-  ~Guard() {
+  ~PlayerGuard() {
     player_ = 0;
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
   }
-  Guard(const Guard&) = delete;
-  Guard& operator=(const Guard&) = delete;
+  PlayerGuard(const PlayerGuard&) = delete;
+  PlayerGuard& operator=(const PlayerGuard&) = delete;
 
   void watch(pid_t player) {
     player_ = player;
@@ -101,7 +101,7 @@ std::optional<std::string> play(const FoundPlayer& found, const Video& video, co
   std::optional<int> status;
   int signal = 0;
   {
-    Guard guard;
+    PlayerGuard guard;
     ChildProcess player(found.path, found.player->arguments,
                         {STDIN_FILENO, output, STDERR_FILENO, list.descriptor()});
     if (!player.isRunning()) return found.path + ": " + std::strerror(errno);

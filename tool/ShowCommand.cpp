@@ -24,24 +24,26 @@ struct WrittenShow {
   WrittenPictures pictures{};
 };
 
-using enum ImageResourceKey;
 /// The renditions in the order in which one is chosen: wide ones suit terminals.
-constexpr std::array kPreferred{landscape,
-                                coverLandscape,
-                                backgroundLandscape,
-                                banner,
-                                coverBanner,
-                                backgroundBanner,
-                                square,
-                                coverSquare,
-                                backgroundSquare,
-                                portrait,
-                                coverPortrait,
-                                backgroundPortrait,
-                                titleTreatmentLandscape,
-                                titleTreatmentSquare,
-                                logoLandscape};
-static_assert(kPreferred.size() == std::size(enumCases<ImageResourceKey>));
+constexpr auto preferredKeys() {
+  using enum ImageResourceKey;
+  return std::array{landscape,
+                    coverLandscape,
+                    backgroundLandscape,
+                    banner,
+                    coverBanner,
+                    backgroundBanner,
+                    square,
+                    coverSquare,
+                    backgroundSquare,
+                    portrait,
+                    coverPortrait,
+                    backgroundPortrait,
+                    titleTreatmentLandscape,
+                    titleTreatmentSquare,
+                    logoLandscape};
+}
+static_assert(preferredKeys().size() == std::size(enumCases<ImageResourceKey>));
 
 /// An image of an item.
 struct Artwork {
@@ -59,10 +61,11 @@ std::optional<Artwork> artwork(const WrittenShow& written, const ContentItem& it
   const ImageResources& images = imagesOf(item);
   const auto asked = caseNamed<ImageResourceKey>(written.key);
   const ImageSize size = *imageSize(written.size);
-  for (const ImageResourceKey key : kPreferred) {
+  for (const ImageResourceKey key : preferredKeys()) {
     const auto image = images.find(key);
     if (!image || (asked && key != *asked)) continue;
-    const bool isTitle = key == titleTreatmentLandscape || key == titleTreatmentSquare;
+    const bool isTitle = key == ImageResourceKey::titleTreatmentLandscape ||
+                         key == ImageResourceKey::titleTreatmentSquare;
     return Artwork{key, isTitle ? image->titleUrl(size, {}, host) : image->url(size, {}, host)};
   }
   return std::nullopt;

@@ -95,18 +95,31 @@ TEST_F(PlayCommand, SaysWhatToInstallWithoutAskingTheService) {
 
 TEST_F(PlayCommand, EndsWithThePlayerWhenSignalled) {
   const std::string ended = "wait $!; echo $?; read pid <pid; kill -0 $pid 2>&- || echo no orphan";
-  const std::string begins = "echo $$ >pid; echo >ready; exec 3<>never; read <&3";
-  makePlayer("mpv", begins);
+  const auto begin = [&](const std::string& signal, int status) {
+    makePlayer("mpv",
+               "exec python3 -c 'import os, signal, sys\n"
+               "signal.pthread_sigmask(signal.SIG_BLOCK, [signal." +
+                   signal +
+                   "])\n"
+                   "open(\"pid\", \"w\").write(str(os.getpid()) + \"\\n\")\n"
+                   "open(\"ready\", \"w\").write(\"\\n\")\n"
+                   "signal.sigwait([signal." +
+                   signal +
+                   "])\n"
+                   "sys.exit(" +
+                   std::to_string(status) + ")'\n");
+  };
+  begin("SIGTERM", 0);
   const auto end = [&](const std::string& before, const std::string& target) {
-    return play("welcome", "mkfifo -m 600 ready never 2>&-; " + before,
+    return play("welcome", "mkfifo ready 2>&-; " + before,
                 " & read <ready; kill " + target + "$!; " + ended)
         .output;
   };
   EXPECT_EQ(end("", "-TERM "), "143\nno orphan\n");
   // As the terminal does it: to the player and the tool.
-  makePlayer("mpv", "trap 'exit 4' INT; " + begins);
+  begin("SIGINT", 4);
   EXPECT_EQ(end("set -m; ", "-INT -"), "130\nno orphan\n");
-  makePlayer("mpv", "trap 'exit 0' INT; " + begins);
+  begin("SIGINT", 0);
   EXPECT_EQ(end("set -m; ", "-INT -"), "0\nno orphan\n");
 }
 
