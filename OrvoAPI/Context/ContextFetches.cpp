@@ -39,7 +39,7 @@ struct Asked {
   template <class Fetch>
   std::invoke_result_t<Fetch&, const URL&> from(const Result<URL>& url, Fetch fetch) const {
     using Fetched = std::invoke_result_t<Fetch&, const URL&>;
-    const auto fetched =
+    auto fetched =
         url.failed() ? Fetched::failed(subject.explain(*url.error())) : fetch(*url.value());
     if (record) record->endWith(fetched);
     return fetched;

@@ -73,7 +73,7 @@ Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment e
   const detail::Subject configuring{"fetchConfiguration", rawValue(client)};
   const auto configurationURL = urls.configuration(client);
   if (configurationURL.failed()) {
-    const auto failed = Future<std::shared_ptr<Context>>::failed(
+    auto failed = Future<std::shared_ptr<Context>>::failed(
         configuring.explain(*configurationURL.error(), "the base URL is relative"));
     if (const auto record = own.begin(configuring)) record->endWith(failed);
     return failed;
