@@ -174,6 +174,9 @@ TEST(RequestReport, ShowsNoToken) {
   const auto hidden = answer();
   EXPECT_EQ(hidden.identifier, "");
   EXPECT_EQ(hidden.error->description().find(kToken), std::string::npos);
+  reported.session->setToken("cut/off");
+  const auto across = reported.context->fetchPage("x/cut/off/y");
+  EXPECT_EQ(answer().path, "***");
 }
 
 struct ListeningLogger final : Logger {
@@ -228,7 +231,8 @@ struct ReportedService : Reports {
   std::function<void()> hold = [] {};
   const test::HTTPServer server{[this](const test::ServedRequest& request) -> test::ServedAnswer {
     const std::string_view target = request.target;
-    if (target.starts_with("/v3/session")) return {.body = R"({"token": "secret-token"})"};
+    if (target.starts_with("/v3/session")) return {302, "", {{"Location", "/secret-token/s"}}};
+    if (target.ends_with("/s")) return {.body = R"({"token": "secret-token"})"};
     if (target.starts_with("/v3/configuration")) return {.body = configurationBody()};
     if (target.ends_with("/moved")) return {302, "", {{"Location", "/secret-token/p"}}};
     if (target.ends_with("/refused") && isRefused.exchange(false)) return {.status = 401};
@@ -247,6 +251,7 @@ struct ReportedService : Reports {
       own.insert(report.operation);
       EXPECT_EQ(report.status, 200);
       EXPECT_EQ(report.identifier, "iPad");
+      for (const auto& path : report.redirects) EXPECT_EQ(path, "***") << "no token is known yet";
       EXPECT_EQ(report.protocol, "1.1");
     }
     EXPECT_EQ(own, (std::set<std::string_view>{"fetchConfiguration", "openSession"}));

@@ -211,9 +211,13 @@ TEST(URLSessionNetworkChange, KeepsConnectionsForWhatIsUnderWayOnly) {
   EXPECT_EQ(server.connections(), 4) << "it changes more than once";
 }
 
-TEST(URLSessionNetworkChange, HasNamesResolvedAnew) {
+TEST(URLSessionConnections, HaveNamesResolvedAnewWhenTheHostMayHaveMoved) {
   using Stage = RequestTimeline::Stage;
-  const ScriptedServer server("HTTP/1.0 204 None\r\n\r\n");
+  std::atomic<bool> answers = true;
+  const ScriptedServer server([&](Connection& connection) {
+    connection.readHead();
+    if (answers) connection.send("HTTP/1.0 204 None\r\n\r\n");
+  });
   const auto url = *URL::parse("http://localhost:" + std::to_string(server.port()));
   URLSession session({.measuresRequests = true});
   const auto isResolved = [&] {
@@ -224,6 +228,12 @@ TEST(URLSessionNetworkChange, HasNamesResolvedAnew) {
   EXPECT_FALSE(isResolved());
   URLSession::networkChanged();
   EXPECT_TRUE(isResolved());
+  (void)isResolved();
+  EXPECT_FALSE(isResolved());
+  answers = false;
+  EXPECT_EQ(codeOf(session.fetch({.url = url})), URLError::networkConnectionLost);
+  answers = true;
+  EXPECT_TRUE(isResolved()) << "it was lost";
 }
 
 }  // namespace
