@@ -52,8 +52,8 @@ Result<std::string> asked(const std::vector<std::string>& arguments, std::string
   return Failure{PictureError{"it breaks what draws it"}};
 }
 
-/// The room for a picture: it shall leave some for the text below it.
-std::vector<std::string> room() {
+/// The room for a picture above so many lines and a prompt.
+std::vector<std::string> room(std::size_t linesBelow) {
   winsize size{};
   ioctl(STDOUT_FILENO, TIOCGWINSZ, &size);
   const int columns = static_cast<int>(standardOutput().columns);
@@ -62,8 +62,10 @@ std::vector<std::string> room() {
   const bool isTold = size.ws_col > 0 && size.ws_xpixel >= size.ws_col && size.ws_ypixel >= rows;
   const int width = isTold ? size.ws_xpixel / size.ws_col : 8;
   const int height = isTold ? size.ws_ypixel / rows : 16;
-  return {std::to_string(std::min(columns, 200)), std::to_string(std::clamp(rows / 2, 6, 40)),
-          std::to_string(width), std::to_string(height)};
+  const int left = rows - static_cast<int>(std::min<std::size_t>(linesBelow, 1000)) - 2;
+  return {std::to_string(std::min(columns, 200)),
+          std::to_string(std::clamp(left, std::min(rows / 2, 12), 40)), std::to_string(width),
+          std::to_string(height)};
 }
 
 /// While it lives, signals that would end the tool only interrupt what it waits for, and the
@@ -137,7 +139,8 @@ Result<std::string> pictureStyle(const Tool& tool, const WrittenPictures& writte
   return asked({"detect"}, "");
 }
 
-Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& style) {
+Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& style,
+                             std::size_t linesBelow) {
   // Of its own: what the service has told the context's session to send is not for image servers.
   URLSession session({.maximumBodySize = kMostImageBytes});
   const URLRequest request{.url = image,
@@ -150,7 +153,7 @@ Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& st
     return Failure{PictureError{"its server answered with status " + std::to_string(status)}};
   }
   std::vector<std::string> arguments{"draw", style};
-  std::ranges::move(room(), std::back_inserter(arguments));
+  std::ranges::move(room(linesBelow), std::back_inserter(arguments));
   auto text = asked(arguments, fetched.value()->body.view());
   if (const AnyError* error = text.error()) return Failure{*error};
   return Picture{style, *std::move(text.value())};

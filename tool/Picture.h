@@ -37,8 +37,10 @@ struct Picture {
   std::string text;
 };
 
-/// Fetches the image, without a token and without cookies, and draws it.
-[[nodiscard]] Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& style);
+/// Fetches the image, without a token and without cookies, and draws it so large that so many lines
+/// fit below it, if that is large enough to be seen.
+[[nodiscard]] Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& style,
+                                           std::size_t linesBelow);
 
 /// Prints it and ends the line. When a signal ends the tool meanwhile, the terminal is left in
 /// order.

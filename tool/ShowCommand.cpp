@@ -11,6 +11,7 @@
 #include <tool/Text.h>
 #include <tool/Wording.h>
 
+#include <algorithm>
 #include <array>
 
 namespace orvo::tool {
@@ -81,11 +82,12 @@ std::string absence(const WrittenShow& written, const ContentItem& item) {
 }
 
 /// Draws the image, unless the terminal or the command line is against it. Returns whether it did.
-Result<bool> drawArtwork(Tool& tool, const WrittenShow& written, const Artwork& artwork) {
+Result<bool> drawArtwork(Tool& tool, const WrittenShow& written, const Artwork& artwork,
+                         std::size_t linesBelow) {
   const auto style = pictureStyle(tool, written.pictures);
   if (const AnyError* error = style.error()) return Failure{*error};
   if (*style.value() == "none") return false;
-  const auto picture = fetchPicture(tool, artwork.url, *style.value());
+  const auto picture = fetchPicture(tool, artwork.url, *style.value(), linesBelow);
   if (const AnyError* error = picture.error()) return Failure{*error};
   print(*picture.value());
   return true;
@@ -102,15 +104,17 @@ int showItem(Tool& tool, const WrittenShow& written, const ContentItem& item) {
         found ? Json::object({{"key", toJson(found->key)}, {"url", toJson(found->url)}}) : Json());
     return tool.answer(json);
   }
-  const Result<bool> drawn = found ? drawArtwork(tool, written, *found) : Result<bool>(false);
   Screen screen(standardOutput());
-  if (!drawn.failed() && *drawn.value()) screen.blank();
+  screen.blank();
   draw(screen, item);
   if (found) {
     screen.heading("Artwork", caseName(found->key));
     screen.line("  " + printable(found->url.text()));
   }
-  print(screen.text());
+  const auto lines = static_cast<std::size_t>(std::ranges::count(screen.text(), '\n'));
+  const auto drawn = found ? drawArtwork(tool, written, *found, lines) : Result<bool>(false);
+  const bool hasPicture = !drawn.failed() && *drawn.value();
+  print(std::string_view(screen.text()).substr(hasPicture ? 0 : 1));
   const std::string notice = drawn.failed() ? "there is no picture: " + explanation(*drawn.error())
                              : found        ? ""
                                             : absence(written, item);

@@ -103,6 +103,10 @@ Settings settings(const Canvas& canvas, const GdkPixbuf* image) {
                                      : canvas.style == "sixel" ? CHAFA_PIXEL_MODE_SIXELS
                                                                : CHAFA_PIXEL_MODE_SYMBOLS);
   chafa_canvas_config_set_preprocessing_enabled(settings.get(), FALSE);
+  if (indexed) {
+    // The nearest of few colours as people see it, not by its numbers.
+    chafa_canvas_config_set_color_space(settings.get(), CHAFA_COLOR_SPACE_DIN99D);
+  }
   const Symbols symbols(chafa_symbol_map_new());
   chafa_symbol_map_add_by_tags(symbols.get(), CHAFA_SYMBOL_TAG_SPACE);
   chafa_symbol_map_add_by_tags(symbols.get(), CHAFA_SYMBOL_TAG_HALF);
