@@ -83,7 +83,9 @@ class RequestRecord final : private JobNode {
   template <class T>
   void endWith(const Future<T>& future) noexcept {
     attach([&] {
-      future.onCancel(inlineQueue(), [self = self()](bool) { self->abandon(); });
+      future.onCancel(inlineQueue(), [self = self()](bool completed) {
+        if (!completed) self->abandon();  // else it ends with the result, if it has not yet
+      });
       future.onComplete(inlineQueue(),
                         [self = self()](const Result<T>& result) { self->end(result.error()); });
     });
