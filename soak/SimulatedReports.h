@@ -23,7 +23,9 @@ class Reports {
       sum += phase;
       isForward = isForward && phase.count() >= 0;
     }
-    const auto texts = report.identifier + report.path;
+    auto texts = report.identifier + report.path;
+    for (const auto& path : report.redirects) texts += path;
+    if (report.error) texts += report.error->description();
     const std::lock_guard guard(lock_);
     ++outcomes_[outcomeOf(report.error ? &*report.error : nullptr)];
     hits_ += report.source == RequestReport::Source::cache;

@@ -21,8 +21,10 @@ ContentRequest& ContentRequest::add(const std::optional<ListPartRequest>& page) 
 
 Result<URL> ContentRequest::url(const URL& baseURL) const {
   auto url = URL::parse(reference_, baseURL);
-  if (!url || url->fragment()) return Failure{URLService::Error::invalidInput{std::string(input_)}};
-  return std::move(*url);
+  if (url && !url->fragment()) return std::move(*url);
+  const AnyError error = URLService::Error::invalidInput{std::string(input_)};
+  if (baseURL.isAbsolute()) return Failure{error};
+  return Failure{error.withContext({.operation = {}, .note = std::string(kRelativeBase)})};
 }
 
 URL asBase(const URL& url) {

@@ -36,6 +36,9 @@ class ContentRequest {
   std::string_view input_;
 };
 
+/// Why no reference makes a URL beneath such a base, in words.
+inline constexpr std::string_view kRelativeBase = "the base URL is relative";
+
 /// The URL with a path that ends with "/", beneath which references resolve.
 [[nodiscard]] URL asBase(const URL& url);
 

@@ -1,6 +1,7 @@
 #include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/RedactionInternal.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/Context/SubjectInternal.h>
@@ -251,8 +252,8 @@ Future<Shared<LinearProgramGuide>> Context::fetchLinearProgramGuide(
 Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
   // It may be at any address: one that tells the token must not get into an error's text.
   const auto token = sessionProvider()->currentToken();
-  const bool isSecret = detail::isStreamPath(url.path()) ||
-                        (!token.empty() && url.path().find(token) != std::string_view::npos);
+  const bool isSecret =
+      detail::isStreamPath(url.path()) || detail::Redaction(token).finds(url.path());
   const Asked asked(reporter_.get(), {"fetchLineup", isSecret ? "" : url.path(), isSecret});
   const auto absolute =
       url.isAbsolute() ? Result<URL>(url) : Failure{URLService::Error::invalidInput{url.text()}};

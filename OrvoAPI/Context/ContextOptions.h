@@ -28,7 +28,8 @@ struct ContextOptions {
   /// subsystem "network", category "requests".
   bool logsRequests = false;
   /// Where `onReport` and the logger are called then; when there is none, on the global queue, one
-  /// report after another, of all contexts.
+  /// report after another, of all contexts, so that one that never returns keeps back all others.
+  /// Posted to by whatever ends a fetch, also by letting go of its last future.
   std::shared_ptr<DispatchQueue> reportQueue = nullptr;
 };
 

@@ -74,7 +74,7 @@ Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment e
   const auto configurationURL = urls.configuration(client);
   if (configurationURL.failed()) {
     auto failed = Future<std::shared_ptr<Context>>::failed(
-        configuring.explain(*configurationURL.error(), "the base URL is relative"));
+        configuring.explain(*configurationURL.error(), detail::kRelativeBase));
     if (const auto record = own.begin(configuring)) record->endWith(failed);
     return failed;
   }

@@ -1,23 +1,29 @@
 #include <OrvoAPI/Context/RequestLogInternal.h>
+#include <OrvoAPI/Context/SubjectInternal.h>
 
 #include <algorithm>
 
 namespace orvo::detail {
 namespace {
 
-/// What went wrong, without what was asked for, which the line says anyway.
-std::string outcome(const AnyError& error) {
-  auto text = error.description();
-  if (const auto* const context = error.context()) {
-    const auto known = " (" + context->description() + ")";
-    if (text.ends_with(known)) text.resize(text.size() - known.size());
+/// Identifiers and errors hold what others wrote; a line of a log stays one.
+void keepToOneLine(std::string& line) {
+  const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; };
+  std::replace_if(line.begin(), line.end(), isControl, ' ');
+  // U+0080 to U+009F, and the separators of lines and paragraphs.
+  for (std::size_t at = 0; (at = line.find_first_of("\xC2\xE2", at)) != std::string::npos; ++at) {
+    const auto rest = std::string_view(line).substr(at);
+    const bool isC1 = rest.size() > 1 && rest[0] == '\xC2' &&
+                      static_cast<unsigned char>(rest[1]) < 0xA0;  // all of UTF-8 begins at 0x80
+    if (isC1) line.replace(at, 2, 1, ' ');
+    const bool isSeparator = rest.starts_with("\xE2\x80\xA8") || rest.starts_with("\xE2\x80\xA9");
+    if (isSeparator) line.replace(at, 3, 1, ' ');
   }
-  return text;
 }
 
 }  // namespace
 
-std::string requestLine(const RequestReport& report) {
+std::string requestLine(const RequestReport& report, const Redaction& redaction) {
   std::string line(report.operation);
   if (!report.identifier.empty()) line.append(1, ' ').append(report.identifier);
   line += ": ";
@@ -28,10 +34,9 @@ std::string requestLine(const RequestReport& report) {
   const auto bytes = report.bytesReceived != 0 ? report.bytesReceived : report.bytesDecoded;
   line.append(std::to_string(bytes)) += " bytes, ";
   line += report.source == RequestReport::Source::none ? "not sent" : caseName(report.source);
-  if (report.error) line.append(": ").append(outcome(*report.error));
-  // Identifiers and errors hold what others wrote; a line of a log stays one.
-  const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; };
-  std::replace_if(line.begin(), line.end(), isControl, ' ');
+  if (report.error) line.append(": ").append(descriptionAlone(*report.error));
+  redaction.words(line);
+  keepToOneLine(line);
   return line;
 }
 

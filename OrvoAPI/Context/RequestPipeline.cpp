@@ -12,7 +12,7 @@ namespace {
 /// Where nobody wants a report.
 struct NoRecord {
   constexpr const NoRecord* operator->() const { return this; }
-  constexpr void knows(const Future<std::string>&) const {}
+  constexpr void knows(const std::string&) const {}
   constexpr void willSend() const {}
   constexpr void didAnswer(const Result<HTTPResult>&) const {}
   constexpr void willRenew() const {}
@@ -52,11 +52,11 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& 
 template <class Record>
 void RequestPipeline::send(const URLRequest& request, RequestPolicy policy,
                            const Promise<Data>& promise, const Record& record) {
-  const auto token = sessionProvider_->retrieveSessionToken();
-  record->knows(token);
-  token
-      .map([sent = URLRequest(request), authed = policy.authed](const std::string& text) mutable {
-        if (authed) sent.headers.add("Authorization", text);
+  sessionProvider_->retrieveSessionToken()
+      .map([sent = URLRequest(request), authed = policy.authed,
+            record](const std::string& token) mutable {
+        record->knows(token);
+        if (authed) sent.headers.add("Authorization", token);
         return std::move(sent);
       })
       .flatMap([network = networkDataProvider_, record](const URLRequest& authorised) {
@@ -68,8 +68,9 @@ void RequestPipeline::send(const URLRequest& request, RequestPolicy policy,
         record->didAnswer(result);
         if (result.failed()) return promise.failure(*result.error());
         const int status = result.value()->response.statusCode;
-        if (status <= 399)
+        if (status <= 399) {
           return orFail(promise, [&] { deliver(*result.value(), promise, record); });
+        }
         if (status != 401 || !retry) {
           return promise.failure(SessionError::unexpectedStatus{status});
         }

@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/RedactionInternal.h>
 #include <OrvoAPI/Context/RequestLogInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/HTTP/StagesInternal.h>
@@ -9,70 +10,6 @@
 #include <utility>
 
 namespace orvo::detail {
-
-constexpr std::string_view kMask = "***";
-
-/// Hides what tells one of the tokens, which live longer. Not synchronised.
-class Mask {
- public:
-  Mask(std::string_view token, std::string_view other) : tokens_{token, other} {}
-
-  [[nodiscard]] bool isEmpty() const { return tokens_[0].empty() && tokens_[1].empty(); }
-
-  void text(std::string& text) const {
-    if (tells(text)) text = kMask;
-  }
-  /// Only the tokens, where they are written plainly, else the whole.
-  void words(std::string& text) const {
-    for (const auto token : tokens_) {
-      if (token.empty()) continue;
-      for (auto at = text.find(token); at != std::string::npos;
-           at = text.find(token, at + kMask.size())) {
-        text.replace(at, token.size(), kMask);
-      }
-    }
-    if (tells(text)) text = kMask;
-  }
-  /// Segment by segment; the whole when a token lies across some.
-  void path(std::string& path) const {
-    if (isStreamPath(path)) path = kMask;
-    if (!tells(path)) return;
-    std::string masked;
-    for (std::size_t begin = 0; begin <= path.size();) {
-      const auto end = std::min(path.find('/', begin), path.size());
-      const auto segment = path.substr(begin, end - begin);
-      if (begin > 0) masked += '/';
-      masked += tells(segment) ? kMask : segment;
-      begin = end + 1;
-    }
-    path = tells(masked) || masked == path ? kMask : masked;
-  }
-
- private:
-  /// As it is written, and decoded.
-  [[nodiscard]] bool tells(std::string_view text) const {
-    const auto holds = [this](std::string_view plain) {
-      return std::any_of(tokens_.begin(), tokens_.end(), [plain](std::string_view token) {
-        return !token.empty() && plain.find(token) != std::string_view::npos;
-      });
-    };
-    return holds(text) || (text.find('%') != std::string_view::npos && holds(decoded(text)));
-  }
-  [[nodiscard]] static std::string decoded(std::string_view text) {
-    const auto digit = [](char c) {
-      return c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10;  // of a valid URL
-    };
-    std::string plain;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-      const bool isEscape = text[i] == '%' && i + 2 < text.size();
-      plain += isEscape ? static_cast<char>(digit(text[i + 1]) * 16 + digit(text[i + 2])) : text[i];
-      if (isEscape) i += 2;
-    }
-    return plain;
-  }
-
-  std::array<std::string_view, 2> tokens_;
-};
 
 namespace {
 
@@ -101,7 +38,7 @@ std::shared_ptr<const RequestReporter> RequestReporter::make(
       new RequestReporter(options, std::move(sessionProvider)));
 }
 
-void RequestReporter::tell(const RequestReport& report, const Mask& mask) const {
+void RequestReporter::tell(const RequestReport& report, const Redaction& redaction) const {
   if (onReport_ != nullptr) {
     try {
       onReport_(report);
@@ -110,9 +47,8 @@ void RequestReporter::tell(const RequestReport& report, const Mask& mask) const 
     }
   }
   if (logger_ == nullptr) return;
-  auto line = requestLine(report);
-  mask.words(line);
-  logger_->log(line, report.error ? LogLevel::warning : LogLevel::info, "network", "requests");
+  logger_->log(requestLine(report, redaction), report.error ? LogLevel::warning : LogLevel::info,
+               "network", "requests");
 }
 
 RecordRef RequestReporter::begin(const Subject& subject) const noexcept {
@@ -158,9 +94,14 @@ void RequestRecord::asks(const URLRequest& request) noexcept {
   }
 }
 
-void RequestRecord::knows(const Future<std::string>& token) noexcept {
+void RequestRecord::knows(const std::string& token) noexcept {
   const LockGuard guard(lock_);
-  if (!isEnded_) facts_.tokens[facts_.tokens[0] ? 1 : 0] = token;
+  if (isEnded_) return;
+  try {
+    facts_.tokens[facts_.tokens[0].empty() ? 0 : 1] = token;
+  } catch (const std::bad_alloc&) {
+    isEnded_ = true;  // what cannot be redacted is not reported
+  }
 }
 
 void RequestRecord::willSend() noexcept {
@@ -213,7 +154,8 @@ void RequestRecord::end(const AnyError* error) noexcept {
     if (error != nullptr) facts_.report.error = *error;
   }
   retain();
-  reporter_->queue()->post(Job(static_cast<JobNode*>(this)));
+  const auto queue = reporter_->queue();  // the job may let go of the last other reference at once
+  queue->post(Job(static_cast<JobNode*>(this)));
 }
 
 void RequestRecord::forget() noexcept {
@@ -231,20 +173,18 @@ void RequestRecord::run() {
   }
   try {
     complete(*facts);
-    const auto& tokens = facts->tokens;
-    const auto* const token = tokens[0] ? tokens[0]->value() : nullptr;
-    const auto* const newToken = tokens[1] ? tokens[1]->value() : nullptr;
-    std::string current;
-    if (token == nullptr && reporter->sessionProvider_ != nullptr) {
-      current = reporter->sessionProvider_->currentToken();
+    auto& [token, newToken] = facts->tokens;
+    if (token.empty() && reporter->sessionProvider_ != nullptr) {
+      token = reporter->sessionProvider_->currentToken();
     }
-    const Mask mask(token != nullptr ? std::string_view(*token) : std::string_view(current),
-                    newToken != nullptr ? std::string_view(*newToken) : std::string_view());
-    hide(*facts, mask);
-    reporter->tell(facts->report, mask);
+    const Redaction redaction(token, newToken);
+    hide(*facts, redaction);
+    reporter->tell(facts->report, redaction);
   } catch (...) {
     // Without memory for it there is no report; what a logger throws is no better.
   }
+  // The app's future may keep the record for long.
+  facts->report.error.reset();
   facts->timeline = nullptr;
   facts->tokens = {};
 }
@@ -288,16 +228,17 @@ void RequestRecord::measure(Facts& facts) {
   }
 }
 
-void RequestRecord::hide(Facts& facts, const Mask& mask) {
+void RequestRecord::hide(Facts& facts, const Redaction& redaction) {
   auto& report = facts.report;
-  mask.text(report.identifier);
-  if (facts.isSecret && facts.isAsked) report.path = kMask;
-  mask.path(report.path);
+  redaction.text(report.identifier);
+  if (facts.isSecret && facts.isAsked) report.path = Redaction::kHidden;
+  redaction.path(report.path);
   for (auto& path : report.redirects) {
     // Whoever knows no token cannot tell whether it is one.
-    if (facts.isSecret || mask.isEmpty()) path = kMask;
-    mask.path(path);
+    if (facts.isSecret || redaction.isEmpty()) path = Redaction::kHidden;
+    redaction.path(path);
   }
+  if (report.error) report.error = redaction.error(*report.error);
 }
 
 }  // namespace orvo::detail

@@ -14,13 +14,12 @@
 #include <atomic>
 #include <memory>
 #include <new>
-#include <optional>
 #include <string>
 #include <string_view>
 
 namespace orvo::detail {
 
-class Mask;
+class Redaction;
 class RequestRecord;
 using RecordRef = CoreRef<RequestRecord>;
 
@@ -39,7 +38,7 @@ class RequestReporter final : public std::enable_shared_from_this<RequestReporte
   friend class RequestRecord;
   RequestReporter(const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider);
 
-  void tell(const RequestReport& report, const Mask& mask) const;
+  void tell(const RequestReport& report, const Redaction& redaction) const;
 
   const std::function<void(const RequestReport&)> onReport_;
   const std::shared_ptr<Logger> logger_;  // null: requests are not logged
@@ -62,7 +61,7 @@ class RequestRecord final : private JobNode {
 
   /// Before anybody else knows it.
   void asks(const URLRequest& request) noexcept;
-  void knows(const Future<std::string>& token) noexcept;
+  void knows(const std::string& token) noexcept;
   void willSend() noexcept;
   void didAnswer(const Result<HTTPResult>& result) noexcept;
   void willRenew() noexcept;
@@ -103,7 +102,7 @@ class RequestRecord final : private JobNode {
     bool isAsked = false;
     unsigned sends = 0;
     /// The tokens of the first attempt and of the second.
-    std::array<std::optional<Future<std::string>>, 2> tokens = {};
+    std::array<std::string, 2> tokens = {};
     std::shared_ptr<const RequestTimeline> timeline = nullptr;
     std::array<Time, kMarks> marks = {};
   };
@@ -123,7 +122,7 @@ class RequestRecord final : private JobNode {
   void drop() noexcept override { release(); }
   static void complete(Facts& facts);
   static void measure(Facts& facts);
-  static void hide(Facts& facts, const Mask& mask);
+  static void hide(Facts& facts, const Redaction& redaction);
 
   std::atomic<unsigned> holders_{1};
   Lock lock_;

@@ -30,12 +30,14 @@ enum class RequestPhase {
   connect,
   /// Setting up TLS.
   secure,
+  /// Until it begins to be sent.
   send,
-  /// Waiting for the first byte, or for an interceptor.
+  /// Sending it, and waiting for the first byte or for an interceptor.
   wait,
   /// Receiving the answer.
   receive,
-  /// Until the answer is in the hands of whoever reads it. For a value from the cache: all.
+  /// Until the answer is in the hands of whoever reads it. For what was not to be sent, such as a
+  /// value from the cache: all.
   handOver,
   /// Reading it.
   parse
@@ -72,7 +74,7 @@ struct RequestReport {
   /// Of the last answer; 0 when there was none.
   int status = 0;
   /// What the fetch failed with; `URLError` -999 when it was cancelled, or nobody was left to end
-  /// it.
+  /// it. Without the timeline of a `URLError`; an error that may hold a token is described only.
   std::optional<AnyError> error = std::nullopt;
   /// Bytes of the body as they came from the network, and as decoded.
   std::uint64_t bytesReceived = 0;
@@ -82,7 +84,7 @@ struct RequestReport {
   /// "1.0", "1.1" or "2"; empty when that is not known.
   std::string_view protocol = {};
 
-  /// When it was called.
+  /// When it was called. For the time of day, subtract its age from the wall clock's now.
   std::chrono::steady_clock::time_point begun = {};
   /// From the call to the end of its future: the sum of its phases.
   std::chrono::nanoseconds total{0};

@@ -15,6 +15,16 @@ namespace orvo::detail {
   return path.ends_with("/playlist.m3u8") || path.ends_with("/playlist.json");
 }
 
+/// What the error says, without what was asked for.
+[[nodiscard]] inline std::string descriptionAlone(const AnyError& error) {
+  auto text = error.description();
+  if (const auto* const context = error.context()) {
+    const auto known = " (" + context->description() + ")";
+    if (text.ends_with(known)) text.resize(text.size() - known.size());
+  }
+  return text;
+}
+
 /// What is asked for, in words.
 struct Subject {
   std::string_view operation;
@@ -22,8 +32,9 @@ struct Subject {
   /// Whether its path tells the token, so that none of it may be shown.
   bool isSecret = false;
 
-  /// The failure with what was asked for, and what else helps in words.
+  /// The failure with what was asked for, and what else helps in words; it keeps what it has.
   [[nodiscard]] AnyError explain(const AnyError& error, std::string_view note = {}) const noexcept {
+    if (note.empty() && error.context() != nullptr) note = error.context()->note;
     try {
       return error.withContext(
           {std::string(operation), std::string(identifier), std::string(note)});

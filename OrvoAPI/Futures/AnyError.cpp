@@ -55,6 +55,7 @@ class ContextBox final : public detail::ErrorBox {
     return error_->description() + " (" + context_.description() + ")";
   }
   [[nodiscard]] const ErrorContext* context() const noexcept override { return &context_; }
+  [[nodiscard]] const std::shared_ptr<const detail::ErrorBox>& error() const { return error_; }
 
  private:
   const std::shared_ptr<const detail::ErrorBox> error_;
@@ -72,8 +73,9 @@ std::string ErrorContext::description() const {
 
 AnyError AnyError::withContext(ErrorContext context) const noexcept {
   try {
-    return AnyError(std::shared_ptr<const detail::ErrorBox>(
-        std::make_shared<ContextBox>(box_, std::move(context))));
+    const auto* const known = dynamic_cast<const ContextBox*>(box_.get());
+    return AnyError(std::shared_ptr<const detail::ErrorBox>(std::make_shared<ContextBox>(
+        known != nullptr ? known->error() : box_, std::move(context))));
   } catch (const std::bad_alloc&) {
     return *this;
   }

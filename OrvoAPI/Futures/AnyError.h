@@ -20,7 +20,7 @@ struct ErrorContext {
   /// What else helps whoever reads the error; may be empty.
   std::string note = {};
 
-  /// In one line: "fetchPage home".
+  /// Such as "fetchPage home".
   [[nodiscard]] std::string description() const;
 };
 
@@ -107,14 +107,14 @@ class AnyError {
     return as<E>() != nullptr;
   }
 
-  /// A readable text for logs and developers, with what was asked for when that is known; it never
-  /// holds a session token.
+  /// A readable text for logs and developers, with what was asked for when that is known. The
+  /// library puts no session token in it.
   [[nodiscard]] std::string description() const { return box_->description(); }
 
   /// What was asked for, or null: the failures of a `Context`'s fetches say so, and those of the
   /// bootstrap. Valid as long as this or a copy of it lives.
   [[nodiscard]] const ErrorContext* context() const noexcept { return box_->context(); }
-  /// The same error, which says what was asked for; unchanged when there is no memory for that.
+  /// The same error, which says that this was asked for; unchanged when there is no memory for it.
   [[nodiscard]] AnyError withContext(ErrorContext context) const noexcept;
 
  private:

@@ -28,7 +28,7 @@ struct RequestTimeline {
     connected,
     /// TLS is set up.
     secured,
-    /// The request is sent, or an interceptor is asked.
+    /// The request begins to be sent, or an interceptor is asked.
     sent,
     /// The first byte of the answer is there.
     firstByte,
@@ -43,7 +43,7 @@ struct RequestTimeline {
     /// there, there is no TLS) was passed with the one before, one that was not reached with the
     /// last.
     std::array<Time, kStages> times = {};
-    /// Answered by an interceptor, in place of the network.
+    /// Taken by an interceptor, in place of the network.
     bool isIntercepted = false;
     /// Sent on a connection that was there already.
     bool isConnectionReused = false;
@@ -54,6 +54,7 @@ struct RequestTimeline {
 
     [[nodiscard]] Time at(Stage stage) const { return times[static_cast<std::size_t>(stage)]; }
   };
+  /// Its address and its response's header fields may tell a session's token: not for a log.
   struct Redirect {
     Hop hop;
     /// What redirected.

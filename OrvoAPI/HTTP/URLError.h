@@ -34,7 +34,8 @@ struct URLError {
   int code = unknown;
   /// For people. It never holds a URL: a stream's address contains the session's token.
   std::string message = {};
-  /// Of <OrvoAPI/HTTP/RequestTimeline.h>: how far the request came; null when nobody measured.
+  /// Of <OrvoAPI/HTTP/RequestTimeline.h>: how far the request came; null when nobody measured. Its
+  /// redirects hold URLs.
   std::shared_ptr<const RequestTimeline> timeline = nullptr;
 
   [[nodiscard]] std::string description() const;

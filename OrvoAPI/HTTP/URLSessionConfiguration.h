@@ -32,8 +32,8 @@ struct URLSessionConfiguration {
   /// SSLKEYLOGFILE names, for debugging. On a connection that another session has opened, that
   /// session's choice holds.
   bool writesKeyLog = false;
-  /// Has each result and each transport error carry a `RequestTimeline`. A context that is to
-  /// report its requests turns it on.
+  /// Has each result and each transport error carry a `RequestTimeline`. The bootstrap turns
+  /// it on for a context that reports its requests.
   bool measuresRequests = false;
 };
 

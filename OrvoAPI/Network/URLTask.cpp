@@ -264,7 +264,7 @@ void URLTask::answerIntercepted(std::optional<HTTPOutcome> outcome, unsigned off
   // A cancelled task has ended before its interceptor's answer, and one that answered and let the
   // request go by has no say when another takes it.
   if (state_ != State::intercepted || offer != offers_) return;
-  if (timeline_ != nullptr) endHop(true);
+  if (timeline_ != nullptr) endHop();
   take([&] {
     if (outcome) return didAnswer(*std::move(outcome));
     finish(URLError{URLError::unknown, "the interceptor dropped the request"});
@@ -291,7 +291,10 @@ bool URLTask::offerToInterceptors() {
     state_ = State::intercepted;
     const auto asked = measured() != nullptr ? std::chrono::steady_clock::now() : NetworkTime();
     if (interceptor->intercept(request_, interception)) {
-      if (auto* const hop = measured()) note(*hop, RequestTimeline::Stage::sent, asked);
+      if (auto* const hop = measured()) {
+        note(*hop, RequestTimeline::Stage::sent, asked);
+        hop->isIntercepted = true;
+      }
       interception->markTaken();
       core_->watchLimit(deadline());
       return true;

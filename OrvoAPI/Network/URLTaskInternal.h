@@ -149,7 +149,7 @@ class URLTask final : public HTTPExchange,
   // Only while it is measured, but for the first, which makes it so.
   void beginTimeline() noexcept;
   void noteRedirect(const HTTPURLResponse& response) noexcept;
-  void endHop(bool isIntercepted = false);
+  void endHop();
   void endTimeline(HTTPOutcome& outcome);
   void finish(HTTPOutcome&& outcome);
 

@@ -25,11 +25,7 @@ void URLTask::noteRedirect(const HTTPURLResponse& response) noexcept {
   }
 }
 
-void URLTask::endHop(bool isIntercepted) {
-  auto& hop = timeline_->last;
-  hop.isIntercepted = isIntercepted;
-  settleStages(hop.times, std::chrono::steady_clock::now());
-}
+void URLTask::endHop() { settleStages(timeline_->last.times, std::chrono::steady_clock::now()); }
 
 void URLTask::endTimeline(HTTPOutcome& outcome) {
   const bool isOver = timeline_->last.at(RequestTimeline::Stage::done) != NetworkTime();

@@ -102,6 +102,33 @@ TEST(RequestReport, CountsTheRenewalAndTellsWhatItEndedWith) {
   EXPECT_EQ(codeOf(reported.one()), URLError::cancelled) << "nobody is left to send it again";
 }
 
+TEST(RequestReport, ItsErrorTellsNoToken) {
+  ReportedContext reported;
+  const auto page = reported.context->fetchPage("a " + kToken);
+  const auto report = reported.one();
+  EXPECT_EQ(report.error->description(), "invalidInput: a *** (fetchPage ***)");
+  const auto missing = reported.context->fetchPage(kToken);
+  reported.answer(404);
+  const auto error = *reported.one().error;
+  EXPECT_TRUE(caseOf<SessionError::unexpectedStatus>(error));
+  EXPECT_EQ(error.description(), "unexpectedStatus 404 (fetchPage ***)");
+}
+
+TEST(RequestReport, OfAFetchWhoseTokenNeverComesNothingIsLeft) {
+  struct Provider : SessionProvider {
+    std::string currentToken() const override { return {}; }
+    Future<std::string> retrieveSessionToken() override { return Promise<std::string>().future(); }
+    Future<bool> updateSession() override { return Future<bool>::succeeded(false); }
+  };
+  Reports reports;
+  auto network = std::make_shared<StubNetworkDataProvider>(reports.reportQueue);
+  const std::weak_ptr left = network;
+  (void)makeContext(std::make_shared<Provider>(), std::move(network), reports.options())
+      ->fetchPage("p");
+  EXPECT_EQ(codeOf(reports.one()), URLError::cancelled);
+  EXPECT_TRUE(left.expired());
+}
+
 TEST(RequestReport, ACancelledFetchIsReportedOnceAndAtOnce) {
   ReportedContext reported;
   const auto page = reported.context->fetchPage("p");

@@ -69,7 +69,7 @@ TEST(AnyError, KeepsWhatItIsWhenItSaysWhatWasAskedFor) {
   const auto error = plain.withContext({"fetchPage", "home"}).withContext({"openScreen"});
   EXPECT_EQ(error.context()->operation, "openScreen");
   EXPECT_EQ(error.as<Broken>(), plain.as<Broken>());
-  EXPECT_EQ(error.description(), "broken 7 (fetchPage home) (openScreen)");
+  EXPECT_EQ(error.description(), "broken 7 (openScreen)");
   const auto caught = Result<int>::calling([]() -> int { throw std::out_of_range("too far"); });
   const auto explained = caught.error()->withContext({"fetchVideo", "v", "a note"});
   EXPECT_TRUE(explained.is<std::exception>());
