@@ -1,3 +1,4 @@
+#include <signal.h>
 #include <tests/support/Test.h>
 #include <tool/Progress.h>
 #include <tool/Screen.h>
@@ -90,6 +91,12 @@ TEST(ProgressLineDeathTest, IsWipedAwayWhenTheToolIsInterrupted) {
     raise(SIGINT);
   };
   EXPECT_EXIT(interrupted(), testing::KilledBySignal(SIGINT), "fetching  5 s\x1b\\[K\r\x1b\\[K$");
+  const auto ignores = [&] {
+    std::signal(SIGINT, SIG_IGN);  // as whoever started the tool had it
+    interrupted();
+    _exit(3);
+  };
+  EXPECT_EXIT(ignores(), testing::ExitedWithCode(3), "");
 }
 
 TEST(ToolTimeAxis, KeepsInstantsInItsColumnsAndItsStepsRound) {
