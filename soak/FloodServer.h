@@ -151,6 +151,8 @@ class FloodServer {
     return flood_;
   }
 
+  // The threads use OpenSSL to the very end: it must not be taken down before.
+  const bool lasts_ = OPENSSL_init_crypto(OPENSSL_INIT_NO_ATEXIT, nullptr) == 1;
   SSL_CTX* const context_ = SSL_CTX_new(TLS_server_method());
   std::mutex lock_;
   std::shared_ptr<const Flood> flood_;  // guarded by lock_

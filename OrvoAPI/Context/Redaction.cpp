@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace orvo::detail {
 namespace {
@@ -23,6 +24,18 @@ std::string percentDecoded(std::string_view text) {
   return plain;
 }
 
+/// A document that a parser refused, and its error shares, may be a session's.
+bool sharesDocument(const AnyError& error) {
+  if (const auto* const general = error.as<GeneralError>()) {
+    const auto* const underlying = general->as<GeneralError::underlying>();
+    return underlying != nullptr && sharesDocument(underlying->error);
+  }
+  const auto* const parsing = error.as<JSONParseError>();
+  const auto* const failure =
+      parsing != nullptr ? parsing->as<JSONParseError::unableToParse>() : nullptr;
+  return failure != nullptr && failure->key() == nullptr;
+}
+
 /// What stands for an error that cannot be shown.
 struct RedactedError {
   std::string text;
@@ -37,8 +50,16 @@ bool Redaction::finds(std::string_view text) const {
       return !token.empty() && plain.find(token) != std::string_view::npos;
     });
   };
-  return holdsOne(text) ||
-         (text.find('%') != std::string_view::npos && holdsOne(percentDecoded(text)));
+  if (isEmpty()) return false;
+  if (holdsOne(text)) return true;
+  std::string plain(text);
+  while (plain.find('%') != std::string::npos) {
+    auto decoded = percentDecoded(plain);
+    if (decoded.size() == plain.size()) break;
+    plain = std::move(decoded);
+    if (holdsOne(plain)) return true;
+  }
+  return false;
 }
 
 void Redaction::text(std::string& text) const {
@@ -86,12 +107,8 @@ AnyError Redaction::error(const AnyError& error) const {
     shown.timeline = nullptr;
     return inContext(shown);
   }
-  // A parser's failure shares the document that it read, and that of a session holds a token that
-  // nobody knows yet.
-  const bool mayShareSession =
-      isEmpty() && (error.is<GeneralError>() || error.is<JSONParseError>());
   auto description = descriptionAlone(error);
-  if (!mayShareSession && !finds(description)) return inContext(error);
+  if (!sharesDocument(error) && !finds(description)) return inContext(error);
   words(description);
   return inContext(RedactedError{std::move(description)});
 }

@@ -17,7 +17,7 @@ class Redaction {
   explicit Redaction(std::string_view token, std::string_view other = {}) : tokens_{token, other} {}
 
   [[nodiscard]] bool isEmpty() const { return tokens_[0].empty() && tokens_[1].empty(); }
-  /// Whether a token is in the text, as it is written or percent-decoded.
+  /// Whether a token is in the text, as it is written or percent-decoded, however often.
   [[nodiscard]] bool finds(std::string_view text) const;
 
   /// The whole text, when a token is in it.

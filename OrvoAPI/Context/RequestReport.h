@@ -71,7 +71,7 @@ struct RequestReport {
 
   /// Where it was answered, or should have been.
   Source source = Source::none;
-  /// Of the last answer; 0 when there was none.
+  /// Of the last answer that came whole; 0 when there was none, or one that was not accepted.
   int status = 0;
   /// What the fetch failed with; `URLError` -999 when it was cancelled, or nobody was left to end
   /// it. Without the timeline of a `URLError`; an error that may hold a token is described only.

@@ -112,6 +112,13 @@ TEST(RequestReport, ItsErrorTellsNoToken) {
   const auto error = *reported.one().error;
   EXPECT_TRUE(caseOf<SessionError::unexpectedStatus>(error));
   EXPECT_EQ(error.description(), "unexpectedStatus 404 (fetchPage ***)");
+  // A new session that cannot be read.
+  const auto refused = reported.context->fetchPage("p");
+  reported.answer(401);
+  const JSONParseError fault = JSONParseError::unableToParse{"Session", JSONValue()};
+  reported.session->updates.fail(0, GeneralError::underlying{fault});
+  reported.queue->run();
+  EXPECT_FALSE(reported.one().error->is<GeneralError>()) << "it shares the document";
 }
 
 TEST(RequestReport, OfAFetchWhoseTokenNeverComesNothingIsLeft) {
