@@ -331,10 +331,11 @@ TEST(RequestReport, PutsTimeWhereItWasSpent) {
   (void)other.fetch({.url = service.server.url()}).wait(kPatience);  // time passes
   released.tell();
   (void)valueOf(held);
-  const auto first = service.one();
-  EXPECT_GE(first.time(RequestPhase::wait), ended - begun);
   (void)waits.wait(kPatience);
-  const auto second = service.one();
+  auto first = service.one(), second = service.one();
+  // The first answer may take longer to be read.
+  if (first.operation != "fetchPage") std::swap(first, second);
+  EXPECT_GE(first.time(RequestPhase::wait), ended - begun);
   EXPECT_GT(second.time(RequestPhase::queue), 0us);
   EXPECT_GE(second.time(RequestPhase::token) + second.time(RequestPhase::queue), ended - called);
   EXPECT_EQ(second.time(RequestPhase::connect), 0us);
