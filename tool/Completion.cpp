@@ -89,7 +89,11 @@ class Candidates {
     if (values.suggestions) {
       for (const std::string& suggestion : values.suggestions()) add(suggestion);
     }
-    if (values.identifiers != Listed::nothing) add(identifiers(values.identifiers));
+    if (values.identifiers != Listed::nothing) {
+      for (const Note& note : identifiers(values.identifiers)) {
+        if (!note.name.starts_with('-')) add(note.name, note.text);  // it would be an option
+      }
+    }
     if (values.isFile) text_ += ":files\n";
   }
 

@@ -23,13 +23,14 @@ std::string concatenation(std::string_view, std::string_view address) {
 }  // namespace
 
 const std::vector<Player>& players() {
-  // A path, not a bare descriptor: some open the list more than once. The address stays out of what
-  // they print, and out of the arguments of programs that they start.
+  // A path, not a bare descriptor: some open the list more than once. The address stays out of the
+  // arguments of programs that they start, and out of what they print: of a stream that cannot be
+  // opened most say nothing else, so that mpv and ffplay say nothing.
   static const std::string file = "/proc/self/fd/3";
   static const std::vector<Player> all{
       {.name = "mpv",
        .package = "mpv",
-       .arguments = {"--ytdl=no", "--msg-level=cplayer=warn", "--playlist=" + file},
+       .arguments = {"--ytdl=no", "--msg-level=all=no", "--playlist=" + file},
        .list = m3u},
       {.name = "vlc",
        .package = "vlc",
@@ -37,7 +38,7 @@ const std::vector<Player>& players() {
        .list = m3u},
       {.name = "ffplay",
        .package = "ffmpeg",
-       .arguments = {"-hide_banner", "-loglevel", "warning", "-autoexit", "-protocol_whitelist",
+       .arguments = {"-hide_banner", "-loglevel", "quiet", "-autoexit", "-protocol_whitelist",
                      "file,http,https,httpproxy,tcp,tls,crypto", "-f", "concat", "-safe", "0", "-i",
                      file},
        .list = concatenation}};

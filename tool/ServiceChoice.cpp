@@ -54,10 +54,12 @@ ServiceChoice chooseService(const WrittenService& written) {
   ServiceChoice choice{.demo = written.demo};
   if (written.environment) choice.environment = *environmentNamed(*written.environment);
   const Profile service = choose(written, choice.source);
+  const std::string source = choice.source;
   if (!service.api.empty()) {
+    const bool isWhole = !service.resources.empty();
     choice.api = baseURL(service.api);
-    choice.resources =
-        service.resources.empty() ? resourceURL(choice.environment) : *baseURL(service.resources);
+    choice.resources = isWhole ? *baseURL(service.resources) : resourceURL(choice.environment);
+    if (!isWhole) choice.source += ", resources compiled in";
   }
   const std::string fromVariable = written.client ? "" : variable("ORVO_CLIENT", clientNames());
   if (written.client) {
@@ -68,7 +70,7 @@ ServiceChoice chooseService(const WrittenService& written) {
     choice.clientSource = "ORVO_CLIENT";
   } else if (!service.client.empty()) {
     choice.client = *caseNamed<Client>(service.client);
-    choice.clientSource = choice.source;
+    choice.clientSource = source;
   } else {
     choice.clientSource = "default";
   }
