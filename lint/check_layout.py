@@ -51,7 +51,6 @@ LONG_FILES = {
     "OrvoAPI/Futures/Future.h": "one class and its contract; its operations are templates",
     "benchmarks/support/Transport.h": "one measurement, by the library and by libcurl",
     "soak/FaultyServer.h": "one table of faults and the server that makes them",
-    "soak/host.cpp": "one program: its scenes and what each of them checks",
     "soak/sim.cpp": "one program: what can happen to a fetch, and how it must end",
 }
 LONG_FUNCTIONS = {

@@ -1,7 +1,7 @@
 // What a program that uses the library can rely on for its own life. Each scene is a process of its
 // own that talks to the demo service in this one:
 //
-//     host [CONTEXTS]
+//     app [CONTEXTS]
 //
 // Contexts that are made and dropped leave nothing behind; what belongs to the app stays as it is;
 // a program that it starts inherits nothing; and however the process ends, it ends soon, with no
@@ -11,27 +11,23 @@
 #include <OrvoAPI/Linear/LinearProgramGuideMonitor.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
-#include <curl/curl.h>
 #include <demo/DemoService.h>
 #include <malloc.h>
 #include <signal.h>
+#include <soak/OwnTransfers.h>
+#include <soak/Surroundings.h>
 #include <support/Loopback.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <time.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
-#include <clocale>
-#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <locale>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -175,95 +171,9 @@ void makeAndDropContexts(const Service& service, int count) {
 std::atomic<int> handled{0};
 void handle(int) { ++handled; }
 
-std::string signalsIn(const sigset_t& set) {
-  std::string numbers;
-  for (int signal = 1; signal < NSIG; ++signal) {
-    if (sigismember(&set, signal) == 1) numbers += std::to_string(signal) + " ";
-  }
-  return numbers;
-}
-
-/// What the library must leave alone, by name.
-std::map<std::string, std::string> surroundings() {
-  std::map<std::string, std::string> all{
-      {"the locale", std::setlocale(LC_ALL, nullptr)},
-      {"the decimal point", std::localeconv()->decimal_point},
-      {"the locale of streams",
-       {1, std::use_facet<std::numpunct<char>>(std::locale()).decimal_point()}},
-      {"the zone", std::string(tzname[0]) + " " + tzname[1] + " " + std::to_string(timezone)},
-      {"the folder", std::filesystem::current_path()}};
-  for (char** variable = environ; *variable != nullptr; ++variable) {
-    all["the environment"].append(*variable).append("\n");
-  }
-  for (int signal = 1; signal < NSIG; ++signal) {
-    struct sigaction action {};
-    if (sigaction(signal, nullptr, &action) != 0) continue;
-    // The two kinds of handlers share their place.
-    all["signal " + std::to_string(signal)] =
-        std::to_string(reinterpret_cast<std::uintptr_t>(action.sa_handler)) + " " +
-        std::to_string(action.sa_flags) + " " + signalsIn(action.sa_mask);
-  }
-  sigset_t blocked{};
-  pthread_sigmask(SIG_SETMASK, nullptr, &blocked);
-  all["blocked signals"] = signalsIn(blocked);
-  rlimit files{};
-  getrlimit(RLIMIT_NOFILE, &files);
-  all["the limit of descriptors"] = std::to_string(files.rlim_cur);
-  return all;
-}
-
-/// The app's own use of libcurl.
-class OwnTransfers {
- public:
-  explicit OwnTransfers(const URL& url) {
-    curl_global_init(CURL_GLOBAL_DEFAULT);
-    handle_ = curl_easy_init();
-    curl_easy_setopt(handle_, CURLOPT_URL, url.text().c_str());
-    curl_easy_setopt(handle_, CURLOPT_WRITEFUNCTION, &OwnTransfers::ignore);
-  }
-  OwnTransfers(const OwnTransfers&) = delete;
-  OwnTransfers& operator=(const OwnTransfers&) = delete;
-  ~OwnTransfers() {
-    curl_easy_cleanup(handle_);
-    curl_global_cleanup();
-  }
-  /// On a connection that is kept from one time to the next.
-  void work() {
-    long status = 0;
-    require(curl_easy_perform(handle_) == CURLE_OK, "the app's own transfer fails");
-    curl_easy_getinfo(handle_, CURLINFO_RESPONSE_CODE, &status);
-    require(status == 200, "the host's own transfer is answered otherwise");
-  }
-
- private:
-  static std::size_t ignore(char*, std::size_t size, std::size_t count, void*) {
-    return size * count;
-  }
-  CURL* handle_;
-};
-
-struct CommaNumbers final : std::numpunct<char> {
-  char do_decimal_point() const override { return ','; }
-  char do_thousands_sep() const override { return '.'; }
-  std::string do_grouping() const override { return "\3"; }
-};
-
-/// A locale that writes 1000.5 as "1.000,5": C's made here, C++'s by hand.
-void enterCommaLocale() {
-  const std::string folder =
-      std::filesystem::temp_directory_path() / ("orvo-host-locales-" + std::to_string(getpid()));
-  const std::string make = "mkdir -p " + folder + " && localedef -i de_DE -f UTF-8 " + folder +
-                           "/de_DE.UTF-8 2>/dev/null";
-  require(std::system(make.c_str()) == 0, "needs localedef and its sources (locales)");
-  setenv("LOCPATH", folder.c_str(), 1);
-  require(std::setlocale(LC_ALL, "de_DE.UTF-8") != nullptr, "no locale with a comma");
-  std::locale::global(std::locale(std::locale::classic(), new CommaNumbers));
-  std::filesystem::remove_all(folder);
-  require(std::strtod("1,5", nullptr) == 1.5, "the locale has no comma");
-}
-
-void leaveTheHostAlone(const Service& service, int) {
-  enterCommaLocale();
+void leaveTheAppAlone(const Service& service, int) {
+  const auto missing = enterCommaLocale();
+  require(missing.empty(), missing);
   setenv("TZ", "Asia/Kathmandu", 1);
   tzset();
   struct sigaction own {};
@@ -273,10 +183,11 @@ void leaveTheHostAlone(const Service& service, int) {
   }
   std::optional<OwnTransfers> transfers(std::in_place,
                                         service.api.appendingPathComponent("configuration/ios/v1"));
+  const auto transfer = [&] { require(transfers->work(), "the app's own transfer fails"); };
   const auto before = surroundings();
-  transfers->work();
+  transfer();
   auto context = service.open();
-  transfers->work();
+  transfer();
   fetch(*context);
   const auto part = context->fetchItemCollection("everything", {.page = ListPartRequest{1000, 10}})
                         .wait(kPatience)
@@ -289,10 +200,10 @@ void leaveTheHostAlone(const Service& service, int) {
   require(monitor->load(Clock::system()->now(), 2).wait(kPatience).force(), "no guide");
   monitor.reset();
   kill(getpid(), SIGUSR1);
-  settle("the host's signal does not arrive", [] { return handled == 1; });
-  transfers->work();
+  settle("the app's signal does not arrive", [] { return handled == 1; });
+  transfer();
   context.reset();
-  transfers->work();
+  transfer();
   for (const auto& [what, after] : surroundings()) {
     require(before.at(what) == after, what + " changed");
   }
@@ -306,7 +217,7 @@ void leaveNothingToPrograms(const Service& service, int) {
   const auto inherited = [] {
     const pid_t child = fork();
     if (child == 0) {
-      execl("/proc/self/exe", "host", "descriptors", nullptr);
+      execl("/proc/self/exe", "app", "descriptors", nullptr);
       _exit(127);
     }
     int status = 0;
@@ -417,7 +328,7 @@ struct Scene {
   void (*play)(const Service& service, int contexts);
 };
 constexpr Scene kScenes[] = {{"contexts come and go", makeAndDropContexts},
-                             {"the host's own is left alone", leaveTheHostAlone},
+                             {"what is the app's stays", leaveTheAppAlone},
                              {"programs inherit nothing", leaveNothingToPrograms},
                              {"forked children", leaveForkedChildrenAlone},
                              {"ends with a static made early", endWithAStaticMadeEarly},
@@ -431,7 +342,7 @@ bool play(std::size_t scene, const Service& service, const std::string& contexts
   const auto number = std::to_string(scene);
   const pid_t child = fork();
   if (child == 0) {
-    execl("/proc/self/exe", "host", number.c_str(), service.api.text().c_str(),
+    execl("/proc/self/exe", "app", number.c_str(), service.api.text().c_str(),
           service.resources.text().c_str(), service.silent.text().c_str(), contexts.c_str(),
           nullptr);
     _exit(127);
