@@ -91,19 +91,20 @@ void CommandLine::addHelpCommands() {
   std::vector<std::string> names;
   for (const Command& command : table_.commands) names.push_back(command.name);
   names.insert(names.end(), {"help", "manual", "completion", "version"});
+  const Parameter command{.name = "COMMAND",
+                          .description = "The command to explain",
+                          .values = anyOf(names),
+                          .target = &helpedCommand_};
   table_.commands.push_back({.name = "help",
                              .description = "What the tool, or a command, is for and how to use it",
-                             .arguments = {{.name = "COMMAND",
-                                            .description = "The command to explain",
-                                            .values = anyOf(names),
-                                            .target = &helpedCommand_}},
+                             .arguments = {command},
                              .examples = {"orvo help", "orvo help collection"},
                              .usesService = false,
                              .run = [this](Tool&) {
                                print(helpText(table_, helped()));
                                return 0;
                              }});
-  addManualCommand();
+  addManualCommand(command);
   addCompletionCommand();
   table_.commands.push_back({.name = "version",
                              .description = "The version of the tool and its library",
@@ -115,14 +116,11 @@ void CommandLine::addHelpCommands() {
                              }});
 }
 
-void CommandLine::addManualCommand() {
+void CommandLine::addManualCommand(const Parameter& command) {
   table_.commands.push_back(
       {.name = "manual",
        .description = "What help says, as a manual page for man -l",
-       .arguments = {{.name = "COMMAND",
-                      .description = "The command to explain",
-                      .values = table_.commands.back().arguments[0].values,
-                      .target = &helpedCommand_}},
+       .arguments = {command},
        .examples = {"orvo manual | man -l -", "orvo manual collection | man -l -"},
        .usesService = false,
        .run = [this](Tool&) {

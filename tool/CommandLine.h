@@ -26,7 +26,7 @@ class CommandLine {
  private:
   [[nodiscard]] std::vector<Parameter> globalOptions();
   void addHelpCommands();
-  void addManualCommand();
+  void addManualCommand(const Parameter& command);
   void addCompletionCommand();
   /// The command that is to be explained; or the tool itself.
   [[nodiscard]] const Command* helped() const;

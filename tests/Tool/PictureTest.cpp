@@ -1,8 +1,6 @@
 #include <tests/Tool/Fixtures.h>
 #include <tests/support/Outcome.h>
 
-#include <filesystem>
-
 namespace orvo::tool {
 namespace {
 
@@ -16,10 +14,6 @@ const std::string kPng =
 /// A service with one film, and the host of its images.
 class Pictures : public testing::Test {
  protected:
-  void SetUp() override {
-    if (!std::filesystem::exists(ORVO_PICTURE_PATH)) GTEST_SKIP() << "no pictures in this build";
-  }
-
   [[nodiscard]] std::string host() const {
     const auto port = server_.url().text().substr(server_.url().text().rfind(':'));
     return "http://127.0.0.1" + port;
@@ -174,33 +168,6 @@ TEST_F(Pictures, LeaveTheTerminalInOrderWhenInterrupted) {
     return text.substr(text.find('\n') + 1);
   };
   EXPECT_TRUE(end("kitty").ends_with("\x1b\\\x1b_Gm=0;\x1b\\\n"));
-}
-
-TEST(ShowCommand, FindsWhatHasTheIdentifier) {
-  const DocumentService service;
-  const auto show = [&](const std::string& words) {
-    return runLine(replaced("orvo show " + words + " " + kOptions, kHost, service.base()));
-  };
-  EXPECT_TRUE(show("show").output.starts_with("Workbench"));
-  EXPECT_NE(show("film").output.find("Artwork  landscape\n  " + service.base() +
-                                     "/r/film/orvo_display_art_landscape/im:i:c_fill,w_640,"),
-            std::string::npos);
-  const auto json =
-      JSONDataParser::object(Data(show("film --json --image-key coverSquare").output)).force();
-  EXPECT_EQ(json.object("artwork")->string("key"), "coverSquare");
-  EXPECT_TRUE(json.object("video").has_value());
-  EXPECT_TRUE(show("mixed").output.starts_with("bare\tvideo\t"));
-  EXPECT_TRUE(show("evening").output.starts_with("film\tvideo\t"));
-  const std::size_t before = service.requests();
-  EXPECT_EQ(show("nowhere").error,
-            "orvo: nowhere: the service answered with status 404 (there is no such thing)\n");
-  EXPECT_EQ(service.targets(before),
-            " /v3/collections/nowhere /v3/playlists/nowhere /v3/products/nowhere "
-            "/v3/session?os_family=tvos&category=smart_tv");
-  EXPECT_NE(show("forbidden").error.find("status 403"), std::string::npos);
-  const ToolRun run = show("film --image-key banner");
-  EXPECT_EQ(run.status, 1);
-  EXPECT_EQ(run.error, "orvo: the item has no image banner; it has landscape, coverSquare\n");
 }
 
 }  // namespace
