@@ -9,6 +9,7 @@
 #include <benchmarks/support/Documents.h>
 #include <benchmarks/support/Measure.h>
 #include <benchmarks/support/OurDocuments.h>
+#include <benchmarks/support/PeerFields.h>
 #include <benchmarks/support/PeerLibraries.h>
 
 #include <optional>
@@ -24,55 +25,11 @@ namespace {
 
 /// The models, in terms of what each library offers.
 template <class Library>
-struct Reader {
+struct Reader : PeerFields<Library> {
   using Value = typename Library::Value;
-
-  template <class T>
-  static std::optional<T> as(const Value& object, const char* key,
-                             std::optional<T> (*read)(const Value&)) {
-    const Value* found = Library::member(object, key);
-    return found ? read(*found) : std::nullopt;
-  }
-  static Text text(const Value& object, const char* key) { return as(object, key, Library::text); }
-  static std::optional<std::string> string(const Value& object, const char* key) {
-    return std::optional<std::string>(text(object, key));
-  }
-  static std::optional<double> number(const Value& object, const char* key) {
-    return as(object, key, Library::number);
-  }
-  static const Value* object(const Value& parent, const char* key) {
-    const Value* found = Library::member(parent, key);
-    return found && Library::isObject(*found) ? found : nullptr;
-  }
-  static bool yes(const Value& parent, const char* key) {
-    return as(parent, key, Library::boolean) == true;
-  }
-  static std::optional<URL> url(const Value& object, const char* key) {
-    const auto found = text(object, key);
-    return found ? URL::parse(*found) : std::nullopt;
-  }
-  template <class E>
-  static std::optional<E> raw(const Value& object, const char* key) {
-    const auto found = text(object, key);
-    return found ? fromRawValue<E>(*found) : std::nullopt;
-  }
-  /// What `read` makes of the elements, without those of which it makes nothing.
-  template <class Read>
-  static auto list(const Value& elements, Read&& read) {
-    std::vector<typename decltype(read(elements))::value_type> items;
-    if (const auto array = Library::array(elements)) {
-      items.reserve((*array).size());
-      for (const Value& element : *array) {
-        if (auto item = read(element)) items.push_back(*std::move(item));
-      }
-    }
-    return items;
-  }
-  template <class Read>
-  static auto list(const Value& parent, const char* key, Read&& read) {
-    const Value* found = Library::member(parent, key);
-    return found ? list(*found, read) : decltype(list(*found, read)){};
-  }
+  using Fields = PeerFields<Library>;
+  using Fields::as, Fields::text, Fields::string, Fields::number, Fields::object, Fields::yes,
+      Fields::url, Fields::list;
 
   template <class Key>
   static KeySet<Key> keys(const Value& parent) {
@@ -98,13 +55,13 @@ struct Reader {
     const Value* lineup = object(parent, "lineup");
     if (!lineup) return std::nullopt;
     auto address = url(*lineup, "url");
-    const auto kind = raw<LineupDisplayKind>(*lineup, "display_type");
+    const auto kind = Fields::template raw<LineupDisplayKind>(*lineup, "display_type");
     if (!address || !kind) return std::nullopt;
     return LineupReference{.url = *std::move(address), .displayKind = *kind};
   }
   static Status status(const Value& parent) {
     const Value* json = object(parent, "status");
-    const auto code = json ? raw<StatusCode>(*json, "code") : std::nullopt;
+    const auto code = json ? Fields::template raw<StatusCode>(*json, "code") : std::nullopt;
     const auto label = code ? text(*json, "label") : std::nullopt;
     if (!label) return {};
     const auto time = [&](const char* key) {
@@ -122,7 +79,7 @@ struct Reader {
     return list(parent, "links", [](const Value& link) -> std::optional<AppAction> {
       if (text(link, "type") != "button") return std::nullopt;
       const auto id = text(link, "id"), label = text(link, "label");
-      const auto kind = raw<AppAction::Kind>(link, "action");
+      const auto kind = Fields::template raw<AppAction::Kind>(link, "action");
       if (!id || !label || !kind) return std::nullopt;
       return AppAction{.id = std::string(*id),
                        .label = std::string(*label),
@@ -144,45 +101,45 @@ struct Reader {
                description = text(json, "short_description");
     if (!id || !title || !description) return std::nullopt;
     const auto milliseconds = number(json, "duration");
-    return Video{
-        .id = std::string(*id),
-        .title = std::string(*title),
-        .subheading = std::string(text(json, "subheading").value_or("")),
-        .shortDescription = std::string(*description),
-        .kind = raw<Video::ContentKind>(json, "content_type").value_or(Video::ContentKind::generic),
-        .duration = milliseconds ? std::optional(*milliseconds / 1000) : std::nullopt,
-        .playbackStatus =
-            yes(json, "playable") ? PlaybackStatus::available : PlaybackStatus::unavailable,
-        .collections = collections(json),
-        .lineupMeta = lineupMeta(json),
-        .imageResources = {*id, keys<ImageResourceKey>(json)},
-        .videoPreviews = {*id, keys<VideoPreviewKey>(json)},
-        .status = status(json),
-        .appActions = appActions(json),
-        .playlistID = list,
-        .deepLinkPlaylistID = string(json, "deeplink_playlist"),
-        .nextPlaylistID = string(json, "next_playlist"),
-        .shareURL = url(json, "share_url")};
+    return Video{.id = std::string(*id),
+                 .title = std::string(*title),
+                 .subheading = std::string(text(json, "subheading").value_or("")),
+                 .shortDescription = std::string(*description),
+                 .kind = Fields::template raw<Video::ContentKind>(json, "content_type")
+                             .value_or(Video::ContentKind::generic),
+                 .duration = milliseconds ? std::optional(*milliseconds / 1000) : std::nullopt,
+                 .playbackStatus = yes(json, "playable") ? PlaybackStatus::available
+                                                         : PlaybackStatus::unavailable,
+                 .collections = collections(json),
+                 .lineupMeta = lineupMeta(json),
+                 .imageResources = {*id, keys<ImageResourceKey>(json)},
+                 .videoPreviews = {*id, keys<VideoPreviewKey>(json)},
+                 .status = status(json),
+                 .appActions = appActions(json),
+                 .playlistID = list,
+                 .deepLinkPlaylistID = string(json, "deeplink_playlist"),
+                 .nextPlaylistID = string(json, "next_playlist"),
+                 .shareURL = url(json, "share_url")};
   }
   static std::optional<Page> page(const Value& json) {
     const auto id = text(json, "id"), title = text(json, "title");
     if (!id || !title) return std::nullopt;
-    return Page{
-        .id = std::string(*id),
-        .title = std::string(*title),
-        .subheading = string(json, "subheading"),
-        .shortDescription = string(json, "short_description"),
-        .longDescription = string(json, "long_description"),
-        .kind = raw<Page::ContentKind>(json, "content_type").value_or(Page::ContentKind::generic),
-        .collections = collections(json),
-        .lineupMeta = lineupMeta(json),
-        .imageResources = {*id, keys<ImageResourceKey>(json)},
-        .videoPreviews = {*id, keys<VideoPreviewKey>(json)},
-        .iconID = std::string(text(json, "icon").value_or(*id)),
-        .status = status(json),
-        .appActions = appActions(json),
-        .siblings = siblings(json),
-        .shareURL = url(json, "share_url")};
+    return Page{.id = std::string(*id),
+                .title = std::string(*title),
+                .subheading = string(json, "subheading"),
+                .shortDescription = string(json, "short_description"),
+                .longDescription = string(json, "long_description"),
+                .kind = Fields::template raw<Page::ContentKind>(json, "content_type")
+                            .value_or(Page::ContentKind::generic),
+                .collections = collections(json),
+                .lineupMeta = lineupMeta(json),
+                .imageResources = {*id, keys<ImageResourceKey>(json)},
+                .videoPreviews = {*id, keys<VideoPreviewKey>(json)},
+                .iconID = std::string(text(json, "icon").value_or(*id)),
+                .status = status(json),
+                .appActions = appActions(json),
+                .siblings = siblings(json),
+                .shareURL = url(json, "share_url")};
   }
   static PagingMeta meta(const Value& json) {
     const Value& found = *object(json, "meta");
@@ -191,15 +148,16 @@ struct Reader {
   }
   static ItemCollection collection(const Value& json) {
     using Kind = ItemCollection::ContentsKind;
-    ItemCollection read{.id = std::string(text(json, "id").value()),
-                        .label = std::string(text(json, "label").value()),
-                        .shortLabel = std::string(text(json, "short_label").value()),
-                        .kind = raw<ItemCollection::Kind>(json, "type").value(),
-                        .contentsKind = raw<Kind>(json, "item_type").value_or(Kind::mixed),
-                        .meta = meta(json)};
+    ItemCollection read{
+        .id = std::string(text(json, "id").value()),
+        .label = std::string(text(json, "label").value()),
+        .shortLabel = std::string(text(json, "short_label").value()),
+        .kind = Fields::template raw<ItemCollection::Kind>(json, "type").value(),
+        .contentsKind = Fields::template raw<Kind>(json, "item_type").value_or(Kind::mixed),
+        .meta = meta(json)};
     const std::optional id(read.id);
     read.items = list(json, "items", [&](const Value& item) -> std::optional<ContentItem> {
-      const auto kind = raw<ContentItem::Kind>(item, "type");
+      const auto kind = Fields::template raw<ContentItem::Kind>(item, "type");
       if (kind == ContentItem::Kind::video) return video(item, id);
       if (kind == ContentItem::Kind::page) return page(item);
       return std::nullopt;
@@ -228,7 +186,26 @@ struct Reader {
   static LinearProgramGuide guide(const Value& json) {
     return {list(json, "items", program), meta(json), Date(), Date()};
   }
-  static std::optional<LineupSlot> slot(const Value& json) {
+  /// A slot's templates as one text, as the library keeps them, whose own only it can make.
+  struct Images {
+    KeySet<LineupTemplateImage::ResourceKey> keys;
+    std::string templates;
+    bool operator==(const Images&) const = default;
+  };
+  static Images images(const Value* json) {
+    Images read;
+    if (!json) return read;
+    for (const auto& known : enumCases<LineupTemplateImage::ResourceKey>) {
+      const auto key = *fromRawValue<LineupTemplateImage::ResourceKey>(known.rawValue);
+      const Value* image = object(*json, known.rawValue.data());
+      const auto found = image ? text(*image, "template") : std::nullopt;
+      if (!found) continue;
+      read.keys.insert(key);
+      read.templates += *found;
+    }
+    return read;
+  }
+  static std::optional<LineupSlot> slot(const Value& json, std::vector<Images>& allImages) {
     const auto start = text(json, "start"), end = text(json, "end"), title = text(json, "title");
     const Value* channel = object(json, "channel");
     if (!start || !end || !title || !channel) return std::nullopt;
@@ -236,25 +213,24 @@ struct Reader {
     const auto id = text(*channel, "id"), name = text(*channel, "name");
     const auto order = as(*channel, "order", Library::integer);
     if (!startTime || !endTime || !id || !name || !order) return std::nullopt;
-    KeySet<LineupTemplateImage::ResourceKey> keys;
-    std::array<std::string_view, std::size(enumCases<LineupTemplateImage::ResourceKey>)> templates;
-    if (const Value* images = object(json, "images")) {
-      for (std::size_t i = 0; i < templates.size(); ++i) {
-        const auto key = static_cast<LineupTemplateImage::ResourceKey>(i);
-        const Value* image = object(*images, rawValue(key).data());
-        const auto found = image ? text(*image, "template") : std::nullopt;
-        if (!found) continue;
-        templates[keys.size()] = *found;
-        keys.insert(key);
-      }
-    }
+    allImages.push_back(images(object(json, "images")));
     return LineupSlot{.start = *startTime,
                       .end = *endTime,
                       .title = std::string(*title),
-                      .imageResources = {keys, templates.data()},
+                      .imageResources = {},
                       .channelID = std::string(*id),
                       .channelName = std::string(*name),
                       .channelOrder = *order};
+  }
+  struct PeerLineup {
+    Lineup lineup;
+    std::vector<Images> images;
+  };
+  static PeerLineup lineup(const Value& json) {
+    PeerLineup read;
+    read.lineup = Lineup::grouping(
+        list(json, [&read](const Value& item) { return slot(item, read.images); }));
+    return read;
   }
 
   static ColorPalette palette(const Value& json) {
@@ -334,7 +310,7 @@ struct Reader {
       case DocumentKind::guide:
         return keep(guide(root));
       case DocumentKind::lineup:
-        return keep(Lineup::grouping(list(root, slot)));
+        return keep(lineup(root));
       case DocumentKind::configuration:
         return keep(configuration(root));
     }
@@ -356,8 +332,21 @@ void checkThatModelsAreTheSame() {
         Peer::collection(theirItems.root()).items);
   check(LinearProgramGuideParser::parse(*read(programs).object(), Date(), Date()).force().items,
         Peer::guide(theirPrograms.root()).items);
-  check(LineupParser::parse(*read(slots).objects()),
-        Lineup::grouping(Peer::list(theirSlots.root(), Peer::slot)));
+  std::vector<LineupSlot> ourSlots;
+  std::vector<typename Peer::Images> ourImages;
+  for (const JSONObject& json : *read(slots).objects()) {
+    auto slot = LineupSlotParser::parse(json).force();
+    auto& images = ourImages.emplace_back();
+    for (const auto& [key, image] : slot.imageResources) {
+      images.keys.insert(key);
+      images.templates += image.template_;
+    }
+    slot.imageResources = {};
+    ourSlots.push_back(std::move(slot));
+  }
+  const auto theirs = Peer::lineup(theirSlots.root());
+  check(Lineup::grouping(std::move(ourSlots)), theirs.lineup);
+  check(ourImages, theirs.images);
 }
 
 template <class Library>

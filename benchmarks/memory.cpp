@@ -178,12 +178,13 @@ std::vector<LiteralSlot> literal(const LineupSlots& slots) {
 }
 
 LiteralLineup literal(const Lineup& lineup) {
-  LiteralLineup copy{literal(lineup.slots), {}};
+  LiteralLineup copy{literal(lineup.slots_), {}};
   copy.days.reserve(lineup.days.size());
   for (const LineupDay& day : lineup.days) {
     auto& hours = copy.days.emplace_back(LiteralDay{day.startTime, {}}).hours;
     hours.reserve(day.hours.size());
-    for (const LineupHour& hour : day.hours) hours.push_back({hour.startTime, literal(hour.slots)});
+    for (const LineupHour& hour : day.hours)
+      hours.push_back({hour.startTime, literal(hour.slots_)});
   }
   return copy;
 }
