@@ -1,4 +1,3 @@
-#include <OrvoAPI/Network/URLSession.h>
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <tool/ChildProcess.h>
@@ -141,12 +140,11 @@ Result<std::string> pictureStyle(const Tool& tool, const WrittenPictures& writte
 
 Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& style,
                              std::size_t linesBelow) {
-  // Of its own: what the service has told the context's session to send is not for image servers.
-  URLSession session({.maximumBodySize = kMostImageBytes});
   const URLRequest request{.url = image,
                            .timeoutInterval = std::chrono::seconds(10),
                            .totalTimeoutInterval = std::chrono::seconds(20)};
-  const auto fetched = tool.wait(session.fetch(request), "fetching the image");
+  const auto fetched =
+      tool.wait(tool.network(kMostImageBytes)->fetch(request), "fetching the image");
   if (const AnyError* error = fetched.error()) return Failure{*error};
   const int status = fetched.value()->response.statusCode;
   if (status != 200) {

@@ -1,4 +1,4 @@
-#include <OrvoAPI/Context/ContextService.h>
+#include <OrvoAPI/Network/URLSession.h>
 #include <tool/ErrorReport.h>
 #include <tool/Text.h>
 #include <tool/Tool.h>
@@ -43,14 +43,24 @@ Result<std::shared_ptr<Context>> Tool::context() {
   if (!startService())
     return Failure{URLError{URLError::unknown, "the demo service does not start"}};
   isOpening_ = true;
-  const BootstrapOptions bootstrap{.environment = options_.environment};
-  const auto future = options_.api ? ContextService::context(*options_.api, *options_.resources,
-                                                             options_.client, bootstrap)
-                                   : ContextService::context(options_.environment, options_.client);
+  auto bootstrap = options_.bootstrap;
+  bootstrap.environment = options_.environment;
+  const auto future =
+      options_.api
+          ? ContextService::context(*options_.api, *options_.resources, options_.client, bootstrap)
+          : ContextService::context(options_.environment, options_.client, bootstrap);
   auto result = wait(future, "opening a session");
   isOpening_ = result.failed();
   if (const auto* context = result.value()) context_ = *context;
   return result;
+}
+
+std::shared_ptr<NetworkDataProvider> Tool::network(std::size_t maximumBodySize) const {
+  auto configuration = options_.bootstrap.session;
+  configuration.maximumBodySize = maximumBodySize;
+  const auto session = std::make_shared<URLSession>(std::move(configuration));
+  const auto& wrap = options_.bootstrap.wrapNetwork;
+  return wrap ? wrap(session) : session;
 }
 
 Result<ResourceHost> Tool::resourceHost() {

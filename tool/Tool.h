@@ -2,6 +2,7 @@
 
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Futures/Future.h>
 #include <demo/DemoService.h>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string>
@@ -24,6 +26,8 @@ struct GlobalOptions : ServiceChoice {
   bool json = false;
   /// Whether to say which service is talked to.
   bool verbose = false;
+  /// What the context is made with, and what stands before the network.
+  BootstrapOptions bootstrap{};
 };
 
 /// One run of the tool: the service that it talks to, and the way in which it answers. It owns the
@@ -43,6 +47,10 @@ class Tool {
 
   /// Opens a session and loads the configuration at the first call.
   [[nodiscard]] Result<std::shared_ptr<Context>> context();
+  /// A way to the network for what is fetched without the context: without a token, and without the
+  /// cookies that the service has set. What stands before the context's network stands before it.
+  [[nodiscard]] std::shared_ptr<NetworkDataProvider> network(
+      std::size_t maximumBodySize = URLSessionConfiguration::kDefaultMaximumBodySize) const;
   /// What builders of image URLs need; asks the service nothing.
   [[nodiscard]] Result<ResourceHost> resourceHost();
 

@@ -1,4 +1,3 @@
-#include <OrvoAPI/Network/URLSession.h>
 #include <fmt/format.h>
 #include <tool/Commands.h>
 #include <tool/ContentViews.h>
@@ -68,9 +67,8 @@ Result<Sights> walk(Tool& tool, const Context& context) {
   if (const AnyError* error = page.error()) return Failure{*error};
   auto sights = findVideo(tool, context, *page.value());
   if (Sights* found = sights.value()) {
-    URLSession session;
     const auto playlist =
-        tool.wait(session.fetch({.url = found->stream}), "fetching the stream's playlist");
+        tool.wait(tool.network()->fetch({.url = found->stream}), "fetching the stream's playlist");
     if (const AnyError* error = playlist.error()) return Failure{*error};
     found->streamStatus = playlist.value()->response.statusCode;
     found->playlist = masked(*found, context, std::string(playlist.value()->body.view()));

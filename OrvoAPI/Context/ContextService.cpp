@@ -36,7 +36,7 @@ struct OwnRequests {
     const auto record = begin(subject);
     if (record) record->asks(request);
     if (record) record->willSend();
-    const auto answer = session->fetch(request);
+    const auto answer = network->fetch(request);
     if (record) record->awaitAnswer(answer);
     auto document =
         answer.map(Response::validate)
@@ -50,8 +50,16 @@ struct OwnRequests {
   }
 
   std::shared_ptr<const detail::RequestReporter> reporter;
-  std::shared_ptr<URLSession> session = nullptr;
+  std::shared_ptr<NetworkDataProvider> network = nullptr;
 };
+
+/// The network, or what the app puts before it.
+std::shared_ptr<NetworkDataProvider> wrapped(const BootstrapOptions& options,
+                                             std::shared_ptr<NetworkDataProvider> network) {
+  if (!options.wrapNetwork) return network;
+  auto wrapper = options.wrapNetwork(network);
+  return wrapper != nullptr ? wrapper : network;
+}
 
 /// What is reported of them, and of the context's, goes the same way.
 OwnRequests makeRequests(BootstrapOptions& options) {
@@ -78,7 +86,7 @@ Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment e
     if (const auto record = own.begin(configuring)) record->endWith(failed);
     return failed;
   }
-  own.session = std::make_shared<URLSession>(options.session);
+  own.network = wrapped(options, std::make_shared<URLSession>(options.session));
   const auto fetchSession = [own, opening = detail::Subject{"openSession", rawValue(client)},
                              request = bootstrapRequest(urls.session(client))] {
     return own.fetch(request, opening, SessionParser::parse);
@@ -99,8 +107,8 @@ Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment e
         // A session made with all that the app asked for, not with its protocol classes only.
         network->setURLSession(
             std::make_shared<URLSession>(options.session, network->sessionDelegate()));
-        return Context::make(parts.second, urls.baseURL, urls.resourceURL, sessionProvider, network,
-                             options.context);
+        return Context::make(parts.second, urls.baseURL, urls.resourceURL, sessionProvider,
+                             wrapped(options, network), options.context);
       });
 }
 

@@ -5,7 +5,9 @@
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/HTTP/URLSessionConfiguration.h>
+#include <OrvoAPI/Network/NetworkDataProvider.h>
 
+#include <functional>
 #include <memory>
 
 namespace orvo {
@@ -18,6 +20,14 @@ struct BootstrapOptions {
   ContextOptions context = {};
   /// What the configuration names as its origin when the base URLs are given by hand.
   Environment environment = Environment::production;
+  /// Stands before the network: is given each way to it and returns the one to be used, for
+  /// instance a provider that passes its requests on and sees what becomes of them. Called twice:
+  /// within `ContextService::context` for what opens sessions and loads the configuration, and, on
+  /// any thread, for the context when both are there. The first call's exceptions leave
+  /// `ContextService::context`, the second's fail the future within `GeneralError::underlying`.
+  /// Null leaves the network as it is.
+  std::function<std::shared_ptr<NetworkDataProvider>(std::shared_ptr<NetworkDataProvider>)>
+      wrapNetwork = nullptr;
 };
 
 /// Creates the library's root object. May be called from any thread.

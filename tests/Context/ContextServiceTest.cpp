@@ -78,6 +78,52 @@ TEST(ContextService, HandsItsOptionsOnToAllThatComesLater) {
   EXPECT_TRUE(server.targets().find("configuration/ios/v1") != std::string::npos);
 }
 
+/// Passes requests on and keeps what becomes of each.
+struct Wiretap final : NetworkDataProvider {
+  std::shared_ptr<NetworkDataProvider> network;
+  std::vector<std::pair<URLRequest, Future<HTTPResult>>>& seen;
+
+  Wiretap(std::shared_ptr<NetworkDataProvider> tapped, decltype(seen) into)
+      : network(std::move(tapped)), seen(into) {}
+  Future<HTTPResult> fetch(const URLRequest& request) override {
+    return seen.emplace_back(request, network->fetch(request)).second;
+  }
+};
+
+TEST(ContextService, SendsEverythingThroughWhatStandsBeforeTheNetwork) {
+  StubbedService service;
+  service.stub->answer("/v3/products/p", "", {.statusCode = 401});
+  service.succeed();
+  std::vector<std::pair<URLRequest, Future<HTTPResult>>> seen;
+  BootstrapOptions options{.session = {.protocolClasses = {service.stub}, .measuresRequests = true},
+                           .wrapNetwork = [&](auto network) {
+                             return std::make_shared<Wiretap>(std::move(network), seen);
+                           }};
+  const auto start = [&] {
+    return ContextService::context(url("http://api.example/v3/"), url("http://img.example/"),
+                                   Client::appleTV, options);
+  };
+  (void)valueOf(valueOf(start())->fetchPage("p"));
+  std::string summary;
+  for (const auto& [request, answer] : seen) {
+    summary += std::string(request.url.path().substr(3)) + " " +
+               std::to_string(test::codeOf(answer)) +
+               (request.headers.contains("Authorization") ? " with a token; " : "; ");
+    EXPECT_NE(valueOf(answer).timeline, nullptr);
+  }
+  EXPECT_EQ(summary,
+            "/session 200; /configuration/tvos/v1 200; /products/p 401 with a token; /session 200; "
+            "/products/p 200 with a token; ");
+
+  options.wrapNetwork = [](const auto&) { return nullptr; };
+  EXPECT_EQ(valueOf(valueOf(start())->fetchPage("p"))->title, "Server") << "as if there were none";
+  options.wrapNetwork = [calls = 0](const auto& network) mutable {
+    if (++calls > 1) throw std::runtime_error("full");
+    return network;
+  };
+  EXPECT_TRUE(caseOf<GeneralError::underlying>(errorOf(start())));
+}
+
 TEST(ContextService, AFailureOfTheSessionComesBeforeOneOfTheConfiguration) {
   StubbedService list;
   list.stub->answer("/v3/session", "[]");
