@@ -1,5 +1,6 @@
 # Writes the manual pages and the shells' completion that the tool makes of its own tables.
 # Usage: cmake -D TOOL=orvo -D FOLDER=… -P WritePages.cmake
+cmake_minimum_required(VERSION 3.25)
 file(REMOVE_RECURSE ${FOLDER})
 
 function(write_output path)
@@ -13,6 +14,7 @@ write_output(man1/orvo.1 manual)
 execute_process(COMMAND ${TOOL} complete orvo "" OUTPUT_VARIABLE commands
   COMMAND_ERROR_IS_FATAL ANY)
 string(REGEX REPLACE "\t[^\n]*\n" ";" commands "${commands}")
+list(REMOVE_ITEM commands "")
 foreach(command IN LISTS commands)
   write_output(man1/orvo-${command}.1 manual ${command})
 endforeach()
