@@ -9,6 +9,7 @@
 #include <tool/Profiles.h>
 #include <tool/Text.h>
 #include <tool/ValueCheck.h>
+#include <tool/trace/Trace.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -53,6 +54,7 @@ std::vector<Note> variables() {
   return {{"ORVO_API", "The base URL of the service's API, as --api"},
           {"ORVO_RESOURCES", "The base URL of its images; it counts with ORVO_API only"},
           {"ORVO_CLIENT", "The kind of device to appear as, as --client"},
+          {"ORVO_TRACE", "Neither empty nor 0: the same as --trace"},
           {"ORVO_COMPLETE_IDENTIFIERS",
            "Not empty: shells complete identifiers, too, for which the service is asked; with "
            "--demo they always do"},
@@ -154,36 +156,41 @@ void CommandLine::addCompletionCommand() {
        }});
 }
 
+/// Which service, and as what.
+std::vector<Parameter> CommandLine::serviceOptions() {
+  return {{.name = "--environment",
+           .description = "The deployment to talk to, of those compiled in",
+           .values = anyOf(caseNames<Environment>()),
+           .target = &service_.environment,
+           .fallback = "production"},
+          {.name = "--api",
+           .description = "Another deployment: the base URL of its API; without it, ORVO_API",
+           .values = baseURLs(),
+           .target = &service_.api,
+           .excludes = {"--demo"}},
+          {.name = "--resources",
+           .description = "The base URL of its images; beside ORVO_API, ORVO_RESOURCES",
+           .values = baseURLs(),
+           .target = &service_.resources,
+           .needs = {"--api"}},
+          {.name = "--profile",
+           .description = "Another deployment: the one that orvo profile keeps under that name",
+           .values = {.name = "NAME", .suggestions = knownProfiles},
+           .target = &service_.profile,
+           .excludes = {"--api"}},
+          {.name = "--demo",
+           .description = "The demo service, started inside this program",
+           .target = &service_.demo},
+          {.name = "--client",
+           .description = "The kind of device to appear as; without it, ORVO_CLIENT",
+           .values = clientNames(),
+           .target = &service_.client,
+           .fallback = "appleTV"}};
+}
+
 std::vector<Parameter> CommandLine::globalOptions() {
-  return {
-      {.name = "--environment",
-       .description = "The deployment to talk to, of those compiled in",
-       .values = anyOf(caseNames<Environment>()),
-       .target = &service_.environment,
-       .fallback = "production"},
-      {.name = "--api",
-       .description = "Another deployment: the base URL of its API; without it, ORVO_API",
-       .values = baseURLs(),
-       .target = &service_.api,
-       .excludes = {"--demo"}},
-      {.name = "--resources",
-       .description = "The base URL of its images; beside ORVO_API, ORVO_RESOURCES",
-       .values = baseURLs(),
-       .target = &service_.resources,
-       .needs = {"--api"}},
-      {.name = "--profile",
-       .description = "Another deployment: the one that orvo profile keeps under that name",
-       .values = {.name = "NAME", .suggestions = knownProfiles},
-       .target = &service_.profile,
-       .excludes = {"--api"}},
-      {.name = "--demo",
-       .description = "The demo service, started inside this program",
-       .target = &service_.demo},
-      {.name = "--client",
-       .description = "The kind of device to appear as; without it, ORVO_CLIENT",
-       .values = clientNames(),
-       .target = &service_.client,
-       .fallback = "appleTV"},
+  std::vector<Parameter> options = serviceOptions();
+  const std::vector<Parameter> others{
       {.name = "--json", .description = "Print one JSON document, for programs", .target = &json_},
       {.name = "--color",
        .description = "Whether to use colours; when that is left open, NO_COLOR, CLICOLOR_FORCE "
@@ -192,7 +199,13 @@ std::vector<Parameter> CommandLine::globalOptions() {
        .target = &color_},
       {.name = "--verbose",
        .description = "Say on standard error which service is used, and what chose it",
-       .target = &verbose_}};
+       .target = &verbose_},
+      {.name = "--trace",
+       .description = "Draw on standard error where the time of each request went; with --json, a "
+                      "document a line",
+       .target = &trace_}};
+  options.insert(options.end(), others.begin(), others.end());
+  return options;
 }
 
 std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) {
@@ -233,6 +246,7 @@ int CommandLine::run() {
     options.json = json_;
     options.verbose = verbose_;
     Tool tool(std::move(options));
+    if (trace_ || isTraceWanted()) tool.observe(std::make_shared<Trace>(tool));
     return chosen_->run(tool);
   } catch (const WrongUsage& wrong) {
     printDiagnostic(harmless(std::string("orvo: ") + wrong.what()) + "\nTry \"orvo " +

@@ -24,6 +24,7 @@ class CommandLine {
   int run();
 
  private:
+  [[nodiscard]] std::vector<Parameter> serviceOptions();
   [[nodiscard]] std::vector<Parameter> globalOptions();
   void addHelpCommands();
   void addManualCommand(const Parameter& command);
@@ -36,6 +37,7 @@ class CommandLine {
   WrittenService service_;
   bool json_ = false;
   bool verbose_ = false;
+  bool trace_ = false;
   std::string color_ = "auto";
   std::string helpedCommand_;
   std::string shell_;

@@ -98,8 +98,17 @@ std::string parseText(const JSONParseError& error) {
 
 }  // namespace
 
+Json errorValue(const AnyError& error) { return inner(error, Secrets::hidden); }
+
 Json errorJson(const AnyError& error, Secrets secrets) {
-  return Json::object({{"error", inner(error, secrets)}});
+  Json json = Json::object({{"error", inner(error, secrets)}});
+  if (const ErrorContext* context = error.context()) {
+    const auto& [operation, identifier, note] = *context;  // the note is for people
+    const bool isNamed = !identifier.empty();
+    json.set("subject", Json::object({{"operation", operation},
+                                      {"identifier", isNamed ? Json(identifier) : Json()}}));
+  }
+  return json;
 }
 
 std::string explanation(const AnyError& error) {
@@ -129,6 +138,14 @@ std::string explanation(const AnyError& error) {
     return transport->message + (known ? " (code " + std::to_string(transport->code) + ")" : "");
   }
   return error.description();
+}
+
+std::string subject(const AnyError& error) {
+  const ErrorContext* context = error.context();
+  if (context == nullptr) return "";
+  ErrorContext shown = *context;
+  if (error.is<URLService::Error>()) shown.identifier.clear();
+  return shown.description();
 }
 
 }  // namespace orvo::tool

@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 
 namespace orvo::tool {
 
@@ -20,6 +21,8 @@ std::string_view environment(const char* name) {
 }
 
 Colours chosenColours = Colours::fromEnvironment;
+
+std::function<void()> taskBeforeEarlyEnd;
 
 bool wantsColours(bool isCapable) {
   if (chosenColours != Colours::fromEnvironment) return chosenColours == Colours::always;
@@ -113,11 +116,15 @@ void holdStandardStreams() {
 
 void print(std::string_view text) {
   if (writeAll(STDOUT_FILENO, text)) return;
+  const int error = errno;
+  if (taskBeforeEarlyEnd) taskBeforeEarlyEnd();
   // The reader has seen what it wanted to see; there is nothing left to do and nobody to tell.
-  if (errno == EPIPE) _exit(0);
-  printDiagnostic(std::string("orvo: standard output: ") + std::strerror(errno) + "\n");
+  if (error == EPIPE) _exit(0);
+  printDiagnostic(std::string("orvo: standard output: ") + std::strerror(error) + "\n");
   _exit(1);
 }
+
+void doBeforeEarlyEnd(std::function<void()> task) { taskBeforeEarlyEnd = std::move(task); }
 
 void printDiagnostic(std::string_view text) { writeAll(STDERR_FILENO, text); }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -39,6 +40,8 @@ void holdStandardStreams();
 /// Writes to standard output. Ends the program quietly when the reader has gone, and with a message
 /// and status 1 when the text cannot be written for another reason.
 void print(std::string_view text);
+/// What is done before `print` ends the program; nothing when it is empty.
+void doBeforeEarlyEnd(std::function<void()> task);
 /// Writes to standard error; what cannot be written is dropped.
 void printDiagnostic(std::string_view text);
 

@@ -1,6 +1,7 @@
 #include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <tool/ChildProcess.h>
+#include <tool/OwnRequest.h>
 #include <tool/Picture.h>
 #include <unistd.h>
 
@@ -144,7 +145,7 @@ Result<Picture> fetchPicture(Tool& tool, const URL& image, const std::string& st
                            .timeoutInterval = std::chrono::seconds(10),
                            .totalTimeoutInterval = std::chrono::seconds(20)};
   const auto fetched =
-      tool.wait(tool.network(kMostImageBytes)->fetch(request), "fetching the image");
+      fetch(tool, *tool.network(kMostImageBytes), request, {"fetchImage"}, "fetching the image");
   if (const AnyError* error = fetched.error()) return Failure{*error};
   const int status = fetched.value()->response.statusCode;
   if (status != 200) {

@@ -1,5 +1,6 @@
 #include <OrvoAPI/Network/URLSession.h>
 #include <tool/ErrorReport.h>
+#include <tool/JsonLines.h>
 #include <tool/Text.h>
 #include <tool/Tool.h>
 
@@ -12,6 +13,26 @@ std::string documentText(const Json& json, bool forPeople) {
 }
 
 }  // namespace
+
+Tool::Tool(GlobalOptions options) : options_(std::move(options)) {
+  if (options_.json) answerInJson();
+}
+
+Tool::~Tool() {
+  if (observer_ == nullptr) return;
+  doBeforeEarlyEnd(nullptr);
+  observer_->close();
+}
+
+void Tool::observe(std::shared_ptr<RequestObserver> observer) {
+  observer_ = std::move(observer);
+  doBeforeEarlyEnd([observed = observer_] { observed->close(); });
+}
+
+void Tool::answerInJson() {
+  options_.json = true;
+  printConsoleAsJsonLines();
+}
 
 bool Tool::startService() {
   if (isServiceKnown_) return true;
@@ -34,8 +55,8 @@ void Tool::reportService() const {
                            withoutUserInfo(resources.text()) + " (" + options_.source +
                            "); client " + std::string(rawValue(options_.client)) + " (" +
                            options_.clientSource + ")";
-  printDiagnostic(options_.json ? Json::object({{"report", text}}).text() + "\n"
-                                : escaped("orvo: " + text) + "\n");
+  if (options_.json) return printJsonLine(Json::object({{"report", text}}));
+  printDiagnostic(escaped("orvo: " + text) + "\n");
 }
 
 Result<std::shared_ptr<Context>> Tool::context() {
@@ -45,12 +66,24 @@ Result<std::shared_ptr<Context>> Tool::context() {
   isOpening_ = true;
   auto bootstrap = options_.bootstrap;
   bootstrap.environment = options_.environment;
+  const Promise<bool> bothEnded;
+  if (observer_) {
+    const auto count = std::make_shared<int>(0);  // only touched on the queue
+    bootstrap.context.onReport = [observer = observer_, count,
+                                  bothEnded](const RequestReport& report) {
+      observer->take(report);
+      if (++*count == 2) bothEnded.success(true);
+    };
+    bootstrap.context.reportQueue = observer_->queue();
+  }
   const auto future =
       options_.api
           ? ContextService::context(*options_.api, *options_.resources, options_.client, bootstrap)
           : ContextService::context(options_.environment, options_.client, bootstrap);
   auto result = wait(future, "opening a session");
   isOpening_ = result.failed();
+  // One failure is enough for the result; the other request may end a moment later.
+  if (isOpening_ && observer_) (void)bothEnded.future().wait(std::chrono::seconds(1));
   if (const auto* context = result.value()) context_ = *context;
   return result;
 }
@@ -58,9 +91,16 @@ Result<std::shared_ptr<Context>> Tool::context() {
 std::shared_ptr<NetworkDataProvider> Tool::network(std::size_t maximumBodySize) const {
   auto configuration = options_.bootstrap.session;
   configuration.maximumBodySize = maximumBodySize;
+  if (observer_) configuration.measuresRequests = true;
   const auto session = std::make_shared<URLSession>(std::move(configuration));
   const auto& wrap = options_.bootstrap.wrapNetwork;
   return wrap ? wrap(session) : session;
+}
+
+Result<URL> Tool::apiBase() {
+  if (!startService())
+    return Failure{URLError{URLError::unknown, "the demo service does not start"}};
+  return options_.api.value_or(url(options_.environment));
 }
 
 Result<ResourceHost> Tool::resourceHost() {
@@ -75,15 +115,13 @@ int Tool::answer(const Json& json) const {
 }
 
 std::string Tool::place(const AnyError& error) const {
+  std::string text;
   if (isOpening_) {
     const URL api = options_.api.value_or(url(options_.environment));
-    return "no session with " + std::string(api.host()) + ": ";
+    text.append("no session with ").append(api.host()) += ": ";
   }
-  // What no address can be made of is named by the error itself.
-  const ErrorContext* context = error.context();
-  const bool isNamed =
-      context == nullptr || context->identifier.empty() || error.is<URLService::Error>();
-  return isNamed ? "" : context->identifier + ": ";
+  const std::string asked = subject(error);
+  return asked.empty() ? text : text + asked + ": ";
 }
 
 std::string Tool::wayOut() const {
@@ -93,8 +131,10 @@ std::string Tool::wayOut() const {
 }
 
 int Tool::fail(const AnyError& error) const {
+  // The error comes last; a session that cannot be had ends all.
+  if (observer_) isOpening_ ? observer_->close() : observer_->flush();
   if (options_.json) {
-    printDiagnostic(documentText(errorJson(error), standardError().isTerminal));
+    printJsonLine(errorJson(error));
   } else {
     const std::string head = styled(standardError(), Style::bad, "orvo:");
     printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut());

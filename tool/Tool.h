@@ -5,9 +5,11 @@
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Futures/Future.h>
+#include <OrvoAPI/Futures/Promise.h>
 #include <demo/DemoService.h>
 #include <tool/ModelJson.h>
 #include <tool/Progress.h>
+#include <tool/RequestObserver.h>
 #include <tool/Screen.h>
 #include <tool/ServiceChoice.h>
 
@@ -34,13 +36,20 @@ struct GlobalOptions : ServiceChoice {
 /// demo service, if there is one, and the context. Used by the main thread.
 class Tool {
  public:
-  explicit Tool(GlobalOptions options) : options_(std::move(options)) {}
+  explicit Tool(GlobalOptions options);
+  ~Tool();
+  Tool(const Tool&) = delete;
+  Tool& operator=(const Tool&) = delete;
 
   [[nodiscard]] const GlobalOptions& options() const { return options_; }
   /// As if `--json` had been given.
-  void answerInJson() { options_.json = true; }
+  void answerInJson();
   /// How long programmes of the demo service are; to be set before it is started.
   void setDemoProgramLength(std::chrono::seconds length) { demoProgramLength_ = length; }
+
+  /// From now on the observer is told of every request; to be set before the service is asked.
+  void observe(std::shared_ptr<RequestObserver> observer);
+  [[nodiscard]] const std::shared_ptr<RequestObserver>& observer() const { return observer_; }
 
   /// No wait goes on after that.
   void endWaitsAt(std::chrono::steady_clock::time_point end) { end_ = end; }
@@ -51,6 +60,8 @@ class Tool {
   /// cookies that the service has set. What stands before the context's network stands before it.
   [[nodiscard]] std::shared_ptr<NetworkDataProvider> network(
       std::size_t maximumBodySize = URLSessionConfiguration::kDefaultMaximumBodySize) const;
+  /// The base URL of the API; asks the service nothing.
+  [[nodiscard]] Result<URL> apiBase();
   /// What builders of image URLs need; asks the service nothing.
   [[nodiscard]] Result<ResourceHost> resourceHost();
 
@@ -66,7 +77,9 @@ class Tool {
     const auto end = std::min(std::chrono::steady_clock::now() + std::chrono::minutes(10), end_);
     while (true) {
       Result<T> result = future.wait(std::chrono::milliseconds(120));
-      if (future.didComplete() || std::chrono::steady_clock::now() >= end) return result;
+      const bool isDone = future.didComplete();
+      if (isDone && observer_) awaitReports(future);
+      if (isDone || std::chrono::steady_clock::now() >= end) return result;
       progress.tick();
     }
   }
@@ -85,10 +98,18 @@ class Tool {
   int fail(const AnyError& error) const;
 
  private:
+  /// Returns when the observer has been told of what led to the future, which is complete: of what
+  /// is registered with it, its report comes first.
+  template <class T>
+  void awaitReports(const Future<T>& future) const {
+    const Promise<bool> told;
+    future.onComplete(observer_->queue(), [told](const Result<T>&) { told.success(true); });
+    (void)told.future().wait(std::chrono::seconds(1));
+  }
   /// Sees to it that there is a service; false when the demo service does not start.
   [[nodiscard]] bool startService();
   void reportService() const;
-  /// Which host no session could be had with, or what of several was asked for.
+  /// Which host no session could be had with, and what was asked for.
   [[nodiscard]] std::string place(const AnyError& error) const;
   /// What to do when the host that is compiled in cannot be reached.
   [[nodiscard]] std::string wayOut() const;
@@ -98,6 +119,7 @@ class Tool {
   std::unique_ptr<demo::DemoService> demo_;
   std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::time_point::max();
   bool isServiceKnown_ = false;
+  std::shared_ptr<RequestObserver> observer_;
   std::shared_ptr<Context> context_;
   /// Or has tried to, in vain.
   bool isOpening_ = false;

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <tool/Commands.h>
 #include <tool/ContentViews.h>
+#include <tool/OwnRequest.h>
 #include <tool/Text.h>
 
 #include <algorithm>
@@ -68,7 +69,9 @@ Result<Sights> walk(Tool& tool, const Context& context) {
   auto sights = findVideo(tool, context, *page.value());
   if (Sights* found = sights.value()) {
     const auto playlist =
-        tool.wait(tool.network()->fetch({.url = found->stream}), "fetching the stream's playlist");
+        fetch(tool, *tool.network(), {.url = found->stream},
+              {"fetchPlaylistOfStream", found->video->id, std::string(kHiddenPath)},
+              "fetching the stream's playlist");
     if (const AnyError* error = playlist.error()) return Failure{*error};
     found->streamStatus = playlist.value()->response.statusCode;
     found->playlist = masked(*found, context, std::string(playlist.value()->body.view()));

@@ -45,8 +45,10 @@ TEST(MonitorCommand, EndsWhenTheGuideOfTheseDaysCannotBeHad) {
   const auto run = runTool({"monitor", "--days", "2", "--api", service.base() + "/tired/"});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.output, "");
-  EXPECT_EQ(run.error,
-            "orvo: linear-one: the service answered with status 404 (there is no such thing)\n");
+  EXPECT_EQ(
+      run.error,
+      "orvo: fetchLinearProgramGuide linear-one: the service answered with status 404 (there is "
+      "no such thing)\n");
   const std::string asked = service.targets(0);
   const auto time = [&](const std::string& key) {
     return *date(asked.substr(asked.find(key) + key.size(), 24));

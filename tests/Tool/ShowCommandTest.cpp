@@ -20,7 +20,8 @@ TEST(ShowCommand, FindsWhatHasTheIdentifier) {
   EXPECT_TRUE(show("evening").output.starts_with("film\tvideo\t"));
   const std::size_t before = service.requests();
   EXPECT_EQ(show("nowhere").error,
-            "orvo: nowhere: the service answered with status 404 (there is no such thing)\n");
+            "orvo: fetchContentItem nowhere: the service answered with status 404 (there is no "
+            "such thing)\n");
   EXPECT_EQ(service.targets(before),
             " /v3/collections/nowhere /v3/playlists/nowhere /v3/products/nowhere "
             "/v3/session?os_family=tvos&category=smart_tv");

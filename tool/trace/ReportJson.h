@@ -1,0 +1,12 @@
+#pragma once
+
+#include <OrvoAPI/Context/RequestReport.h>
+#include <tool/ModelJson.h>
+
+namespace orvo::tool {
+
+/// A report as one JSON document. What OpenTelemetry's conventions for HTTP have a name for is
+/// called so; times are in seconds.
+[[nodiscard]] Json toJson(const RequestReport& report);
+
+}  // namespace orvo::tool

@@ -1,0 +1,47 @@
+#include <tool/JsonLines.h>
+#include <tool/trace/ReportJson.h>
+#include <tool/trace/Trace.h>
+#include <tool/trace/Waterfall.h>
+
+#include <cstdlib>
+#include <string_view>
+
+namespace orvo::tool {
+
+void Trace::take(const RequestReport& report) {
+  if (isClosed_) return;
+  if (tool_.options().json) {
+    printJsonLine(Json::object({{"trace", toJson(report)}}));
+  } else if (reports_.size() < kMost) {
+    reports_.push_back(report);
+  } else {
+    ++leftOut_;
+  }
+}
+
+void Trace::print() {
+  if (reports_.empty()) return;
+  Screen screen(standardError());
+  drawWaterfall(screen, std::move(reports_), leftOut_);
+  printDiagnostic(screen.text());
+  reports_.clear();
+  leftOut_ = 0;
+}
+
+void Trace::flush() {
+  queue()->sync([this] { print(); });
+}
+
+void Trace::close() {
+  queue()->sync([this] {
+    print();
+    isClosed_ = true;
+  });
+}
+
+bool isTraceWanted() {
+  const char* const value = std::getenv("ORVO_TRACE");
+  return value != nullptr && *value != '\0' && std::string_view(value) != "0";
+}
+
+}  // namespace orvo::tool

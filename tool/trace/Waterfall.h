@@ -1,0 +1,19 @@
+#pragma once
+
+#include <OrvoAPI/Context/RequestReport.h>
+#include <tool/Screen.h>
+
+#include <cstddef>
+#include <vector>
+
+namespace orvo::tool {
+
+/// Draws a bar for each request along one axis of time, as wide as the screen: what the request
+/// spent its time on is told by different marks, which a line explains. `leftOut`: how many
+/// further ones are not among the reports.
+void drawWaterfall(Screen& screen, std::vector<RequestReport> reports, std::size_t leftOut);
+
+/// `12 ms`, `1.25 s`
+[[nodiscard]] std::string spanText(std::chrono::nanoseconds time);
+
+}  // namespace orvo::tool
