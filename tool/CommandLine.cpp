@@ -32,6 +32,7 @@ Commands allCommands(const WrittenService& service) {
   addStreamCommands(commands);
   addPlayCommand(commands);
   addImageCommand(commands);
+  addGetCommand(commands);
   addParseCommand(commands);
   addServeDemoCommand(commands);
   addProfileCommand(commands, service);

@@ -19,6 +19,7 @@ void addMonitorCommand(Commands& commands);
 void addLineupCommand(Commands& commands);
 void addPlayCommand(Commands& commands);
 void addImageCommand(Commands& commands);
+void addGetCommand(Commands& commands);
 void addTourCommand(Commands& commands);
 void addParseCommand(Commands& commands);
 void addServeDemoCommand(Commands& commands);
