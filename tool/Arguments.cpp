@@ -1,5 +1,5 @@
-#include <OrvoAPI/Platform/Clock.h>
 #include <tool/Arguments.h>
+#include <tool/Present.h>
 #include <tool/WrittenDate.h>
 
 #include <charconv>
@@ -48,9 +48,7 @@ std::optional<URL> baseURL(std::string_view text) {
   return url->path().ends_with('/') ? url : URL::parse(url->text() + "/");
 }
 
-std::optional<Date> date(std::string_view text) {
-  return writtenDate(text, Clock::system()->now());
-}
+std::optional<Date> date(std::string_view text) { return writtenDate(text, present()); }
 
 std::optional<ImageSize> imageSize(std::string_view text) {
   const std::size_t cross = text.find('x');

@@ -82,6 +82,7 @@ CommandLine::CommandLine()
              .files = {{"~/.config/orvo/profiles",
                         "Services by name, below $XDG_CONFIG_HOME if that is set; orvo help "
                         "profile says more"}}} {
+  addTrafficOptions(table_.globalOptions, traffic_);
   addHelpCommands();
   noteDefaults(table_.globalOptions);
   for (Command& command : table_.commands) {
@@ -235,20 +236,33 @@ std::vector<Note> CommandLine::identifiers(Listed listed) const {
   }
 }
 
+GlobalOptions CommandLine::chosenOptions() const {
+  GlobalOptions options;
+  const bool isRecorded = !traffic_.record.empty(), isReplayed = !traffic_.replay.empty();
+  if (!chosen_->usesService && (isRecorded || isReplayed)) {
+    throw WrongUsage(std::string(isRecorded ? "--record" : "--replay") + ": orvo " + chosen_->name +
+                     " asks no service");
+  }
+  if (isReplayed) {
+    replay(traffic_.replay, options);
+  } else if (chosen_->usesService) {
+    static_cast<ServiceChoice&>(options) = chooseService(service_);
+  } else if (service_.environment) {
+    options.environment = *environmentNamed(*service_.environment);
+  }
+  options.json = json_;
+  options.verbose = verbose_;
+  return options;
+}
+
 int CommandLine::run() {
   if (color_ != "auto") setColours(color_ == "always" ? Colours::always : Colours::never);
   try {
-    GlobalOptions options;
-    if (chosen_->usesService) {
-      static_cast<ServiceChoice&>(options) = chooseService(service_);
-    } else if (service_.environment) {
-      options.environment = *environmentNamed(*service_.environment);
-    }
-    options.json = json_;
-    options.verbose = verbose_;
+    auto options = chosenOptions();
+    Recording recording(traffic_.record, options);
     Tool tool(std::move(options));
     if (trace_ || isTraceWanted()) tool.observe(std::make_shared<Trace>(tool));
-    return chosen_->run(tool);
+    return recording.end(chosen_->run(tool));
   } catch (const WrongUsage& wrong) {
     printDiagnostic(harmless(std::string("orvo: ") + wrong.what()) + "\nTry \"orvo " +
                     chosen_->name + " --help\".\n");

@@ -3,6 +3,7 @@
 #include <tool/CommandParser.h>
 #include <tool/CommandTable.h>
 #include <tool/Tool.h>
+#include <tool/har/Traffic.h>
 
 #include <optional>
 #include <string>
@@ -32,9 +33,12 @@ class CommandLine {
   /// The command that is to be explained; or the tool itself.
   [[nodiscard]] const Command* helped() const;
 
+  /// What `run` makes of the options of all commands.
+  [[nodiscard]] GlobalOptions chosenOptions() const;
   [[nodiscard]] std::vector<Note> identifiers(Listed listed) const;
 
   WrittenService service_;
+  WrittenTraffic traffic_;
   bool json_ = false;
   bool verbose_ = false;
   bool trace_ = false;

@@ -73,6 +73,7 @@ void replace(const std::string& path, const std::string& text) {
       open(made.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
   if (file < 0) refuse(path);
   const bool isWritten =
+      fchmod(file, S_IRUSR | S_IWUSR) == 0 &&
       write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
       fsync(file) == 0;
   const bool isDone = close(file) == 0 && isWritten && rename(made.c_str(), path.c_str()) == 0;
@@ -118,6 +119,23 @@ std::optional<std::string> readRegularFile(const std::string& path, std::size_t 
   if (file.number() < 0 || fstat(file.number(), &status) != 0) refuse(path);
   if (!S_ISREG(status.st_mode)) refuse(path, "is not a regular file");
   return readDescriptor(file.number(), path, most);
+}
+
+void replaceFile(const std::string& path, const std::string& text) {
+  requireReplaceable(path);
+  replace(followed(path), text);
+}
+
+void requireReplaceable(const std::string& path) {
+  const std::filesystem::path place = followed(path);
+  const auto folder = place.has_parent_path() ? place.parent_path() : ".";
+  if (access(folder.c_str(), W_OK | X_OK) != 0) refuse(path);
+  struct stat status {};
+  if (stat(place.c_str(), &status) != 0) return;
+  if (!S_ISREG(status.st_mode)) refuse(path, "is not a regular file");
+  if ((status.st_mode & S_IWUSR) == 0 || access(place.c_str(), W_OK) != 0) {
+    refuse(path, "is not writable");
+  }
 }
 
 void rewriteFile(const std::string& path, std::size_t most,

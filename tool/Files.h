@@ -27,4 +27,9 @@ namespace orvo::tool {
 void rewriteFile(const std::string& path, std::size_t most,
                  const std::function<std::string(const std::optional<std::string>&)>& change);
 
+/// Puts a file there in one step, in place of what there is; only the user may read it.
+void replaceFile(const std::string& path, const std::string& text);
+/// Refuses at once what `replaceFile` would refuse in the end.
+void requireReplaceable(const std::string& path);
+
 }  // namespace orvo::tool

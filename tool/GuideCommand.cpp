@@ -3,6 +3,7 @@
 #include <tool/Commands.h>
 #include <tool/GuideView.h>
 #include <tool/Paging.h>
+#include <tool/Present.h>
 #include <tool/ValueCheck.h>
 #include <tool/Wording.h>
 #include <tool/WrittenDate.h>
@@ -19,7 +20,7 @@ struct WrittenGuide {
 };
 
 int runGuide(Tool& tool, const WrittenGuide& written) {
-  const Date today = Calendar().startOfDay(Clock::system()->now());
+  const Date today = Calendar().startOfDay(present());
   const Date start = written.start.empty() ? today : *date(written.start);
   const Date end = written.end.empty()
                        ? Calendar().addingDays(start, static_cast<int>(written.days))
@@ -38,7 +39,7 @@ int runGuide(Tool& tool, const WrittenGuide& written) {
                                                {.page = first});
       },
       [&](Screen& screen, const LinearProgramGuide& guide) {
-        drawGuide(screen, guide, stream, Clock::system()->now());
+        drawGuide(screen, guide, stream, present());
       });
 }
 

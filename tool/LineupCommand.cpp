@@ -2,6 +2,7 @@
 #include <tool/Commands.h>
 #include <tool/LineupView.h>
 #include <tool/Paging.h>
+#include <tool/Present.h>
 #include <tool/ValueCheck.h>
 
 namespace orvo::tool {
@@ -43,7 +44,7 @@ int runLineup(Tool& tool, const WrittenLineup& written) {
       tool, output, "fetching the lineup",
       [&](const Context& opened) { return opened.fetchLineup(reference.value()->url); },
       [&](Screen& screen, const Lineup& lineup) {
-        drawLineup(screen, lineup, display, Clock::system()->now());
+        drawLineup(screen, lineup, display, present());
       });
 }
 

@@ -5,6 +5,7 @@
 #include <tool/Commands.h>
 #include <tool/OnAirView.h>
 #include <tool/Patience.h>
+#include <tool/Present.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -100,7 +101,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
 
   void load() {
     patience_.loading();
-    monitor_->load(clock_->now(), static_cast<int>(written_.days))
+    monitor_->load(present(), static_cast<int>(written_.days))
         .onComplete(MainQueue::shared(), [weak = weak_from_this()](const Result<bool>& result) {
           if (const auto self = weak.lock()) self->loaded(result);
         });
@@ -134,7 +135,7 @@ class Watching : public std::enable_shared_from_this<Watching> {
   Tool& tool_;
   const WrittenMonitor written_;
   const std::shared_ptr<LinearProgramGuideMonitor> monitor_;
-  const std::shared_ptr<const Clock> clock_ = Clock::system();
+  const std::shared_ptr<const Clock> clock_ = presentClock();
   OnAirView view_;
   Patience patience_;
   std::int64_t updates_ = 0;

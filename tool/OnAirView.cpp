@@ -1,5 +1,6 @@
 #include <fmt/format.h>
 #include <tool/OnAirView.h>
+#include <tool/Present.h>
 #include <tool/Text.h>
 #include <tool/Wording.h>
 
@@ -107,12 +108,12 @@ void drawOnAir(Screen& screen, const std::string& channel, const GuideUpdate& up
 void OnAirView::show(const GuideUpdate& update) {
   update_ = update;
   if (moves()) return draw();
-  print(onAirLine(update, Clock::system()->now()) + "\n");
+  print(onAirLine(update, presentClock()->now()) + "\n");
 }
 
 void OnAirView::draw() {
   Screen screen(standardOutput());
-  drawOnAir(screen, channel_, *update_, Clock::system()->now());
+  drawOnAir(screen, channel_, *update_, presentClock()->now());
   const std::string over = lines_ > 0 ? fmt::format("\x1b[{}F\x1b[J", lines_) : "";
   lines_ = static_cast<std::size_t>(std::ranges::count(screen.text(), '\n'));
   print(over + screen.text());

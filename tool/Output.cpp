@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <utility>
+#include <vector>
 
 namespace orvo::tool {
 
@@ -21,8 +22,7 @@ std::string_view environment(const char* name) {
 }
 
 Colours chosenColours = Colours::fromEnvironment;
-
-std::function<void()> taskBeforeEarlyEnd;
+std::vector<std::function<void()>> tasksBeforeEarlyEnd;
 
 bool wantsColours(bool isCapable) {
   if (chosenColours != Colours::fromEnvironment) return chosenColours == Colours::always;
@@ -117,14 +117,17 @@ void holdStandardStreams() {
 void print(std::string_view text) {
   if (writeAll(STDOUT_FILENO, text)) return;
   const int error = errno;
-  if (taskBeforeEarlyEnd) taskBeforeEarlyEnd();
+  for (; !tasksBeforeEarlyEnd.empty(); tasksBeforeEarlyEnd.pop_back()) tasksBeforeEarlyEnd.back()();
   // The reader has seen what it wanted to see; there is nothing left to do and nobody to tell.
   if (error == EPIPE) _exit(0);
   printDiagnostic(std::string("orvo: standard output: ") + std::strerror(error) + "\n");
   _exit(1);
 }
 
-void doBeforeEarlyEnd(std::function<void()> task) { taskBeforeEarlyEnd = std::move(task); }
+void doBeforeEarlyEnd(std::function<void()> task) {
+  if (task) return tasksBeforeEarlyEnd.push_back(std::move(task));
+  if (!tasksBeforeEarlyEnd.empty()) tasksBeforeEarlyEnd.pop_back();
+}
 
 void printDiagnostic(std::string_view text) { writeAll(STDERR_FILENO, text); }
 

@@ -40,7 +40,8 @@ void holdStandardStreams();
 /// Writes to standard output. Ends the program quietly when the reader has gone, and with a message
 /// and status 1 when the text cannot be written for another reason.
 void print(std::string_view text);
-/// What is done before `print` ends the program; nothing when it is empty.
+/// What is done before `print` ends the program, before what was to be done already; when it is
+/// empty, the last of that is done no more.
 void doBeforeEarlyEnd(std::function<void()> task);
 /// Writes to standard error; what cannot be written is dropped.
 void printDiagnostic(std::string_view text);

@@ -4,6 +4,7 @@
 #include <tool/Commands.h>
 #include <tool/Players.h>
 #include <tool/Text.h>
+#include <tool/ValueCheck.h>
 #include <tool/Wording.h>
 #include <unistd.h>
 
@@ -126,6 +127,7 @@ Result<Video> fetchVideo(Tool& tool, const Context& context, const std::string& 
 }
 
 int runPlay(Tool& tool, const WrittenPlay& written) {
+  if (tool.options().isReplayed) throw WrongUsage("--replay: a player needs the network");
   const auto found = findPlayer(written.player);
   if (!found) return tool.fail(PlayError{missing(written.player)});
   const auto context = tool.context();

@@ -44,6 +44,7 @@ bool Tool::startService() {
     options_.resources = URL::parse(demo_->resourceURL());
   }
   isServiceKnown_ = true;
+  if (options_.onService) options_.onService(options_);
   if (options_.verbose) reportService();
   return true;
 }

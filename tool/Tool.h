@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +31,10 @@ struct GlobalOptions : ServiceChoice {
   bool verbose = false;
   /// What the context is made with, and what stands before the network.
   BootstrapOptions bootstrap{};
+  /// Is told the service once it runs.
+  std::function<void(const ServiceChoice&)> onService{};
+  /// Whether a recording answers, and nothing else may be asked.
+  bool isReplayed = false;
 };
 
 /// One run of the tool: the service that it talks to, and the way in which it answers. It owns the

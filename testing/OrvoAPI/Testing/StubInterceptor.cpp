@@ -1,3 +1,4 @@
+#include <OrvoAPI/Testing/HTTPArchive.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
 
 #include <fstream>
@@ -17,6 +18,20 @@ void StubInterceptor::answerFromFile(std::string path, const std::string& file,
   const std::string body{std::istreambuf_iterator<char>(stream), {}};
   if (!stream) throw std::runtime_error("cannot read " + file);
   answer(std::move(path), body, std::move(options));
+}
+
+void StubInterceptor::answerFromArchive(const std::string& file) {
+  for (auto& entry : HTTPArchive::read(file).entries) {
+    if (entry.method != "GET") continue;
+    std::string path(entry.url.path());
+    if (const auto query = entry.url.query()) path.append("?").append(*query);
+    if (entry.error) {
+      add(std::move(path), *entry.error);
+    } else {
+      add(std::move(path),
+          Canned{{.statusCode = entry.statusCode, .headers = entry.headers}, entry.body});
+    }
+  }
 }
 
 void StubInterceptor::fail(std::string path, URLError error) {

@@ -37,6 +37,10 @@ class StubInterceptor final : public URLInterceptor {
   void answer(std::string path, std::string_view body, StubAnswerOptions options = {});
   /// Reads the file now; throws `std::runtime_error` when it cannot be read.
   void answerFromFile(std::string path, const std::string& file, StubAnswerOptions options = {});
+  /// Answers GET requests as an HTTP Archive says, a file that browsers' developer tools save and
+  /// `orvo --record` writes: by path and query, whatever the host. Reads the file now; throws
+  /// `std::runtime_error` when it is none.
+  void answerFromArchive(const std::string& file);
   void fail(std::string path, URLError error);
   /// Answers what has no answer of its own, so that nothing reaches the network.
   void answerOthers(std::string_view body, StubAnswerOptions options = {.statusCode = 404});

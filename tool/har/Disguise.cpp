@@ -1,0 +1,233 @@
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <tool/ModelJson.h>
+#include <tool/har/Disguise.h>
+
+#include <algorithm>
+#include <cctype>
+
+namespace orvo::tool {
+
+namespace {
+
+/// Shorter secrets are words that stand elsewhere, too: they are only looked for where one would
+/// be.
+constexpr std::size_t kLeastDistinct = 8;
+
+/// The character of that code in hexadecimal digits, or -1.
+int hexadecimal(std::string_view digits, std::size_t count) {
+  if (digits.size() < count) return -1;
+  int value = 0;
+  for (const char c : digits.substr(0, count)) {
+    if (std::isxdigit(static_cast<unsigned char>(c)) == 0) return -1;
+    value = value * 16 + (c <= '9' ? c - '0' : (c | 0x20) - 'a' + 10);
+  }
+  return value;
+}
+
+/// How many characters of the text stand for `c`: itself, its escape in JSON, or its
+/// percent-encoding, which may have been encoded again.
+std::size_t lengthOf(char c, std::string_view text) {
+  if (text.empty()) return 0;
+  if (text[0] == c) return 1;
+  const int code = static_cast<unsigned char>(c);
+  if (text[0] == '\\') {
+    if (text.size() > 1 && text[1] == c) return 2;
+    return text.substr(1).starts_with('u') && hexadecimal(text.substr(2), 4) == code ? 6 : 0;
+  }
+  if (text[0] != '%') return 0;
+  for (std::size_t at = 1;; at += 2) {
+    if (hexadecimal(text.substr(at), 2) == code) return at + 2;
+    if (!text.substr(at).starts_with("25")) return 0;
+  }
+}
+
+std::size_t lengthOf(std::string_view secret, std::string_view text) {
+  std::size_t length = 0;
+  for (const char c : secret) {
+    const std::size_t step = lengthOf(c, text.substr(length));
+    if (step == 0) return 0;
+    length += step;
+  }
+  return length;
+}
+
+/// Whether a value may begin after, or end before, that character.
+bool isEdge(std::string_view neighbour) {
+  return neighbour.empty() ||
+         std::string_view("/\"=& ?#;,:\\\n\r").find(neighbour[0]) != std::string_view::npos;
+}
+
+bool isWord(std::string_view text) {
+  const auto isNumbered = [text](std::string_view sort) {
+    return text.starts_with(sort) && text.size() > sort.size() &&
+           text.find_first_not_of("0123456789", sort.size()) == std::string_view::npos;
+  };
+  return isNumbered("token-") || isNumbered("masked-");
+}
+
+std::string lowerCase(std::string_view text) {
+  std::string lower(text);
+  std::ranges::transform(lower, lower.begin(), [](unsigned char c) { return std::tolower(c); });
+  return lower;
+}
+
+bool isSecret(const std::string& lowerName) {
+  constexpr std::array<std::string_view, 7> kSigns{"auth", "cookie",  "token",    "secret",
+                                                   "key",  "session", "signature"};
+  return std::ranges::any_of(kSigns,
+                             [&](auto sign) { return lowerName.find(sign) != std::string::npos; });
+}
+
+/// Where the credentials begin: behind the name of a scheme, if there is one.
+std::size_t credentialsIn(std::string_view authorization) {
+  const std::size_t space = authorization.find(' ');
+  return space == std::string_view::npos ? 0 : space + 1;
+}
+
+/// Takes a user's name and password out of the addresses in the text.
+std::string withoutUsers(std::string text) {
+  for (const std::string_view mark : {"://", ":\\/\\/"}) {
+    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
+      at += mark.size();
+      const std::size_t end = std::min(text.find_first_of("/?#\"'<>\\ \t\r\n", at), text.size());
+      const std::size_t user = text.substr(at, end - at).rfind('@');
+      if (user != std::string::npos) text.erase(at, user + 1);
+    }
+  }
+  return text;
+}
+
+}  // namespace
+
+Disguise::Disguise() { begins_['%'] = begins_['\\'] = true; }
+
+std::string Disguise::word(std::string_view secret, const char* sort) {
+  if (secret.empty() || isWord(secret)) return std::string(secret);
+  const auto found = words_.find(secret);
+  if (found != words_.end()) return found->second;
+  const auto name = std::string(sort) + "-" + std::to_string(words_.size() + 1);
+  return words_.emplace(secret, name).first->second;
+}
+
+void Disguise::add(std::string_view secret, const char* sort) {
+  if (secret.empty() || std::ranges::find(known_, secret, [](const auto& known) {
+                          return std::string_view(known.first);
+                        }) != known_.end()) {
+    return;
+  }
+  begins_[static_cast<unsigned char>(secret[0])] = true;
+  known_.emplace_back(secret, word(secret, sort));
+  std::ranges::stable_sort(known_, std::greater(),
+                           [](const auto& known) { return known.first.size(); });
+}
+
+void Disguise::addField(std::string_view name, std::string_view value) {
+  const std::string lower = lowerCase(name);
+  if (lower == "authorization") return addToken(value.substr(credentialsIn(value)));
+  if (lower.find("cookie") == std::string::npos) return;
+  const std::size_t begin = value.find('=') + 1;
+  const auto cookie = value.substr(begin, value.find(';', begin) - begin);
+  if (cookie.size() >= kLeastDistinct) add(cookie, "masked");
+}
+
+void Disguise::addDocument(const Data& body) {
+  if (body.view().find("token") == std::string_view::npos) return;
+  const auto document = JSONDataParser::object(body);
+  if (document.failed()) return;
+  if (const auto token = document.value()->string("token")) addToken(*token);
+}
+
+std::string Disguise::text(std::string_view text) const {
+  std::string out;
+  out.reserve(text.size());
+  for (std::size_t at = 0; at < text.size();) {
+    std::size_t length = 0;
+    if (begins_[static_cast<unsigned char>(text[at])]) {
+      for (const auto& [secret, word] : known_) {
+        length = lengthOf(secret, text.substr(at));
+        const bool isWhole =
+            isEdge(text.substr(std::max<std::size_t>(at, 1) - 1, at == 0 ? 0 : 1)) &&
+            isEdge(text.substr(at + length));
+        if (length > 0 && secret.size() < kLeastDistinct && !isWhole) length = 0;
+        if (length == 0) continue;
+        out += word;
+        break;
+      }
+    }
+    if (length == 0) out += text[at++];
+    at += length;
+  }
+  return withoutUsers(std::move(out));
+}
+
+std::string Disguise::query(std::string_view query) {
+  std::string out;
+  while (!query.empty()) {
+    const auto item = query.substr(0, query.find('&', 1));
+    query.remove_prefix(item.size());
+    const std::size_t value = item.find('=') == std::string_view::npos ? 1 : item.find('=') + 1;
+    out.append(item.substr(0, value)).append(word(item.substr(value)));
+  }
+  return out;
+}
+
+std::string Disguise::address(std::string_view url, bool hidesQuery) {
+  std::string plain = text(url);
+  std::string tail = plain.substr(std::min(plain.find_first_of("?#"), plain.size()));
+  plain.resize(plain.size() - tail.size());
+  if (plain.ends_with("/playlist.m3u8") || plain.ends_with("/playlist.json")) {
+    const std::size_t end = plain.rfind('/');
+    const std::size_t begin = end == 0 ? end : plain.rfind('/', end - 1) + 1;
+    plain.replace(begin, end - begin, word(plain.substr(begin, end - begin)));
+  }
+  if (hidesQuery && tail.starts_with('?')) {
+    const std::size_t end = std::min(tail.find('#'), tail.size());
+    tail = query(tail.substr(0, end)) + tail.substr(end);
+  }
+  return plain + tail;
+}
+
+std::string Disguise::field(std::string_view name, std::string_view value) {
+  const std::string lower = lowerCase(name);
+  if (lower == "location" || lower == "content-location") return address(value, true);
+  if (lower == "link" || lower == "refresh") return playlist(value);
+  if (lower == "authorization") {
+    const std::size_t begin = credentialsIn(value);
+    return std::string(value.substr(0, begin)) + word(value.substr(begin), "token");
+  }
+  return isSecret(lower) ? word(value) : text(value);
+}
+
+std::string Disguise::sessionDocument(const Data& body) {
+  if (body.empty()) return "";
+  const auto document = JSONDataParser::value(body);
+  if (document.failed()) return "(hidden)";
+  const auto hidden = [this](const auto& self, const JSONValue& value) -> Json {
+    if (const auto string = value.string()) return word(*string);
+    Json json = value.object() ? Json::object() : Json::array();
+    if (const auto object = value.object()) {
+      for (const auto& [key, member] : *object) json.set(std::string(key), self(self, member));
+      return json;
+    }
+    const auto array = value.array();
+    if (!array) return toJson(value);
+    for (const auto& element : *array) json.push(self(self, element));
+    return json;
+  };
+  return hidden(hidden, *document.value()).text();
+}
+
+std::string Disguise::playlist(std::string_view text) {
+  const std::string plain = this->text(text);
+  std::string out;
+  for (std::size_t at = 0; at < plain.size();) {
+    const std::size_t begin = std::min(plain.find('?', at), plain.size());
+    const std::size_t end = std::min(plain.find_first_of(" \t\r\n\"'<>#,;", begin), plain.size());
+    out.append(plain, at, begin - at);
+    out += query(std::string_view(plain).substr(begin, end - begin));
+    at = end;
+  }
+  return out;
+}
+
+}  // namespace orvo::tool

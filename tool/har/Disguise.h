@@ -1,0 +1,53 @@
+#pragma once
+
+#include <OrvoAPI/Base/Data.h>
+
+#include <array>
+#include <map>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace orvo::tool {
+
+/// Puts words like `token-1` in the place of secrets, everywhere the same for the same secret, so
+/// that what fits together still does. Secrets are made known first, then texts are disguised. Used
+/// by one thread.
+class Disguise {
+ public:
+  Disguise();
+
+  /// Makes a session's token known: wherever it stands, as it is, percent-encoded or escaped, it is
+  /// replaced.
+  void addToken(std::string_view token) { add(token, "token"); }
+  /// What a field of that name holds may be such a token, or a cookie.
+  void addField(std::string_view name, std::string_view value);
+  /// The tokens in a document of a session, or in another that holds one.
+  void addDocument(const Data& body);
+
+  /// Any text without the known secrets, and addresses in it without a user's name and password.
+  [[nodiscard]] std::string text(std::string_view text) const;
+  /// An address, also relative. In that of a stream, what may be another session's token is
+  /// replaced as well; `hidesQuery`: so are the values of the query.
+  [[nodiscard]] std::string address(std::string_view url, bool hidesQuery);
+  [[nodiscard]] std::string field(std::string_view name, std::string_view value);
+  /// The document of a session, with all its texts replaced.
+  [[nodiscard]] std::string sessionDocument(const Data& body);
+  /// The playlist of a stream, with the values of all queries replaced.
+  [[nodiscard]] std::string playlist(std::string_view text);
+
+ private:
+  void add(std::string_view secret, const char* sort);
+  /// What stands for the secret, here or everywhere.
+  std::string word(std::string_view secret, const char* sort = "masked");
+  /// The query from the "?" on.
+  std::string query(std::string_view query);
+
+  std::map<std::string, std::string, std::less<>> words_;
+  /// What is replaced everywhere, the longest first; and with which characters that may begin.
+  std::vector<std::pair<std::string, std::string>> known_;
+  std::array<bool, 256> begins_{};
+};
+
+}  // namespace orvo::tool
