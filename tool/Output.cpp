@@ -117,7 +117,11 @@ void holdStandardStreams() {
 void print(std::string_view text) {
   if (writeAll(STDOUT_FILENO, text)) return;
   const int error = errno;
-  for (; !tasksBeforeEarlyEnd.empty(); tasksBeforeEarlyEnd.pop_back()) tasksBeforeEarlyEnd.back()();
+  while (!tasksBeforeEarlyEnd.empty()) {
+    const auto task = std::exchange(tasksBeforeEarlyEnd.back(), nullptr);
+    tasksBeforeEarlyEnd.pop_back();
+    task();
+  }
   // The reader has seen what it wanted to see; there is nothing left to do and nobody to tell.
   if (error == EPIPE) _exit(0);
   printDiagnostic(std::string("orvo: standard output: ") + std::strerror(error) + "\n");

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <functional>
 
 namespace orvo::tool {
 
@@ -24,31 +25,51 @@ int hexadecimal(std::string_view digits, std::size_t count) {
   return value;
 }
 
-/// How many characters of the text stand for `c`: itself, its escape in JSON, or its
-/// percent-encoding, which may have been encoded again.
-std::size_t lengthOf(char c, std::string_view text) {
-  if (text.empty()) return 0;
-  if (text[0] == c) return 1;
-  const int code = static_cast<unsigned char>(c);
-  if (text[0] == '\\') {
-    if (text.size() > 1 && text[1] == c) return 2;
-    return text.substr(1).starts_with('u') && hexadecimal(text.substr(2), 4) == code ? 6 : 0;
+std::string percentDecoded(std::string_view text) {
+  std::string plain;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    const int code = text[at] == '%' ? hexadecimal(text.substr(at + 1), 2) : -1;
+    plain += code < 0 ? text[at] : static_cast<char>(code);
+    if (code >= 0) at += 2;
   }
-  if (text[0] != '%') return 0;
-  for (std::size_t at = 1;; at += 2) {
-    if (hexadecimal(text.substr(at), 2) == code) return at + 2;
-    if (!text.substr(at).starts_with("25")) return 0;
+  return plain;
+}
+
+/// Calls `take` with each number of characters at the beginning of the text that may stand for `c`:
+/// as itself, escaped in JSON, percent-encoded, or percent-encoded several times.
+template <class Take>
+void lengthsOf(char c, std::string_view text, Take take) {
+  constexpr int kMostEncodings = 5;
+  const int code = static_cast<unsigned char>(c);
+  if (text.starts_with(c)) take(1);
+  if (text.starts_with('\\')) {
+    if (text.substr(1).starts_with(c)) take(2);
+    if (text.substr(1).starts_with('u') && hexadecimal(text.substr(2), 4) == code) take(6);
+  }
+  if (!text.starts_with('%')) return;
+  for (std::size_t at = 1; at < 1 + 2 * kMostEncodings; at += 2) {
+    if (hexadecimal(text.substr(at), 2) == code) take(at + 2);
+    if (!text.substr(at).starts_with("25")) return;
   }
 }
 
+/// How many characters at the beginning of the text are the secret, or 0. A "%" may stand for
+/// itself or begin an escape: all ways to read it are followed, up to a bound.
 std::size_t lengthOf(std::string_view secret, std::string_view text) {
-  std::size_t length = 0;
+  constexpr std::size_t kMostWays = 16;
+  std::vector<std::size_t> ends{0};
   for (const char c : secret) {
-    const std::size_t step = lengthOf(c, text.substr(length));
-    if (step == 0) return 0;
-    length += step;
+    std::vector<std::size_t> next;
+    for (const std::size_t end : ends) {
+      lengthsOf(c, text.substr(end), [&](std::size_t length) {
+        const bool isNew = std::ranges::find(next, end + length) == next.end();
+        if (isNew && next.size() < kMostWays) next.push_back(end + length);
+      });
+    }
+    if (next.empty()) return 0;
+    ends = std::move(next);
   }
-  return length;
+  return std::ranges::max(ends);
 }
 
 /// Whether a value may begin after, or end before, that character.
@@ -110,13 +131,18 @@ std::string Disguise::word(std::string_view secret, const char* sort) {
 }
 
 void Disguise::add(std::string_view secret, const char* sort) {
-  if (secret.empty() || std::ranges::find(known_, secret, [](const auto& known) {
-                          return std::string_view(known.first);
-                        }) != known_.end()) {
-    return;
+  const auto isKnown = [this](std::string_view text) {
+    return text.empty() ||
+           std::ranges::any_of(known_, [text](const auto& known) { return known.first == text; });
+  };
+  if (isKnown(secret)) return;
+  const auto name = word(secret, sort);
+  // Servers decode what they are sent before they repeat it.
+  for (const auto& text : {std::string(secret), percentDecoded(secret)}) {
+    if (isKnown(text)) continue;
+    begins_[static_cast<unsigned char>(text[0])] = true;
+    known_.emplace_back(text, name);
   }
-  begins_[static_cast<unsigned char>(secret[0])] = true;
-  known_.emplace_back(secret, word(secret, sort));
   std::ranges::stable_sort(known_, std::greater(),
                            [](const auto& known) { return known.first.size(); });
 }

@@ -26,7 +26,7 @@ struct HTTPArchive {
     /// Absolute, http or https.
     URL url;
     int statusCode = 0;
-    /// Of the answer, without those that say how its body was coded or how long it was.
+    /// Of the answer; some may say how its body was coded before it was decoded.
     HTTPHeaders headers = {};
     /// As decoded.
     Data body = {};
