@@ -3,6 +3,8 @@
 /// Everything but the headers that are included on purpose: the coroutine support
 /// (Futures/Coroutine.h) and the test kit (Testing/).
 
+#include <OrvoAPI/Base/CompilerCheck.h>
+
 #include <OrvoAPI/Base/Color.h>
 #include <OrvoAPI/Base/Data.h>
 #include <OrvoAPI/Base/Date.h>
@@ -106,6 +108,7 @@
 #include <OrvoAPI/Context/ContextService.h>
 #include <OrvoAPI/Context/Environment.h>
 #include <OrvoAPI/Context/FetchOptions.h>
+#include <OrvoAPI/Context/FetchScope.h>
 #include <OrvoAPI/Context/ListWalk.h>
 #include <OrvoAPI/Context/RequestReport.h>
 #include <OrvoAPI/Context/Response.h>

@@ -10,13 +10,31 @@ namespace orvo {
 /// A point in absolute time, in whole milliseconds since 1970-01-01 00:00:00 UTC (earlier ones are
 /// negative). A sum or a difference that would lie beyond what 64 bits hold is the last, or the
 /// first, that they do. A value; safe to use from any thread.
+///
+/// To and from the standard library's clock: `Date(std::chrono::system_clock::now())`,
+/// `date.timePoint()`. What is less than a millisecond is left out, towards the past.
 class Date {
  public:
   constexpr Date() = default;
   constexpr explicit Date(std::int64_t millisecondsSince1970)
       : milliseconds_(millisecondsSince1970) {}
+  constexpr explicit Date(std::chrono::system_clock::time_point time)
+      : milliseconds_(
+            std::chrono::floor<std::chrono::milliseconds>(time.time_since_epoch()).count()) {}
 
   [[nodiscard]] constexpr std::int64_t millisecondsSince1970() const { return milliseconds_; }
+
+  /// The first or the last that the clock can tell when the date is beyond that.
+  [[nodiscard]] constexpr std::chrono::system_clock::time_point timePoint() const {
+    using Time = std::chrono::system_clock::time_point;
+    using std::chrono::ceil;
+    using std::chrono::floor;
+    constexpr auto kFirst = ceil<std::chrono::milliseconds>((Time::min)().time_since_epoch());
+    constexpr auto kLast = floor<std::chrono::milliseconds>((Time::max)().time_since_epoch());
+    if (milliseconds_ < kFirst.count()) return (Time::min)();
+    if (milliseconds_ > kLast.count()) return (Time::max)();
+    return Time(std::chrono::milliseconds(milliseconds_));
+  }
 
   /// The date itself: a date takes part in a schedule as its own start.
   [[nodiscard]] constexpr Date startTime() const { return *this; }

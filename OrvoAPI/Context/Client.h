@@ -4,7 +4,10 @@
 
 namespace orvo {
 
-/// The kind of device that the app runs on. A value.
+/// The kind of device that the app runs on, as the service tells them apart: by screen and way of
+/// use, not by operating system. An app on Linux takes the one that it is used like: `appleTV` for
+/// what a remote control drives on a television, `iPad` for a desktop, a laptop or a tablet,
+/// `iPhone` for a phone. A value.
 enum class Client { iPhone, iPad, appleTV, appleWatch };
 
 /// What the service is told of the device's operating system. A value.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/CompilerCheck.h>
+
 #include <OrvoAPI/Configuration/Configuration.h>
 #include <OrvoAPI/Context/Capability.h>
 #include <OrvoAPI/Context/ContextOptions.h>
@@ -27,7 +29,9 @@
 namespace orvo {
 
 class AppStore;
+class FetchScope;
 namespace detail {
+class FetchScopeState;
 class RequestPipeline;
 class RequestReporter;
 }  // namespace detail
@@ -41,8 +45,9 @@ class RequestReporter;
 /// refuses, with `GeneralError::underlying` around the parser's error when the answer is not such a
 /// document, and with `URLService::Error::invalidInput` when the identifier makes no URL; nothing
 /// is sent then. Each says what was asked for (`AnyError::context`). Two equal fetches make two
-/// requests. Cancelling one drops its result and reaches nothing that is under way. Values from
-/// the cache, and tokens that are still fresh, come through the main queue.
+/// requests. Cancelling one drops its result and reaches nothing that is under way; a `FetchScope`
+/// ends what was fetched through it. Values from the cache, and tokens that are still fresh, come
+/// through the main queue.
 class Context final : public std::enable_shared_from_this<Context> {
  public:
   /// The base URLs are the API's and the images'; a "/" that is missing at their ends is added.
@@ -55,30 +60,30 @@ class Context final : public std::enable_shared_from_this<Context> {
   Context& operator=(const Context&) = delete;
 
   // The configuration and its sections.
-  [[nodiscard]] const Configuration& configuration() const { return configuration_; }
-  [[nodiscard]] const Constants& constants() const { return configuration_.constants; }
-  [[nodiscard]] const ColorPalette& colorPalette() const { return configuration_.colorPalette; }
-  [[nodiscard]] const Links& links() const { return configuration_.links; }
+  [[nodiscard]] const Configuration& configuration() const { return *configuration_; }
+  [[nodiscard]] const Constants& constants() const { return configuration_->constants; }
+  [[nodiscard]] const ColorPalette& colorPalette() const { return configuration_->colorPalette; }
+  [[nodiscard]] const Links& links() const { return configuration_->links; }
   [[nodiscard]] const Requirements::KillSwitch& killSwitch() const {
-    return configuration_.requirements.killSwitch;
+    return configuration_->requirements.killSwitch;
   }
   [[nodiscard]] const Requirements::AppVersion& requiredAppVersion() const {
-    return configuration_.requirements.appVersion;
+    return configuration_->requirements.appVersion;
   }
   [[nodiscard]] const Requirements::OSVersion& requiredOsVersion() const {
-    return configuration_.requirements.osVersion;
+    return configuration_->requirements.osVersion;
   }
   [[nodiscard]] const RatingPromptConfig& ratingPromptConfig() const {
-    return configuration_.ratingPromptConfig;
+    return configuration_->ratingPromptConfig;
   }
   [[nodiscard]] const std::optional<DisplayAd>& displayAd() const {
-    return configuration_.displayAd;
+    return configuration_->displayAd;
   }
-  [[nodiscard]] const LinearStream& linearStream() const { return configuration_.linearStream; }
+  [[nodiscard]] const LinearStream& linearStream() const { return configuration_->linearStream; }
   [[nodiscard]] const std::string& shareStringTemplate() const {
-    return configuration_.constants.shareStringTemplate;
+    return configuration_->constants.shareStringTemplate;
   }
-  [[nodiscard]] Environment environment() const { return configuration_.environment; }
+  [[nodiscard]] Environment environment() const { return configuration_->environment; }
   /// In the order discover, calendar, channels; those that the configuration lacks are missing.
   [[nodiscard]] std::vector<SystemView> systemViews() const;
 
@@ -186,15 +191,20 @@ class Context final : public std::enable_shared_from_this<Context> {
           std::shared_ptr<SessionProvider> sessionProvider,
           std::shared_ptr<NetworkDataProvider> networkProvider, ContextOptions options);
 
-  const Configuration configuration_;
+  friend class FetchScope;
+  /// The same context, whose fetches end with the scope.
+  Context(const Context& whole, std::shared_ptr<detail::FetchScopeState> scope);
+  [[nodiscard]] const std::shared_ptr<detail::FetchScopeState>& scope() const;
+
+  const std::shared_ptr<const Configuration> configuration_;
   const URLService urlService_;
   const ResourceHost resourceHost_;
   const std::shared_ptr<Logger> logger_;
   const std::shared_ptr<const Clock> clock_;
   const std::shared_ptr<const detail::RequestReporter> reporter_;  // null: nobody wants reports
   const std::shared_ptr<detail::RequestPipeline> pipeline_;
-  const std::unique_ptr<AppStore> store_;
-  const std::unique_ptr<KeyedStore<std::any>> appValues_;
+  const std::shared_ptr<AppStore> store_;
+  const std::shared_ptr<KeyedStore<std::any>> appValues_;
 };
 
 }  // namespace orvo

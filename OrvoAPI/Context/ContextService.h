@@ -1,5 +1,7 @@
 #pragma once
 
+#include <OrvoAPI/Base/CompilerCheck.h>
+
 #include <OrvoAPI/Context/Client.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/Environment.h>

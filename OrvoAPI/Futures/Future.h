@@ -1,13 +1,15 @@
 #pragma once
 
+#include <OrvoAPI/Base/CompilerCheck.h>
+
 #include <OrvoAPI/Futures/Result.h>
 #include <OrvoAPI/Futures/detail/ConcatState.h>
 #include <OrvoAPI/Futures/detail/DerivedStates.h>
 #include <OrvoAPI/Futures/detail/FutureWait.h>
+#include <OrvoAPI/Futures/detail/OwnedTask.h>
 #include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Queues/DispatchQueue.h>
 #include <OrvoAPI/Queues/MainQueue.h>
-#include <OrvoAPI/Queues/detail/InlineQueue.h>
 
 #include <chrono>
 #include <concepts>
@@ -31,6 +33,14 @@ template <class T>
 struct IsFuture<Future<T>> : std::true_type {
   using Value = T;
 };
+template <class>
+inline constexpr bool isFalse = false;
+template <class T>
+struct CoroutineSupport {
+  static_assert(isFalse<T>,
+                "a coroutine that returns an orvo::Future, or awaits one, needs "
+                "#include <OrvoAPI/Futures/Coroutine.h>");
+};
 }  // namespace detail
 
 /// A result that will be there later. A cheap handle to shared state: copies are the same future,
@@ -41,6 +51,13 @@ struct IsFuture<Future<T>> : std::true_type {
 /// from inside the call that registers them. They are posted in the order in which they were
 /// registered. The result that a callback is given is immutable and shared. What a callback throws
 /// reaches whoever runs its queue.
+///
+/// A callback that is given an owner, a `std::weak_ptr`, runs only while the owner lives, and holds
+/// it meanwhile: whatever is dropped while a callback waits, the callback finds it whole, or is not
+/// called. Name the queue that the owner lives on, since the owner may go with the callback. A
+/// `std::shared_ptr` that is given as an owner is held weakly, too.
+///
+///     future.onSuccess(queue, weak_from_this(), [this](const auto& video) { show(*video); });
 ///
 /// Callbacks are kept until they are posted or the future is destroyed: one that holds its own
 /// future, or one derived from it, keeps it alive until it is completed, a cancel callback until it
@@ -54,6 +71,7 @@ class Future {
  public:
   using Value = T;
   using Queue = std::shared_ptr<DispatchQueue>;
+  using promise_type = detail::CoroutineSupport<T>;  // unless its header says otherwise
 
   /// Pending; its callbacks run on the global queue.
   Future() : Future(DispatchQueue::global()) {}
@@ -104,6 +122,14 @@ class Future {
   Future onComplete(F&& task) const {
     return onComplete(callbackQueue(), std::forward<F>(task));
   }
+  template <detail::Owner O, class F>
+  Future onComplete(Queue queue, const O& owner, F&& task) const {
+    return onComplete(std::move(queue), detail::owned(owner, std::forward<F>(task)));
+  }
+  template <detail::Owner O, class F>
+  Future onComplete(const O& owner, F&& task) const {
+    return onComplete(callbackQueue(), owner, std::forward<F>(task));
+  }
   /// Calls `task(const T&)` on success only.
   template <class F>
   Future onSuccess(Queue queue, F&& task) const {
@@ -115,6 +141,14 @@ class Future {
   Future onSuccess(F&& task) const {
     return onSuccess(callbackQueue(), std::forward<F>(task));
   }
+  template <detail::Owner O, class F>
+  Future onSuccess(Queue queue, const O& owner, F&& task) const {
+    return onSuccess(std::move(queue), detail::owned(owner, std::forward<F>(task)));
+  }
+  template <detail::Owner O, class F>
+  Future onSuccess(const O& owner, F&& task) const {
+    return onSuccess(callbackQueue(), owner, std::forward<F>(task));
+  }
   /// Calls `task(const AnyError&)` on failure only.
   template <class F>
   Future onFailure(Queue queue, F&& task) const {
@@ -125,6 +159,14 @@ class Future {
   template <class F>
   Future onFailure(F&& task) const {
     return onFailure(callbackQueue(), std::forward<F>(task));
+  }
+  template <detail::Owner O, class F>
+  Future onFailure(Queue queue, const O& owner, F&& task) const {
+    return onFailure(std::move(queue), detail::owned(owner, std::forward<F>(task)));
+  }
+  template <detail::Owner O, class F>
+  Future onFailure(const O& owner, F&& task) const {
+    return onFailure(callbackQueue(), owner, std::forward<F>(task));
   }
 
   /// Calls `task(bool completed)` when the future is cancelled, on the thread that cancels; on the
@@ -138,11 +180,22 @@ class Future {
   Future onCancel(F&& task) const {
     return onCancel(callbackQueue(), std::forward<F>(task));
   }
+  template <detail::Owner O, class F>
+  Future onCancel(Queue queue, const O& owner, F&& task) const {
+    return onCancel(std::move(queue), detail::owned(owner, std::forward<F>(task)));
+  }
+  template <detail::Owner O, class F>
+  Future onCancel(const O& owner, F&& task) const {
+    return onCancel(callbackQueue(), owner, std::forward<F>(task));
+  }
 
   /// Marks the future cancelled and runs its cancel callbacks on this thread, those of the futures
   /// that it was derived from first. The result stays what it is; a later `success` or `failure` is
   /// dropped. What a cancel callback throws leaves this call; the callbacks that remain are
   /// dropped.
+  ///
+  /// It takes no callback back: one of `onComplete` that is posted already still runs. So a
+  /// destructor that cancels does not keep callbacks from what it destroys; an owner does.
   void cancel() const { core_->cancel(); }
 
   /// The value transformed by `transform`, which runs on the queue. One that throws or returns a
@@ -161,10 +214,17 @@ class Future {
   /// cancels this one, never the one that the task returned.
   template <class F>
   [[nodiscard]] auto flatMap(Queue queue, F&& task) const {
-    using U = typename detail::IsFuture<std::decay_t<std::invoke_result_t<F&, const T&>>>::Value;
-    using Flat = detail::FlatMapState<T, U, std::decay_t<F>>;
-    return Future<U>::derived(*core_.get(),
-                              new Flat(std::move(queue), *core_.get(), std::forward<F>(task)));
+    using Given = std::decay_t<std::invoke_result_t<F&, const T&>>;
+    if constexpr (detail::IsFuture<Given>::value) {
+      using U = typename Given::Value;
+      using Flat = detail::FlatMapState<T, U, std::decay_t<F>>;
+      return Future<U>::derived(*core_.get(),
+                                new Flat(std::move(queue), *core_.get(), std::forward<F>(task)));
+    } else {
+      static_assert(detail::isFalse<F>,
+                    "the task of Future::flatMap has to return a Future; one that returns "
+                    "something else is for map, one that returns nothing for onSuccess");
+    }
   }
   template <class F>
   [[nodiscard]] auto flatMap(F&& task) const {
@@ -227,7 +287,8 @@ class Future {
 
   /// Blocks until the result is there, for tools and tests. Fails with `URLError` -1001 after the
   /// limit, with -999 as soon as the future is cancelled, and at once with
-  /// `GeneralError::unableToPerformAction` where `DispatchQueue::isBlockingRefused`.
+  /// `GeneralError::unableToPerformAction` where `DispatchQueue::isBlockingRefused`. The error's
+  /// description says what to do instead.
   [[nodiscard]] Result<T> wait(std::chrono::milliseconds limit) const;
 
  private:
@@ -258,10 +319,16 @@ class Future {
   template <detail::ErrorForm form, class F>
   auto derive(Queue queue, F&& transform) const {
     using R = std::decay_t<std::invoke_result_t<std::decay_t<F>&, const T&>>;
-    using U = typename detail::ResultOf<R>::type::Value;
-    using Map = detail::MapState<T, U, std::decay_t<F>, form>;
-    return Future<U>::derived(*core_.get(),
-                              new Map(std::move(queue), *core_.get(), std::forward<F>(transform)));
+    if constexpr (std::is_void_v<R>) {
+      static_assert(detail::isFalse<F>,
+                    "the transform of Future::map has to return a value; a task that returns "
+                    "nothing is for onSuccess");
+    } else {
+      using U = typename detail::ResultOf<R>::type::Value;
+      using Map = detail::MapState<T, U, std::decay_t<F>, form>;
+      return Future<U>::derived(
+          *core_.get(), new Map(std::move(queue), *core_.get(), std::forward<F>(transform)));
+    }
   }
 
   static Future settledFromMain(Result<T> result) {
@@ -277,17 +344,11 @@ class Future {
 
 template <class T>
 Result<T> Future<T>::wait(std::chrono::milliseconds limit) const {
-  using Outcome = detail::Waiter::Outcome;
-  if (DispatchQueue::isBlockingRefused()) return Failure{GeneralError::unableToPerformAction{}};
+  if (DispatchQueue::isBlockingRefused()) return Failure{detail::refusedWait()};
   if (const auto* const present = result()) return *present;
-  const auto waiter = std::make_shared<detail::Waiter>();
-  const auto queue = detail::inlineQueue();
-  onComplete(queue, [waiter](const Result<T>&) { waiter->wake(Outcome::completed); });
-  onCancel(queue, [waiter](bool) { waiter->wake(Outcome::cancelled); });
-  const auto outcome = waiter->wait(limit);
+  core_->wait(limit);
   if (const auto* const present = result()) return *present;
-  if (outcome == Outcome::cancelled) return Failure{URLError{URLError::cancelled, "cancelled"}};
-  return Failure{URLError{URLError::timedOut, "no result within the time limit"}};
+  return Failure{detail::vainWait(isCancelled())};
 }
 
 }  // namespace orvo

@@ -36,6 +36,11 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
 
   /// The concurrent queue of user-initiated priority: a few worker threads, started as needed, that
   /// all serial queues share. Lives as long as the process.
+  ///
+  /// There are as many workers as processors, at least two, and a job that blocks holds one of
+  /// them. When jobs wait and no worker has come back for about 50 ms, a spare one is started, up
+  /// to 16 of them; a line in the log says so once. Spare workers leave after some seconds without
+  /// work.
   [[nodiscard]] static std::shared_ptr<DispatchQueue> global();
 
   /// True on a thread that must not block: the library's own, and the one that the main queue

@@ -1,25 +1,41 @@
 #include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Base/MutexInternal.h>
-#include <OrvoAPI/Queues/MainQueue.h>
+#include <OrvoAPI/Queues/MainQueueInternal.h>
+#include <OrvoAPI/Queues/QueueWarningsInternal.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 #include <OrvoAPI/Queues/TimerInternal.h>
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
+#include <OrvoAPI/Queues/detail/InlineQueue.h>
 
 #include <sys/eventfd.h>
 #include <unistd.h>
 
 #include <condition_variable>
 #include <cstdint>
+#include <new>
 #include <thread>
 
 namespace orvo {
+namespace {
+
+/// How long a claim may leave jobs waiting before the log says so.
+constexpr std::chrono::seconds kNeglect{5};
+
+}  // namespace
 
 /// Who may run jobs: the thread that holds the claim, while there is one, else the fallback thread.
 /// `running` is the thread inside a job, whoever may run the next: a new claim waits until there is
 /// none, and so does the fallback when a claim is given up from inside a job.
+///
+/// Whether the claimant runs anything at all is looked at by the timer, while jobs wait only: once
+/// after each five seconds in which some had to wait.
 struct MainQueue::State {
   struct StandIn final : detail::JobNode {
     void run() override { shared()->runAsStandIn(); }
+    void drop() noexcept override {}
+  };
+  struct Look final : detail::JobNode {
+    void run() override { shared()->look(); }
     void drop() noexcept override {}
   };
   detail::Mutex mutex;
@@ -39,6 +55,13 @@ struct MainQueue::State {
   std::thread::id claimant ORVO_GUARDED_BY(mutex);
   std::thread::id running ORVO_GUARDED_BY(mutex);
   int event ORVO_GUARDED_BY(mutex) = -1;
+  Look looking;
+  bool isLooking ORVO_GUARDED_BY(mutex) = false;   // the timer has it
+  bool isReported ORVO_GUARDED_BY(mutex) = false;  // the present claim's neglect
+  std::uint64_t ran ORVO_GUARDED_BY(mutex) = 0;    // jobs so far
+  /// When the timer was given it, and what had been run by then.
+  std::chrono::steady_clock::time_point lookBegun ORVO_GUARDED_BY(mutex);
+  std::uint64_t ranBefore ORVO_GUARDED_BY(mutex) = 0;
 
   /// Runs the first job with the lock released; `guard` holds the mutex and jobs are not empty.
   void runOne(detail::MutexGuard& guard) ORVO_REQUIRES(mutex) ORVO_UNCHECKED {
@@ -55,6 +78,7 @@ struct MainQueue::State {
     };
     auto* const job = jobs.pop();
     --count;
+    ++ran;
     const Turn turn{*this, guard, std::exchange(running, std::this_thread::get_id())};
     guard.unlock();
     job->run();
@@ -91,6 +115,29 @@ struct MainQueue::State {
     }
   }
 
+  /// True when the timer is to be given a look.
+  [[nodiscard]] bool beginsLooking() ORVO_REQUIRES(mutex) {
+    if (claim == 0 || count == 0 || isLooking || isReported || ending) return false;
+    isLooking = true;
+    lookBegun = std::chrono::steady_clock::now();
+    ranBefore = ran;
+    return true;
+  }
+  void lookLater() {
+    try {
+      detail::Timer::shared().post(kNeglect, detail::inlineQueue(),
+                                   Job(static_cast<detail::JobNode*>(&looking)));
+    } catch (const std::bad_alloc&) {
+      const detail::MutexGuard guard(mutex);
+      isLooking = false;
+    }
+  }
+  /// The timer also counts the time that the device slept: then nobody could have run a job.
+  [[nodiscard]] bool hasWaitedInVain() const ORVO_REQUIRES(mutex) {
+    return ran == ranBefore && running == std::thread::id() &&
+           std::chrono::steady_clock::now() - lookBegun >= kNeglect;
+  }
+
   void demandClaimant() const ORVO_REQUIRES(mutex) {
     if (claimant != std::this_thread::get_id()) {
       detail::fatal("the main queue is run on another thread than the one that claimed it");
@@ -114,9 +161,12 @@ std::string MainQueue::label() const { return "main"; }
 void MainQueue::post(Job job) {
   if (detail::isForkedChild()) return detail::runInForkedChild(std::move(job));
   auto& state = *state_;
-  const detail::MutexGuard guard(state.mutex);
+  detail::MutexGuard guard(state.mutex);
   state.jobs.append(job.release());
   if (state.count++ == 0) state.wakeRunner();
+  const bool looks = state.beginsLooking();
+  guard.unlock();
+  if (looks) state.lookLater();
 }
 
 void MainQueue::postAfter(std::chrono::milliseconds delay, Job job) {
@@ -161,8 +211,35 @@ std::optional<MainQueue::Claim> MainQueue::claim() {
   const auto id = state.claim = ++state.latestClaim;
   state.claimant = std::this_thread::get_id();
   state.stopped = false;
+  state.isReported = false;
   while (state.running != std::thread::id()) guard.wait(state.forClaim);
+  const bool looks = state.beginsLooking();
+  guard.unlock();
+  if (looks) state.lookLater();
   return Claim(state, id);
+}
+
+/// On the timer's thread.
+void MainQueue::look() {
+  auto& state = *state_;
+  detail::MutexGuard guard(state.mutex);
+  state.isLooking = false;
+  const bool isNeglected = state.claim != 0 && state.count > 0 && state.hasWaitedInVain();
+  if (isNeglected) state.isReported = true;
+  const bool looks = state.beginsLooking();
+  guard.unlock();
+  if (looks) return state.lookLater();
+  if (!isNeglected) return;
+  detail::warnOfQueue("main",
+                      "Jobs have waited in the main queue for 5 s: whoever has claimed it has to "
+                      "run or drain the claim, or end it");
+}
+
+bool detail::MainQueueView::isNeglected() {
+  if (isForkedChild()) return false;
+  auto& state = *MainQueue::shared()->state_;
+  const MutexGuard guard(state.mutex);
+  return state.claim != 0 && state.count > 0 && state.running == std::thread::id();
 }
 
 void MainQueue::endFallback() {

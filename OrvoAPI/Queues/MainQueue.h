@@ -10,6 +10,10 @@
 
 namespace orvo {
 
+namespace detail {
+class MainQueueView;
+}
+
 /// The one queue that stands for the app's main thread: cache hits, `Future::succeeded` and every
 /// fetch with a fresh token come through it. Jobs run one at a time, in the order in which they
 /// were posted. Safe to use from any thread; lives as long as the process.
@@ -17,7 +21,8 @@ namespace orvo {
 /// An app claims it, to have its jobs run where its own events run: it runs the queue on a thread,
 /// or drains it now and then, or puts the event descriptor into a loop of its own. While it is
 /// unclaimed, a thread of the library runs it, so that a program without a loop never waits for
-/// ever.
+/// ever. When a claim lets jobs wait for five seconds without running one, a line in the log says
+/// so.
 class MainQueue final : public DispatchQueue {
  public:
   class Claim;
@@ -36,12 +41,14 @@ class MainQueue final : public DispatchQueue {
   [[nodiscard]] bool isCurrent() const;
 
  private:
+  friend class detail::MainQueueView;
   struct State;
   MainQueue();
   ~MainQueue() override;
   void runAsFallback();
   void runAsStandIn();
   void endFallback();
+  void look();
 
   const std::unique_ptr<State> state_;
 };

@@ -59,7 +59,11 @@ WorkerPool& WorkerPool::makeShared() {
 }
 
 WorkerPool::WorkerPool()
-    : maximumWorkers_(processors()), slots_(std::make_unique<Worker[]>(maximumWorkers_)) {
+    : maximumWorkers_(processors()),
+      slots_(std::make_unique<Worker[]>(maximumWorkers_ + kMostSpareWorkers)) {
+  for (unsigned i = 0; i < maximumWorkers_ + kMostSpareWorkers; ++i) {
+    slots_[i].next = std::exchange(unused_, &slots_[i]);
+  }
   atProcessExit(ExitStage::workers, [] { shared().shutDown(); });
 }
 
@@ -69,15 +73,19 @@ void WorkerPool::postAfter(std::chrono::milliseconds delay, Job job) {
   Timer::shared().post(delay, DispatchQueue::global(), std::move(job));
 }
 
-inline bool WorkerPool::pickWorker(Worker*& sleeper) {
+inline WorkerPool::Help WorkerPool::findHelp(Worker*& sleeper) {
   if (idle_ != nullptr) {
-    sleeper = std::exchange(idle_, idle_->nextIdle);
-    return true;
+    sleeper = std::exchange(idle_, idle_->next);
+    return Help::wakeWorker;
   }
-  if (workers_ == maximumWorkers_ || ending_) return false;
-  ++workers_;
-  running_.add();
-  return true;
+  if (workers_ < maximumWorkers_ && !ending_) {
+    ++workers_;
+    running_.add();
+    return Help::startWorker;
+  }
+  if (looks_ || ending_) return Help::none;
+  beginLook();
+  return Help::look;
 }
 
 void WorkerPool::post(Job job) {
@@ -90,12 +98,13 @@ void WorkerPool::post(Job job) {
   }
   if (state.holdsWakes) return postHeld(std::move(job));
   Worker* sleeper = nullptr;
+  Help help = Help::none;
   {
     const LockGuard guard(lock_);
     jobs_.append(job.release());
-    if (!pickWorker(sleeper)) return;
+    help = findHelp(sleeper);
   }
-  summon(sleeper);
+  if (help != Help::none) summon(help, sleeper);
 }
 
 void WorkerPool::postHeld(Job job) {
@@ -112,17 +121,20 @@ void WorkerPool::wakeHeld() {
   auto& pool = shared();
   for (auto held = std::exchange(workerState.heldWakes, 0); held > 0; --held) {
     Worker* sleeper = nullptr;
+    Help help = Help::none;
     {
       const LockGuard guard(pool.lock_);
-      if (pool.jobs_.empty() || !pool.pickWorker(sleeper)) return;
+      if (!pool.jobs_.empty()) help = pool.findHelp(sleeper);
     }
-    pool.summon(sleeper);
+    if (help == Help::none) return;
+    pool.summon(help, sleeper);
   }
 }
 
-void WorkerPool::summon(Worker* sleeper) {
-  if (sleeper == nullptr) return startWorker();
-  wake(*sleeper);
+void WorkerPool::summon(Help help, Worker* sleeper) {
+  if (help == Help::wakeWorker) return wake(*sleeper);
+  if (help == Help::startWorker) return startWorker();
+  lookLater();
 }
 
 void WorkerPool::wake(Worker& sleeper) {
@@ -138,8 +150,7 @@ void WorkerPool::goOnWith(const JobNode* job) {
 }
 
 bool WorkerPool::start() {
-  static std::atomic<unsigned> next{0};
-  return startThread("orvo-worker", [] { shared().work(shared().slots_[next++]); });
+  return startThread("orvo-worker", [] { shared().work(); });
 }
 
 void WorkerPool::startWorker() {
@@ -176,16 +187,23 @@ JobNode* WorkerPool::take(Worker& worker) {
     {
       const LockGuard guard(lock_);
       if (ending_) return nullptr;
-      if (!jobs_.empty()) return jobs_.pop();
+      if (!jobs_.empty()) {
+        ++taken_;
+        return jobs_.pop();
+      }
+      if (worker.leaves) return nullptr;
       worker.woken.store(0, std::memory_order_relaxed);
-      worker.nextIdle = idle_;
-      idle_ = &worker;
+      worker.next = std::exchange(idle_, &worker);
     }
     worker.woken.wait(0, std::memory_order_acquire);
   }
 }
 
-void WorkerPool::work(Worker& self) {
+void WorkerPool::work() {
+  lock_.lock();
+  auto& self = *std::exchange(unused_, unused_->next);
+  self.leaves = false;
+  lock_.unlock();
   auto& state = workerState;
   while (auto* node = take(self)) {
     state.tailJobsInARow = 0;
@@ -197,6 +215,10 @@ void WorkerPool::work(Worker& self) {
     } while (node != nullptr);
     state.running = nullptr;
   }
+  lock_.lock();
+  if (self.leaves) --workers_;
+  self.next = std::exchange(unused_, &self);
+  lock_.unlock();
   running_.remove();
 }
 
@@ -208,7 +230,7 @@ void WorkerPool::shutDown() {
     sleepers = std::exchange(idle_, nullptr);
   }
   while (sleepers != nullptr) {
-    auto* const next = sleepers->nextIdle;
+    auto* const next = sleepers->next;
     wake(*sleepers);
     sleepers = next;
   }

@@ -5,6 +5,7 @@
 #include <OrvoAPI/Queues/ThreadInternal.h>
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 
@@ -14,6 +15,11 @@ namespace orvo::detail {
 /// workers are woken last-in-first-out, since the one that slept last has the warmest caches.
 /// Workers are started as jobs find none idle, up to the number of processors (at least two).
 /// Lives as long as the process; safe to use from any thread.
+///
+/// Jobs that block keep the others from running. So a job that finds all workers at work has the
+/// timer *look* after 50 ms: if jobs wait and none has been taken since, a *spare* worker is
+/// started; it looks again as long as jobs wait. Nothing tells a spare worker from the others: as
+/// long as there are more than there should be, those that are idle every few seconds *leave*.
 class WorkerPool final : public DispatchQueue {
  public:
   [[nodiscard]] static WorkerPool& shared();
@@ -42,31 +48,60 @@ class WorkerPool final : public DispatchQueue {
 
  private:
   struct Worker {
-    Worker* nextIdle = nullptr;
+    Worker* next = nullptr;  // among the idle, or among those of no thread
     std::atomic<std::uint32_t> woken{0};
+    bool leaves = false;  // guarded by lock_
   };
+  /// What is to be done about a job that was just queued.
+  enum class Help { none, wakeWorker, startWorker, look };
+  template <void (WorkerPool::*task)()>
+  struct TimerJob final : JobNode {
+    void run() override { (shared().*task)(); }
+    void drop() noexcept override {}
+  };
+  using Time = std::chrono::steady_clock::time_point;
+  /// `DispatchQueue::global` states it.
+  static constexpr unsigned kMostSpareWorkers = 16;
 
   WorkerPool();
   [[gnu::noinline]] static WorkerPool& makeShared();
   static void wake(Worker& sleeper);
-  /// Finds a worker for one more job: null is one that is to be started. False when all are at
-  /// work.
-  [[nodiscard]] bool pickWorker(Worker*& sleeper) ORVO_REQUIRES(lock_);
-  void summon(Worker* sleeper);
+  /// Finds help for one more job.
+  [[nodiscard]] Help findHelp(Worker*& sleeper) ORVO_REQUIRES(lock_);
+  void summon(Help help, Worker* sleeper);
   [[gnu::cold]] void postHeld(Job job);
   [[nodiscard]] static bool start();
   /// For one that `pickWorker` has counted. Stops the process when there is none and, for a second,
   /// the system has no thread to give: a job that was taken would never be run.
   void startWorker();
-  void work(Worker& self);
+  /// Looks for jobs that wait in vain.
+  void look();
+  void lookLater() noexcept;
+  void beginLook() ORVO_REQUIRES(lock_);
+  [[nodiscard]] bool countsSpareWorker() ORVO_REQUIRES(lock_);
+  /// For one that was counted.
+  void startSpareWorker();
+  void dismissSpareWorkers();
+  void dismissLater() noexcept;
+  void work();
   [[nodiscard]] JobNode* take(Worker& worker);
 
-  const unsigned maximumWorkers_;
+  const unsigned maximumWorkers_;  // without spare ones
   const std::unique_ptr<Worker[]> slots_;
   Lock lock_;
   JobList jobs_ ORVO_GUARDED_BY(lock_);
   Worker* idle_ ORVO_GUARDED_BY(lock_) = nullptr;
+  Worker* unused_ ORVO_GUARDED_BY(lock_) = nullptr;
   unsigned workers_ ORVO_GUARDED_BY(lock_) = 0;
+  std::uint64_t taken_ ORVO_GUARDED_BY(lock_) = 0;  // jobs so far
+  TimerJob<&WorkerPool::look> look_;
+  bool looks_ ORVO_GUARDED_BY(lock_) = false;  // the timer has it
+  /// When the timer was given it, and what had been taken by then.
+  Time lookBegun_ ORVO_GUARDED_BY(lock_);
+  std::uint64_t takenBefore_ ORVO_GUARDED_BY(lock_) = 0;
+  TimerJob<&WorkerPool::dismissSpareWorkers> dismissal_;
+  bool dismisses_ ORVO_GUARDED_BY(lock_) = false;  // the timer has it
+  bool isReported_ ORVO_GUARDED_BY(lock_) = false;
   bool ending_ ORVO_GUARDED_BY(lock_) = false;
   ThreadCount running_;
 };

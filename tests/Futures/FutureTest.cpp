@@ -2,6 +2,7 @@
 #include <OrvoAPI/Queues/QueueLabels.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <gmock/gmock.h>
+#include <malloc.h>
 #include <tests/support/Test.h>
 
 namespace orvo {
@@ -152,6 +153,32 @@ TEST(FutureWait, IsEndedByACancel) {
   EXPECT_EQ(urlErrorCode(promise.future().wait(kLong)), URLError::cancelled);
   promise.complete(5);
   EXPECT_EQ(promise.future().wait(kLong).force(), 5);
+}
+
+TEST(FutureWait, LeavesNothingBehindHoweverOftenItIsTried) {
+  const Promise<int> promise;
+  const auto future = promise.future();
+  (void)future.wait(0ms);
+  const auto before = mallinfo2().uordblks;
+  for (int i = 0; i < 1000; ++i) (void)future.wait(0ms);
+  EXPECT_LT(mallinfo2().uordblks, before + 20'000);
+  std::thread other([&] { promise.success(7); });
+  EXPECT_EQ(future.wait(kLong).force(), 7);
+  other.join();
+}
+
+TEST(FutureWait, SaysWhatToDoWhenTheMainQueueIsClaimedAndNotRun) {
+  const auto hint = [](const Result<int>& result, std::string_view text) {
+    return result.error()->description().find(text) != std::string::npos;
+  };
+  auto claim = MainQueue::shared()->claim();
+  const auto settled = Future<int>::succeeded(1);
+  EXPECT_TRUE(hint(settled.wait(kLong), "use onComplete, or wait on another thread"));
+  std::thread([&] {
+    EXPECT_TRUE(hint(settled.wait(1ms), "have its claim run or drain it"));
+  }).join();
+  claim->drain();
+  std::thread([&] { EXPECT_FALSE(hint(Promise<int>().future().wait(1ms), "claim")); }).join();
 }
 
 TEST(FutureWait, IsRefusedOnTheLibrarysThreadsAndOnTheOneThatHasClaimedTheMainQueue) {

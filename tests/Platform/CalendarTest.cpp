@@ -139,6 +139,17 @@ TEST(Calendar, LeavesTheHostsZoneAlone) {
   EXPECT_EQ(Calendar().hour(utc(2024, 5, 1, 10)), 15);
 }
 
+TEST(Date, GoesToTheStandardClockAndBackTowardsThePast) {
+  using Clock = std::chrono::system_clock;
+  EXPECT_EQ(Date(Clock::time_point(-1ns)), Date(-1));
+  EXPECT_EQ(Date(Clock::time_point(1'999'999ns)), Date(1));
+  EXPECT_EQ(Date(1'493'632'800'123).timePoint(), Clock::time_point(1'493'632'800'123ms));
+  EXPECT_EQ(Date(-1).timePoint(), Clock::time_point(-1ms));
+  using Limits = std::numeric_limits<std::int64_t>;
+  EXPECT_EQ(Date(Limits::min()).timePoint(), Clock::time_point::min());
+  EXPECT_EQ(Date(Limits::max()).timePoint(), Clock::time_point::max());
+}
+
 TEST(CapitalWeekdayNames, AreEnglishInALocaleThatIsNotInstalled) {
   const Variable all("LC_ALL", "xx_XX.UTF-8");
   EXPECT_THAT(capitalWeekdayNames(), ElementsAre("SUNDAY", "MONDAY", "TUESDAY", "WEDNESDAY",

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Base/detail/UUID.h>
+#include <OrvoAPI/Futures/FutureExtrasInternal.h>
 #include <OrvoAPI/Futures/detail/FutureCore.h>
 #include <OrvoAPI/Queues/QueueLabels.h>
 
@@ -33,7 +34,9 @@ CancelCallback* asCancelCallback(std::uintptr_t cancelCallback) {
 
 }  // namespace
 
-void FutureCore::dropCallbacks() noexcept {
+void FutureCore::dropRest() noexcept {
+  // Its waiter is one of the callbacks: it goes after them.
+  const std::unique_ptr<FutureExtras> extras(extras_.load(std::memory_order_relaxed));
   const auto unposted = reversed(asNode(callbacks_.load(std::memory_order_relaxed)));
   const auto cancelCallbacks = cancelCallbacks_.load(std::memory_order_relaxed);
   const auto uncalled = reversed(asCancelCallback(cancelCallbacks & ~kCancelled));
@@ -92,15 +95,16 @@ void FutureCore::destroy(FutureCore* core) noexcept {
 }
 
 std::string FutureCore::queueLabel() {
-  const auto* label = label_.load(std::memory_order_acquire);
-  if (label == nullptr) {
+  auto& label = extras().label;
+  const auto* present = label.load(std::memory_order_acquire);
+  if (present == nullptr) {
     auto made = std::make_unique<const std::string>(std::string(FutureQueueLabelPrefix) +
                                                     "internal_callback_queue_" + makeUUID());
-    if (label_.compare_exchange_strong(label, made.get(), std::memory_order_acq_rel)) {
-      label = made.release();
+    if (label.compare_exchange_strong(present, made.get(), std::memory_order_acq_rel)) {
+      present = made.release();
     }
   }
-  return *label;
+  return *present;
 }
 
 inline void FutureCore::post(Continuation* callback, FutureCore& source, const void* result) {

@@ -14,6 +14,7 @@
 namespace orvo::detail {
 
 class FutureCore;
+struct FutureExtras;
 
 /// A callback that waits for a future's result and is then itself the job that is posted.
 class Continuation : public JobNode {
@@ -74,9 +75,8 @@ class CancelCallback {
 ///   - `cancel` takes the cancel callbacks by the very exchange that raises the flag. So a new
 ///     callback either finds the flag or joins a list that will be called.
 ///
-/// What one may think of as a serial queue that guards the lists is one atomic word for each, the
-/// newest callback first, in which every change is a single exchange: no thread ever waits, and no
-/// queue, callback or destructor of the app's runs inside.
+/// A list is one atomic word, the newest callback first, and every change a single exchange: no
+/// thread ever waits, and no queue, callback or destructor of the app's runs inside.
 class FutureCore {
  public:
   FutureCore(const FutureCore&) = delete;
@@ -113,6 +113,9 @@ class FutureCore {
   /// Takes the callback over; `queue` is used only when the future is already cancelled.
   void add(CancelCallback* callback, DispatchQueue& queue);
   void cancel();
+  /// Blocks until it is completed or cancelled, or the limit has passed. All calls share a
+  /// callback.
+  void wait(std::chrono::milliseconds limit);
 
  protected:
   explicit FutureCore(std::shared_ptr<DispatchQueue> callbackQueue)
@@ -158,12 +161,13 @@ class FutureCore {
   void dispose() noexcept;
   static void destroyDisposed() noexcept;
   static void destroy(FutureCore* core) noexcept;
-  void dropCallbacks() noexcept;
+  void dropRest() noexcept;
   static void post(Continuation* callback, FutureCore& source, const void* result);
   /// Posts the callbacks that were taken, with the first result, then those that join meanwhile.
   void postAll(JobNode* newest, const void* first);
   /// In the order in which they were registered; without a result, each with the one that it found.
   [[gnu::noinline]] void postInOrder(JobNode* newest, const void* result);
+  [[nodiscard]] FutureExtras& extras();
 
   /// The newest callback that waits, if any, with the mark of a thread that is posting others; or
   /// that all were posted and the next may be posted at once.
@@ -177,17 +181,16 @@ class FutureCore {
   std::atomic<const void*> result_{nullptr};
   std::atomic<std::uintptr_t> callbacks_{0};
   std::atomic<std::uintptr_t> cancelCallbacks_{0};
-  std::atomic<FutureCore*> source_{nullptr};  // held weakly, until a cancel has gone on to it
-  std::atomic<const std::string*> label_{nullptr};
+  std::atomic<FutureCore*> source_{nullptr};    // held weakly, until a cancel has gone on to it
+  std::atomic<FutureExtras*> extras_{nullptr};  // made when first asked for
   std::atomic<bool> firstClaimed_{false};
 };
 
 inline FutureCore::~FutureCore() {
   const auto waiting = callbacks_.load(std::memory_order_relaxed) & ~(kPosting | kPosted);
   const auto uncalled = cancelCallbacks_.load(std::memory_order_relaxed) & ~kCancelled;
-  if (waiting != 0 || uncalled != 0) dropCallbacks();
+  if (waiting != 0 || uncalled != 0 || extras_.load(std::memory_order_relaxed)) dropRest();
   if (auto* const source = source_.load(std::memory_order_relaxed)) releaseWeakly(source);
-  delete label_.load(std::memory_order_relaxed);
 }
 
 void Continuation::releaseSource() noexcept {

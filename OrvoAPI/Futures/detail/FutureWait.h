@@ -1,23 +1,12 @@
 #pragma once
 
-#include <chrono>
-#include <memory>
+#include <OrvoAPI/Futures/AnyError.h>
 
 namespace orvo::detail {
 
-/// What a blocked thread sleeps on.
-class Waiter {
- public:
-  enum class Outcome { completed, cancelled, timedOut };
-
-  Waiter();
-  ~Waiter();
-  void wake(Outcome outcome);
-  [[nodiscard]] Outcome wait(std::chrono::milliseconds limit);
-
- private:
-  struct State;
-  const std::unique_ptr<State> state_;
-};
+/// Why a wait is refused on this thread, with what to do instead.
+[[nodiscard]] AnyError refusedWait();
+/// Why a wait has ended without a result, with what may be done about it.
+[[nodiscard]] AnyError vainWait(bool isCancelled);
 
 }  // namespace orvo::detail

@@ -1,0 +1,27 @@
+#include <OrvoAPI/Queues/DispatchQueue.h>
+#include <OrvoAPI/Queues/QueueWarningsInternal.h>
+
+#include <atomic>
+#include <new>
+
+namespace orvo::detail {
+namespace {
+
+constinit std::atomic<QueueWarningSink> warningSink = nullptr;
+
+}  // namespace
+
+void setQueueWarningSink(QueueWarningSink sink) noexcept { warningSink.store(sink); }
+
+bool warnOfQueue(std::string_view category, std::string_view message) noexcept {
+  const auto sink = warningSink.load();
+  if (sink == nullptr) return false;
+  try {
+    DispatchQueue::global()->post([=] { sink(category, message); });
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+}  // namespace orvo::detail
