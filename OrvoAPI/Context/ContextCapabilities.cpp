@@ -1,5 +1,6 @@
 #include <OrvoAPI/Base/FatalInternal.h>
 #include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/FetchScopeStateInternal.h>
 
 #include <memory>
 #include <utility>
@@ -76,6 +77,10 @@ Capability<Shared<Playlist>> Context::playlistCapability(Video video) const {
   return [self = shared_from_this(), video = std::move(video)] {
     const auto& id = video.playlistID ? video.playlistID : video.deepLinkPlaylistID;
     if (id) return self->fetchPlaylist(*id, video);
+    if (self->scope() != nullptr && self->scope()->isCancelled()) {
+      return Future<Shared<Playlist>>::completed(
+          Failure{detail::FetchScopeState::cancelledError()});
+    }
     return Future<Shared<Playlist>>::succeeded(std::make_shared<const Playlist>(playlistOf(video)));
   };
 }
@@ -128,7 +133,7 @@ Capability<Shared<LinearProgramGuide>> Context::linearProgramGuideCapability(
 }
 
 UpcomingEvents Context::upcomingEventsCapability() const {
-  const auto& events = configuration_.upcomingEvents;
+  const auto& events = configuration_->upcomingEvents;
   return {.label = events.label, .fetch = playlistCapability(events.id)};
 }
 

@@ -1,6 +1,7 @@
 #include <OrvoAPI/Base/RawValue.h>
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/Context.h>
+#include <OrvoAPI/Context/FetchScopeStateInternal.h>
 #include <OrvoAPI/Context/RedactionInternal.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
@@ -33,21 +34,37 @@ Result<Shared<T>> share(Result<T> result) {
 
 /// One fetch: what is asked for, to be named by its failures, and its record if somebody wants one.
 struct Asked {
-  Asked(const detail::RequestReporter* reporter, const detail::Subject& what)
-      : subject(what), record(reporter != nullptr ? reporter->begin(what) : detail::RecordRef()) {}
+  /// Without a reporter nobody wants a record; without a scope nothing ends it.
+  Asked(const detail::RequestReporter* reporter, const detail::FetchScopeState* within,
+        const detail::Subject& what)
+      : subject(what),
+        record(reporter != nullptr ? reporter->begin(what) : detail::RecordRef()),
+        scope(within) {}
 
   /// What `fetch` makes of the URL, or the failure when there is none.
   template <class Fetch>
   std::invoke_result_t<Fetch&, const URL&> from(const Result<URL>& url, Fetch fetch) const {
-    using Fetched = std::invoke_result_t<Fetch&, const URL&>;
-    auto fetched =
-        url.failed() ? Fetched::failed(subject.explain(*url.error())) : fetch(*url.value());
+    const auto fetched = begin(url, fetch);
     if (record) record->endWith(fetched);
     return fetched;
   }
 
   const detail::Subject subject;
   const detail::RecordRef record;
+
+ private:
+  template <class Fetch>
+  std::invoke_result_t<Fetch&, const URL&> begin(const Result<URL>& url, Fetch& fetch) const {
+    using Fetched = std::invoke_result_t<Fetch&, const URL&>;
+    if (scope != nullptr && scope->isCancelled()) {
+      // At once: the main queue may belong to the screen that has gone.
+      return Fetched::completed(
+          Failure{subject.explain(detail::FetchScopeState::cancelledError())});
+    }
+    return url.failed() ? Fetched::failed(subject.explain(*url.error())) : fetch(*url.value());
+  }
+
+  const detail::FetchScopeState* const scope;
 };
 
 /// What `read` makes of the body, a `Result`. In one step: the document has gone when the next
@@ -87,7 +104,7 @@ Shared<Page> withTitle(Shared<Page> page, std::string_view title) {
 
 Future<Shared<Page>> Context::fetchPage(std::string_view id,
                                         const PageFetchOptions& options) const {
-  const Asked asked(reporter_.get(), {"fetchPage", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchPage", id});
   return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         const auto load = [&] {
@@ -101,7 +118,7 @@ Future<Shared<Page>> Context::fetchPage(std::string_view id,
 
 Future<Shared<Video>> Context::fetchVideo(std::string_view id,
                                           const VideoFetchOptions& options) const {
-  const Asked asked(reporter_.get(), {"fetchVideo", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchVideo", id});
   return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         const auto load = [&] {
@@ -121,7 +138,7 @@ Future<Shared<Video>> Context::fetchVideo(std::string_view id,
 }
 
 Future<Shared<ContentItem>> Context::fetchContentItem(std::string_view id) const {
-  const Asked asked(reporter_.get(), {"fetchContentItem", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchContentItem", id});
   return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         return store_->items.access(url.text(), [&] {
@@ -133,7 +150,7 @@ Future<Shared<ContentItem>> Context::fetchContentItem(std::string_view id) const
 }
 
 Future<Shared<Page>> Context::fetchSystemView(std::string_view id, std::string_view label) const {
-  const Asked asked(reporter_.get(), {"fetchSystemView", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchSystemView", id});
   return asked.from(
       ContentRequest::of("products", id).url(urlService_.baseURL), [&](const URL& url) {
         if (auto hit = store_->systemViews.element(url.text())) {
@@ -150,7 +167,7 @@ Future<Shared<Page>> Context::fetchSystemView(std::string_view id, std::string_v
 
 Future<Shared<ItemCollection>> Context::fetchItemCollection(std::string_view id,
                                                             const ListFetchOptions& options) const {
-  const Asked asked(reporter_.get(), {"fetchItemCollection", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchItemCollection", id});
   const auto request = ContentRequest::of("collections", id).add(options.page);
   return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->collections.access(url.text(), [&] {
@@ -163,7 +180,7 @@ Future<Shared<ItemCollection>> Context::fetchItemCollection(std::string_view id,
 
 Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id,
                                                 const ListFetchOptions& options) const {
-  const Asked asked(reporter_.get(), {"fetchPlaylist", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchPlaylist", id});
   const auto request = ContentRequest::of("playlists", id).add(options.page);
   return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->playlists.access(url.text(), [&] {
@@ -174,7 +191,7 @@ Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id,
 }
 
 Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id, const Video& including) const {
-  const Asked asked(reporter_.get(), {"fetchPlaylist", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchPlaylist", id});
   const auto request = ContentRequest::of("playlists", id).add("includes", including.id);
   return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return store_->playlists.access(url.text(), [&] {
@@ -187,7 +204,7 @@ Future<Shared<Playlist>> Context::fetchPlaylist(std::string_view id, const Video
 
 Future<Shared<std::vector<SearchCollection>>> Context::fetchSearchResults(
     std::string_view query) const {
-  const Asked asked(reporter_.get(), {"fetchSearchResults", query});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchSearchResults", query});
   const auto request = ContentRequest("search", query).add("q", query);
   return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return parsed<std::vector<SearchCollection>>(
@@ -201,7 +218,7 @@ Future<Shared<std::vector<SearchCollection>>> Context::fetchSearchResults(
 Future<Shared<SearchCollection>> Context::fetchSearchCollection(
     std::string_view query, SearchCollection::ResultsKind kind,
     const ListFetchOptions& options) const {
-  const Asked asked(reporter_.get(), {"fetchSearchCollection", query});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchSearchCollection", query});
   const auto request = ContentRequest("search", query)
                            .add("q", query)
                            .add("collection_type", rawValue(kind))
@@ -222,7 +239,7 @@ Future<Shared<SearchCollection>> Context::fetchSearchCollection(
 
 Future<Shared<std::vector<std::string>>> Context::fetchSearchSuggestions(
     std::string_view query) const {
-  const Asked asked(reporter_.get(), {"fetchSearchSuggestions", query});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchSearchSuggestions", query});
   const auto request = ContentRequest("search/suggest", query).add("q", query);
   return asked.from(request.url(urlService_.baseURL), [&](const URL& url) {
     return reading(asked, pipeline_->fetch(uncachedRequest(url, kContentTimeout), asked.record),
@@ -232,7 +249,7 @@ Future<Shared<std::vector<std::string>>> Context::fetchSearchSuggestions(
 
 Future<Shared<LinearProgramGuide>> Context::fetchLinearProgramGuide(
     std::string_view id, Date start, Date end, const ListFetchOptions& options) const {
-  const Asked asked(reporter_.get(), {"fetchLinearProgramGuide", id});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchLinearProgramGuide", id});
   const auto formatter = epgFromDateFormatter();
   const auto request = ContentRequest("epg", id)
                            .add("start_time", formatter.string(start))
@@ -254,7 +271,8 @@ Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
   const auto token = sessionProvider()->currentToken();
   const bool isSecret =
       detail::isStreamPath(url.path()) || detail::Redaction(token).finds(url.path());
-  const Asked asked(reporter_.get(), {"fetchLineup", isSecret ? "" : url.path(), isSecret});
+  const Asked asked(reporter_.get(), scope().get(),
+                    {"fetchLineup", isSecret ? "" : url.path(), isSecret});
   const auto absolute =
       url.isAbsolute() ? Result<URL>(url) : Failure{URLService::Error::invalidInput{url.text()}};
   return asked.from(absolute, [&](const URL& address) {
@@ -272,7 +290,7 @@ Future<Shared<Lineup>> Context::fetchLineup(const URL& url) const {
 }
 
 Future<Shared<VideoAdMetadata>> Context::fetchVideoAdMetadata(std::string_view id) const {
-  const Asked asked(reporter_.get(), {"fetchVideoAdMetadata", id, true});
+  const Asked asked(reporter_.get(), scope().get(), {"fetchVideoAdMetadata", id, true});
   const auto relative = urlService_.videoAdMetadataURL(std::string(id));
   return asked.from(
       constants().hlsBaseURL.appendingPathComponent(

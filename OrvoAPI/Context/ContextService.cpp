@@ -1,5 +1,6 @@
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/ContextService.h>
+#include <OrvoAPI/Context/QueueLogInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/SubjectInternal.h>
@@ -77,6 +78,7 @@ OwnRequests makeRequests(BootstrapOptions& options) {
 
 Future<std::shared_ptr<Context>> bootstrap(const URLService& urls, Environment environment,
                                            Client client, BootstrapOptions options) {
+  detail::logQueueWarningsTo(options.context.logger);
   auto own = makeRequests(options);
   const detail::Subject configuring{"fetchConfiguration", rawValue(client)};
   const auto configurationURL = urls.configuration(client);

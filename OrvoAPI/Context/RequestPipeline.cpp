@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/FetchScopeStateInternal.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Futures/detail/OrFail.h>
 #include <OrvoAPI/HTTP/LargeBodiesInternal.h>
@@ -33,9 +34,11 @@ void deliver(const HTTPResult& result, const Promise<Data>& promise, const Recor
 }  // namespace
 
 RequestPipeline::RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
-                                 std::shared_ptr<NetworkDataProvider> networkDataProvider)
+                                 std::shared_ptr<NetworkDataProvider> networkDataProvider,
+                                 std::shared_ptr<FetchScopeState> scope)
     : sessionProvider_(std::move(sessionProvider)),
-      networkDataProvider_(std::move(networkDataProvider)) {}
+      networkDataProvider_(std::move(networkDataProvider)),
+      scope_(std::move(scope)) {}
 
 Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& record,
                                     RequestPolicy policy) {
@@ -46,7 +49,7 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& 
   } else {
     send(request, policy, promise, NoRecord());
   }
-  return promise.future();
+  return scope_ != nullptr ? scope_->watch(promise.future()) : promise.future();
 }
 
 template <class Record>

@@ -11,6 +11,8 @@
 
 namespace orvo::detail {
 
+class FetchScopeState;
+
 /// How a request is sent; this is how nearly all are.
 struct RequestPolicy {
   bool retry = true;   // a 401 renews the session, and the request is sent once more
@@ -25,7 +27,8 @@ struct RequestPolicy {
 class RequestPipeline final : public std::enable_shared_from_this<RequestPipeline> {
  public:
   RequestPipeline(std::shared_ptr<SessionProvider> sessionProvider,
-                  std::shared_ptr<NetworkDataProvider> networkDataProvider);
+                  std::shared_ptr<NetworkDataProvider> networkDataProvider,
+                  std::shared_ptr<FetchScopeState> scope = nullptr);
 
   /// The body of the answer; a large one comes when no other is being read, and is read until its
   /// last copy has gone. Cancelling the future drops the result and reaches nothing upstream. The
@@ -39,6 +42,8 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
   [[nodiscard]] const std::shared_ptr<NetworkDataProvider>& networkDataProvider() const {
     return networkDataProvider_;
   }
+  /// What ends the calls; null when nothing does.
+  [[nodiscard]] const std::shared_ptr<FetchScopeState>& scope() const { return scope_; }
 
  private:
   /// `Record` is a reference to one, or what stands for none and costs nothing.
@@ -52,6 +57,7 @@ class RequestPipeline final : public std::enable_shared_from_this<RequestPipelin
 
   const std::shared_ptr<SessionProvider> sessionProvider_;
   const std::shared_ptr<NetworkDataProvider> networkDataProvider_;
+  const std::shared_ptr<FetchScopeState> scope_;
 };
 
 }  // namespace orvo::detail

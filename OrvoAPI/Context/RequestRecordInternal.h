@@ -9,6 +9,7 @@
 #include <OrvoAPI/HTTP/RequestTimeline.h>
 #include <OrvoAPI/HTTP/URLRequest.h>
 #include <OrvoAPI/Network/SessionProvider.h>
+#include <OrvoAPI/Queues/detail/InlineQueue.h>
 
 #include <array>
 #include <atomic>

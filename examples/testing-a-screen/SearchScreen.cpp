@@ -9,11 +9,10 @@ void SearchScreen::type(std::string text) {
 }
 
 void SearchScreen::ask() {
-  context_->fetchSearchSuggestions(text_).onComplete(
-      queue_, [weak = weak_from_this(), change = changes_](const auto& found) {
-        const auto self = weak.lock();
-        if (self != nullptr && self->changes_ == change) self->show(found);
-      });
+  context_->fetchSearchSuggestions(text_).onComplete(queue_, weak_from_this(),
+                                                     [this, change = changes_](const auto& found) {
+                                                       if (changes_ == change) show(found);
+                                                     });
 }
 
 void SearchScreen::show(const orvo::Result<orvo::Shared<std::vector<std::string>>>& found) {

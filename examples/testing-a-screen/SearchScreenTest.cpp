@@ -93,6 +93,14 @@ TEST_F(SearchScreenTest, GoesWhenItIsLeftAlthoughAnAnswerIsUnderWay) {
   arrive();  // there is no screen any more
 }
 
+TEST_F(SearchScreenTest, IsNotCalledAnyMoreWhenItIsLeftWithAnAnswerInTheQueue) {
+  search("th");
+  network->answer(0, 200, R"(["The Long Thaw"])");
+  ASSERT_TRUE(queue->waitForJob());
+  screen.reset();
+  EXPECT_EQ(queue->run(), 1U);
+}
+
 // The whole library, bootstrap and token included, except the network.
 TEST(SearchScreenWithAnswersFromFiles, ShowsWhatTheServiceSuggests) {
   const auto stub = std::make_shared<orvo::StubInterceptor>();

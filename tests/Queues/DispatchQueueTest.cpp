@@ -130,7 +130,7 @@ TEST_F(SerialQueueTest, WorkersThatAllWaitForItDoNotLockEachOtherOut) {
     }
     const auto waits = [](const auto& caller) { return caller != 0 && isAsleep(caller); };
     const auto workers = std::clamp(sysconf(_SC_NPROCESSORS_ONLN), 2L, long{kMany});
-    EXPECT_TRUE(test::eventually([&] { return std::ranges::count_if(callers, waits) == workers; }));
+    EXPECT_TRUE(test::eventually([&] { return std::ranges::count_if(callers, waits) >= workers; }));
   });
   ASSERT_TRUE(done.wait(kMany));
   queue_->sync([&] { EXPECT_EQ(count, 2 * kMany); });

@@ -1,0 +1,127 @@
+#include <tests/Context/StubbedContext.h>
+
+#include <filesystem>
+#include <fstream>
+
+namespace orvo {
+namespace {
+
+/// The threads of the process that have this name.
+std::size_t threadsNamed(std::string_view name) {
+  std::size_t count = 0;
+  for (const auto& task : std::filesystem::directory_iterator("/proc/self/task")) {
+    std::string own;
+    std::ifstream(task.path() / "comm") >> own;
+    count += own == name;
+  }
+  return count;
+}
+
+std::size_t processors() { return std::max<std::size_t>(std::thread::hardware_concurrency(), 2); }
+
+/// Notes what is said about the queues.
+class QueueLog final : public Logger {
+ public:
+  void log(std::string_view message, LogLevel level, std::string_view subsystem,
+           std::string_view category) override {
+    if (subsystem != "queues" || level != LogLevel::warning) return;
+    {
+      const std::lock_guard guard(mutex_);
+      lines_.push_back(std::string(category) + ": " + std::string(message));
+    }
+    told.tell();
+  }
+  [[nodiscard]] std::vector<std::string> lines() {
+    const std::lock_guard guard(mutex_);
+    return lines_;
+  }
+  test::Signal told;
+
+ private:
+  std::mutex mutex_;
+  std::vector<std::string> lines_;
+};
+
+/// The threads that have run a blocker's job and have ended since.
+test::Signal& threadsGone() {
+  static auto* const signal = new test::Signal;  // workers end with the process
+  return *signal;
+}
+struct TellsOfItsThread {
+  ~TellsOfItsThread() { threadsGone().tell(); }
+  bool isUsed = false;
+};
+
+/// Jobs on the global queue that block until they are let go.
+class Blockers {
+ public:
+  void block(std::size_t jobs) {
+    count_ += static_cast<int>(jobs);
+    for (; jobs > 0; --jobs) {
+      DispatchQueue::global()->post([this] {
+        thread_local TellsOfItsThread teller;
+        teller.isUsed = true;
+        begun_.tell();
+        EXPECT_TRUE(released_.wait());
+        ended_.tell();
+      });
+    }
+  }
+  [[nodiscard]] auto begun(std::size_t jobs) { return begun_.wait(static_cast<int>(jobs)); }
+  ~Blockers() {
+    released_.tell();
+    EXPECT_TRUE(ended_.wait(count_));
+  }
+
+ private:
+  int count_ = 0;
+  test::Signal begun_, released_, ended_;
+};
+
+class BlockedQueues : public testing::Test {
+ protected:
+  const std::shared_ptr<QueueLog> log_ = std::make_shared<QueueLog>();
+  const std::shared_ptr<Context> context_ =
+      makeContext(std::make_shared<StubSessionProvider>(),
+                  std::make_shared<StubNetworkDataProvider>(), {.logger = log_});
+};
+
+// The workers are those of the process: one test sees them come and go.
+TEST_F(BlockedQueues, JobsThatBlockGetSpareWorkersUpToABoundThatLeaveLater) {
+  constexpr std::size_t kSpare = 16;
+  {
+    Blockers blockers;
+    test::Signal ran;
+    blockers.block(processors());
+    ASSERT_TRUE(blockers.begun(processors()));
+    DispatchQueue::global()->post([&] { ran.tell(); });
+    EXPECT_TRUE(ran.wait()) << "two callbacks that block stop nothing";
+    blockers.block(kSpare);
+    ASSERT_TRUE(blockers.begun(processors() + kSpare));
+    EXPECT_EQ(threadsNamed("orvo-worker"), processors() + kSpare);
+    EXPECT_TRUE(log_->told.wait());
+  }
+  EXPECT_TRUE(threadsGone().wait(kSpare));
+  EXPECT_EQ(log_->lines().size(), 1U);
+  EXPECT_TRUE(log_->lines()[0].starts_with("global: Callbacks block"));
+  Blockers again;
+  test::Signal ran;
+  again.block(processors());
+  DispatchQueue::global()->post([&] { ran.tell(); });
+  EXPECT_TRUE(ran.wait()) << "and once more";
+  EXPECT_EQ(log_->lines().size(), 1U) << "it is said once";
+}
+
+TEST_F(BlockedQueues, AClaimThatRunsNothingIsReportedOnce) {
+  auto claim = MainQueue::shared()->claim();
+  const auto value = Future<int>::succeeded(1);
+  EXPECT_TRUE(log_->told.wait());
+  EXPECT_FALSE(value.didComplete());
+  const auto other = Future<int>::succeeded(2);
+  EXPECT_EQ(claim->drain(), 2U);
+  ASSERT_EQ(log_->lines().size(), 1U);
+  EXPECT_TRUE(log_->lines()[0].starts_with("main: Jobs have waited in the main queue for 5 s"));
+}
+
+}  // namespace
+}  // namespace orvo
