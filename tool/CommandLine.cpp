@@ -21,6 +21,7 @@ namespace {
 Commands allCommands(const WrittenService& service) {
   Commands commands;
   addTourCommand(commands);
+  addDoctorCommand(commands);
   addConfigurationCommands(commands);
   addShowCommand(commands);
   addProductCommands(commands);

@@ -20,6 +20,7 @@ void addLineupCommand(Commands& commands);
 void addPlayCommand(Commands& commands);
 void addImageCommand(Commands& commands);
 void addGetCommand(Commands& commands);
+void addDoctorCommand(Commands& commands);
 void addTourCommand(Commands& commands);
 void addParseCommand(Commands& commands);
 void addServeDemoCommand(Commands& commands);
