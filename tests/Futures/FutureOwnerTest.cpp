@@ -100,13 +100,13 @@ TEST(FutureOwnerRace, AnOwnerThatGoesWhileItsCallbacksRunIsFoundWholeOrNotAtAll)
     ~Owner() { value = 0; }
     int value = 1;
   };
-  constexpr int kRounds = 300;
+  constexpr int kOwnerRounds = 300;
   std::atomic<int> wrong = 0;
   std::shared_ptr<Owner> owner;
   std::optional<Promise<int>> promise;
   test::Signal ended;
   test::race(
-      kRounds,
+      kOwnerRounds,
       [&](int) {
         owner = std::make_shared<Owner>();
         promise.emplace();
@@ -120,7 +120,7 @@ TEST(FutureOwnerRace, AnOwnerThatGoesWhileItsCallbacksRunIsFoundWholeOrNotAtAll)
         if (racer == 0) promise->success(1);
         if (racer == 1) owner.reset();
       });
-  EXPECT_TRUE(ended.wait(kRounds));
+  EXPECT_TRUE(ended.wait(kOwnerRounds));
   EXPECT_EQ(wrong, 0);
 }
 
