@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <tool/Commands.h>
 #include <tool/Text.h>
+#include <tool/ValueCheck.h>
 #include <tool/Wording.h>
 #include <tool/doctor/Checkup.h>
 #include <tool/trace/Waterfall.h>
@@ -129,6 +130,7 @@ class Report {
 };
 
 int runDoctor(Tool& tool, const WrittenDoctor& written) {
+  if (tool.options().isReplayed) throw WrongUsage("--replay: the doctor looks at the network");
   const auto api = tool.apiBase();
   if (const AnyError* error = api.error()) return tool.fail(*error);
   Report report(tool, *api.value());
