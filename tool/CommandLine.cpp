@@ -225,6 +225,7 @@ std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) 
 
 /// A shell must not ask a service whenever somebody presses a key, unless that is wanted.
 std::vector<Note> CommandLine::identifiers(Listed listed) const {
+  if (!traffic_.replay.empty()) return {};
   const char* asked = std::getenv("ORVO_COMPLETE_IDENTIFIERS");
   if (!service_.demo && (asked == nullptr || *asked == '\0')) return {};
   try {

@@ -224,9 +224,11 @@ TEST(Recording, LeavesOutWhatIsTooMuch) {
   });
   const RecordingFile file;
   const auto run = record(file, "--api " + server.url("/v3/").text() + " --resources " +
-                                    server.url().text() + " show p");
-  EXPECT_NE(run.error.find(".har was full: it lacks 1 answer\n"), std::string::npos) << run.error;
+                                    server.url().text() + " show p --json");
+  EXPECT_NE(run.error.find(".har was full: it lacks 1 answer\"}\n"), std::string::npos)
+      << run.error;
   EXPECT_LT(file.text().size(), 32'000'000U);
+  EXPECT_NE(run.error.find("{\"report\":\""), std::string::npos) << run.error;
   const auto again = replay(file, "show p");
   EXPECT_NE(again.error.find("the archive lacks its body"), std::string::npos) << again.error;
 }

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <demo/CodePoints.h>
 #include <tool/ModelJson.h>
 #include <tool/har/Disguise.h>
 
@@ -33,6 +34,21 @@ std::string percentDecoded(std::string_view text) {
     if (code >= 0) at += 2;
   }
   return plain;
+}
+
+/// The text as a string of JSON holds it, also in nothing but ASCII.
+std::string inJson(std::string_view text, bool onlyASCII) {
+  constexpr char32_t kFirstBeyond = 0x80, kMost = 0xFFFF;
+  const std::string json = Json(text).text();
+  std::string out;
+  for (auto rest = std::string_view(json).substr(1, json.size() - 2); !rest.empty();) {
+    const auto character = demo::firstCharacter(rest);
+    const auto point = character.point.value_or(0);
+    const bool isEscaped = onlyASCII && point >= kFirstBeyond && point <= kMost;
+    out += isEscaped ? demo::unicodeEscape(point) : std::string(character.bytes);
+    rest.remove_prefix(character.bytes.size());
+  }
+  return out;
 }
 
 /// Calls `take` with each number of characters at the beginning of the text that may stand for `c`:
@@ -137,8 +153,9 @@ void Disguise::add(std::string_view secret, const char* sort) {
   };
   if (isKnown(secret)) return;
   const auto name = word(secret, sort);
-  // Servers decode what they are sent before they repeat it.
-  for (const auto& text : {std::string(secret), percentDecoded(secret)}) {
+  // Servers decode what they are sent before they repeat it, and write it in their own way.
+  for (const auto& text :
+       {std::string(secret), percentDecoded(secret), inJson(secret, false), inJson(secret, true)}) {
     if (isKnown(text)) continue;
     begins_[static_cast<unsigned char>(text[0])] = true;
     known_.emplace_back(text, name);
@@ -163,7 +180,9 @@ void Disguise::addDocument(const Data& body) {
   if (const auto token = document.value()->string("token")) addToken(*token);
 }
 
-std::string Disguise::text(std::string_view text) const {
+std::string Disguise::text(std::string_view written) const {
+  const auto whole = withoutUsers(std::string(written));
+  const std::string_view text = whole;
   std::string out;
   out.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
@@ -183,7 +202,7 @@ std::string Disguise::text(std::string_view text) const {
     if (length == 0) out += text[at++];
     at += length;
   }
-  return withoutUsers(std::move(out));
+  return out;
 }
 
 std::string Disguise::query(std::string_view query) {

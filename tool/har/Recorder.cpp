@@ -1,5 +1,6 @@
 #include <OrvoAPI/HTTP/RequestTimeline.h>
 #include <tool/Files.h>
+#include <tool/JsonLines.h>
 #include <tool/Output.h>
 #include <tool/Present.h>
 #include <tool/Text.h>
@@ -69,8 +70,10 @@ class Recorder::Watch final : public NetworkDataProvider {
   const std::shared_ptr<NetworkDataProvider> network_;
 };
 
-Recorder::Recorder(std::string file)
-    : file_(std::move(file)), run_{.moment = present(), .timeZone = deviceZone()} {
+Recorder::Recorder(std::string file, bool speaksJson)
+    : file_(std::move(file)),
+      speaksJson_(speaksJson),
+      run_{.moment = present(), .timeZone = deviceZone()} {
   requireReplaceable(file_);
 }
 
@@ -141,14 +144,20 @@ bool Recorder::write() noexcept {
     pending_.clear();
     replaceFile(file_, archiveText(run_, exchanges_));
     if (leftOut_ == 0) return true;
-    printDiagnostic("orvo: " + escaped(file_) + " was full: it lacks " +
-                    countText(static_cast<std::int64_t>(leftOut_), "answer") + "\n");
+    say("report",
+        file_ + " was full: it lacks " + countText(static_cast<std::int64_t>(leftOut_), "answer"));
     return true;
   } catch (const std::exception& error) {
     isWritten_ = true;
-    printDiagnostic("orvo: " + escaped(error.what()) + "\n");
+    say("error", error.what());
     return false;
   }
+}
+
+void Recorder::say(const char* kind, const std::string& text) const {
+  if (!speaksJson_) return printDiagnostic("orvo: " + escaped(text) + "\n");
+  const Json error = Json::object({{"kind", "other"}, {"message", text}});
+  printJsonLine(Json::object({{kind, kind == std::string_view("error") ? error : Json(text)}}));
 }
 
 }  // namespace orvo::tool

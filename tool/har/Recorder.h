@@ -15,8 +15,8 @@ namespace orvo::tool {
 /// Safe to use from any thread.
 class Recorder : public std::enable_shared_from_this<Recorder> {
  public:
-  /// Throws `WrongUsage` when no file can be put there.
-  explicit Recorder(std::string file);
+  /// Throws `WrongUsage` when no file can be put there. `speaksJson`: messages are documents.
+  Recorder(std::string file, bool speaksJson);
 
   /// The same way to the network, watched.
   [[nodiscard]] std::shared_ptr<NetworkDataProvider> before(
@@ -33,10 +33,12 @@ class Recorder : public std::enable_shared_from_this<Recorder> {
 
   void begin(Exchange exchange, const Future<HTTPResult>& future);
   void end(std::size_t number, const Result<HTTPResult>& result);
+  void say(const char* kind, const std::string& text) const;
   /// Whether that many bytes more are to be kept.
   [[nodiscard]] bool hasRoom(std::size_t bytes);
 
   const std::string file_;
+  const bool speaksJson_;
   std::mutex mutex_;
   RecordedRun run_;
   bool isServed_ = false;

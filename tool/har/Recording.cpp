@@ -41,7 +41,7 @@ void watch(const std::shared_ptr<Recorder>& recorder) {
 Recording::Recording(const std::string& file, GlobalOptions& options) {
   if (file.empty()) return;
   holdPresent();
-  recorder_ = std::make_shared<Recorder>(file);
+  recorder_ = std::make_shared<Recorder>(file, options.json);
   options.bootstrap.session.measuresRequests = true;
   options.bootstrap.wrapNetwork = [recorder = recorder_](auto network) {
     return recorder->before(std::move(network));

@@ -1,0 +1,65 @@
+// A session's token, on the first line, and a text that must not tell it: as it is, percent-encoded
+// or as JSON.
+
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <demo/Json.h>
+#include <fuzz/FuzzTarget.h>
+#include <tool/har/Disguise.h>
+
+#include <cctype>
+#include <string>
+
+using namespace orvo;
+
+namespace {
+
+std::string percentEncoded(std::string_view text, bool all) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string out;
+  for (const unsigned char c : text) {
+    if (!all && std::isalnum(c) != 0) {
+      out += static_cast<char>(c);
+    } else {
+      out.append(1, '%').append(1, kDigits[c >> 4]).append(1, kDigits[c & 15]);
+    }
+  }
+  return out;
+}
+
+/// What is said must be told again, with the secret's word where the secret was.
+void requireHidden(const tool::Disguise& disguise, const std::string& told) {
+  const auto shown = disguise.text("\n" + told + "\n");
+  fuzz::require(shown == "\ntoken-1\n", "the token is replaced in all its forms");
+}
+
+}  // namespace
+
+int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  auto text = fuzz::text(bytes, size);
+  const std::string token(fuzz::takePiece(text));
+  // The word itself, and what separates an address from a user's name, may make a token of others.
+  const auto isAmbiguous = [&token](std::string_view part) {
+    return token.find(part) != std::string::npos;
+  };
+  if (token.size() < 8 || isAmbiguous("token-") || isAmbiguous(":")) return -1;
+  tool::Disguise disguise;
+  disguise.addToken(token);
+
+  const auto shown = disguise.text(text);
+  fuzz::require(shown.find(token) == std::string::npos, "no text tells the token");
+  requireHidden(disguise, token);
+  const auto encoded = percentEncoded(token, false);
+  requireHidden(disguise, encoded);
+  requireHidden(disguise, percentEncoded(token, true));
+  requireHidden(disguise, percentEncoded(encoded, false));
+  const auto json = demo::Json(token).text();
+  const auto reread = JSONDataParser::value(Data(json));
+  if (!reread.failed() && reread.value()->string() == token) {
+    requireHidden(disguise, json.substr(1, json.size() - 2));
+  }
+  (void)disguise.address(text, true);
+  (void)disguise.playlist(text);
+  (void)disguise.sessionDocument(Data(text));
+  (void)disguise.field("Set-Cookie", text);
+  return 0;
+}
