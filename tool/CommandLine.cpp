@@ -240,12 +240,12 @@ std::vector<Note> CommandLine::identifiers(Listed listed) const {
 
 GlobalOptions CommandLine::chosenOptions() const {
   GlobalOptions options;
-  const bool isRecorded = !traffic_.record.empty(), isReplayed = !traffic_.replay.empty();
-  if (!chosen_->usesService && (isRecorded || isReplayed)) {
-    throw WrongUsage(std::string(isRecorded ? "--record" : "--replay") + ": orvo " + chosen_->name +
-                     " asks no service");
+  const bool isReplayed = !traffic_.replay.empty();
+  if (!chosen_->usesService && (isReplayed || !traffic_.record.empty())) {
+    throw WrongUsage("orvo " + chosen_->name + " asks no service");
   }
   if (isReplayed) {
+    if (chosen_->needsNetwork) throw WrongUsage("orvo " + chosen_->name + " needs the network");
     replay(traffic_.replay, options);
   } else if (chosen_->usesService) {
     static_cast<ServiceChoice&>(options) = chooseService(service_);

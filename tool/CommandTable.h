@@ -86,6 +86,8 @@ struct Command {
   std::vector<std::string> examples{};
   /// Whether there has to be a service to talk to.
   bool usesService = true;
+  /// Whether a recording cannot stand in for the network.
+  bool needsNetwork = false;
   /// Returns the exit status. It owns what the parameters are read into.
   std::function<int(Tool&)> run;
 };

@@ -4,7 +4,6 @@
 #include <tool/Commands.h>
 #include <tool/Players.h>
 #include <tool/Text.h>
-#include <tool/ValueCheck.h>
 #include <tool/Wording.h>
 #include <unistd.h>
 
@@ -127,7 +126,6 @@ Result<Video> fetchVideo(Tool& tool, const Context& context, const std::string& 
 }
 
 int runPlay(Tool& tool, const WrittenPlay& written) {
-  if (tool.options().isReplayed) throw WrongUsage("--replay: a player needs the network");
   const auto found = findPlayer(written.player);
   if (!found) return tool.fail(PlayError{missing(written.player)});
   const auto context = tool.context();
@@ -166,6 +164,7 @@ void addPlayCommand(Commands& commands) {
                     .target = &written->player,
                     .fallback = "the first of them that is in PATH"}},
        .examples = {"orvo --demo play welcome", "orvo --demo play welcome --player mpv"},
+       .needsNetwork = true,
        .run = [written](Tool& tool) { return runPlay(tool, *written); }});
 }
 

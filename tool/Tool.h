@@ -33,8 +33,6 @@ struct GlobalOptions : ServiceChoice {
   BootstrapOptions bootstrap{};
   /// Is told the service once it runs.
   std::function<void(const ServiceChoice&)> onService{};
-  /// Whether a recording answers, and nothing else may be asked.
-  bool isReplayed = false;
 };
 
 /// One run of the tool: the service that it talks to, and the way in which it answers. It owns the

@@ -158,7 +158,7 @@ TEST(Replay, NamesWhatTheFileLacks) {
   EXPECT_NE(missing.error.find("/v3/products/nobody"), std::string::npos) << missing.error;
   const auto played = replay(file, "play welcome");
   EXPECT_EQ(played.status, 2);
-  EXPECT_NE(played.error.find("a player needs the network"), std::string::npos);
+  EXPECT_NE(played.error.find("orvo play needs the network"), std::string::npos);
 }
 
 TEST(Replay, RefusesWhatIsNoRecording) {

@@ -31,7 +31,7 @@ struct Exchange {
 struct RecordedRun {
   ServiceChoice service{};
   Date moment{};
-  /// The device's zone, as the variable `TZ` names it; empty when it is not known.
+  /// The device's zone, as the variable `TZ` names it.
   std::string timeZone{};
 };
 

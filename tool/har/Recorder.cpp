@@ -1,4 +1,5 @@
 #include <OrvoAPI/HTTP/RequestTimeline.h>
+#include <fmt/format.h>
 #include <tool/Files.h>
 #include <tool/JsonLines.h>
 #include <tool/Output.h>
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <utility>
 
@@ -38,15 +40,24 @@ std::size_t bytesOf(const HTTPResult& answer) {
   return bytes;
 }
 
-/// As `TZ` names it.
-std::string deviceZone() {
+/// The device's, as `TZ` names it everywhere.
+std::string zoneAt(Date moment) {
   const char* const variable = std::getenv("TZ");
-  if (variable != nullptr) return variable[0] == ':' ? variable + 1 : variable;
   std::error_code error;
-  const std::string link = std::filesystem::read_symlink("/etc/localtime", error);
+  const std::string place = variable != nullptr
+                                ? std::string(variable)
+                                : std::filesystem::read_symlink("/etc/localtime", error).string();
   const std::string_view mark = "zoneinfo/";
-  const std::size_t at = link.find(mark);
-  return at == std::string::npos ? "" : link.substr(at + mark.size());
+  const std::size_t at = place.find(mark);
+  if (at != std::string::npos) return place.substr(at + mark.size());
+  if (!place.empty() && place[0] != '/') return place.substr(place[0] == ':' ? 1 : 0);
+  // One that nobody has named: as far ahead as it is now.
+  const std::time_t seconds = moment.millisecondsSince1970() / 1000;
+  std::tm parts{};
+  localtime_r(&seconds, &parts);
+  const auto minutes = std::abs(parts.tm_gmtoff) / 60;
+  return fmt::format("REC{}{:02}:{:02}", parts.tm_gmtoff < 0 ? '+' : '-', minutes / 60,
+                     minutes % 60);
 }
 
 }  // namespace
@@ -73,7 +84,7 @@ class Recorder::Watch final : public NetworkDataProvider {
 Recorder::Recorder(std::string file, bool speaksJson)
     : file_(std::move(file)),
       speaksJson_(speaksJson),
-      run_{.moment = present(), .timeZone = deviceZone()} {
+      run_{.moment = present(), .timeZone = zoneAt(present())} {
   requireReplaceable(file_);
 }
 

@@ -130,7 +130,6 @@ void replay(const std::string& file, GlobalOptions& options) {
   restore(file, *document.value(), options);
   options.bootstrap.session.protocolClasses = {
       std::make_shared<Replay>(file, std::move(archive.value()->entries))};
-  options.isReplayed = true;
 }
 
 }  // namespace orvo::tool
