@@ -88,8 +88,7 @@ void TokenMask::add(const std::string& token) {
     }
   }
   std::ranges::sort(forms_);
-  const auto repeated = std::ranges::unique(forms_);
-  forms_.erase(repeated.begin(), repeated.end());
+  forms_.erase(std::unique(forms_.begin(), forms_.end()), forms_.end());
 }
 
 void TokenMask::learnFrom(std::string_view body) {
