@@ -1,7 +1,6 @@
 #include <fmt/format.h>
 #include <tool/Commands.h>
 #include <tool/Text.h>
-#include <tool/ValueCheck.h>
 #include <tool/Wording.h>
 #include <tool/doctor/Checkup.h>
 #include <tool/trace/Waterfall.h>
@@ -130,7 +129,6 @@ class Report {
 };
 
 int runDoctor(Tool& tool, const WrittenDoctor& written) {
-  if (tool.options().isReplayed) throw WrongUsage("--replay: the doctor looks at the network");
   const auto api = tool.apiBase();
   if (const AnyError* error = api.error()) return tool.fail(*error);
   Report report(tool, *api.value());
@@ -156,6 +154,7 @@ void addDoctorCommand(Commands& commands) {
                     .values = number(1, 600, "SECONDS"),
                     .target = &written->seconds}},
        .examples = {"orvo --demo doctor", "orvo --demo doctor --json"},
+       .needsNetwork = true,
        .run = [written](Tool& tool) { return runDoctor(tool, *written); }});
 }
 
