@@ -180,9 +180,27 @@ void Disguise::addDocument(const Data& body) {
   if (const auto token = document.value()->string("token")) addToken(*token);
 }
 
-std::string Disguise::text(std::string_view written) const {
-  const auto whole = withoutUsers(std::string(written));
-  const std::string_view text = whole;
+std::string Disguise::text(std::string_view text) {
+  return withoutStreams(withoutKnown(withoutUsers(std::string(text))));
+}
+
+std::string Disguise::withoutStreams(std::string text) {
+  for (const std::string_view name : {"/playlist.m3u8", "/playlist.json"}) {
+    for (std::size_t at = 0; (at = text.find(name, at)) != std::string::npos; at += name.size()) {
+      const std::size_t end = at > 0 && text[at - 1] == '\\' ? at - 1 : at;
+      const std::size_t begin =
+          text.find_last_of("/\"'<>=, \t\r\n", std::max<std::size_t>(end, 1) - 1);
+      const std::size_t first = begin == std::string::npos ? 0 : begin + 1;
+      if (first >= end) continue;
+      const auto hidden = word(text.substr(first, end - first));
+      text.replace(first, end - first, hidden);
+      at = at - (end - first) + hidden.size();
+    }
+  }
+  return text;
+}
+
+std::string Disguise::withoutKnown(std::string_view text) const {
   std::string out;
   out.reserve(text.size());
   for (std::size_t at = 0; at < text.size();) {
@@ -220,11 +238,6 @@ std::string Disguise::address(std::string_view url, bool hidesQuery) {
   std::string plain = text(url);
   std::string tail = plain.substr(std::min(plain.find_first_of("?#"), plain.size()));
   plain.resize(plain.size() - tail.size());
-  if (plain.ends_with("/playlist.m3u8") || plain.ends_with("/playlist.json")) {
-    const std::size_t end = plain.rfind('/');
-    const std::size_t begin = end == 0 ? end : plain.rfind('/', end - 1) + 1;
-    plain.replace(begin, end - begin, word(plain.substr(begin, end - begin)));
-  }
   if (hidesQuery && tail.starts_with('?')) {
     const std::size_t end = std::min(tail.find('#'), tail.size());
     tail = query(tail.substr(0, end)) + tail.substr(end);

@@ -26,10 +26,10 @@ class Disguise {
   /// The tokens in a document of a session, or in another that holds one.
   void addDocument(const Data& body);
 
-  /// Any text without the known secrets, and addresses in it without a user's name and password.
-  [[nodiscard]] std::string text(std::string_view text) const;
-  /// An address, also relative. In that of a stream, what may be another session's token is
-  /// replaced as well; `hidesQuery`: so are the values of the query.
+  /// Any text without the known secrets, and addresses in it without a user's name and password
+  /// and, where they are those of streams, without what may be another session's token.
+  [[nodiscard]] std::string text(std::string_view text);
+  /// An address, also relative; `hidesQuery`: without the values of the query.
   [[nodiscard]] std::string address(std::string_view url, bool hidesQuery);
   [[nodiscard]] std::string field(std::string_view name, std::string_view value);
   /// The document of a session, with all its texts replaced.
@@ -41,6 +41,9 @@ class Disguise {
   void add(std::string_view secret, const char* sort);
   /// What stands for the secret, here or everywhere.
   std::string word(std::string_view secret, const char* sort = "masked");
+  [[nodiscard]] std::string withoutKnown(std::string_view text) const;
+  /// Replaces what stands before the name of a stream's file.
+  [[nodiscard]] std::string withoutStreams(std::string text);
   /// The query from the "?" on.
   std::string query(std::string_view query);
 
