@@ -16,9 +16,10 @@ namespace {
 std::string percentEncoded(std::string_view text, bool all) {
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string out;
-  for (const unsigned char c : text) {
+  for (const char character : text) {
+    const auto c = static_cast<unsigned char>(character);
     if (!all && std::isalnum(c) != 0) {
-      out += static_cast<char>(c);
+      out += character;
     } else {
       out.append(1, '%').append(1, kDigits[c >> 4]).append(1, kDigits[c & 15]);
     }
