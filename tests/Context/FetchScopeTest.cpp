@@ -79,6 +79,9 @@ TEST_F(FetchScopeTest, EndsWhatWaitsForATokenAnAnswerOrARenewal) {
   stubbed_.session->updates.succeed(0, true);
   stubbed_.session->retrievals.succeed(3, kToken);
   settle();
+  ASSERT_EQ(stubbed_.session->retrievals.count(), 5U);
+  stubbed_.session->retrievals.succeed(4, kToken);
+  settle();
   EXPECT_EQ(stubbed_.network->fetches.count(), 3U) << "nothing more is sent";
   stubbed_.network->answer(0, 200, kPageBody);
   EXPECT_EQ(codeOf(others), 0);
