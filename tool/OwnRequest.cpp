@@ -54,12 +54,19 @@ RequestReport reportOf(const OwnRequest& own, const URLRequest& request,
     return report;
   }
   // Their addresses may tell a token, and whose they are is not known here.
-  report.redirects.assign(timeline->redirects.size(), std::string(kHiddenPath));
+  report.redirects.assign(timeline->redirects.size(), std::string(kHiddenText));
   report.bytesReceived = timeline->last.bytesReceived;
   report.isConnectionReused = timeline->last.isConnectionReused;
   report.protocol = timeline->last.protocol;
   measure(report, *timeline, ended);
   return report;
+}
+
+/// An identifier of the service's may be its token.
+void hide(RequestReport& report, const std::string& token) {
+  for (std::string* text : {&report.identifier, &report.path}) {
+    if (!token.empty() && text->find(token) != std::string::npos) *text = kHiddenText;
+  }
 }
 
 }  // namespace
@@ -69,7 +76,10 @@ Result<HTTPResult> fetch(Tool& tool, NetworkDataProvider& network, const URLRequ
   const Time begun = std::chrono::steady_clock::now();
   auto result = tool.wait(network.fetch(request), label);
   if (const auto& observer = tool.observer()) {
-    const RequestReport report = reportOf(own, request, result, begun);
+    RequestReport report = reportOf(own, request, result, begun);
+    if (const auto* context = tool.openedContext()) {
+      hide(report, context->sessionProvider()->currentToken());
+    }
     observer->queue()->sync([&] { observer->take(report); });
   }
   if (const AnyError* error = result.error()) {

@@ -24,7 +24,7 @@ struct OwnRequest {
                                        const URLRequest& request, const OwnRequest& own,
                                        const std::string& label);
 
-/// What stands for a path that tells a token.
-inline constexpr std::string_view kHiddenPath = "***";
+/// What stands for a text that tells a token.
+inline constexpr std::string_view kHiddenText = "***";
 
 }  // namespace orvo::tool

@@ -59,6 +59,8 @@ class Tool {
 
   /// Opens a session and loads the configuration at the first call.
   [[nodiscard]] Result<std::shared_ptr<Context>> context();
+  /// The same if that has been done, else null.
+  [[nodiscard]] const Context* openedContext() const { return context_.get(); }
   /// A way to the network for what is fetched without the context: without a token, and without the
   /// cookies that the service has set. What stands before the context's network stands before it.
   [[nodiscard]] std::shared_ptr<NetworkDataProvider> network(

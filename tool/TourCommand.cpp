@@ -70,7 +70,7 @@ Result<Sights> walk(Tool& tool, const Context& context) {
   if (Sights* found = sights.value()) {
     const auto playlist =
         fetch(tool, *tool.network(), {.url = found->stream},
-              {"fetchPlaylistOfStream", found->video->id, std::string(kHiddenPath)},
+              {"fetchPlaylistOfStream", found->video->id, std::string(kHiddenText)},
               "fetching the stream's playlist");
     if (const AnyError* error = playlist.error()) return Failure{*error};
     found->streamStatus = playlist.value()->response.statusCode;

@@ -34,6 +34,14 @@ std::string durationText(const std::optional<double>& seconds) {
   return seconds ? durationText(*seconds) : "";
 }
 
+std::string spanText(std::chrono::nanoseconds time) {
+  const double milliseconds = std::chrono::duration<double, std::milli>(time).count();
+  if (milliseconds < 9.95) return fmt::format("{:.1f} ms", milliseconds);
+  if (milliseconds < 999.5) return fmt::format("{:.0f} ms", milliseconds);
+  return milliseconds < 99'950 ? fmt::format("{:.2f} s", milliseconds / 1e3)
+                               : fmt::format("{:.0f} s", milliseconds / 1e3);
+}
+
 std::string clockText(Date date) {
   const std::tm time = localTime(date);
   return fmt::format("{:02}:{:02}", time.tm_hour, time.tm_min);

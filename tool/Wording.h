@@ -20,6 +20,9 @@ namespace orvo::tool {
 /// The same, or nothing.
 [[nodiscard]] std::string durationText(const std::optional<double>& seconds);
 
+/// `1.2 ms`, `12 ms`, `1.25 s`
+[[nodiscard]] std::string spanText(std::chrono::nanoseconds time);
+
 /// `21:30`
 [[nodiscard]] std::string clockText(Date date);
 /// `21:30:05`

@@ -3,7 +3,6 @@
 #include <tool/Text.h>
 #include <tool/Wording.h>
 #include <tool/doctor/Checkup.h>
-#include <tool/trace/Waterfall.h>
 
 namespace orvo::tool {
 

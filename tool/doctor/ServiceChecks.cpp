@@ -39,7 +39,7 @@ Checkup::Probe Checkup::probe(const std::string& name, const URL& url) {
                            .timeoutInterval = limit_,
                            .totalTimeoutInterval = 3 * limit_};
   // A stream's path tells the token.
-  const OwnRequest own{"doctor", name, name == "stream" ? std::string(kHiddenPath) : ""};
+  const OwnRequest own{"doctor", name, name == "stream" ? std::string(kHiddenText) : ""};
   auto result = fetch(tool_, *tool_.network(), request, own, "looking at the " + name);
   if (const AnyError* error = result.error()) return {{}, since(start, failed(name, *error))};
   HTTPResult answer = *std::move(result.value());
@@ -53,7 +53,8 @@ Checkup::Probe Checkup::probe(const std::string& name, const URL& url) {
 void Checkup::openSession() {
   const URLService urls{api_, api_};
   auto [answer, finding] = probe("session", urls.session(tool_.options().client));
-  if (answer) serviceDate_ = dateOf(answer->response);
+  // What a cache kept tells no time.
+  if (answer && !answer->response.headers.contains("Age")) serviceDate_ = dateOf(answer->response);
   hasSession_ = finding.outcome == Finding::Outcome::good;
   if (hasSession_) {
     if (const auto fault = faultIn(*answer, SessionParser::parse)) {
@@ -189,8 +190,8 @@ void Checkup::fetchImage(const Context& context) {
       finding.outcome = Finding::Outcome::bad;
       finding.advice = "the host of images sends something else: check --resources";
     }
-  } else if (finding.advice.empty() || answer) {
-    finding.detail += fmt::format(" (from {})", url.host());
+  } else {
+    finding.detail = std::string(url.host()) + ": " + finding.detail;
   }
   tell(std::move(finding));
 }
@@ -207,7 +208,7 @@ void Checkup::fetchStream(const Context& context) {
       finding.advice = "this is no playlist: something else answers for the streams' host";
     }
   } else {
-    finding.detail += fmt::format(" (from {})", url.host());
+    finding.detail = std::string(url.host()) + ": " + finding.detail;
   }
   tell(std::move(finding));
 }

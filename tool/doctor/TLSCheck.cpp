@@ -46,11 +46,12 @@ std::string nameOf(const GENERAL_NAME& name) {
 
 std::vector<std::string> namesOf(const X509& certificate) {
   constexpr int kMost = 8;
+  constexpr std::size_t kLongest = 100;
   std::vector<std::string> names;
   auto* const list = static_cast<GENERAL_NAMES*>(
       X509_get_ext_d2i(&certificate, NID_subject_alt_name, nullptr, nullptr));
   for (int i = 0; list != nullptr && i < sk_GENERAL_NAME_num(list) && i < kMost; ++i) {
-    names.push_back(nameOf(*sk_GENERAL_NAME_value(list, i)));
+    names.push_back(nameOf(*sk_GENERAL_NAME_value(list, i)).substr(0, kLongest));
   }
   GENERAL_NAMES_free(list);
   if (names.empty()) names.push_back(textOf(X509_get_subject_name(&certificate), NID_commonName));
@@ -103,7 +104,7 @@ void expect(SSL* session, const std::string& host) {
 }
 
 /// `for 12 days`
-std::string spanText(std::chrono::milliseconds span) {
+std::string daysText(std::chrono::milliseconds span) {
   constexpr std::chrono::hours kDay{24};
   if (span < 2 * kDay) return durationText(static_cast<double>(span.count()) / 1000);
   return countText(span / kDay) + " days";
@@ -191,7 +192,7 @@ Finding tlsFinding(const Handshake& handshake, const std::string& host, Date now
   } else {
     const auto left = certificate.validTo - now;
     finding.detail = handshake.version + ", issued by " + certificate.issuer + ", good until " +
-                     dateText(certificate.validTo) + " (for " + spanText(left) + ")";
+                     dateText(certificate.validTo) + " (for " + daysText(left) + ")";
     constexpr std::chrono::hours kSoon{14 * 24};
     if (left < kSoon) finding.advice = "the certificate ends soon: have it renewed";
   }

@@ -3,6 +3,7 @@
 #include <tool/get/ApiPath.h>
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <optional>
 #include <vector>
@@ -25,10 +26,14 @@ std::string decoded(std::string_view text) {
   return plain;
 }
 
+/// Whether slashes that follow each other are taken for one, or for names without letters.
+enum class Slashes { collapsed, kept };
+
 /// The names that lead to the place, with all that leads back taken out; nothing when the way leads
 /// out of the root.
-std::optional<std::vector<std::string>> way(std::string_view path) {
+std::optional<std::vector<std::string>> way(std::string_view path, Slashes slashes) {
   std::vector<std::string> names;
+  path.remove_prefix(path.starts_with('/') ? 1 : 0);
   while (!path.empty()) {
     const std::size_t end = std::min(path.find_first_of("/\\"), path.size());
     const std::string_view segment = path.substr(0, end);
@@ -38,7 +43,7 @@ std::optional<std::vector<std::string>> way(std::string_view path) {
     if (name == "..") {
       if (names.empty()) return std::nullopt;
       names.pop_back();
-    } else if (!name.empty() && name != ".") {
+    } else if (name != "." && (!name.empty() || slashes == Slashes::kept)) {
       names.emplace_back(segment);
     }
   }
@@ -46,10 +51,12 @@ std::optional<std::vector<std::string>> way(std::string_view path) {
 }
 
 bool isBeneath(std::string_view path, std::string_view base) {
-  const auto names = way(path);
-  const auto first = way(base);
-  return names && first && names->size() >= first->size() &&
-         std::equal(first->begin(), first->end(), names->begin());
+  return std::ranges::all_of(std::array{Slashes::collapsed, Slashes::kept}, [&](Slashes slashes) {
+    const auto names = way(path, slashes);
+    const auto first = way(base, slashes);
+    return names && first && names->size() >= first->size() &&
+           std::equal(first->begin(), first->end(), names->begin());
+  });
 }
 
 /// Whether the reference stays beneath the base, however often it is decoded on its way.

@@ -41,7 +41,7 @@ Result<Got> get(Tool& tool, const Context& context, const URL& url, const std::s
                              .cachePolicy = CachePolicy::reloadIgnoringLocalCacheData,
                              .timeoutInterval = std::chrono::seconds(10)};
     auto answer = fetch(tool, *context.networkDataProvider(), request,
-                        {kOperation, path, mask.text(std::string(url.path()))}, "fetching");
+                        {kOperation, path, mask.text(url.path())}, "fetching");
     if (const AnyError* error = answer.error()) return Failure{*error};
     if (answer.value()->response.statusCode != kUnauthorized || isRenewed) {
       mask.learnFrom(answer.value()->body.view());

@@ -3,6 +3,7 @@
 #include <tool/get/TokenMask.h>
 
 #include <algorithm>
+#include <charconv>
 #include <optional>
 
 namespace orvo::tool {
@@ -11,24 +12,45 @@ namespace {
 
 constexpr std::string_view kHidden = "***";
 
-std::string replaced(std::string text, std::string_view from, std::string_view to) {
-  for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size()) {
-    text.replace(at, from.size(), to);
-  }
-  return text;
+/// A character of a text, as it is or as it is escaped, and how long it is there.
+struct Written {
+  char letter;
+  std::size_t size;
+};
+
+/// The character that digits stand for, if they are whole and it is one of ASCII.
+std::optional<char> decoded(std::string_view digits, std::size_t count) {
+  unsigned code = 0;
+  const char* const end = digits.data() + std::min(count, digits.size());
+  const auto read = std::from_chars(digits.data(), end, code, 16);
+  const bool isWhole = digits.size() >= count && read.ptr == end && code < 0x80;
+  return isWhole ? std::optional(static_cast<char>(code)) : std::nullopt;
 }
 
-/// The text with an escape for each character that is neither a letter, nor a digit, nor `plain`.
-std::string percentEncoded(std::string_view text, std::string_view plain, std::string_view digits) {
-  std::string out;
-  for (const char letter : text) {
-    const auto code = static_cast<unsigned char>(letter);
-    const bool isPlain = (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
-                         (letter >= '0' && letter <= '9') ||
-                         plain.find(letter) != std::string_view::npos;
-    isPlain ? out += letter : ((out += '%') += digits[code / 16]) += digits[code % 16];
+/// What the text begins with, an escape of an address or of JSON taken for what it stands for.
+Written first(std::string_view text) {
+  const Written plain{text[0], 1};
+  if (text[0] == '%') {
+    const auto letter = decoded(text.substr(1), 2);
+    return letter ? Written{*letter, 3} : plain;
   }
-  return out;
+  if (text[0] != '\\' || text.size() < 2) return plain;
+  if (text[1] != 'u') return {text[1], 2};
+  const auto letter = decoded(text.substr(2), 4);
+  return letter ? Written{*letter, 6} : plain;
+}
+
+/// How long the token is at the start of the text; 0 when it is not there.
+std::size_t sizeAtStart(std::string_view text, std::string_view token) {
+  std::size_t size = 0;
+  for (const char letter : token) {
+    if (size >= text.size()) return 0;
+    // A token may hold what looks like an escape.
+    const Written next = text[size] == letter ? Written{letter, 1} : first(text.substr(size));
+    if (next.letter != letter) return 0;
+    size += next.size;
+  }
+  return size;
 }
 
 std::optional<std::string> tokenOf(std::string_view body) {
@@ -80,28 +102,35 @@ std::string lowered(std::string_view text) {
 }  // namespace
 
 void TokenMask::add(const std::string& token) {
-  if (token.empty() || token == kHidden) return;
-  forms_.insert(forms_.end(), {token, replaced(token, "/", "\\/")});
-  for (const std::string_view digits : {"0123456789ABCDEF", "0123456789abcdef"}) {
-    for (const std::string_view plain : {"-._~", "-._~/", "-._~/+=", "-._~+="}) {
-      forms_.push_back(percentEncoded(token, plain, digits));
-    }
-  }
-  std::ranges::sort(forms_);
-  forms_.erase(std::unique(forms_.begin(), forms_.end()), forms_.end());
+  if (!token.empty() && token != kHidden) tokens_.insert(token);
 }
 
 void TokenMask::learnFrom(std::string_view body) {
   if (const auto token = tokenOf(body)) add(*token);
 }
 
-std::string TokenMask::text(std::string text) const {
-  for (const std::string& form : forms_) text = replaced(std::move(text), form, kHidden);
-  return text;
+std::string TokenMask::text(std::string_view text) const {
+  std::string shown(text);
+  for (const std::string& token : tokens_) {
+    const std::string marks = std::string("%\\") + token[0];
+    std::string out;
+    std::size_t done = 0;
+    for (std::size_t at = 0; (at = shown.find_first_of(marks, at)) != std::string::npos;) {
+      const std::size_t size = sizeAtStart(std::string_view(shown).substr(at), token);
+      if (size == 0) {
+        ++at;
+        continue;
+      }
+      out.append(shown, done, at - done).append(kHidden);
+      done = at += size;
+    }
+    if (done > 0) shown = out.append(shown, done);
+  }
+  return shown;
 }
 
 std::string TokenMask::body(std::string_view body) const {
-  std::string shown = withoutTokenMembers(text(std::string(body)));
+  std::string shown = withoutTokenMembers(text(body));
   // The key, or the token, may be written in escapes.
   const auto left = tokenOf(shown);
   return !left || *left == kHidden ? shown : R"({"token":"***"})";
@@ -112,7 +141,7 @@ std::string TokenMask::headerValue(std::string_view name, std::string_view value
   if (known.find("token") != std::string::npos || known.find("auth") != std::string::npos) {
     return std::string(kHidden);
   }
-  if (known != "set-cookie") return text(std::string(value));
+  if (known != "set-cookie") return text(value);
   const std::size_t begin = std::min(value.find('='), value.size());
   const std::size_t end = std::min(value.find(';', begin), value.size());
   return text(std::string(value.substr(0, begin)).append("=***").append(value.substr(end)));

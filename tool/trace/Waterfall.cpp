@@ -175,11 +175,16 @@ class Waterfall {
     const auto part = static_cast<double>(time.count()) / static_cast<double>(span_.count());
     return std::min(columns, static_cast<std::size_t>(part * static_cast<double>(columns) + 0.5));
   }
+  /// Where a cell begins.
+  [[nodiscard]] nanoseconds timeOf(std::size_t cell, std::size_t columns) const {
+    const double part = static_cast<double>(cell) / static_cast<double>(columns);
+    return nanoseconds(static_cast<std::int64_t>(part * static_cast<double>(span_.count())));
+  }
   /// The phase that the request was in for the longest part of the cell.
   [[nodiscard]] std::size_t phaseIn(const RequestReport& report, std::size_t cell,
                                     std::size_t columns) const {
-    const nanoseconds from = span_ * static_cast<std::int64_t>(cell) / columns;
-    const nanoseconds to = span_ * static_cast<std::int64_t>(cell + 1) / columns;
+    const nanoseconds from = timeOf(cell, columns);
+    const nanoseconds to = timeOf(cell + 1, columns);
     nanoseconds time = report.begun - begun_;
     nanoseconds most{-1};
     std::size_t longest = 0;
@@ -236,14 +241,6 @@ class Waterfall {
 };
 
 }  // namespace
-
-std::string spanText(nanoseconds time) {
-  const double milliseconds = std::chrono::duration<double, std::milli>(time).count();
-  if (milliseconds < 9.95) return fmt::format("{:.1f} ms", milliseconds);
-  if (milliseconds < 999.5) return fmt::format("{:.0f} ms", milliseconds);
-  return milliseconds < 99'950 ? fmt::format("{:.2f} s", milliseconds / 1e3)
-                               : fmt::format("{:.0f} s", milliseconds / 1e3);
-}
 
 void drawWaterfall(Screen& screen, std::vector<RequestReport> reports, std::size_t leftOut) {
   std::ranges::stable_sort(reports, {}, &RequestReport::begun);

@@ -13,7 +13,4 @@ namespace orvo::tool {
 /// further ones are not among the reports.
 void drawWaterfall(Screen& screen, std::vector<RequestReport> reports, std::size_t leftOut);
 
-/// `12 ms`, `1.25 s`
-[[nodiscard]] std::string spanText(std::chrono::nanoseconds time);
-
 }  // namespace orvo::tool
