@@ -39,6 +39,7 @@
 
 #include <OrvoAPI/Parsing/DateFormatError.h>
 #include <OrvoAPI/Parsing/DateFormatter.h>
+#include <OrvoAPI/Parsing/DocumentLoss.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>

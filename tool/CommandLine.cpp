@@ -206,7 +206,10 @@ std::vector<Parameter> CommandLine::globalOptions() {
       {.name = "--trace",
        .description = "Draw on standard error where the time of each request went; with --json, a "
                       "document a line",
-       .target = &trace_}};
+       .target = &trace_},
+      {.name = "--report",
+       .description = "Say on standard error what of the documents cannot be used, and why",
+       .target = &report_}};
   options.insert(options.end(), others.begin(), others.end());
   return options;
 }
@@ -254,6 +257,7 @@ GlobalOptions CommandLine::chosenOptions() const {
   }
   options.json = json_;
   options.verbose = verbose_;
+  if (report_) options.losses = std::make_shared<LossReport>();
   return options;
 }
 
@@ -264,7 +268,9 @@ int CommandLine::run() {
     Recording recording(traffic_.record, options);
     Tool tool(std::move(options));
     if (trace_ || isTraceWanted()) tool.observe(std::make_shared<Trace>(tool));
-    return recording.end(chosen_->run(tool));
+    const int status = chosen_->run(tool);
+    if (report_) tool.options().losses->print(tool.options().json, status == 0);
+    return recording.end(status);
   } catch (const WrongUsage& wrong) {
     printDiagnostic(harmless(std::string("orvo: ") + wrong.what()) + "\nTry \"orvo " +
                     chosen_->name + " --help\".\n");

@@ -42,6 +42,7 @@ class CommandLine {
   bool json_ = false;
   bool verbose_ = false;
   bool trace_ = false;
+  bool report_ = false;
   std::string color_ = "auto";
   std::string helpedCommand_;
   std::string shell_;

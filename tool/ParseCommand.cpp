@@ -39,7 +39,10 @@ int runParse(Tool& tool, const WrittenParse& written) {
   const std::string body = written.file.empty() || written.file == "-"
                                ? readDescriptor(STDIN_FILENO, "standard input", kLargestDocument)
                                : readFile(written.file, kLargestDocument);
+  const LossWatch watch;
   const auto result = parseDocument(written.kind, body, arguments);
+  const auto& losses = tool.options().losses;
+  if (losses != nullptr && !result.failed()) losses->add(watch.losses(written.kind));
   if (const Json* model = result.value()) return tool.answer(Json::object({{"ok", *model}}));
   // Whoever asks for a parse has the document: nothing in it is a secret from them.
   tool.answer(errorJson(*result.error(), Secrets::shown));
@@ -83,7 +86,8 @@ void addParseCommand(Commands& commands) {
   commands.push_back({.name = "parse",
                       .description = "What the library reads in one of the service's documents",
                       .details = "Prints \"ok\" with every field that was read, or \"error\" with "
-                                 "the first thing that is missing or wrong, as JSON.",
+                                 "the first thing that is missing or wrong, as JSON. With "
+                                 "--report it says what of the document cannot be used, too.",
                       .arguments = {{.name = "KIND",
                                      .description = "What the document is",
                                      .values = anyOf(parseKinds()),

@@ -77,6 +77,7 @@ Result<std::shared_ptr<Context>> Tool::context() {
     };
     bootstrap.context.reportQueue = observer_->queue();
   }
+  if (options_.losses) options_.losses->listen(bootstrap.context);
   const auto future =
       options_.api
           ? ContextService::context(*options_.api, *options_.resources, options_.client, bootstrap)
@@ -134,6 +135,7 @@ std::string Tool::wayOut() const {
 int Tool::fail(const AnyError& error) const {
   // The error comes last; a session that cannot be had ends all.
   if (observer_) isOpening_ ? observer_->close() : observer_->flush();
+  if (options_.losses != nullptr) options_.losses->print(options_.json, false);
   if (options_.json) {
     printJsonLine(errorJson(error));
   } else {

@@ -7,6 +7,7 @@
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Futures/Promise.h>
 #include <demo/DemoService.h>
+#include <tool/LossReport.h>
 #include <tool/ModelJson.h>
 #include <tool/Progress.h>
 #include <tool/RequestObserver.h>
@@ -29,6 +30,8 @@ struct GlobalOptions : ServiceChoice {
   bool json = false;
   /// Whether to say which service is talked to.
   bool verbose = false;
+  /// Where what documents lose is told, if it is.
+  std::shared_ptr<LossReport> losses{};
   /// What the context is made with, and what stands before the network.
   BootstrapOptions bootstrap{};
   /// Is told the service once it runs.

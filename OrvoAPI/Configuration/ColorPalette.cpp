@@ -21,13 +21,15 @@ Result<ColorResource> ColorResourceParser::parse(const JSONObject& json,
   static constexpr detail::TextIndex kKeys({"hex", "transform"});
   const detail::JSONMembers<kKeys> members(json);
   detail::RequiredMembers required("ColorResource");
-  const auto hex = required.text(members["hex"]);
+  (void)required.text(members["hex"]);
   const auto transform = required.text(members["transform"]);
   if (required.failed()) return required.failure();
-  auto color = Color::fromHexString(hex);
+  auto color =
+      members["hex"].stringAs([](std::string_view hex) { return Color::fromHexString(hex); });
   if (!color) color = Color::fromHexString(fallback);
   if (!color) {
-    required.fail("Unable to create color resource from json or fallback");
+    required.fail(members["hex"].fault(JSONValue::Kind::string),
+                  "Unable to create color resource from json or fallback");
     return required.failure();
   }
   return ColorResource{.transform = std::string(transform), .color = *color};
@@ -45,6 +47,7 @@ ColorPalette ColorPaletteParser::parse(const JSONObject& json) {
         resource = std::move(*found);
         continue;
       }
+      detail::drop(*member);
     }
     resource = {.transform = std::string(entry.fallbackTransform),
                 .color = Color::fromHexString(entry.fallbackHex).value_or(Color())};

@@ -1,5 +1,5 @@
 #include <OrvoAPI/Configuration/Configuration.h>
-#include <OrvoAPI/Parsing/JSONMembersInternal.h>
+#include <OrvoAPI/Model/RequiredMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 
 #include <string_view>
@@ -21,7 +21,11 @@ auto section(const detail::JSONMember& member) {
   std::optional<Record> record;
   if (const auto object = member.object()) {
     auto parsed = Parser::parse(*object);
-    if (Record* found = parsed.value()) record = std::move(*found);
+    if (Record* found = parsed.value()) {
+      record = std::move(*found);
+    } else {
+      detail::drop(*object);
+    }
   }
   return record;
 }
@@ -29,7 +33,8 @@ auto section(const detail::JSONMember& member) {
 /// The views of "nav" that the client knows, or nothing unless it is an object of objects.
 std::optional<std::vector<Configuration::SystemView>> systemViews(
     const detail::JSONMember& member) {
-  const auto nav = member.object();
+  static constexpr detail::TextIndex kViewKeys({"label", "id"});
+  const auto nav = member.requiredObject();
   if (!nav) return std::nullopt;
   for (const auto& [name, value] : *nav) {
     if (!value.object()) return std::nullopt;
@@ -37,10 +42,15 @@ std::optional<std::vector<Configuration::SystemView>> systemViews(
   std::vector<Configuration::SystemView> views;
   for (const std::string_view name : {"discover", "calendar", "channels"}) {
     const auto view = nav->object(name);
-    const auto label = view ? view->string("label") : std::nullopt;
-    const auto id = view ? view->string("id") : std::nullopt;
-    if (label && id) {
-      views.push_back({std::string(name), std::string(*label), std::string(*id)});
+    if (!view) continue;
+    const detail::JSONMembers<kViewKeys> members(*view);
+    detail::RequiredMembers required("SystemView");
+    const auto label = required.text(members["label"]);
+    const auto id = required.text(members["id"]);
+    if (required.failed()) {
+      required.drop(*view);
+    } else {
+      views.push_back({std::string(name), std::string(label), std::string(id)});
     }
   }
   return views;
@@ -70,7 +80,7 @@ Configuration::UpcomingEvents upcomingEvents(const detail::JSONMember& member) {
 /// The stream with the texts of "tv", or nothing unless all three are there.
 std::optional<LinearStream> linearStream(const detail::JSONMember& member, std::string_view id) {
   static constexpr detail::TextIndex kStreamKeys({"label", "description", "icon"});
-  const auto tv = member.object();
+  const auto tv = member.requiredObject();
   if (!tv) return std::nullopt;
   const detail::JSONMembers<kStreamKeys> members(*tv);
   const auto label = members["label"].string();

@@ -2,6 +2,7 @@
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/Context.h>
 #include <OrvoAPI/Context/FetchScopeStateInternal.h>
+#include <OrvoAPI/Context/LossReporterInternal.h>
 #include <OrvoAPI/Context/RedactionInternal.h>
 #include <OrvoAPI/Context/RequestPipelineInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
@@ -34,11 +35,12 @@ Result<Shared<T>> share(Result<T> result) {
 
 /// One fetch: what is asked for, to be named by its failures, and its record if somebody wants one.
 struct Asked {
-  /// Without a reporter nobody wants a record; without a scope nothing ends it.
-  Asked(const detail::RequestReporter* reporter, const detail::FetchScopeState* within,
+  /// Without an observer nobody wants a record; without a scope nothing ends it.
+  Asked(const detail::RequestReporter* observer, const detail::FetchScopeState* within,
         const detail::Subject& what)
       : subject(what),
-        record(reporter != nullptr ? reporter->begin(what) : detail::RecordRef()),
+        reporter(observer),
+        record(observer != nullptr ? observer->begin(what) : detail::RecordRef()),
         scope(within) {}
 
   /// What `fetch` makes of the URL, or the failure when there is none.
@@ -50,6 +52,7 @@ struct Asked {
   }
 
   const detail::Subject subject;
+  const detail::RequestReporter* const reporter;
   const detail::RecordRef record;
 
  private:
@@ -71,7 +74,9 @@ struct Asked {
 /// large body is read.
 template <class Read>
 auto reading(const Asked& asked, const Future<Data>& body, Read read) {
-  return body.map(detail::Explained<Read>(asked.subject, std::move(read)));
+  detail::Watched watched(detail::LossReporter::make(asked.reporter, asked.subject),
+                          std::move(read));
+  return body.map(detail::Explained(asked.subject, std::move(watched)));
 }
 
 /// The body as a JSON object, made into a model by `parse`.

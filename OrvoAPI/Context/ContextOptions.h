@@ -9,6 +9,7 @@
 
 namespace orvo {
 
+struct DocumentLoss;
 struct RequestReport;
 
 /// What a context may be given besides what it needs.
@@ -27,9 +28,14 @@ struct ContextOptions {
   /// Has the logger take a line for each such report, with level info, or warning for a failure;
   /// subsystem "network", category "requests".
   bool logsRequests = false;
-  /// Where `onReport` and the logger are called then; when there is none, on the global queue, one
-  /// report after another, of all contexts, so that one that never returns keeps back all others.
-  /// Posted to by whatever ends a fetch, also by letting go of its last future.
+  /// Is handed each loss, of <OrvoAPI/Parsing/DocumentLoss.h>, of a document that was fetched and
+  /// read although something of it cannot be used; before the fetch's report, and as that is: it
+  /// changes nothing, and what it throws is dropped. A document with losses takes the time to find
+  /// their places in it. A value from the cache loses nothing again.
+  std::function<void(const DocumentLoss&)> onLoss = nullptr;
+  /// Where the observers and the logger are called then; when there is none, on the global queue,
+  /// one report after another, of all contexts, so that one that never returns keeps back all
+  /// others. Posted to by whatever ends a fetch, also by letting go of its last future.
   std::shared_ptr<DispatchQueue> reportQueue = nullptr;
 };
 

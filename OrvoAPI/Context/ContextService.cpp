@@ -1,5 +1,6 @@
 #include <OrvoAPI/Context/ContentRequestInternal.h>
 #include <OrvoAPI/Context/ContextService.h>
+#include <OrvoAPI/Context/LossReporterInternal.h>
 #include <OrvoAPI/Context/QueueLogInternal.h>
 #include <OrvoAPI/Context/RequestRecordInternal.h>
 #include <OrvoAPI/Context/Response.h>
@@ -39,10 +40,13 @@ struct OwnRequests {
     if (record) record->willSend();
     const auto answer = network->fetch(request);
     if (record) record->awaitAnswer(answer);
-    auto document =
-        answer.map(Response::validate)
-            .map([](const HTTPResult& valid) { return JSONDataParser::object(valid.body); })
-            .map(detail::Explained<Parse>(subject, std::move(parse)));
+    const auto read = [parse = std::move(parse)](const HTTPResult& valid) {
+      using Document = decltype(parse(std::declval<const JSONObject&>()));
+      const auto json = JSONDataParser::object(valid.body);
+      return json.failed() ? Document(Failure{*json.error()}) : parse(*json.value());
+    };
+    const detail::Watched watched(detail::LossReporter::make(reporter.get(), subject), read);
+    auto document = answer.map(Response::validate).map(detail::Explained(subject, watched));
     if (record) record->endWith(document);
     return document;
   }
@@ -70,7 +74,7 @@ OwnRequests makeRequests(BootstrapOptions& options) {
   }
   OwnRequests own{.reporter = detail::RequestReporter::make(context, nullptr)};
   if (own.reporter != nullptr) {
-    options.session.measuresRequests = true;
+    options.session.measuresRequests |= own.reporter->isRecording();
     context.reportQueue = own.reporter->queue();
   }
   return own;

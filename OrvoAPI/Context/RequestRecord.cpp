@@ -27,13 +27,16 @@ std::shared_ptr<DispatchQueue> reportQueue(const ContextOptions& options) {
 RequestReporter::RequestReporter(const ContextOptions& options,
                                  std::shared_ptr<SessionProvider> sessionProvider)
     : onReport_(options.onReport),
+      onLoss_(options.onLoss),
       logger_(options.logsRequests ? options.logger : nullptr),
       queue_(reportQueue(options)),
       sessionProvider_(std::move(sessionProvider)) {}
 
 std::shared_ptr<const RequestReporter> RequestReporter::make(
     const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider) {
-  if (options.onReport == nullptr && !options.logsRequests) return nullptr;
+  if (options.onReport == nullptr && options.onLoss == nullptr && !options.logsRequests) {
+    return nullptr;
+  }
   return std::shared_ptr<const RequestReporter>(
       new RequestReporter(options, std::move(sessionProvider)));
 }
@@ -52,6 +55,7 @@ void RequestReporter::tell(const RequestReport& report, const Redaction& redacti
 }
 
 RecordRef RequestReporter::begin(const Subject& subject) const noexcept {
+  if (!isRecording()) return {};
   try {
     return RecordRef::adopt(new RequestRecord(shared_from_this(), subject));
   } catch (const std::bad_alloc&) {
@@ -174,9 +178,7 @@ void RequestRecord::run() {
   try {
     complete(*facts);
     auto& [token, newToken] = facts->tokens;
-    if (token.empty() && reporter->sessionProvider_ != nullptr) {
-      token = reporter->sessionProvider_->currentToken();
-    }
+    if (token.empty()) token = reporter->currentToken();
     const Redaction redaction(token, newToken);
     hide(*facts, redaction);
     reporter->tell(facts->report, redaction);

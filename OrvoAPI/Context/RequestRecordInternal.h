@@ -31,9 +31,16 @@ class RequestReporter final : public std::enable_shared_from_this<RequestReporte
   [[nodiscard]] static std::shared_ptr<const RequestReporter> make(
       const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider);
 
-  /// Empty when there is no memory for it: the request goes unreported.
+  /// Whether requests are reported, and not just what is left out of documents.
+  [[nodiscard]] bool isRecording() const { return onReport_ != nullptr || logger_ != nullptr; }
+  /// Empty when there is no memory for it, and the request goes unreported, or when none are.
   [[nodiscard]] RecordRef begin(const Subject& subject) const noexcept;
   [[nodiscard]] const std::shared_ptr<DispatchQueue>& queue() const { return queue_; }
+  [[nodiscard]] const std::function<void(const DocumentLoss&)>& onLoss() const { return onLoss_; }
+  /// Empty when none is known.
+  [[nodiscard]] std::string currentToken() const {
+    return sessionProvider_ != nullptr ? sessionProvider_->currentToken() : std::string();
+  }
 
  private:
   friend class RequestRecord;
@@ -42,6 +49,7 @@ class RequestReporter final : public std::enable_shared_from_this<RequestReporte
   void tell(const RequestReport& report, const Redaction& redaction) const;
 
   const std::function<void(const RequestReport&)> onReport_;
+  const std::function<void(const DocumentLoss&)> onLoss_;
   const std::shared_ptr<Logger> logger_;  // null: requests are not logged
   const std::shared_ptr<DispatchQueue> queue_;
   const std::shared_ptr<SessionProvider> sessionProvider_;

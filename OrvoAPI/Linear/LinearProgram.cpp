@@ -17,7 +17,7 @@ LinearProgramReader::LinearProgramReader(const JSONObject& json)
 
 Date LinearProgramReader::time(const JSONMember& member) {
   const auto date = failed() ? std::nullopt : iso8601Formatter().date(text(member));
-  return found(date, member.key());
+  return found(date, member, Wanted::string, member.key());
 }
 
 LinearProgram LinearProgramReader::record() const {

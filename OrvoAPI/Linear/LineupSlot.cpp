@@ -20,8 +20,11 @@ LineupTemplateImages LineupSlotReader::images(const JSONMember& member) {
   for (std::size_t number = 0; number < templates.size(); ++number) {
     const auto image = members.at(number).object();
     if (!image) continue;
-    const auto text = JSONMembers<kTemplateKeys>(*image)["template"].string();
-    if (!text) continue;
+    const auto text = JSONMembers<kTemplateKeys>(*image)["template"].token().string();
+    if (!text) {
+      detail::drop(*image, "template");
+      continue;
+    }
     templates[keys.size()] = *text;
     keys.insert(static_cast<ImageKey>(number));
   }
@@ -42,13 +45,13 @@ Date LineupSlotReader::date(const JSONMember& member) {
   if (failed()) return {};
   const auto date = eventDate(string);
   if (!date) badDate_ = string;
-  return found(date, member.key());
+  return found(date, member, Wanted::string, member.key());
 }
 
 void LineupSlotReader::readChannel() {
   static constexpr TextIndex kKeys({"id", "name", "order"});
-  const auto channel = members_["channel"].object();
-  if (!channel) return fail("channel");
+  const auto channel = members_["channel"].requiredObject();
+  if (!channel) return fail(members_["channel"].fault(Wanted::object), "channel");
   const JSONMembers<kKeys> members(*channel);
   channelID_ = text(members["id"], "channel/id");
   channelName_ = text(members["name"], "channel/name");

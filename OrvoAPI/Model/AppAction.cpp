@@ -11,7 +11,7 @@ AppActionReader::AppActionReader(const LinkMembers& link)
       id_(text(link["id"])),
       label_(text(link["label"])),
       kind_(rawValue<AppAction::Kind>(link["action"], "kind")),
-      icon_(link["icon"].string().value_or("space")) {}
+      icon_(failed() ? "" : link["icon"].string().value_or("space")) {}
 
 AppAction AppActionReader::record() const {
   return {.id = std::string(id_),

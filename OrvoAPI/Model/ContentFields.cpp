@@ -24,8 +24,7 @@ constexpr TextIndex kResourceNames = resourceNames();
 }  // namespace
 
 std::optional<URL> optionalURL(const JSONMember& member) {
-  const auto text = member.string();
-  return text ? URL::parse(*text) : std::nullopt;
+  return member.stringAs([](std::string_view text) { return URL::parse(text); });
 }
 
 std::vector<CollectionReference> collections(const JSONMember& member) {
@@ -35,9 +34,12 @@ std::vector<CollectionReference> collections(const JSONMember& member) {
   reserve(references, entries->size());
   for (const JSONObject& entry : *entries) {
     const JSONMembers<kReferenceKeys> members(entry);
-    const auto id = members["id"].string();
-    const auto label = members["label"].string();
-    if (!id || !label) continue;
+    const auto id = members["id"].token().string();
+    const auto label = members["label"].token().string();
+    if (!id || !label) {
+      drop(entry, id ? "label" : "id");
+      continue;
+    }
     appendMade(references, [&] {
       return CollectionReference{.id = std::string(*id), .label = std::string(*label)};
     });
@@ -50,9 +52,13 @@ std::optional<LineupReference> lineupMeta(const JSONMember& member) {
   const auto lineup = member.object();
   if (!lineup) return std::nullopt;
   const JSONMembers<kKeys> members(*lineup);
-  const auto displayKind = caseOf<LineupDisplayKind>(members["display_type"].string());
-  auto url = displayKind ? optionalURL(members["url"]) : std::nullopt;
-  if (!url) return std::nullopt;
+  const auto displayKind = caseOf<LineupDisplayKind>(members["display_type"].token().string());
+  const auto text = displayKind ? members["url"].token().string() : std::nullopt;
+  auto url = text ? URL::parse(*text) : std::nullopt;
+  if (!url) {
+    drop(*lineup, displayKind ? "url" : "display_type");
+    return std::nullopt;
+  }
   return LineupReference{.url = *std::move(url), .displayKind = *displayKind};
 }
 
@@ -74,14 +80,24 @@ ContentLinks::ContentLinks(const JSONMember& member) {
   reserve(siblings, siblingLinks);
   for (const JSONObject& link : *links) {
     const LinkMembers members(link);
-    const auto type = members["type"].string();
+    const auto type = members["type"].token().string();
     if (type == "button") {
       const AppActionReader action(members);
-      if (!action.failed()) appendMade(actions, [&] { return action.record(); });
+      if (action.failed()) {
+        action.drop(link);
+      } else {
+        appendMade(actions, [&] { return action.record(); });
+      }
     } else if (type == "sibling") {
-      const auto id = members["id"].string();
-      const auto label = members["label"].string();
-      if (id && label) siblings.push_back({.label = std::string(*label), .id = std::string(*id)});
+      const auto id = members["id"].token().string();
+      const auto label = members["label"].token().string();
+      if (id && label) {
+        siblings.push_back({.label = std::string(*label), .id = std::string(*id)});
+      } else {
+        drop(link, id ? "label" : "id");
+      }
+    } else {
+      drop(link, "type");
     }
   }
 }

@@ -20,7 +20,7 @@ namespace orvo::detail {
 /// A raw value of `E`, or else `fallback`.
 template <RawValueEnum E>
 [[nodiscard]] E rawValueOr(const JSONMember& member, E fallback) {
-  return caseOf<E>(member.string()).value_or(fallback);
+  return member.stringAs([](std::string_view text) { return caseOf<E>(text); }).value_or(fallback);
 }
 
 [[nodiscard]] std::optional<URL> optionalURL(const JSONMember& member);

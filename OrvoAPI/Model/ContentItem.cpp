@@ -11,7 +11,8 @@ ContentItemReader::ContentItemReader(const JSONObject& json)
   // Mostly the first member: no walk over all of them.
   const auto kind = caseOf<ContentItem::Kind>(json.string("type"));
   if (!kind) {
-    std::get<RequiredMembers>(reader_).fail("type");
+    const JSONPlace place{json.node().document(), json.node().position()};
+    std::get<RequiredMembers>(reader_).fail({place, "type", JSONValue::Kind::string}, "type");
   } else if (kind == ContentItem::Kind::video) {
     reader_.emplace<VideoReader>(json);
   } else {
@@ -25,6 +26,10 @@ bool ContentItemReader::failed() const {
 
 Failure ContentItemReader::failure() const {
   return std::visit([](const RequiredMembers& required) { return required.failure(); }, reader_);
+}
+
+void ContentItemReader::drop(const JSONObject& json) const {
+  std::visit([&](const RequiredMembers& required) { required.drop(json); }, reader_);
 }
 
 ContentItem ContentItemReader::record(const std::optional<std::string>& collectionID) const {

@@ -68,6 +68,7 @@ class ContentItemReader {
   explicit ContentItemReader(const JSONObject& json);
   [[nodiscard]] bool failed() const;
   [[nodiscard]] Failure failure() const;
+  void drop(const JSONObject& json) const;
   [[nodiscard]] ContentItem record(const std::optional<std::string>& collectionID) const;
 
  private:

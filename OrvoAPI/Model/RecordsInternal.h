@@ -60,6 +60,7 @@ requires std::invocable<LeftOut, const Reader&>
   for (const JSONObject& element : elements) {
     const Reader reader(element);
     if (reader.failed()) {
+      reader.drop(element);
       leftOut(reader);
       continue;
     }

@@ -26,7 +26,8 @@ inline constexpr TextIndex kRawValues = rawValueIndex<E>();
 
 /// As `fromRawValue`, faster where there are many.
 template <RawValueEnum E>
-[[nodiscard]] std::optional<E> caseOf(const std::optional<std::string_view>& text) {
+[[nodiscard, gnu::always_inline]] inline std::optional<E> caseOf(
+    const std::optional<std::string_view>& text) {
   const auto number = text ? kRawValues<E>.find(*text) : TextIndex::kNone;
   return number == TextIndex::kNone ? std::nullopt : std::optional(static_cast<E>(number));
 }
@@ -38,25 +39,30 @@ template <RawValueEnum E>
 class RequiredMembers {
  public:
   using Member = JSONMember;
+  using Wanted = Member::Wanted;
 
   /// `type` names the record in the failure; a literal.
-  explicit RequiredMembers(std::string_view type) : type_(type) {}
+  explicit RequiredMembers(std::string_view type) : type_(type) {}  // no fault yet
 
   [[nodiscard]] std::string_view text(const Member& member) { return text(member, member.key()); }
   /// As `text`, with the key that the failure names.
   [[nodiscard]] std::string_view text(const Member& member, std::string_view reportedKey) {
-    return found(member.string(), reportedKey);
+    return found(member.token().string(), member, Wanted::string, reportedKey);
   }
   [[nodiscard]] std::string string(const Member& member) { return std::string(text(member)); }
-  [[nodiscard]] double number(const Member& member) { return found(member.number(), member.key()); }
+  [[nodiscard]] double number(const Member& member) {
+    return found(member.token().number(), member, Wanted::number, member.key());
+  }
   /// A number of milliseconds, in seconds.
   [[nodiscard]] double seconds(const Member& member) { return number(member) / 1000.0; }
   [[nodiscard]] std::int64_t integer(const Member& member) { return integer(member, member.key()); }
   /// As `integer`, with the key that the failure names.
   [[nodiscard]] std::int64_t integer(const Member& member, std::string_view reportedKey) {
-    return found(member.integer(), reportedKey);
+    return found(member.token().integer(), member, Wanted::number, reportedKey);
   }
-  [[nodiscard]] bool boolean(const Member& member) { return found(member.boolean(), member.key()); }
+  [[nodiscard]] bool boolean(const Member& member) {
+    return found(member.token().boolean(), member, Wanted::boolean, member.key());
+  }
   /// A string that is a valid URL.
   [[nodiscard]] URL url(const Member& member);
 
@@ -64,30 +70,36 @@ class RequiredMembers {
   [[nodiscard]] std::optional<JSONObjects> objects(const Member& member);
   /// An object with the three numbers; a failure of the numbers names `reportedDetails`.
   [[nodiscard]] PagingMeta meta(const Member& member, std::string_view reportedDetails);
+  [[nodiscard]] PagingMeta meta(const JSONObject& json, std::string_view reportedDetails);
 
   /// A string that is a raw value of `E`; the failure names `reportedKey`.
   template <RawValueEnum E>
   [[nodiscard]] E rawValue(const Member& member, std::string_view reportedKey) {
-    return found(caseOf<E>(member.string()), reportedKey);
+    return found(caseOf<E>(member.token().string()), member, Wanted::string, reportedKey);
   }
   template <RawValueEnum E>
   [[nodiscard]] E rawValue(const Member& member) {
     return rawValue<E>(member, member.key());
   }
 
-  /// The value, or a failure that names the key.
+  /// What was found in the member, of which that kind was wanted, or a failure that names the key.
   template <class T>
-  [[nodiscard]] T found(const std::optional<T>& value, std::string_view reportedKey) {
-    if (!value) fail(reportedKey);
+  [[nodiscard]] T found(const std::optional<T>& value, const Member& member, Wanted wanted,
+                        std::string_view reportedKey) {
+    if (!value) fail(member.fault(wanted), reportedKey);
     return value.value_or(T{});
   }
   /// Records a failure found by the caller; the first one stays.
-  void fail(std::string_view reportedKey) {
-    if (!failed()) failedKey_ = reportedKey;
+  void fail(const JSONFault& fault, std::string_view reportedKey) {
+    if (failed()) return;
+    failedKey_ = reportedKey;
+    fault_ = fault;
   }
   [[nodiscard]] bool failed() const { return failedKey_.data() != nullptr; }
   /// `JSONParseError::unableToParse` with the type and the first failing key.
   [[nodiscard]] Failure failure() const;
+  /// After a failure: the record is left out of what it is part of, where `json` is.
+  [[gnu::cold]] void drop(const JSONObject& json) const;
 
   /// The record that was built from the reads, or the failure when one of them failed.
   template <class T>
@@ -99,6 +111,9 @@ class RequiredMembers {
  private:
   std::string_view type_;
   std::string_view failedKey_;
+  union {
+    JSONFault fault_;  // of a failure
+  };
 };
 
 }  // namespace orvo::detail

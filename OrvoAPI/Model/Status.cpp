@@ -9,17 +9,19 @@ constexpr detail::TextIndex kStatusKeys({"code", "label", "message", "ttl", "sta
                                          "end_time"});
 
 std::optional<Date> timeOf(const detail::JSONMember& member) {
-  const auto text = member.string();
-  return text ? resourceTime(*text) : std::nullopt;
+  return member.stringAs([](std::string_view text) { return resourceTime(text); });
 }
 
 }  // namespace
 
 Status StatusParser::parse(const JSONObject& json) {
   const detail::JSONMembers<kStatusKeys> members(json);
-  const auto code = detail::caseOf<StatusCode>(members["code"].string());
-  const auto label = members["label"].string();
-  if (!code || !label) return {};
+  const auto code = detail::caseOf<StatusCode>(members["code"].token().string());
+  const auto label = members["label"].token().string();
+  if (!code || !label) {
+    detail::drop(json, code ? "label" : "code");
+    return {};
+  }
   const auto milliseconds = members["ttl"].number();
   return {.code = *code,
           .label = std::string(*label),

@@ -47,7 +47,7 @@ class VideoBeaconReader : public detail::RequiredMembers {
   /// A relative address has nothing to be relative to.
   [[nodiscard]] URL absoluteURL(const detail::JSONMember& member) {
     auto found = url(member);
-    if (!found.isAbsolute()) fail(member.key());
+    if (!found.isAbsolute()) fail(member.fault(Wanted::string), member.key());
     return found;
   }
 

@@ -1,4 +1,5 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Parsing/JSONMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 
 #include <optional>
@@ -13,6 +14,7 @@ template <class Shape>
 Result<Shape> read(const Data& data, std::optional<Shape> (JSONValue::*shape)() const) {
   const auto value = JSONDataParser::value(data);
   if (value.failed()) return Failure{*value.error()};
+  if (detail::lossNotes != nullptr) detail::lossNotes->didRead(*value.value());
   if (auto found = (value.value()->*shape)()) return *std::move(found);
   return Failure{JSONParseError::unexpectedType{}};
 }

@@ -1,7 +1,8 @@
 #pragma once
 
-#include <OrvoAPI/Base/TextIndexInternal.h>
+#include <OrvoAPI/Parsing/JSONTokenInternal.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
+#include <OrvoAPI/Parsing/LossNotesInternal.h>
 
 #include <array>
 #include <cstddef>
@@ -9,102 +10,117 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// How parsers read: all members of an object are found in one walk, and no owners are counted on
 /// the way. Everything here is valid as long as the document is held.
 namespace orvo::detail {
 
-/// A value as it was found in a document, or that there is none.
-class JSONToken {
- public:
-  enum class Kind : unsigned char { absent, null, boolean, integer, number, string, array, object };
-
-  JSONToken() {}  // nothing reads what an absent one holds
-  JSONToken(std::nullptr_t) : kind_(Kind::null), number_(0) {}
-  explicit JSONToken(bool value) : kind_(Kind::boolean), boolean_(value) {}
-  explicit JSONToken(std::int64_t value) : kind_(Kind::integer), integer_(value) {}
-  explicit JSONToken(double value) : kind_(Kind::number), number_(value) {}
-  explicit JSONToken(std::string_view value) : kind_(Kind::string), string_(value) {}
-  /// An array or object.
-  JSONToken(Kind kind, JSONPosition position) : kind_(kind), position_(position) {}
-
-  [[nodiscard]] Kind kind() const { return kind_; }
-  [[nodiscard]] std::optional<std::string_view> string() const {
-    return kind_ == Kind::string ? std::optional(string_) : std::nullopt;
-  }
-  [[nodiscard]] std::optional<bool> boolean() const {
-    return kind_ == Kind::boolean ? std::optional(boolean_) : std::nullopt;
-  }
-  [[nodiscard]] std::optional<double> number() const {
-    if (kind_ == Kind::integer) return static_cast<double>(integer_);
-    return kind_ == Kind::number ? std::optional(number_) : std::nullopt;
-  }
-  /// A whole number in range, however it was written.
-  [[nodiscard]] std::optional<std::int64_t> integer() const {
-    return kind_ == Kind::integer ? std::optional(integer_) : wholeNumber();
-  }
-  /// Of an array or object.
-  [[nodiscard]] JSONPosition position() const { return position_; }
-
- private:
-  [[nodiscard]] std::optional<std::int64_t> wholeNumber() const;
-
-  Kind kind_ = Kind::absent;
-  union {
-    bool boolean_;
-    std::int64_t integer_;
-    double number_;
-    std::string_view string_;
-    JSONPosition position_;
-  };
+/// Whose members were found.
+struct JSONPlace {
+  const JSONDocument* document;
+  JSONPosition at;
 };
 
-// --- what the reader offers; `object` and `array` are at such values
+// What the thread's `lossNotes` are told. Cold, and without a pointer to the member, which would
+// then have to be in memory, so that documents without fault pay nothing for it.
 
-[[nodiscard]] JSONToken tokenAt(JSONPosition position);
-/// The first member with the key. For a single key: it stops there.
-[[nodiscard]] std::optional<JSONPosition> findMember(JSONPosition object, std::string_view key);
-/// Fills `found`, which is as long as `keys` and empty, with the first member of each key.
-void findMembers(JSONPosition object, const TextIndex& keys, JSONToken* found);
-/// Whether all elements are of the kind.
-[[nodiscard]] bool holdsOnly(JSONToken::Kind kind, JSONPosition array);
-/// Which of the names are in the array, a bit for each; nothing unless all elements are strings.
-[[nodiscard]] std::optional<std::uint32_t> namesIn(JSONPosition array, const TextIndex& names);
+/// The member is ignored: it is not of the wanted kind, or of no use otherwise.
+[[gnu::cold]] void ignore(const JSONPlace& place, std::string_view key, JSONValue::Kind wanted);
+/// So are the elements of the array that are not among the names.
+[[gnu::cold]] void ignore(const JSONDocument* document, JSONPosition array, const TextIndex& names);
+
+/// A member for which a record fails.
+struct JSONFault {
+  JSONPlace place;
+  std::string_view key;
+  JSONValue::Kind wanted;
+};
+[[gnu::cold]] void blame(const JSONFault& fault);
 
 /// A member that may be absent; valid as long as the members that it is one of. The handles that it
 /// gives are borrowed.
 class JSONMember {
  public:
   using Kind = JSONToken::Kind;
+  using Wanted = JSONValue::Kind;
 
-  JSONMember(const JSONDocument* document, const JSONToken& token, std::string_view key)
-      : document_(document), token_(token), key_(key) {}
+  JSONMember(const JSONPlace& place, const JSONToken& token, std::string_view key)
+      : place_(place), token_(token), key_(key) {}
 
   [[nodiscard]] std::string_view key() const { return key_; }
-  [[nodiscard]] std::optional<std::string_view> string() const { return token_.string(); }
+  [[nodiscard]] std::optional<std::string_view> string() const {
+    const auto value = token_.string();
+    return value ? value : unusable(Wanted::string);
+  }
   [[nodiscard]] std::optional<std::string> text() const {
     return std::optional<std::string>(string());
   }
-  [[nodiscard]] std::optional<bool> boolean() const { return token_.boolean(); }
-  [[nodiscard]] std::optional<double> number() const { return token_.number(); }
-  [[nodiscard]] std::optional<std::int64_t> integer() const { return token_.integer(); }
+  [[nodiscard]] std::optional<bool> boolean() const {
+    const auto value = token_.boolean();
+    return value ? value : unusable(Wanted::boolean);
+  }
+  [[nodiscard]] std::optional<double> number() const {
+    const auto value = token_.number();
+    return value ? value : unusable(Wanted::number);
+  }
+  [[nodiscard]] std::optional<std::int64_t> integer() const {
+    const auto value = token_.integer();
+    return value ? value : unusable(Wanted::number);
+  }
   [[nodiscard]] std::optional<JSONObject> object() const {
-    return token_.kind() == Kind::object ? std::optional(JSONObject(node())) : std::nullopt;
+    auto value = requiredObject();
+    return value ? std::move(value) : unusable(Wanted::object);
   }
   /// An array of nothing but objects.
   [[nodiscard]] std::optional<JSONObjects> objects() const {
-    const bool right = token_.kind() == Kind::array && holdsOnly(Kind::object, token_.position());
-    return right ? std::optional(JSONObjects(node())) : std::nullopt;
+    auto value = requiredObjects();
+    return value ? std::move(value) : unusable(Wanted::array);
   }
   /// Which of the names an array of strings holds, a bit for each; none when it is not one.
   [[nodiscard]] std::uint32_t names(const TextIndex& names) const {
-    return token_.kind() == Kind::array ? namesIn(token_.position(), names).value_or(0) : 0;
+    if (token_.kind() != Kind::array) {
+      (void)unusable(Wanted::array);
+      return 0;
+    }
+    bool knowsAll = true;
+    const auto found = namesIn(token_.position(), names, knowsAll);
+    if (!knowsAll) ignore(place_.document, token_.position(), names);
+    return found;
   }
 
- private:
-  [[nodiscard]] JSONNode node() const { return JSONNode::borrowed(document_, token_.position()); }
+  /// What `read` makes of the text, an optional value: a text of which it makes none is ignored.
+  template <class Read>
+  [[nodiscard]] auto stringAs(Read read) const {
+    const auto text = string();
+    auto value = text ? read(*text) : decltype(read(*text))();
+    if (text && !value) ignore(place_, key_, Wanted::string);
+    return value;
+  }
 
-  const JSONDocument* document_;
+  // For what a record requires: who does not find it tells that it is dropped.
+
+  [[nodiscard]] const JSONToken& token() const { return token_; }
+  [[nodiscard]] std::optional<JSONObject> requiredObject() const {
+    return token_.kind() == Kind::object ? std::optional(JSONObject(node())) : std::nullopt;
+  }
+  [[nodiscard]] std::optional<JSONObjects> requiredObjects() const {
+    const bool right = token_.kind() == Kind::array && holdsOnly(Kind::object, token_.position());
+    return right ? std::optional(JSONObjects(node())) : std::nullopt;
+  }
+  [[nodiscard]] JSONFault fault(Wanted wanted) const { return {place_, key_, wanted}; }
+
+ private:
+  [[nodiscard]] JSONNode node() const {
+    return JSONNode::borrowed(place_.document, token_.position());
+  }
+  /// It is ignored, if it is there. Always inline: the compiler would split it and pass a pointer.
+  [[nodiscard, gnu::always_inline]] std::nullopt_t unusable(Wanted wanted) const {
+    if (token_.kind() != Kind::absent) ignore(place_, key_, wanted);
+    return std::nullopt;
+  }
+
+  const JSONPlace& place_;
   const JSONToken& token_;
   std::string_view key_;
 };
@@ -121,18 +137,19 @@ class JSONMembers {
     std::size_t number;
   };
 
-  explicit JSONMembers(const JSONObject& object) : document_(object.node().document()) {
-    findMembers(object.node().position(), kKeys, found_.data());
+  explicit JSONMembers(const JSONObject& object)
+      : place_{object.node().document(), object.node().position()} {
+    findMembers(place_.at, kKeys, found_.data());
   }
 
   [[nodiscard]] JSONMember operator[](Key key) const { return at(key.number); }
   /// By the key's number.
   [[nodiscard]] JSONMember at(std::size_t number) const {
-    return {document_, found_[number], kKeys[number]};
+    return {place_, found_[number], kKeys[number]};
   }
 
  private:
-  const JSONDocument* document_;
+  JSONPlace place_;
   std::array<JSONToken, kKeys.size()> found_;
 };
 

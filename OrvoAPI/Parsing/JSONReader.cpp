@@ -33,7 +33,7 @@ struct ReadDocument : JSONDocument {
   dom::document contents;
 };
 
-// A position is one of simdjson's references: into which document, and where.
+// A position is one of simdjson's references: into which document, and where. That ascends in it.
 template <class Reference>
 constexpr bool fitsPosition =
     sizeof(Reference) == sizeof(JSONPosition) && std::is_trivially_copyable_v<Reference>;
@@ -127,13 +127,20 @@ bool holdsOnly(JSONToken::Kind kind, JSONPosition array) {
   });
 }
 
-std::optional<std::uint32_t> namesIn(JSONPosition array, const TextIndex& names) {
+std::uint32_t namesIn(JSONPosition array, const TextIndex& names, bool& knowsAll) {
   std::uint32_t found = 0;
   for (const dom::element element : arrayAt(array)) {
     std::string_view text;
-    if (element.get_string().get(text)) return std::nullopt;
+    if (element.get_string().get(text)) {
+      knowsAll = false;
+      return 0;
+    }
     const auto number = names.find(text);
-    if (number != TextIndex::kNone) found |= std::uint32_t{1} << number;
+    if (number == TextIndex::kNone) {
+      knowsAll = false;
+    } else {
+      found |= std::uint32_t{1} << number;
+    }
   }
   return found;
 }

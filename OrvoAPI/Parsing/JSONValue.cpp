@@ -46,6 +46,34 @@ std::optional<Array> array(const JSONNode& neighbour, const JSONToken& token,
 
 }  // namespace
 
+void drop(const JSONObject& record) {
+  if (lossNotes != nullptr) lossNotes->dropped(record);
+}
+
+void drop(const JSONObject& record, std::string_view key) {
+  blame(record, key, JSONValue::Kind::string);
+  drop(record);
+}
+
+void blame(const JSONObject& object, std::string_view key, JSONValue::Kind wanted) {
+  if (lossNotes != nullptr) lossNotes->blamed(object, key, wanted);
+}
+
+void blame(const JSONFault& fault) {
+  const auto& place = fault.place;
+  blame(JSONObject(JSONNode::borrowed(place.document, place.at)), fault.key, fault.wanted);
+}
+
+void ignore(const JSONPlace& place, std::string_view key, JSONValue::Kind wanted) {
+  if (lossNotes == nullptr) return;
+  lossNotes->ignored(JSONObject(JSONNode::borrowed(place.document, place.at)), key, wanted);
+}
+
+void ignore(const JSONDocument* document, JSONPosition array, const TextIndex& names) {
+  if (lossNotes == nullptr) return;
+  lossNotes->ignored(JSONArray(JSONNode::borrowed(document, array)), names);
+}
+
 }  // namespace detail
 
 using Token = detail::JSONToken;

@@ -53,6 +53,9 @@ class JSONValue {
   /// The value as compact JSON, for errors and logs.
   [[nodiscard]] std::string text() const;
 
+  /// For the parsers.
+  [[nodiscard]] const detail::JSONNode& node() const { return node_; }
+
  private:
   friend class JSONObject;
   template <class Element>

@@ -1,0 +1,73 @@
+#pragma once
+
+#include <OrvoAPI/Base/RawValue.h>
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace orvo {
+
+/// Something of a document that a parser left out although it read the rest. It holds names and
+/// counts, never a value of the document. A value.
+struct DocumentLoss {
+  enum class Reason {
+    /// A member that its record requires is not there.
+    missing,
+    /// It is null.
+    null,
+    /// It is of another type than it should be.
+    wrongType,
+    /// It is of the right type, but cannot be used: a name that is not known, an address or a date
+    /// that is none, a number that is not whole.
+    badValue,
+    /// Not told one by one: there were more than `LossWatch::kMost`.
+    further
+  };
+
+  /// The type of the document, such as "ItemCollection".
+  std::string document = {};
+  /// What was asked for when it was fetched, as in a `RequestReport`.
+  std::string identifier = {};
+  /// Where the fault is: `items[3].title`. Empty for `further`.
+  std::string path = {};
+  /// What was left out for it: `items[3]`, or the faulty member itself; empty for the whole
+  /// document, of which a stand-in was made.
+  std::string lost = {};
+  Reason reason = Reason::missing;
+  /// How many there are: one, or the number of the further ones.
+  std::size_t count = 1;
+
+  friend bool operator==(const DocumentLoss&, const DocumentLoss&) = default;
+};
+
+template <>
+inline constexpr EnumCase enumCases<DocumentLoss::Reason>[] = {
+    {"missing"}, {"null"}, {"wrongType"}, {"badValue"}, {"further"}};
+
+/// Notices what the library's parsers leave out while it lives: of the document that was last read
+/// (with `JSONDataParser`) since, on the thread that made it, where it also has to be destroyed. Of
+/// several that live at the same time only the last made one notices anything.
+class LossWatch {
+ public:
+  /// How many losses are told one by one.
+  static constexpr std::size_t kMost = 100;
+
+  /// Without memory for it nothing is noticed.
+  LossWatch() noexcept;
+  ~LossWatch();
+  LossWatch(const LossWatch&) = delete;
+  LossWatch& operator=(const LossWatch&) = delete;
+
+  /// What was left out of the document, which it calls `document`, in the order of the objects and
+  /// arrays whose members and elements they are; to be asked when it was parsed as a whole.
+  [[nodiscard]] std::vector<DocumentLoss> losses(std::string_view document) const;
+
+ private:
+  class Notes;
+  std::unique_ptr<Notes> notes_;
+};
+
+}  // namespace orvo

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <OrvoAPI/Context/ContextOptions.h>
+#include <OrvoAPI/Parsing/DocumentLoss.h>
+#include <OrvoAPI/Queues/DispatchQueue.h>
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+namespace orvo::tool {
+
+/// What was left out of the documents that a command has read: `--report`.
+class LossReport : public std::enable_shared_from_this<LossReport> {
+ public:
+  /// Has the context that is made with the options tell of it, on the queue that they name.
+  void listen(ContextOptions& options);
+  /// Adds what was read without a context. From any thread.
+  void add(const std::vector<DocumentLoss>& losses);
+
+  /// Says on standard error what is known by now, the first time; `isDone`: also that it is
+  /// nothing.
+  void print(bool json, bool isDone);
+
+ private:
+  [[nodiscard]] std::vector<DocumentLoss> taken();
+
+  std::shared_ptr<DispatchQueue> queue_;
+  std::mutex lock_;
+  std::vector<DocumentLoss> losses_;
+  bool hasRead_ = false;
+  bool isPrinted_ = false;
+};
+
+}  // namespace orvo::tool
