@@ -15,6 +15,12 @@ namespace {
 /// be.
 constexpr std::size_t kLeastDistinct = 8;
 
+/// Texts are searched for all of them: what documents name is taken up to this many.
+constexpr std::size_t kMostKnown = 64;
+/// A text that has been made for long searches is replaced as a whole.
+constexpr std::size_t kMostSearches = 2'000'000;
+constexpr std::string_view kHidden = "(hidden)";
+
 /// The character of that code in hexadecimal digits, or -1.
 int hexadecimal(std::string_view digits, std::size_t count) {
   if (digits.size() < count) return -1;
@@ -70,9 +76,14 @@ void lengthsOf(char c, std::string_view text, Take take) {
 }
 
 /// How many characters at the beginning of the text are the secret, or 0. A "%" may stand for
-/// itself or begin an escape: all ways to read it are followed, up to a bound.
-std::size_t lengthOf(std::string_view secret, std::string_view text) {
+/// itself or begin an escape: all ways to read it are followed, up to a bound, and counted.
+std::size_t lengthOf(std::string_view secret, std::string_view text, std::size_t& searches) {
   constexpr std::size_t kMostWays = 16;
+  const auto same =
+      static_cast<std::size_t>(std::ranges::mismatch(secret, text).in1 - secret.begin());
+  // Most texts differ at once, and where nothing is escaped.
+  if (text.substr(0, same + 1).find_first_of("%\\") == std::string_view::npos) return 0;
+  ++searches;
   std::vector<std::size_t> ends{0};
   for (const char c : secret) {
     std::vector<std::size_t> next;
@@ -113,6 +124,14 @@ bool isSecret(const std::string& lowerName) {
                                                    "key",  "session", "signature"};
   return std::ranges::any_of(kSigns,
                              [&](auto sign) { return lowerName.find(sign) != std::string::npos; });
+}
+
+/// Whether what a document calls that is secret.
+bool namesSecret(std::string_view key) {
+  const std::string lower = lowerCase(key);
+  return std::ranges::any_of(std::array{"token", "secret", "password"}, [&](const char* part) {
+    return lower.find(part) != std::string::npos;
+  });
 }
 
 /// Where the credentials begin: behind the name of a scheme, if there is one.
@@ -174,10 +193,32 @@ void Disguise::addField(std::string_view name, std::string_view value) {
 }
 
 void Disguise::addDocument(const Data& body) {
-  if (body.view().find("token") == std::string_view::npos) return;
-  const auto document = JSONDataParser::object(body);
+  const auto holds = [&body](std::string_view part) {
+    return body.view().find(part) != std::string_view::npos;
+  };
+  if (!holds("oken") && !holds("ecret") && !holds("assword")) return;
+  const auto document = JSONDataParser::value(body);
   if (document.failed()) return;
-  if (const auto token = document.value()->string("token")) addToken(*token);
+  const auto object = document.value()->object();
+  if (const auto token = object ? object->string("token") : std::nullopt) addToken(*token);
+  addMembers(*document.value());
+}
+
+void Disguise::addMembers(const JSONValue& value) {
+  if (const auto array = value.array()) {
+    for (const auto& element : *array) addMembers(element);
+  }
+  const auto object = value.object();
+  if (!object) return;
+  for (const auto& [key, member] : *object) {
+    const auto text = member.string();
+    if (!text) {
+      addMembers(member);
+    } else if (known_.size() < kMostKnown && namesSecret(key) && text->size() >= kLeastDistinct &&
+               text->find(' ') == std::string_view::npos) {
+      add(*text, "masked");
+    }
+  }
 }
 
 std::string Disguise::text(std::string_view text) {
@@ -203,20 +244,25 @@ std::string Disguise::withoutStreams(std::string text) {
 std::string Disguise::withoutKnown(std::string_view text) const {
   std::string out;
   out.reserve(text.size());
+  std::size_t escape = 0, searches = 0;
   for (std::size_t at = 0; at < text.size();) {
+    const auto rest = text.substr(at);
     std::size_t length = 0;
-    if (begins_[static_cast<unsigned char>(text[at])]) {
-      for (const auto& [secret, word] : known_) {
-        length = lengthOf(secret, text.substr(at));
-        const bool isWhole =
-            isEdge(text.substr(std::max<std::size_t>(at, 1) - 1, at == 0 ? 0 : 1)) &&
-            isEdge(text.substr(at + length));
-        if (length > 0 && secret.size() < kLeastDistinct && !isWhole) length = 0;
-        if (length == 0) continue;
-        out += word;
-        break;
-      }
+    // The next character that may begin an escape: up to there, what is not plain is not there.
+    if (at == 0 || escape < at) escape = std::min(text.find_first_of("%\\", at), text.size());
+    const auto begin =
+        known_.begin() + (begins_[static_cast<unsigned char>(text[at])] ? 0 : std::ssize(known_));
+    for (auto known = begin; length == 0 && known != known_.end(); ++known) {
+      const auto& [secret, word] = *known;
+      const bool isPlain = rest.starts_with(secret);
+      if (!isPlain && at + secret.size() <= escape) continue;
+      length = isPlain ? secret.size() : lengthOf(secret, rest, searches);
+      const bool isWhole =
+          isEdge(text.substr(at > 0 ? at - 1 : 0, at > 0 ? 1 : 0)) && isEdge(rest.substr(length));
+      if (secret.size() < kLeastDistinct && !isWhole) length = 0;
+      if (length > 0) out += word;
     }
+    if (searches > kMostSearches) return std::string(kHidden);
     if (length == 0) out += text[at++];
     at += length;
   }
@@ -259,7 +305,7 @@ std::string Disguise::field(std::string_view name, std::string_view value) {
 std::string Disguise::sessionDocument(const Data& body) {
   if (body.empty()) return "";
   const auto document = JSONDataParser::value(body);
-  if (document.failed()) return "(hidden)";
+  if (document.failed()) return std::string(kHidden);
   const auto hidden = [this](const auto& self, const JSONValue& value) -> Json {
     if (const auto string = value.string()) return word(*string);
     Json json = value.object() ? Json::object() : Json::array();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <OrvoAPI/Base/Data.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
 
 #include <array>
 #include <map>
@@ -23,7 +24,7 @@ class Disguise {
   void addToken(std::string_view token) { add(token, "token"); }
   /// What a field of that name holds may be such a token, or a cookie.
   void addField(std::string_view name, std::string_view value);
-  /// The tokens in a document of a session, or in another that holds one.
+  /// The token in a document of a session, and what a document names a token, secret or password.
   void addDocument(const Data& body);
 
   /// Any text without the known secrets, and addresses in it without a user's name and password
@@ -39,6 +40,7 @@ class Disguise {
 
  private:
   void add(std::string_view secret, const char* sort);
+  void addMembers(const JSONValue& value);
   /// What stands for the secret, here or everywhere.
   std::string word(std::string_view secret, const char* sort = "masked");
   [[nodiscard]] std::string withoutKnown(std::string_view text) const;
