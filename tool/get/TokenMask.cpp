@@ -18,39 +18,56 @@ struct Written {
   std::size_t size;
 };
 
-/// The character that digits stand for, if they are whole and it is one of ASCII.
+/// The byte that digits stand for, if they are whole and it is one.
 std::optional<char> decoded(std::string_view digits, std::size_t count) {
+  constexpr unsigned kLargest = 0xFF;
   unsigned code = 0;
   const char* const end = digits.data() + std::min(count, digits.size());
   const auto read = std::from_chars(digits.data(), end, code, 16);
-  const bool isWhole = digits.size() >= count && read.ptr == end && code < 0x80;
+  const bool isWhole = digits.size() >= count && read.ptr == end && code <= kLargest;
   return isWhole ? std::optional(static_cast<char>(code)) : std::nullopt;
 }
 
-/// What the text begins with, an escape of an address or of JSON taken for what it stands for.
-Written first(std::string_view text) {
+/// Which escapes are taken for what they stand for.
+struct Escapes {
+  bool ofAddresses;
+  bool ofJSON;
+};
+
+/// What the text begins with.
+Written first(std::string_view text, Escapes escapes) {
   const Written plain{text[0], 1};
-  if (text[0] == '%') {
+  if (text[0] == '%' && escapes.ofAddresses) {
     const auto letter = decoded(text.substr(1), 2);
     return letter ? Written{*letter, 3} : plain;
   }
-  if (text[0] != '\\' || text.size() < 2) return plain;
+  if (text[0] != '\\' || text.size() < 2 || !escapes.ofJSON) return plain;
   if (text[1] != 'u') return {text[1], 2};
   const auto letter = decoded(text.substr(2), 4);
   return letter ? Written{*letter, 6} : plain;
 }
 
 /// How long the token is at the start of the text; 0 when it is not there.
-std::size_t sizeAtStart(std::string_view text, std::string_view token) {
+std::size_t sizeAtStart(std::string_view text, std::string_view token, Escapes escapes) {
   std::size_t size = 0;
   for (const char letter : token) {
     if (size >= text.size()) return 0;
-    // A token may hold what looks like an escape.
-    const Written next = text[size] == letter ? Written{letter, 1} : first(text.substr(size));
+    const Written next = first(text.substr(size), escapes);
     if (next.letter != letter) return 0;
     size += next.size;
   }
   return size;
+}
+
+/// The most of it: a token may hold what looks like an escape.
+std::size_t sizeAtStart(std::string_view text, std::string_view token) {
+  std::size_t most = 0;
+  for (const bool ofAddresses : {false, true}) {
+    for (const bool ofJSON : {false, true}) {
+      most = std::max(most, sizeAtStart(text, token, {ofAddresses, ofJSON}));
+    }
+  }
+  return most;
 }
 
 std::optional<std::string> tokenOf(std::string_view body) {
