@@ -8,20 +8,20 @@ namespace orvo::tool {
 
 namespace {
 
-using Outcome = Finding::Outcome;
+using Found = Finding::Outcome;
 
 struct WrittenDoctor {
   std::int64_t seconds = 10;
 };
 
 /// `✓ good`
-std::string verdict(const Screen& screen, Outcome outcome) {
+std::string verdict(const Screen& screen, Found outcome) {
   constexpr std::size_t kWidth = 9;
   const auto in = [&](Style style, const char* text) {
     return screen.in(style, padded(text, kWidth));
   };
-  if (outcome == Outcome::good) return in(Style::good, "✓ good");
-  return outcome == Outcome::bad ? in(Style::bad, "✗ bad") : in(Style::faint, "– skipped");
+  if (outcome == Found::good) return in(Style::good, "✓ good");
+  return outcome == Found::bad ? in(Style::bad, "✗ bad") : in(Style::faint, "– skipped");
 }
 
 /// A line with the outcome, what it is about and how long that took; then, behind it where there is
@@ -42,7 +42,7 @@ void draw(Screen& screen, const Finding& finding) {
   const std::string margin(indent, ' ');
   for (std::size_t i = isShared ? 1 : 0; i < lines.size(); ++i) screen.line(margin + lines[i]);
   if (finding.advice.empty()) return;
-  const Style style = finding.outcome == Outcome::bad ? Style::bad : Style::warning;
+  const Style style = finding.outcome == Found::bad ? Style::bad : Style::warning;
   lines = wrapped(printable(finding.advice), screen.columns() - indent - 2);
   for (std::size_t i = 0; i < lines.size(); ++i) {
     screen.line(margin + (i == 0 ? "→ " : "  ") + screen.in(style, lines[i]));
@@ -54,7 +54,7 @@ void drawSkipped(Screen& screen, const std::vector<std::string>& names, const st
   constexpr std::size_t kIndent = 12;
   const auto lines = wrapped(joined(names) + ": " + printable(why), screen.columns() - kIndent);
   for (std::size_t i = 0; i < lines.size(); ++i) {
-    const std::string head = "  " + verdict(screen, Outcome::skipped) + " ";
+    const std::string head = "  " + verdict(screen, Found::skipped) + " ";
     screen.line((i == 0 ? head : std::string(kIndent, ' ')) + lines[i]);
   }
 }
@@ -80,11 +80,11 @@ class Report {
   }
 
   void take(const Finding& finding) {
-    badOnes_ += finding.outcome == Outcome::bad ? 1 : 0;
+    badOnes_ += finding.outcome == Found::bad ? 1 : 0;
     findings_.push(toJson(finding));
     if (tool_.options().json) return;
     if (!skipped_.empty() && finding.detail != why_) endSkipped();
-    if (finding.outcome == Outcome::skipped) {
+    if (finding.outcome == Found::skipped) {
       skipped_.push_back(finding.name);
       why_ = finding.detail;
       return;

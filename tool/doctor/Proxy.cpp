@@ -38,7 +38,7 @@ const char* firstOf(const std::vector<std::string>& names, std::string& found) {
   return nullptr;
 }
 
-std::string base64(const std::string& text) {
+std::string basicCredentials(const std::string& text) {
   std::string out(4 * (text.size() / 3 + 1) + 1, '\0');
   const int size = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(out.data()),
                                    reinterpret_cast<const unsigned char*>(text.data()),
@@ -71,7 +71,7 @@ std::optional<Proxy> proxyFor(const URL& url) {
   const std::size_t begin = text.find("://") + 3;
   const std::size_t at = text.substr(0, text.find('/', begin)).rfind('@');
   if (at != std::string::npos && at > begin) {
-    proxy.credentials = "Basic " + base64(text.substr(begin, at - begin));
+    proxy.credentials = "Basic " + basicCredentials(text.substr(begin, at - begin));
   }
   return proxy;
 }

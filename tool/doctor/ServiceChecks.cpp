@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::size_t kMostCollections = 4;
 
-std::string sizeText(std::size_t bytes) {
+std::string bytesText(std::size_t bytes) {
   return countText(static_cast<std::int64_t>(bytes)) + " bytes";
 }
 
@@ -43,7 +43,7 @@ Checkup::Probe Checkup::probe(const std::string& name, const URL& url) {
   auto result = fetch(tool_, *tool_.network(), request, own, "looking at the " + name);
   if (const AnyError* error = result.error()) return {{}, since(start, failed(name, *error))};
   HTTPResult answer = *std::move(result.value());
-  Finding finding{.name = name, .detail = sizeText(answer.body.size())};
+  Finding finding{.name = name, .detail = bytesText(answer.body.size())};
   if (const auto complaint = complaintAbout(answer, proxy_.has_value(), url.host())) {
     return {std::move(answer), since(start, bad(name, complaint->detail, complaint->advice))};
   }
@@ -184,7 +184,7 @@ void Checkup::fetchImage(const Context& context) {
   auto [answer, finding] = probe("image", url);
   if (finding.outcome == Finding::Outcome::good) {
     const auto kind = answer->response.headers.value("Content-Type").value_or("");
-    finding.detail = fmt::format("{}, {}, from {}", sizeText(answer->body.size()),
+    finding.detail = fmt::format("{}, {}, from {}", bytesText(answer->body.size()),
                                  kind.empty() ? "of no type" : kind, url.host());
     if (!kind.starts_with("image/")) {
       finding.outcome = Finding::Outcome::bad;
@@ -202,7 +202,7 @@ void Checkup::fetchStream(const Context& context) {
   auto [answer, finding] = probe("stream", url);
   if (finding.outcome == Finding::Outcome::good) {
     finding.detail = fmt::format("the playlist of {}, {}, from {}", playableItem_->video()->id,
-                                 sizeText(answer->body.size()), url.host());
+                                 bytesText(answer->body.size()), url.host());
     if (!answer->body.view().starts_with("#EXTM3U")) {
       finding.outcome = Finding::Outcome::bad;
       finding.advice = "this is no playlist: something else answers for the streams' host";

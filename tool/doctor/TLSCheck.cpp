@@ -31,7 +31,7 @@ std::string textOf(const X509_NAME* name, int field) {
   return size > 0 ? std::string(text.data()) : "";
 }
 
-std::string nameOf(const GENERAL_NAME& name) {
+std::string alternativeName(const GENERAL_NAME& name) {
   int kind = 0;
   const auto* const value = static_cast<const ASN1_STRING*>(GENERAL_NAME_get0_value(&name, &kind));
   if (kind != GEN_DNS && kind != GEN_IPADD) return "";
@@ -51,7 +51,7 @@ std::vector<std::string> namesOf(const X509& certificate) {
   auto* const list = static_cast<GENERAL_NAMES*>(
       X509_get_ext_d2i(&certificate, NID_subject_alt_name, nullptr, nullptr));
   for (int i = 0; list != nullptr && i < sk_GENERAL_NAME_num(list) && i < kMost; ++i) {
-    names.push_back(nameOf(*sk_GENERAL_NAME_value(list, i)).substr(0, kLongest));
+    names.push_back(alternativeName(*sk_GENERAL_NAME_value(list, i)).substr(0, kLongest));
   }
   GENERAL_NAMES_free(list);
   if (names.empty()) names.push_back(textOf(X509_get_subject_name(&certificate), NID_commonName));

@@ -13,7 +13,7 @@ namespace orvo::tool {
 namespace {
 
 /// What each escape of the text stands for.
-std::string decoded(std::string_view text) {
+std::string withoutEscapes(std::string_view text) {
   std::string plain;
   for (std::size_t i = 0; i < text.size(); ++i) {
     unsigned char letter = 0;
@@ -67,10 +67,10 @@ bool staysBeneath(const std::string& reference, const URL& base) {
   std::string first(base.path());
   for (int encodings = 0; encodings < kMostEncodings; ++encodings) {
     if (!isBeneath(way, first)) return false;
-    std::string plain = decoded(way);
+    std::string plain = withoutEscapes(way);
     if (plain == way) return true;
     way = std::move(plain);
-    first = decoded(first);
+    first = withoutEscapes(first);
   }
   return false;
 }

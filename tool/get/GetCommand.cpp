@@ -75,7 +75,7 @@ Json headersJson(const Got& got) {
   return headers;
 }
 
-std::string head(const Got& got) {
+std::string headText(const Got& got) {
   std::string text = "HTTP " + std::to_string(got.answer.response.statusCode) + "\n";
   for (const auto& [name, value] : got.answer.response.headers) {
     text.append(name).append(": ").append(got.mask.headerValue(name, value)) += '\n';
@@ -91,7 +91,7 @@ int answer(const Tool& tool, const WrittenGet& written, const Got& got) {
     document.set("body", body);
     return tool.answer(document);
   }
-  const std::string text = (written.head ? head(got) : "") + body;
+  const std::string text = (written.head ? headText(got) : "") + body;
   print(standardOutput().isTerminal ? shown(text) : text);
   return 0;
 }

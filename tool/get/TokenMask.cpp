@@ -108,7 +108,7 @@ std::string withoutTokenMembers(std::string_view text) {
   return out.append(text.substr(done));
 }
 
-std::string lowered(std::string_view text) {
+std::string inLowerCase(std::string_view text) {
   std::string out(text);
   for (char& letter : out) {
     if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
@@ -154,7 +154,7 @@ std::string TokenMask::body(std::string_view body) const {
 }
 
 std::string TokenMask::headerValue(std::string_view name, std::string_view value) const {
-  const std::string known = lowered(name);
+  const std::string known = inLowerCase(name);
   if (known.find("token") != std::string::npos || known.find("auth") != std::string::npos) {
     return std::string(kHidden);
   }

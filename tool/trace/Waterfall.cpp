@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 namespace orvo::tool {
 
@@ -173,7 +174,8 @@ class Waterfall {
 
   [[nodiscard]] std::size_t column(nanoseconds time, std::size_t columns) const {
     const auto part = static_cast<double>(time.count()) / static_cast<double>(span_.count());
-    return std::min(columns, static_cast<std::size_t>(part * static_cast<double>(columns) + 0.5));
+    return std::min(columns,
+                    static_cast<std::size_t>(std::lround(part * static_cast<double>(columns))));
   }
   /// Where a cell begins.
   [[nodiscard]] nanoseconds timeOf(std::size_t cell, std::size_t columns) const {
