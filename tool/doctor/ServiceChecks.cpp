@@ -192,6 +192,9 @@ void Checkup::fetchImage(const Context& context) {
     }
   } else {
     finding.detail = std::string(url.host()) + ": " + finding.detail;
+    if (tool_.options().source.ends_with("resources compiled in")) {
+      finding.advice = "this host of images is compiled in: name the service's with --resources";
+    }
   }
   tell(std::move(finding));
 }

@@ -10,7 +10,7 @@ namespace orvo::tool {
 
 namespace {
 
-constexpr std::string_view kHidden = "***";
+constexpr std::string_view kMasked = "***";
 
 /// A character of a text, as it is or as it is escaped, and how long it is there.
 struct Written {
@@ -102,7 +102,7 @@ std::string withoutTokenMembers(std::string_view text) {
     const bool isString = at < text.size() && text[at] == '"';
     const std::size_t value = isString ? at + 1 : at;
     out.append(text.substr(done, value - done));
-    if (isString) out.append(kHidden);
+    if (isString) out.append(kMasked);
     done = isString ? stringEnd(text, value) : value;
   }
   return out.append(text.substr(done));
@@ -119,7 +119,7 @@ std::string inLowerCase(std::string_view text) {
 }  // namespace
 
 void TokenMask::add(const std::string& token) {
-  if (!token.empty() && token != kHidden) tokens_.insert(token);
+  if (!token.empty() && token != kMasked) tokens_.insert(token);
 }
 
 void TokenMask::learnFrom(std::string_view body) {
@@ -138,7 +138,7 @@ std::string TokenMask::text(std::string_view text) const {
         ++at;
         continue;
       }
-      out.append(shown, done, at - done).append(kHidden);
+      out.append(shown, done, at - done).append(kMasked);
       done = at += size;
     }
     if (done > 0) shown = out.append(shown, done);
@@ -150,13 +150,13 @@ std::string TokenMask::body(std::string_view body) const {
   std::string shown = withoutTokenMembers(text(body));
   // The key, or the token, may be written in escapes.
   const auto left = tokenOf(shown);
-  return !left || *left == kHidden ? shown : R"({"token":"***"})";
+  return !left || *left == kMasked ? shown : R"({"token":"***"})";
 }
 
 std::string TokenMask::headerValue(std::string_view name, std::string_view value) const {
   const std::string known = inLowerCase(name);
   if (known.find("token") != std::string::npos || known.find("auth") != std::string::npos) {
-    return std::string(kHidden);
+    return std::string(kMasked);
   }
   if (known != "set-cookie") return text(value);
   const std::size_t begin = std::min(value.find('='), value.size());
