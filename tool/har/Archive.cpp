@@ -16,9 +16,8 @@ namespace {
 
 using Hop = RequestTimeline::Hop;
 using Stage = RequestTimeline::Stage;
-using Time = RequestTimeline::Time;
 
-std::string base64(std::string_view bytes) {
+std::string inBase64(std::string_view bytes) {
   constexpr std::string_view kDigits =
       "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
   std::string out;
@@ -54,7 +53,7 @@ std::shared_ptr<const RequestTimeline> timelineOf(const Exchange& exchange) {
   return error != nullptr ? error->timeline : nullptr;
 }
 
-double milliseconds(std::chrono::nanoseconds span) {
+double inMilliseconds(std::chrono::nanoseconds span) {
   return std::round(static_cast<double>(span.count()) / 1e3) / 1e3;
 }
 
@@ -62,15 +61,15 @@ Json timings(const Hop& hop) {
   const auto between = [&hop](Stage from, Stage to) { return hop.at(to) - hop.at(from); };
   // -1: there was no such thing.
   const auto optional = [](std::chrono::nanoseconds span) {
-    return span.count() > 0 ? milliseconds(span) : -1;
+    return span.count() > 0 ? inMilliseconds(span) : -1;
   };
   // What sets up TLS belongs to the connection as well.
-  return Json::object({{"blocked", milliseconds(between(Stage::begun, Stage::resolving))},
+  return Json::object({{"blocked", inMilliseconds(between(Stage::begun, Stage::resolving))},
                        {"dns", optional(between(Stage::resolving, Stage::resolved))},
                        {"connect", optional(between(Stage::resolved, Stage::secured))},
-                       {"send", milliseconds(between(Stage::secured, Stage::sent))},
-                       {"wait", milliseconds(between(Stage::sent, Stage::firstByte))},
-                       {"receive", milliseconds(between(Stage::firstByte, Stage::done))},
+                       {"send", inMilliseconds(between(Stage::secured, Stage::sent))},
+                       {"wait", inMilliseconds(between(Stage::sent, Stage::firstByte))},
+                       {"receive", inMilliseconds(between(Stage::firstByte, Stage::done))},
                        {"ssl", optional(between(Stage::connected, Stage::secured))}});
 }
 
@@ -116,7 +115,7 @@ class Writer {
     const Date date = exchange_->date + std::chrono::floor<std::chrono::milliseconds>(late);
     entries_.push_back(
         Json::object({{"startedDateTime", toJson(date)},
-                      {"time", milliseconds(hop.at(Stage::done) - hop.at(Stage::begun))},
+                      {"time", inMilliseconds(hop.at(Stage::done) - hop.at(Stage::begun))},
                       {"request", requestJson(hop)},
                       {"response", std::move(response)},
                       {"cache", Json::object()},
@@ -186,7 +185,7 @@ class Writer {
     content.set("size", body.size());
     content.set("mimeType", type);
     const bool isPlain = isText(body);
-    content.set("text", isPlain ? body : base64(body));
+    content.set("text", isPlain ? body : inBase64(body));
     if (!isPlain) content.set("encoding", "base64");
     return responseJson(hop, answer.response, std::move(content));
   }

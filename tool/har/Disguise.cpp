@@ -19,7 +19,7 @@ constexpr std::size_t kLeastDistinct = 8;
 constexpr std::size_t kMostKnown = 64;
 /// A text that has been made for long searches is replaced as a whole.
 constexpr std::size_t kMostSearches = 2'000'000;
-constexpr std::string_view kHidden = "(hidden)";
+constexpr std::string_view kWithheld = "(hidden)";
 
 /// The character of that code in hexadecimal digits, or -1.
 int hexadecimal(std::string_view digits, std::size_t count) {
@@ -262,7 +262,7 @@ std::string Disguise::withoutKnown(std::string_view text) const {
       if (secret.size() < kLeastDistinct && !isWhole) length = 0;
       if (length > 0) out += word;
     }
-    if (searches > kMostSearches) return std::string(kHidden);
+    if (searches > kMostSearches) return std::string(kWithheld);
     if (length == 0) out += text[at++];
     at += length;
   }
@@ -305,7 +305,7 @@ std::string Disguise::field(std::string_view name, std::string_view value) {
 std::string Disguise::sessionDocument(const Data& body) {
   if (body.empty()) return "";
   const auto document = JSONDataParser::value(body);
-  if (document.failed()) return std::string(kHidden);
+  if (document.failed()) return std::string(kWithheld);
   const auto hidden = [this](const auto& self, const JSONValue& value) -> Json {
     if (const auto string = value.string()) return word(*string);
     Json json = value.object() ? Json::object() : Json::array();

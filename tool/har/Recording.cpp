@@ -25,7 +25,7 @@ void tellWatcher(int signal) {
 }
 
 /// Writes the file before a signal ends the program.
-void watch(const std::shared_ptr<Recorder>& recorder) {
+void awaitSignal(const std::shared_ptr<Recorder>& recorder) {
   char byte = 0;
   while (read(signalPipe[0], &byte, 1) < 0 && errno == EINTR) {
   }
@@ -55,7 +55,7 @@ void Recording::watchSignals() {
   if (pipe2(signalPipe.data(), O_CLOEXEC) != 0) {
     throw std::system_error(errno, std::generic_category());
   }
-  watcher_ = std::thread(watch, recorder_);
+  watcher_ = std::thread(awaitSignal, recorder_);
   struct sigaction action {};
   action.sa_handler = tellWatcher;
   // Whoever does not want to wait for the file says so once more.

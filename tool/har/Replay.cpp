@@ -19,10 +19,10 @@ namespace orvo::tool {
 
 namespace {
 
-using Entry = HTTPArchive::Entry;
+using ArchiveEntry = HTTPArchive::Entry;
 
 /// The method and the address, without its scheme.
-std::string nameOf(const std::string& method, const URL& url) {
+std::string requestName(const std::string& method, const URL& url) {
   const auto text = url.withoutFragment().text();
   return method + " " + text.substr(text.find("://") + 3);
 }
@@ -31,16 +31,16 @@ std::string nameOf(const std::string& method, const URL& url) {
 /// ever.
 class Replay final : public URLInterceptor {
  public:
-  Replay(std::string file, std::vector<Entry> entries) : file_(std::move(file)) {
+  Replay(std::string file, std::vector<ArchiveEntry> entries) : file_(std::move(file)) {
     for (auto& entry : entries) {
-      auto name = nameOf(entry.method, entry.url);
+      auto name = requestName(entry.method, entry.url);
       entries_[std::move(name)].push_back(std::move(entry));
     }
   }
 
   bool intercept(const URLRequest& request,
                  const std::shared_ptr<InterceptedRequest>& intercepted) override {
-    const auto name = nameOf(request.method, request.url);
+    const auto name = requestName(request.method, request.url);
     const auto entry = take(name);
     if (!entry) {
       intercepted->fail({URLError::unknown, file_ + " has no answer to " + name});
@@ -55,7 +55,7 @@ class Replay final : public URLInterceptor {
   }
 
  private:
-  std::optional<Entry> take(const std::string& name) {
+  std::optional<ArchiveEntry> take(const std::string& name) {
     const std::lock_guard guard(mutex_);
     const auto found = entries_.find(name);
     if (found == entries_.end()) return std::nullopt;
@@ -68,7 +68,7 @@ class Replay final : public URLInterceptor {
 
   const std::string file_;
   std::mutex mutex_;
-  std::map<std::string, std::deque<Entry>> entries_;
+  std::map<std::string, std::deque<ArchiveEntry>> entries_;
 };
 
 /// The zone must be one of the system's, or a rule: no other file is opened for it.
