@@ -29,7 +29,6 @@
 #include <fstream>
 #include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -181,8 +180,8 @@ void leaveTheAppAlone(const Service& service, int) {
   for (const int signal : {SIGPIPE, SIGTERM, SIGCHLD, SIGUSR1, SIGWINCH}) {
     sigaction(signal, &own, nullptr);
   }
-  std::optional<OwnTransfers> transfers(std::in_place,
-                                        service.api.appendingPathComponent("configuration/ios/v1"));
+  auto transfers =
+      std::make_unique<OwnTransfers>(service.api.appendingPathComponent("configuration/ios/v1"));
   const auto transfer = [&] { require(transfers->work(), "the app's own transfer fails"); };
   const auto before = surroundings();
   transfer();

@@ -1,13 +1,11 @@
 #include "SearchScreen.h"
 
+#include <OrvoAPI/Testing/Fixtures.h>
 #include <OrvoAPI/Testing/ManualQueue.h>
 #include <OrvoAPI/Testing/StubInterceptor.h>
 #include <OrvoAPI/Testing/StubNetworkDataProvider.h>
 #include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <gtest/gtest.h>
-
-#include <fstream>
-#include <iterator>
 
 namespace {
 
@@ -16,14 +14,6 @@ using Rows = std::vector<std::string>;
 
 const orvo::URL kApi = *orvo::URL::parse("https://api.example/v3/");
 const orvo::URL kResources = *orvo::URL::parse("https://img.example/");
-
-/// A configuration for contexts made by hand.
-orvo::Configuration configuration() {
-  std::ifstream file(ANSWERS "/configuration.json");
-  const std::string body{std::istreambuf_iterator<char>(file), {}};
-  const auto document = orvo::JSONDataParser::object(orvo::Data(body)).force();
-  return orvo::ConfigurationParser::parse(document, orvo::Environment::staging).force();
-}
 
 /// The screen with a network, a session, time and a user that the test plays.
 class SearchScreenTest : public testing::Test {
@@ -46,7 +36,8 @@ class SearchScreenTest : public testing::Test {
   const std::shared_ptr<orvo::StubSessionProvider> session =
       std::make_shared<orvo::StubSessionProvider>("token");
   std::shared_ptr<SearchScreen> screen = std::make_shared<SearchScreen>(
-      orvo::Context::make(configuration(), kApi, kResources, session, network), queue);
+      orvo::Context::make(orvo::fixtures::configuration(), kApi, kResources, session, network),
+      queue);
   std::size_t searches = 0;
 };
 
