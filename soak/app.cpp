@@ -46,8 +46,8 @@ constexpr unsigned kSecondsOfAScene = 300;
 constexpr unsigned kSecondsOfAChild = 20;
 constexpr int kUnderWay = 20;
 constexpr int kThreads = 4;
-/// What it waits with, and what wakes it.
-constexpr int kDescriptorsOfTheNetworkThread = 2;
+/// What the network thread waits with, and what wakes it; the timer's two clocks.
+constexpr int kDescriptorsOfThreads = 4;
 /// libcurl marks its descriptors close-on-exec, but not these, with which it wakes itself.
 constexpr int kDescriptorsOfLibcurl = 2;
 /// A smaller leak goes unseen, except by the sanitizer: the allocator keeps what it likes per
@@ -149,7 +149,7 @@ void visitOften(const Service& service, int count) {
 }
 
 void makeAndDropContexts(const Service& service, int count) {
-  const auto descriptors = entries("/proc/self/fd") + kDescriptorsOfTheNetworkThread;
+  const auto descriptors = entries("/proc/self/fd") + kDescriptorsOfThreads;
   const auto isBack = [&] { return entries("/proc/self/fd") <= descriptors; };
   visitOften(service, count);  // after which the allocator has what it wants
   settle("descriptors stay open after the first contexts", isBack);

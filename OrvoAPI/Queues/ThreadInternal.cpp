@@ -42,6 +42,7 @@ void watchForks() {
 struct ExitList {
   Lock lock;
   bool registered ORVO_GUARDED_BY(lock) = false;
+  bool hasEnded ORVO_GUARDED_BY(lock) = false;
   std::array<void (*)(), 4> ends ORVO_GUARDED_BY(lock) = {};
 };
 
@@ -54,8 +55,10 @@ void endAll() {
   if (isForkedChild()) return;
   std::array<void (*)(), 4> ends{};
   {
-    const LockGuard guard(exitList().lock);
-    ends = exitList().ends;
+    auto& list = exitList();
+    const LockGuard guard(list.lock);
+    list.hasEnded = true;
+    ends = list.ends;
   }
   for (const auto end : ends) {
     if (end != nullptr) end();
@@ -143,7 +146,7 @@ Registration registerExitHandler(void (*handler)()) {
   return errno == ENOMEM ? Registration::noMemory : Registration::tooLate;
 }
 
-void atProcessExit(ExitStage stage, void (*end)()) {
+bool atProcessExit(ExitStage stage, void (*end)()) {
   auto& list = exitList();
   const LockGuard guard(list.lock);
   if (!list.registered && registerExitHandler(endAll) == Registration::noMemory) {
@@ -151,6 +154,7 @@ void atProcessExit(ExitStage stage, void (*end)()) {
   }
   list.registered = true;
   list.ends[static_cast<std::size_t>(stage)] = end;
+  return !list.hasEnded;
 }
 
 }  // namespace orvo::detail

@@ -62,6 +62,7 @@ enum class Registration { done, tooLate, noMemory };
 
 /// Calls `end` once when the process exits, in the order of the stages, but not when a forked child
 /// does. It must wait for a limited time at most, and for no longer than its own threads need.
-void atProcessExit(ExitStage stage, void (*end)());
+/// False when the process is exiting already: nothing will call it.
+bool atProcessExit(ExitStage stage, void (*end)());
 
 }  // namespace orvo::detail

@@ -53,7 +53,8 @@ Timer::Timer()
       wallClock_(makeWallClockWatch()) {
   try {
     if (timer_ < 0 || wallClock_ < 0) throw std::bad_alloc();
-    atProcessExit(ExitStage::timer, [] { shared().shutDown(); });
+    // One that is made while the process exits starts no thread that would outlive it.
+    ending_ = !atProcessExit(ExitStage::timer, [] { shared().shutDown(); });
   } catch (const std::bad_alloc&) {
     close(timer_);
     close(wallClock_);
@@ -67,7 +68,7 @@ void Timer::post(std::chrono::milliseconds delay, std::shared_ptr<DispatchQueue>
   const auto due = sinceBoot() + std::min<std::chrono::milliseconds>(delay, kLongestDelay);
   Entry entry{due, 0, std::move(queue), std::move(job)};  // destroyed outside the lock if refused
   const LockGuard guard(lock_);
-  startOnce();
+  if (!ending_) startOnce();
   entry.order = order_++;
   heap_.push_back(std::move(entry));
   std::push_heap(heap_.begin(), heap_.end(), [](auto& a, auto& b) { return a.isAfter(b); });
@@ -78,7 +79,7 @@ std::shared_ptr<const void> Timer::watchWallClock(std::function<void()> task) {
   auto watch = std::make_shared<const Watch>(Watch{std::move(task)});
   if (isForkedChild()) return watch;
   const LockGuard guard(lock_);
-  startOnce();
+  if (!ending_) startOnce();
   std::erase_if(watches_, [](const auto& other) { return other.watch.expired(); });
   watches_.push_back({++latestWatch_, watch});
   return watch;
