@@ -35,6 +35,7 @@ Commands allCommands(const WrittenService& service) {
   addImageCommand(commands);
   addGetCommand(commands);
   addParseCommand(commands);
+  addDriftCommand(commands);
   addServeDemoCommand(commands);
   addProfileCommand(commands, service);
   return commands;

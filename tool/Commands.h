@@ -23,6 +23,7 @@ void addGetCommand(Commands& commands);
 void addDoctorCommand(Commands& commands);
 void addTourCommand(Commands& commands);
 void addParseCommand(Commands& commands);
+void addDriftCommand(Commands& commands);
 void addServeDemoCommand(Commands& commands);
 /// `service` has to live as long as the commands: what it says is what a profile keeps.
 void addProfileCommand(Commands& commands, const WrittenService& service);

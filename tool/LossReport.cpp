@@ -59,7 +59,11 @@ std::string lossText(const DocumentLoss& loss) {
 void LossReport::listen(ContextOptions& options) {
   if (options.reportQueue == nullptr) options.reportQueue = SerialQueue::make("orvo.losses");
   queue_ = options.reportQueue;
-  options.onLoss = [self = shared_from_this()](const DocumentLoss& loss) { self->add({loss}); };
+  options.onLoss = [self = shared_from_this(),
+                    earlier = std::move(options.onLoss)](const DocumentLoss& loss) {
+    if (earlier) earlier(loss);
+    self->add({loss});
+  };
   hasRead_ = true;
 }
 

@@ -57,6 +57,9 @@ class Tool {
   void observe(std::shared_ptr<RequestObserver> observer);
   [[nodiscard]] const std::shared_ptr<RequestObserver>& observer() const { return observer_; }
 
+  /// What the context is made with; to be changed before the service is asked.
+  [[nodiscard]] BootstrapOptions& bootstrap() { return options_.bootstrap; }
+
   /// No wait goes on after that.
   void endWaitsAt(std::chrono::steady_clock::time_point end) { end_ = end; }
 

@@ -1,0 +1,129 @@
+#include <tool/Commands.h>
+#include <tool/JsonLines.h>
+#include <tool/Text.h>
+#include <tool/Wording.h>
+#include <tool/drift/ShapeFile.h>
+#include <tool/drift/Walk.h>
+
+namespace orvo::tool {
+
+namespace {
+
+struct WrittenDrift {
+  std::string action{};
+  std::string folder{};
+  std::int64_t requests = 60;
+};
+
+constexpr int kRequestFailed = 1;
+constexpr int kDriftLoses = 3;
+constexpr int kDriftOnly = 4;
+
+/// The documents that cannot be read any more, and what differs.
+std::vector<Difference> drift(const Shapes& then, const WalkResult& walk) {
+  std::vector<Difference> all;
+  for (const auto& fault : walk.faults) {
+    if (fault.isUnreadable) all.push_back({fault.text, "", "", true});
+  }
+  auto others = differences(then, walk.shapes);
+  std::ranges::stable_partition(others, &Difference::loses);
+  all.insert(all.end(), others.begin(), others.end());
+  return all;
+}
+
+void tellFailed(const Tool& tool, const WalkResult& walk) {
+  for (const auto& fault : walk.faults) {
+    if (fault.isUnreadable) continue;
+    if (tool.options().json) {
+      printJsonLine(Json::object({{"error", Json::object({{"message", fault.text}})}}));
+    } else {
+      printDiagnostic(escaped("orvo: " + fault.text) + "\n");
+    }
+  }
+}
+
+bool hasFailed(const WalkResult& walk) {
+  return std::ranges::any_of(walk.faults,
+                             [](const WalkFault& fault) { return !fault.isUnreadable; });
+}
+
+int runLearn(Tool& tool, const WrittenDrift& written) {
+  refuseForeignFolder(written.folder);
+  const auto walk = walkService(tool, written.requests, Looking::closely);
+  if (const AnyError* error = walk.error()) return tool.fail(*error);
+  addShapes(written.folder, walk.value()->shapes);
+  std::size_t places = 0;
+  for (const auto& [name, shape] : walk.value()->shapes) places += shape.places.size();
+  const auto requests = walk.value()->requests;
+  tool.answer(Json::object({{"requests", requests}, {"places", static_cast<std::int64_t>(places)}}),
+              [&](Screen& screen) {
+                screen.line(countText(static_cast<std::int64_t>(places), "place") +
+                            " learned from " + countText(requests, "request"));
+              });
+  tellFailed(tool, *walk.value());
+  return hasFailed(*walk.value()) ? kRequestFailed : 0;
+}
+
+int runCheck(Tool& tool, const WrittenDrift& written) {
+  const auto then = readShapes(written.folder);
+  const auto walk = walkService(tool, written.requests, Looking::briefly);
+  if (const AnyError* error = walk.error()) return tool.fail(*error);
+  const auto found = drift(then, *walk.value());
+  const auto json = [](const Difference& difference) {
+    const auto& [document, path, text, loses] = difference;
+    return Json::object({{"document", document}, {"path", path}, {"what", text}, {"loses", loses}});
+  };
+  tool.answer(
+      Json::object({{"requests", walk.value()->requests}, {"drift", Json::list(found, json)}}),
+      [&](Screen& screen) {
+        for (const auto& [document, path, text, loses] : found) {
+          std::string line = loses ? "loses  " : "       ";
+          line += document;
+          if (!path.empty()) line += " " + path;
+          if (!text.empty()) line += " " + text;
+          screen.line(printable(line));
+        }
+        if (found.empty()) screen.line("no drift");
+      });
+  tellFailed(tool, *walk.value());
+  if (std::ranges::any_of(found, &Difference::loses)) return kDriftLoses;
+  if (hasFailed(*walk.value())) return kRequestFailed;
+  return found.empty() ? 0 : kDriftOnly;
+}
+
+}  // namespace
+
+void addDriftCommand(Commands& commands) {
+  const auto written = std::make_shared<WrittenDrift>();
+  commands.push_back(
+      {.name = "drift",
+       .description = "What has changed in the service's documents",
+       .details =
+           "\"learn\" walks through the service, two requests at a time, and keeps in the folder "
+           "what "
+           "its documents look like: keys, types, words of enumerations, but no texts. It adds to "
+           "what an earlier walk has learned. \"check\" walks again and says what is new, missing "
+           "or of another type, and what the library loses by it. Exit status 0: no drift, 1: a "
+           "request failed, 3: drift that loses something, 4: drift that does not matter.",
+       .arguments = {{.name = "ACTION",
+                      .description = "What to do",
+                      .values = anyOf({"learn", "check"}, "ACTION"),
+                      .target = &written->action,
+                      .required = true},
+                     {.name = "FOLDER",
+                      .description = "Where what was learned is kept",
+                      .values = {.name = "FOLDER", .isFile = true},
+                      .target = &written->folder,
+                      .required = true}},
+       .options = {{.name = "--requests",
+                    .description = "How many requests a walk may take",
+                    .values = number(3, 100'000),
+                    .target = &written->requests}},
+       .examples =
+           {"cd $(mktemp -d); orvo --demo drift learn shapes && orvo --demo drift check shapes"},
+       .run = [written](Tool& tool) {
+         return written->action == "learn" ? runLearn(tool, *written) : runCheck(tool, *written);
+       }});
+}
+
+}  // namespace orvo::tool

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <OrvoAPI/Parsing/DocumentLoss.h>
+#include <OrvoAPI/Parsing/JSONValue.h>
+
+#include <cstdint>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace orvo::tool {
+
+/// What stands at one place of a service's documents, all elements of a list being one place.
+struct Place {
+  /// The object or list that it is in; of the document itself, its own path.
+  std::string parent{};
+  /// How often there was a value, and how often that was an object.
+  std::uint64_t count = 0;
+  std::uint64_t objects = 0;
+  std::set<std::string> types{};
+  /// The words of an enumeration; of texts nothing is kept.
+  std::set<std::string> words{};
+  /// Whether the library takes it into account.
+  bool isRead = false;
+};
+
+/// What documents of one kind look like. Used by one thread at a time.
+struct Shape {
+  /// By path: `items[].title`, and "" for the document.
+  std::map<std::string, Place> places{};
+  /// What the library loses of them: `items[].title missing`.
+  std::set<std::string> losses{};
+
+  void learn(const JSONValue& document);
+  void learn(const std::vector<DocumentLoss>& lost);
+  void merge(const Shape& other);
+
+  /// More than any service's documents have; what goes beyond is left out.
+  static constexpr std::size_t kMostPlaces = 2000;
+};
+
+/// By the name of the kind.
+using Shapes = std::map<std::string, Shape>;
+
+/// The path with `[]` for each index.
+[[nodiscard]] std::string generalPath(const std::string& path);
+/// The path of a member; a key that is no plain name, quoted.
+[[nodiscard]] std::string memberPath(const std::string& path, std::string_view key);
+/// Null, boolean and so on.
+[[nodiscard]] std::string_view typeName(JSONValue::Kind kind);
+
+/// Something that is not as it was.
+struct Difference {
+  std::string document;
+  std::string path;
+  std::string text;
+  /// Whether the library loses something by it.
+  bool loses = false;
+};
+
+[[nodiscard]] std::vector<Difference> differences(const Shapes& then, const Shapes& now);
+
+}  // namespace orvo::tool

@@ -1,0 +1,331 @@
+#include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Parsing/JSONParseError.h>
+#include <OrvoAPI/Parsing/JSONReaderError.h>
+#include <OrvoAPI/Platform/ConsoleSink.h>
+#include <OrvoAPI/Queues/SerialQueue.h>
+#include <tool/ErrorReport.h>
+#include <tool/Present.h>
+#include <tool/drift/Probe.h>
+#include <tool/drift/Walk.h>
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+
+namespace orvo::tool {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// Documents by what is known as what: in a shape, to `parseDocument`, and in a `DocumentLoss`.
+struct DocumentKind {
+  std::string_view name;
+  std::string_view parseKind;
+  std::string_view lossName;
+};
+constexpr DocumentKind kDocumentKinds[] = {
+    {"configuration", "configuration", "Configuration"},
+    {"page", "page", "Page"},
+    {"page", "page", "SystemView"},
+    {"video", "video", "Video"},
+    {"collection", "item-collection", "ItemCollection"},
+    {"playlist", "playlist", "Playlist"},
+    {"search", "search-results", "SearchResults"},
+    {"suggestions", "string-array", "SearchSuggestions"},
+    {"guide", "linear-program-guide", "LinearProgramGuide"},
+    {"lineup", "lineup", "Lineup"},
+};
+
+/// What the network has brought. Safe to use from any thread.
+struct Catch {
+  struct Document {
+    URL url;
+    Data body;
+  };
+
+  const std::shared_ptr<SerialQueue> queue = SerialQueue::make("orvo.drift");
+  std::vector<Document> documents{};  // touched on the queue only
+  std::mutex lock;
+  std::int64_t requests = 0;
+  std::vector<DocumentLoss> losses;
+};
+
+class CatchingNetwork final : public NetworkDataProvider {
+ public:
+  CatchingNetwork(std::shared_ptr<NetworkDataProvider> network, std::shared_ptr<Catch> into)
+      : network_(std::move(network)), into_(std::move(into)) {}
+
+  Future<HTTPResult> fetch(const URLRequest& request) override {
+    {
+      const std::lock_guard guard(into_->lock);
+      ++into_->requests;
+    }
+    return network_->fetch(request).onSuccess(
+        into_->queue, [into = into_, url = request.url](const auto& answer) {
+          if (answer.response.statusCode < 400) into->documents.push_back({url, answer.body});
+        });
+  }
+
+ private:
+  const std::shared_ptr<NetworkDataProvider> network_;
+  const std::shared_ptr<Catch> into_;
+};
+
+class Walk {
+ public:
+  Walk(Tool& tool, std::int64_t most, Looking looking)
+      : tool_(tool), most_(most), looking_(looking) {}
+
+  Result<WalkResult> make();
+
+ private:
+  /// Begins a fetch; what that returns waits for it and looks around.
+  using Task = std::function<std::function<void()>()>;
+  struct Tasks {
+    std::deque<Task> waiting{};
+    std::int64_t begun = 0;
+  };
+
+  void listen(BootstrapOptions& options) const;
+  void begin(const std::shared_ptr<Context>& context);
+  template <class Fetch, class Visit>
+  void add(const std::string& path, std::string_view kind, Fetch fetch, Visit visit);
+  void addPage(const std::string& id);
+  void addVideo(const std::string& id);
+  void addCollection(const std::string& id);
+  void addPlaylist(const std::optional<std::string>& id);
+  void addSearch(const std::string& title);
+  void visit(const Page& page);
+  void visit(const std::vector<ContentItem>& items);
+  void fail(const AnyError& error);
+  void digest();
+  /// One of the kind of which there were the fewest; null when there is none.
+  [[nodiscard]] Task takeTask();
+  [[nodiscard]] std::string kindOf(const URL& url) const;
+
+  Tool& tool_;
+  const std::int64_t most_;
+  const Looking looking_;
+  const std::shared_ptr<Catch> catch_ = std::make_shared<Catch>();
+  std::shared_ptr<Context> context_;
+  /// By the kind of document, so that a short walk, too, meets all kinds.
+  std::map<std::string, Tasks, std::less<>> tasks_;
+  /// What is fetched from which path, below the base.
+  std::map<std::string, std::string> kinds_;
+  std::map<std::string, Probe> probes_;
+  bool hasSearched_ = false;
+  WalkResult result_;
+};
+
+void Walk::listen(BootstrapOptions& options) const {
+  options.wrapNetwork = [into = catch_,
+                         wrap = options.wrapNetwork](std::shared_ptr<NetworkDataProvider> network) {
+    if (wrap) network = wrap(std::move(network));
+    return std::make_shared<CatchingNetwork>(std::move(network), into);
+  };
+  options.context.onLoss = [into = catch_](const DocumentLoss& loss) {
+    const std::lock_guard guard(into->lock);
+    into->losses.push_back(loss);
+  };
+}
+
+template <class Fetch, class Visit>
+void Walk::add(const std::string& path, std::string_view kind, Fetch fetch, Visit visit) {
+  if (!kinds_.emplace(path, kind).second) return;
+  tasks_[std::string(kind)].waiting.push_back(
+      [this, fetch = std::move(fetch), visit = std::move(visit)] {
+        const auto future = fetch();
+        return [this, future, visit] {
+          const auto result = tool_.wait(future, "walking through the service");
+          result.failed() ? fail(*result.error()) : visit(**result.value());
+        };
+      });
+}
+
+/// How many items of a list are looked at more closely.
+constexpr std::size_t kCloser = 3;
+
+void Walk::begin(const std::shared_ptr<Context>& context) {
+  context_ = context;
+  for (const auto& view : context->systemViews()) {
+    add("products/" + view.id, "page", view.fetch, [this](const Page& page) { visit(page); });
+  }
+  const Date now = present();
+  add("epg", "guide", context->linearProgramGuideCapability(now, now + 24h), [](const auto&) {});
+  addPlaylist(context->configuration().upcomingEvents.id);
+}
+
+void Walk::addPage(const std::string& id) {
+  add(
+      "products/" + id, "page", [this, id] { return context_->fetchPage(id); },
+      [this](const Page& page) { visit(page); });
+}
+
+void Walk::addVideo(const std::string& id) {
+  add(
+      "products/" + id, "video", [this, id] { return context_->fetchVideo(id); },
+      [this](const Video& video) {
+        for (const auto& reference : video.collections) addCollection(reference.id);
+        addPlaylist(video.nextPlaylistID);
+        addPlaylist(video.deepLinkPlaylistID);
+      });
+}
+
+void Walk::addCollection(const std::string& id) {
+  add(
+      "collections/" + id, "collection", [this, id] { return context_->fetchItemCollection(id); },
+      [this](const ItemCollection& collection) { visit(collection.items); });
+}
+
+void Walk::addPlaylist(const std::optional<std::string>& id) {
+  if (!id || id->empty()) return;
+  add(
+      "playlists/" + *id, "playlist", [this, id] { return context_->fetchPlaylist(*id); },
+      [](const auto&) {});
+}
+
+void Walk::addSearch(const std::string& title) {
+  const auto word = title.substr(0, title.find(' '));
+  if (word.empty() || std::exchange(hasSearched_, true)) return;
+  add(
+      "search", "search", [this, word] { return context_->fetchSearchResults(word); },
+      [this](const std::vector<SearchCollection>& collections) {
+        for (const auto& collection : collections) visit(collection.items);
+      });
+  add(
+      "search/suggest", "suggestions",
+      [this, word] { return context_->fetchSearchSuggestions(word); }, [](const auto&) {});
+}
+
+void Walk::visit(const Page& page) {
+  for (const auto& reference : page.collections) addCollection(reference.id);
+  if (const auto& lineup = page.lineupMeta) {
+    add(
+        lineup->url.text(), "lineup",
+        [this, url = lineup->url] { return context_->fetchLineup(url); }, [](const auto&) {});
+  }
+  for (std::size_t i = 0; i < std::min(page.siblings.size(), kCloser); ++i) {
+    addPage(page.siblings[i].id);
+  }
+}
+
+void Walk::visit(const std::vector<ContentItem>& items) {
+  std::size_t videos = 0, pages = 0;
+  for (const ContentItem& item : items) {
+    if (const Video* video = item.video()) {
+      addSearch(video->title);
+      if (++videos <= kCloser) addVideo(video->id);
+    } else if (const Page* page = item.page()) {
+      if (++pages <= kCloser) addPage(page->id);
+    }
+  }
+}
+
+void Walk::fail(const AnyError& error) {
+  const auto* general = error.as<GeneralError>();
+  const auto* wrapped = general != nullptr ? general->as<GeneralError::underlying>() : nullptr;
+  const AnyError& inner = wrapped != nullptr ? wrapped->error : error;
+  const bool isUnreadable = inner.is<JSONParseError>() || inner.is<JSONReaderError>();
+  result_.faults.push_back({subject(error) + ": " + explanation(error), isUnreadable});
+}
+
+std::string Walk::kindOf(const URL& url) const {
+  const auto known = kinds_.find(url.text());
+  if (known != kinds_.end()) return known->second;
+  const std::string_view path = url.path();
+  if (path.find("/configuration/") != std::string_view::npos) return "configuration";
+  std::string kind;
+  std::size_t longest = 0;
+  for (const auto& [end, name] : kinds_) {
+    if (end.size() > longest && path.ends_with("/" + end)) {
+      kind = name;
+      longest = end.size();
+    }
+  }
+  return kind;
+}
+
+void Walk::digest() {
+  // What the fetches have brought, and what was told of it, is on its way.
+  const auto& observer = tool_.observer();
+  const auto queue =
+      observer != nullptr ? observer->queue() : tool_.bootstrap().context.reportQueue;
+  const Promise<bool> told;
+  queue->post([told] { told.success(true); });
+  (void)told.future().wait(1s);
+  std::vector<Catch::Document> documents;
+  catch_->queue->sync([&] { documents.swap(catch_->documents); });
+  const std::lock_guard guard(catch_->lock);
+  result_.requests = catch_->requests;
+  for (const auto& [url, body] : documents) {
+    const auto name = kindOf(url);
+    const auto document = JSONDataParser::value(body);
+    if (name.empty() || document.failed()) continue;
+    auto& shape = result_.shapes[name];
+    shape.learn(*document.value());
+    if (looking_ == Looking::briefly) continue;
+    const auto* const kind = std::ranges::find(kDocumentKinds, name, &DocumentKind::name);
+    probes_.try_emplace(name, std::string(kind->parseKind))
+        .first->second.examine(*document.value(), shape);
+  }
+  for (const auto& loss : std::exchange(catch_->losses, {})) {
+    const auto* const kind =
+        std::ranges::find(kDocumentKinds, loss.document, &DocumentKind::lossName);
+    if (kind != std::end(kDocumentKinds)) result_.shapes[std::string(kind->name)].learn({loss});
+  }
+}
+
+Walk::Task Walk::takeTask() {
+  Tasks* fewest = nullptr;
+  for (auto& [kind, tasks] : tasks_) {
+    const bool isFewer = fewest == nullptr || tasks.begun < fewest->begun;
+    if (!tasks.waiting.empty() && isFewer) fewest = &tasks;
+  }
+  if (fewest == nullptr) return nullptr;
+  ++fewest->begun;
+  auto task = std::move(fewest->waiting.front());
+  fewest->waiting.pop_front();
+  return task;
+}
+
+Result<WalkResult> Walk::make() {
+  auto& options = tool_.bootstrap();
+  if (options.context.reportQueue == nullptr) {
+    options.context.reportQueue = SerialQueue::make("orvo.losses");
+  }
+  listen(options);
+  const auto context = tool_.context();
+  if (const AnyError* error = context.error()) return Failure{*error};
+  begin(*context.value());
+  digest();
+  while (result_.requests < most_) {
+    std::vector<std::function<void()>> ends;
+    const auto budget = std::min<std::int64_t>(2, most_ - result_.requests);
+    while (std::ssize(ends) < budget) {
+      const auto task = takeTask();
+      if (task == nullptr) break;
+      ends.push_back(task());
+    }
+    if (ends.empty()) break;
+    for (const auto& end : ends) end();
+    digest();
+  }
+  return std::move(result_);
+}
+
+}  // namespace
+
+Result<WalkResult> walkService(Tool& tool, std::int64_t mostRequests, Looking looking) {
+  // What is lost is reported, and examined documents are not the service's.
+  silenceConsole();
+  return Walk(tool, mostRequests, looking).make();
+}
+
+}  // namespace orvo::tool
