@@ -46,7 +46,7 @@ struct Asked {
   /// What `fetch` makes of the URL, or the failure when there is none.
   template <class Fetch>
   std::invoke_result_t<Fetch&, const URL&> from(const Result<URL>& url, Fetch fetch) const {
-    const auto fetched = begin(url, fetch);
+    auto fetched = begin(url, fetch);
     if (record) record->endWith(fetched);
     return fetched;
   }

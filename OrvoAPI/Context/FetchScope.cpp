@@ -20,7 +20,7 @@ Future<Data> FetchScopeState::watch(const Future<Data>& fetched) {
   const auto outcome = parent_ != nullptr ? parent_->watch(fetched) : fetched;
   Calls call{Promise<Data>()};
   const auto place = call.begin();
-  const auto future = place->future();
+  auto future = place->future();
   {
     const LockGuard guard(lock_);
     if (isCancelled_) return Future<Data>::completed(Failure{cancelledError()});
@@ -46,7 +46,7 @@ void FetchScopeState::endCall(Calls::iterator place, const Result<Data>& result)
 
 Future<HTTPResult> FetchScopeState::send(const URLRequest& request, NetworkDataProvider& network) {
   if (isCancelled()) return Future<HTTPResult>::completed(Failure{cancelledError()});
-  const auto future = network.fetch(request);
+  auto future = network.fetch(request);
   Transfers transfer{future};
   const auto place = transfer.begin();
   {
