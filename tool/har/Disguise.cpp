@@ -254,7 +254,9 @@ std::string Disguise::withoutKnown(std::string_view text) const {
         known_.begin() + (begins_[static_cast<unsigned char>(text[at])] ? 0 : std::ssize(known_));
     for (auto known = begin; length == 0 && known != known_.end(); ++known) {
       const auto& [secret, word] = *known;
-      const bool isPlain = rest.starts_with(secret);
+      // One that ends like the beginning of an escape may go on.
+      const bool isPlain =
+          rest.starts_with(secret) && secret.find_first_of("%\\") == std::string::npos;
       if (!isPlain && at + secret.size() <= escape) continue;
       length = isPlain ? secret.size() : lengthOf(secret, rest, searches);
       const bool isWhole =
