@@ -21,17 +21,6 @@ using Place = std::size_t;
 
 Place placeOf(const JSONValue& value) { return value.node().position().place; }
 
-/// The member of the object at the place, or without a key what is there itself.
-struct Note {
-  Place place = 0;
-  std::string_view key = {};
-  Reason reason = Reason::missing;
-  /// What was left out, if it is something else.
-  Place lost = 0;
-  /// Whether it is a name that is not known, which is more likely new than wrong.
-  bool isName = false;
-};
-
 Reason reasonFor(const JSONValue& value, Kind wanted) {
   if (value.kind() == Kind::null) return Reason::null;
   return value.kind() == wanted ? Reason::badValue : Reason::wrongType;
@@ -132,6 +121,17 @@ class LossWatch::Notes final : public detail::LossNotes {
   [[nodiscard]] std::vector<DocumentLoss> losses(std::string_view document);
 
  private:
+  /// The member of the object at the place, or without a key what is there itself.
+  struct Note {
+    Place place = 0;
+    std::string_view key = {};
+    Reason reason = Reason::missing;
+    /// What was left out, if it is something else.
+    Place lost = 0;
+    /// Whether it is a name that is not known, which is more likely new than wrong.
+    bool isName = false;
+  };
+
   /// Of an array of objects it is the first element that is none.
   static Note noteOf(const JSONObject& object, std::string_view key, Kind wanted) {
     const auto member = object.value(key);
