@@ -42,6 +42,9 @@ Written first(std::string_view text, Escapes escapes) {
     return letter ? Written{*letter, 3} : plain;
   }
   if (text[0] != '\\' || text.size() < 2 || !escapes.ofJSON) return plain;
+  constexpr std::string_view kLetters = "bfnrt";
+  const std::size_t letterAt = kLetters.find(text[1]);
+  if (letterAt != std::string_view::npos) return {"\b\f\n\r\t"[letterAt], 2};
   if (text[1] != 'u') return {text[1], 2};
   const auto letter = decoded(text.substr(2), 4);
   return letter ? Written{*letter, 6} : plain;
