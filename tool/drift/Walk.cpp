@@ -78,9 +78,9 @@ class CatchingNetwork final : public NetworkDataProvider {
   const std::shared_ptr<Catch> into_;
 };
 
-class Walk {
+class ServiceWalk {
  public:
-  Walk(Tool& tool, std::int64_t most, Looking looking)
+  ServiceWalk(Tool& tool, std::int64_t most, Looking looking)
       : tool_(tool), most_(most), looking_(looking) {}
 
   Result<WalkResult> make();
@@ -124,7 +124,7 @@ class Walk {
   WalkResult result_;
 };
 
-void Walk::listen(BootstrapOptions& options) const {
+void ServiceWalk::listen(BootstrapOptions& options) const {
   options.wrapNetwork = [into = catch_,
                          wrap = options.wrapNetwork](std::shared_ptr<NetworkDataProvider> network) {
     if (wrap) network = wrap(std::move(network));
@@ -137,7 +137,7 @@ void Walk::listen(BootstrapOptions& options) const {
 }
 
 template <class Fetch, class Visit>
-void Walk::add(const std::string& path, std::string_view kind, Fetch fetch, Visit visit) {
+void ServiceWalk::add(const std::string& path, std::string_view kind, Fetch fetch, Visit visit) {
   if (!kinds_.emplace(path, kind).second) return;
   tasks_[std::string(kind)].waiting.push_back(
       [this, fetch = std::move(fetch), visit = std::move(visit)] {
@@ -152,7 +152,7 @@ void Walk::add(const std::string& path, std::string_view kind, Fetch fetch, Visi
 /// How many items of a list are looked at more closely.
 constexpr std::size_t kCloser = 3;
 
-void Walk::begin(const std::shared_ptr<Context>& context) {
+void ServiceWalk::begin(const std::shared_ptr<Context>& context) {
   context_ = context;
   for (const auto& view : context->systemViews()) {
     add("products/" + view.id, "page", view.fetch, [this](const Page& page) { visit(page); });
@@ -162,13 +162,13 @@ void Walk::begin(const std::shared_ptr<Context>& context) {
   addPlaylist(context->configuration().upcomingEvents.id);
 }
 
-void Walk::addPage(const std::string& id) {
+void ServiceWalk::addPage(const std::string& id) {
   add(
       "products/" + id, "page", [this, id] { return context_->fetchPage(id); },
       [this](const Page& page) { visit(page); });
 }
 
-void Walk::addVideo(const std::string& id) {
+void ServiceWalk::addVideo(const std::string& id) {
   add(
       "products/" + id, "video", [this, id] { return context_->fetchVideo(id); },
       [this](const Video& video) {
@@ -178,20 +178,20 @@ void Walk::addVideo(const std::string& id) {
       });
 }
 
-void Walk::addCollection(const std::string& id) {
+void ServiceWalk::addCollection(const std::string& id) {
   add(
       "collections/" + id, "collection", [this, id] { return context_->fetchItemCollection(id); },
       [this](const ItemCollection& collection) { visit(collection.items); });
 }
 
-void Walk::addPlaylist(const std::optional<std::string>& id) {
+void ServiceWalk::addPlaylist(const std::optional<std::string>& id) {
   if (!id || id->empty()) return;
   add(
       "playlists/" + *id, "playlist", [this, id] { return context_->fetchPlaylist(*id); },
       [](const auto&) {});
 }
 
-void Walk::addSearch(const std::string& title) {
+void ServiceWalk::addSearch(const std::string& title) {
   const auto word = title.substr(0, title.find(' '));
   if (word.empty() || std::exchange(hasSearched_, true)) return;
   add(
@@ -204,7 +204,7 @@ void Walk::addSearch(const std::string& title) {
       [this, word] { return context_->fetchSearchSuggestions(word); }, [](const auto&) {});
 }
 
-void Walk::visit(const Page& page) {
+void ServiceWalk::visit(const Page& page) {
   for (const auto& reference : page.collections) addCollection(reference.id);
   if (const auto& lineup = page.lineupMeta) {
     add(
@@ -216,7 +216,7 @@ void Walk::visit(const Page& page) {
   }
 }
 
-void Walk::visit(const std::vector<ContentItem>& items) {
+void ServiceWalk::visit(const std::vector<ContentItem>& items) {
   std::size_t videos = 0, pages = 0;
   for (const ContentItem& item : items) {
     if (const Video* video = item.video()) {
@@ -228,7 +228,7 @@ void Walk::visit(const std::vector<ContentItem>& items) {
   }
 }
 
-void Walk::fail(const AnyError& error) {
+void ServiceWalk::fail(const AnyError& error) {
   const auto* general = error.as<GeneralError>();
   const auto* wrapped = general != nullptr ? general->as<GeneralError::underlying>() : nullptr;
   const AnyError& inner = wrapped != nullptr ? wrapped->error : error;
@@ -236,7 +236,7 @@ void Walk::fail(const AnyError& error) {
   result_.faults.push_back({subject(error) + ": " + explanation(error), isUnreadable});
 }
 
-std::string Walk::kindOf(const URL& url) const {
+std::string ServiceWalk::kindOf(const URL& url) const {
   const auto known = kinds_.find(url.text());
   if (known != kinds_.end()) return known->second;
   const std::string_view path = url.path();
@@ -252,7 +252,7 @@ std::string Walk::kindOf(const URL& url) const {
   return kind;
 }
 
-void Walk::digest() {
+void ServiceWalk::digest() {
   // What the fetches have brought, and what was told of it, is on its way.
   const auto& observer = tool_.observer();
   const auto queue =
@@ -282,7 +282,7 @@ void Walk::digest() {
   }
 }
 
-Walk::Task Walk::takeTask() {
+ServiceWalk::Task ServiceWalk::takeTask() {
   Tasks* fewest = nullptr;
   for (auto& [kind, tasks] : tasks_) {
     const bool isFewer = fewest == nullptr || tasks.begun < fewest->begun;
@@ -295,7 +295,7 @@ Walk::Task Walk::takeTask() {
   return task;
 }
 
-Result<WalkResult> Walk::make() {
+Result<WalkResult> ServiceWalk::make() {
   auto& options = tool_.bootstrap();
   if (options.context.reportQueue == nullptr) {
     options.context.reportQueue = SerialQueue::make("orvo.losses");
@@ -325,7 +325,7 @@ Result<WalkResult> Walk::make() {
 Result<WalkResult> walkService(Tool& tool, std::int64_t mostRequests, Looking looking) {
   // What is lost is reported, and examined documents are not the service's.
   silenceConsole();
-  return Walk(tool, mostRequests, looking).make();
+  return ServiceWalk(tool, mostRequests, looking).make();
 }
 
 }  // namespace orvo::tool

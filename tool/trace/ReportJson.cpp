@@ -18,8 +18,8 @@ Date wallTime(std::chrono::steady_clock::time_point time) {
 
 /// The status or the code; what was no matter of the network has neither.
 std::string errorType(const RequestReport& report) {
-  constexpr int kFirstFailure = 400;
-  if (report.status >= kFirstFailure) return std::to_string(report.status);
+  constexpr int kFirstErrorStatus = 400;
+  if (report.status >= kFirstErrorStatus) return std::to_string(report.status);
   const auto* transport = report.error->as<URLError>();
   return transport != nullptr ? std::to_string(transport->code) : "document";
 }
