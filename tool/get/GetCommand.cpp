@@ -16,7 +16,7 @@ struct WrittenGet {
 
 constexpr std::string_view kOperation = "get";
 constexpr int kUnauthorized = 401;
-constexpr int kFirstFailure = 400;
+constexpr int kFirstRefusal = 400;
 
 /// The answer, and what must not be shown of it.
 struct Got {
@@ -105,7 +105,7 @@ int runGet(Tool& tool, const WrittenGet& written) {
   const auto got = get(tool, **context.value(), url, written.path);
   if (const AnyError* error = got.error()) return tool.fail(*error);
   const int status = got.value()->answer.response.statusCode;
-  const bool failed = status >= kFirstFailure;
+  const bool failed = status >= kFirstRefusal;
   // What a service says beside its refusal is worth reading, but no answer for programs.
   if (!failed || !tool.options().json) answer(tool, written, *got.value());
   if (!failed) return 0;
