@@ -27,13 +27,14 @@ std::string verdict(const Screen& screen, Found outcome) {
 /// A line with the outcome, what it is about and how long that took; then, behind it where there is
 /// room, else below, what was found and what to do.
 void draw(Screen& screen, const Finding& finding) {
-  constexpr std::size_t kName = 16;
+  constexpr std::size_t kNameWidth = 16;
   constexpr std::size_t kHead = 39;
   constexpr std::size_t kNarrowestText = 36;
   const bool isWide = screen.columns() >= kHead + kNarrowestText;
   const std::size_t indent = isWide ? kHead : 4;
   const bool isTimed = finding.time.count() > 0;
-  std::string head = "  " + verdict(screen, finding.outcome) + " " + padded(finding.name, kName) +
+  std::string head = "  " + verdict(screen, finding.outcome) + " " +
+                     padded(finding.name, kNameWidth) +
                      fmt::format(" {:>8}", isTimed ? spanText(finding.time) : "");
   std::vector<std::string> lines = wrapped(printable(finding.detail), screen.columns() - indent);
   const bool isShared = isWide && !lines.empty();
@@ -51,11 +52,11 @@ void draw(Screen& screen, const Finding& finding) {
 
 /// Steps that were skipped for the same reason.
 void drawSkipped(Screen& screen, const std::vector<std::string>& names, const std::string& why) {
-  constexpr std::size_t kIndent = 12;
-  const auto lines = wrapped(joined(names) + ": " + printable(why), screen.columns() - kIndent);
+  constexpr std::size_t kMargin = 12;
+  const auto lines = wrapped(joined(names) + ": " + printable(why), screen.columns() - kMargin);
   for (std::size_t i = 0; i < lines.size(); ++i) {
     const std::string head = "  " + verdict(screen, Found::skipped) + " ";
-    screen.line((i == 0 ? head : std::string(kIndent, ' ')) + lines[i]);
+    screen.line((i == 0 ? head : std::string(kMargin, ' ')) + lines[i]);
   }
 }
 

@@ -105,9 +105,9 @@ void expect(SSL* session, const std::string& host) {
 
 /// `for 12 days`
 std::string daysText(std::chrono::milliseconds span) {
-  constexpr std::chrono::hours kDay{24};
-  if (span < 2 * kDay) return durationText(static_cast<double>(span.count()) / 1000);
-  return countText(span / kDay) + " days";
+  constexpr std::chrono::hours kOneDay{24};
+  if (span < 2 * kOneDay) return durationText(static_cast<double>(span.count()) / 1000);
+  return countText(span / kOneDay) + " days";
 }
 
 /// What is wrong with a certificate that cannot be trusted.

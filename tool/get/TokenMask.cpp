@@ -20,11 +20,11 @@ struct Written {
 
 /// The byte that digits stand for, if they are whole and it is one.
 std::optional<char> decoded(std::string_view digits, std::size_t count) {
-  constexpr unsigned kLargest = 0xFF;
+  constexpr unsigned kLargestByte = 0xFF;
   unsigned code = 0;
   const char* const end = digits.data() + std::min(count, digits.size());
   const auto read = std::from_chars(digits.data(), end, code, 16);
-  const bool isWhole = digits.size() >= count && read.ptr == end && code <= kLargest;
+  const bool isWhole = digits.size() >= count && read.ptr == end && code <= kLargestByte;
   return isWhole ? std::optional(static_cast<char>(code)) : std::nullopt;
 }
 

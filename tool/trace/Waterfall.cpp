@@ -23,20 +23,22 @@ struct Mark {
   Style style;
 };
 
-constexpr std::array<Mark, 8> kMarks{{{"≈", "earlier attempts", Style::warning},
-                                      {"·", "waiting", Style::faint},
-                                      {"░", "name", Style::accent},
-                                      {"▒", "connect", Style::accent},
-                                      {"▓", "TLS", Style::accent},
-                                      {"━", "server", Style::plain},
-                                      {"█", "transfer", Style::good},
-                                      {"▫", "reading", Style::faint}}};
+constexpr std::array<Mark, 8> kPartMarks{{{"≈", "earlier attempts", Style::warning},
+                                          {"·", "waiting", Style::faint},
+                                          {"░", "name", Style::accent},
+                                          {"▒", "connect", Style::accent},
+                                          {"▓", "TLS", Style::accent},
+                                          {"━", "server", Style::plain},
+                                          {"█", "transfer", Style::good},
+                                          {"▫", "reading", Style::faint}}};
 
 constexpr std::array<Part, RequestReport::kPhases> kParts{
     Part::waiting, Part::earlier, Part::earlier, Part::waiting,  Part::name,    Part::connect,
     Part::secure,  Part::waiting, Part::server,  Part::transfer, Part::waiting, Part::reading};
 
-const Mark& markOf(std::size_t phase) { return kMarks[static_cast<std::size_t>(kParts[phase])]; }
+const Mark& markOf(std::size_t phase) {
+  return kPartMarks[static_cast<std::size_t>(kParts[phase])];
+}
 
 std::string sizeText(std::uint64_t bytes) {
   const auto size = static_cast<double>(bytes);
@@ -78,7 +80,7 @@ std::string wayOf(const RequestReport& report) {
 
 /// What the longest parts took, `server 12 ms, name 3 ms`.
 std::string partsText(const RequestReport& report) {
-  std::array<nanoseconds, kMarks.size()> times{};
+  std::array<nanoseconds, kPartMarks.size()> times{};
   for (std::size_t phase = 0; phase < kParts.size(); ++phase) {
     times[static_cast<std::size_t>(kParts[phase])] += report.phases[phase];
   }
@@ -86,7 +88,7 @@ std::string partsText(const RequestReport& report) {
   for (int count = 0; count < 3; ++count) {
     auto* const longest = std::ranges::max_element(times);
     if (*longest * 20 < report.total) break;
-    const auto& mark = kMarks[static_cast<std::size_t>(longest - times.begin())];
+    const auto& mark = kPartMarks[static_cast<std::size_t>(longest - times.begin())];
     texts.push_back(std::string(mark.name) + " " + spanText(*longest));
     *longest = nanoseconds(0);
   }
@@ -225,9 +227,10 @@ class Waterfall {
   /// What the marks mean that were used.
   void legend() {
     std::vector<std::string> entries;
-    for (std::size_t i = 0; i < kMarks.size(); ++i) {
+    for (std::size_t i = 0; i < kPartMarks.size(); ++i) {
       if (!isUsed_[i]) continue;
-      entries.push_back(std::string(kMarks[i].sign) + "\u00A0" + std::string(kMarks[i].name));
+      entries.push_back(std::string(kPartMarks[i].sign) + "\u00A0" +
+                        std::string(kPartMarks[i].name));
     }
     screen_.blank();
     indented(screen_, joined(entries), Style::faint);
@@ -239,7 +242,7 @@ class Waterfall {
   nanoseconds span_{1};
   std::size_t labels_ = 0;
   std::array<std::size_t, 4> widths_{};
-  std::array<bool, kMarks.size()> isUsed_{};
+  std::array<bool, kPartMarks.size()> isUsed_{};
 };
 
 }  // namespace
