@@ -87,6 +87,7 @@ int Connections::open(const curl_sockaddr& address, std::string_view host) {
 }
 
 int Connections::close(int socket) {
+  NetworkThread::shared().unwatch(socket);
   // Within the lock: the watchdog must not shut down whoever gets the number next.
   const LockGuard guard(lock_);
   if (const auto found = connections_.find(socket); found != connections_.end()) {
@@ -95,6 +96,11 @@ int Connections::close(int socket) {
     connections_.erase(found);
   }
   return ::close(socket);
+}
+
+bool Connections::isOpen(int socket) {
+  const LockGuard guard(lock_);
+  return connections_.contains(socket);
 }
 
 void Connections::learnEnds(int socket, Connection& connection) {

@@ -46,6 +46,7 @@ class Connections {
   /// As libcurl's own, except that programs which the app starts do not inherit the socket.
   int open(const curl_sockaddr& address, std::string_view host);
   int close(int socket);
+  [[nodiscard]] bool isOpen(int socket);
   /// The open connection with these endpoints, or none.
   [[nodiscard]] ID find(std::string_view peer, int peerPort, int localPort);
 

@@ -243,8 +243,10 @@ void CurlPool::checkDeadlines() {
 
 int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self, void*) {
   auto& thread = NetworkThread::shared();
+  auto& pool = *static_cast<CurlPool*>(self);
   if (what == CURL_POLL_REMOVE) {
-    thread.unwatch(socket);
+    // Others, as those by which libcurl's resolver wakes it, are closed without a word.
+    pool.connections_.isOpen(socket) ? thread.rest(socket) : thread.unwatch(socket);
     return 0;
   }
   auto* const transfer = CurlTransfer::from(handle);
@@ -256,7 +258,6 @@ int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self,
   }
   const std::uint32_t events = ((what & CURL_POLL_IN) != 0 ? std::uint32_t{EPOLLIN} : 0U) |
                                ((what & CURL_POLL_OUT) != 0 ? std::uint32_t{EPOLLOUT} : 0U);
-  auto& pool = *static_cast<CurlPool*>(self);
   if (!thread.watch(socket, events, pool, transfer) && transfer != nullptr) {
     transfer->fail(outOfMemory());
     pool.checkDeadlinesSoon();

@@ -275,7 +275,7 @@ void NetworkThread::add(CurlPool& pool) { pools_.push_back(&pool); }
 
 void NetworkThread::remove(CurlPool& pool) {
   for (auto& watch : watches_) {
-    if (watch.pool == &pool) watch = {};
+    if (watch.pool == &pool) watch.pool = nullptr;
   }
   std::erase(pools_, &pool);
 }
@@ -306,7 +306,7 @@ void NetworkThread::waitForEvents() {
     if (watch.pool != nullptr) {
       watch.pool->socketIsReady(event.data.fd, event.events, watch.context);
     } else {
-      epoll_ctl(epoll_, EPOLL_CTL_DEL, event.data.fd, nullptr);  // lest it wake the thread for ever
+      forget(event.data.fd);  // lest it wake the thread for ever
     }
   }
 }
@@ -331,25 +331,42 @@ bool NetworkThread::watch(int socket, std::uint32_t events, CurlPool& pool, void
     return false;
   }
   auto& watch = watches_[index];
+  if (watch.events != events && !tellKernel(socket, events)) {
+    watch = {};
+    return false;
+  }
+  watch = {&pool, context, events};
+  return true;
+}
+
+bool NetworkThread::tellKernel(int socket, std::uint32_t events) const {
   epoll_event event{};
   event.events = events;
   event.data.fd = socket;
   const auto tell = [&](int operation) {
     return epoll_ctl(epoll_, operation, socket, &event) == 0;
   };
-  // Should a socket have been closed unnoticed, its number is another's now; should it have been
-  // forgotten when there was no memory, it is known still.
-  const bool isWatched = (watch.pool != nullptr && tell(EPOLL_CTL_MOD)) || tell(EPOLL_CTL_ADD) ||
-                         (errno == EEXIST && tell(EPOLL_CTL_MOD));
-  watch = isWatched ? Watch{&pool, context} : Watch{};
-  return isWatched;
+  // Should a socket have been forgotten when there was no memory, the kernel knows it still.
+  const bool isKnown = watches_[static_cast<std::size_t>(socket)].events != 0;
+  return (isKnown && tell(EPOLL_CTL_MOD)) || tell(EPOLL_CTL_ADD) ||
+         (errno == EEXIST && tell(EPOLL_CTL_MOD));
 }
 
 void NetworkThread::unwatch(int socket) {
   const auto index = static_cast<std::size_t>(socket);
-  if (index >= watches_.size() || watches_[index].pool == nullptr) return;
+  if (index < watches_.size() && watches_[index].events != 0) forget(socket);
+}
+
+void NetworkThread::forget(int socket) {
   epoll_ctl(epoll_, EPOLL_CTL_DEL, socket, nullptr);
-  watches_[index] = {};
+  watches_[static_cast<std::size_t>(socket)] = {};
+}
+
+void NetworkThread::rest(int socket) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index >= watches_.size()) return;
+  watches_[index].pool = nullptr;
+  watches_[index].context = nullptr;
 }
 
 void NetworkThread::forgetContext(int socket, const void* context) {

@@ -59,14 +59,18 @@ class NetworkThread {
   /// False when the system has no memory for it.
   [[nodiscard]] bool watch(int socket, std::uint32_t events, CurlPool& pool, void* context);
   void unwatch(int socket);
+  /// Nothing is under way on an open connection's socket. It stays registered with the kernel, for
+  /// the next request's sake, until something happens on it.
+  void rest(int socket);
   /// Nothing that happens on the socket concerns the context any more.
   void forgetContext(int socket, const void* context);
 
  private:
   enum class State { unused, running, ended };
   struct Watch {
-    CurlPool* pool = nullptr;  // null: not watched
+    CurlPool* pool = nullptr;  // null: nobody waits for the socket, though the kernel may know it
     void* context = nullptr;
+    std::uint32_t events = 0;
   };
 
   NetworkThread() = default;
@@ -85,6 +89,8 @@ class NetworkThread {
   void changeNetwork();
   void noticeSleep();
   void waitForEvents();
+  [[nodiscard]] bool tellKernel(int socket, std::uint32_t events) const;
+  void forget(int socket);
   [[nodiscard]] int millisecondsToNextTimer() const;
 
   Lock lock_;

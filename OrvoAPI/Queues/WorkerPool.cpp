@@ -1,4 +1,5 @@
 #include <OrvoAPI/Base/FatalInternal.h>
+#include <OrvoAPI/Base/FutexInternal.h>
 #include <OrvoAPI/Queues/ThreadInternal.h>
 #include <OrvoAPI/Queues/TimerInternal.h>
 #include <OrvoAPI/Queues/WorkerPoolInternal.h>
@@ -138,9 +139,8 @@ void WorkerPool::summon(Help help, Worker* sleeper) {
 }
 
 void WorkerPool::wake(Worker& sleeper) {
-  // An exchange, not a store: it is seen before the check whether a thread sleeps.
-  sleeper.woken.exchange(1);
-  sleeper.woken.notify_one();
+  sleeper.woken.store(1, std::memory_order_release);
+  futexWakeOne(sleeper.woken);
 }
 
 void WorkerPool::goOnWith(const JobNode* job) {
@@ -195,7 +195,7 @@ JobNode* WorkerPool::take(Worker& worker) {
       worker.woken.store(0, std::memory_order_relaxed);
       worker.next = std::exchange(idle_, &worker);
     }
-    worker.woken.wait(0, std::memory_order_acquire);
+    while (worker.woken.load(std::memory_order_acquire) == 0) futexWait(worker.woken, 0);
   }
 }
 

@@ -315,6 +315,12 @@ TEST(URLSessionFault, TellsWhyThereIsNoConnection) {
 }
 
 TEST(URLSessionTimeout, ComesSoonAfterTheServerFallsSilentAndCostsNoWork) {
+  const ScriptedServer closing([](Connection& connection) {
+    connection.readHead();
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+  });
+  URLSession other;
+  EXPECT_EQ(codeOf(other.fetch({.url = closing.url()})), 200);  // its connection goes unused
   const std::string burst = "HTTP/1.1 200 OK\r\nContent-Length: 2000000\r\n\r\n";
   for (const std::string& said : {std::string(), burst + std::string(1'000'000, 'x')}) {
     Signal left;
