@@ -5,6 +5,9 @@
 #include <tool/drift/ShapeFile.h>
 #include <tool/drift/Walk.h>
 
+#include <algorithm>
+#include <functional>
+
 namespace orvo::tool {
 
 namespace {
@@ -26,7 +29,7 @@ std::vector<Difference> drift(const Shapes& then, const WalkResult& walk) {
     if (fault.isUnreadable) all.push_back({fault.text, "", "", true});
   }
   auto others = differences(then, walk.shapes);
-  std::ranges::stable_partition(others, &Difference::loses);
+  std::stable_partition(others.begin(), others.end(), std::mem_fn(&Difference::loses));
   all.insert(all.end(), others.begin(), others.end());
   return all;
 }
