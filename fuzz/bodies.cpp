@@ -7,6 +7,7 @@
 #include <tool/get/ApiPath.h>
 #include <tool/get/TokenMask.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
@@ -32,7 +33,7 @@ void requireBeneath(const std::string& path) {
   try {
     const auto url = tool::apiAddress(path, *URL::parse("http://host/a/v3/"));
     fuzz::require(url.host() == "host", "it is the API's host");
-    fuzz::require(url.path().starts_with("/a/v3/"), "the address is beneath the base");
+    fuzz::require((std::string(url.path()) + "/").starts_with("/a/v3/"), "it is the base's path");
     fuzz::require((arrival(url.path()) + "/").starts_with("/a/v3/"), "the server stays there");
   } catch (const tool::WrongUsage&) {
   }
@@ -52,9 +53,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   fuzz::require(mask.text(said).find(token) == std::string::npos, "no text tells the token");
   fuzz::require(mask.headerValue("Name", said + token).find(token) == std::string::npos,
                 "no header field does");
-  const std::string json = demo::Json(token).text();
-  if (json.find("\xEF\xBF\xBD") == std::string::npos) {
-    fuzz::require(mask.text(json) == "\"***\"", "a token in JSON is hidden");
+  const auto isASCII = [](char letter) { return static_cast<unsigned char>(letter) < 0x80; };
+  if (std::ranges::all_of(token, isASCII)) {
+    fuzz::require(mask.text(demo::Json(token).text()) == "\"***\"", "a token in JSON is hidden");
   }
   fuzz::require(mask.text(percentEncodedQueryValue(token)) == "***", "one in an address, too");
   const auto session = tool::TokenMask().body("{\"token\":\"" + said + "\"}");
