@@ -31,7 +31,7 @@ int runGuide(Tool& tool, const WrittenGuide& written) {
   }
   LinearStream stream;
   return fetchListAndAnswer(
-      tool, ListOutput(tool, written.list, kProgramFields), "fetching the guide", true,
+      tool, ListOutput(tool, written.list, kProgramFields), "fetching the guide", {.all = true},
       [&](const Context& context) {
         stream = context.linearStream();
         const ListPartRequest first{.offset = 0, .limit = WrittenPaging::kWholeListLimit};
@@ -53,7 +53,7 @@ void addGuideCommand(Commands& commands) {
        .values = dates(),
        .target = &written->start},
       {.name = "--end",
-       .description = "The end of the range",
+       .description = "The end of the range, written like its start",
        .values = dates(),
        .target = &written->end},
       {.name = "--days",
@@ -66,7 +66,7 @@ void addGuideCommand(Commands& commands) {
                       .description = "What is on the linear channel; by default, today",
                       .options = std::move(options),
                       .examples = {"orvo --demo guide", "orvo --demo guide --days 7",
-                                   "orvo --demo guide --start 18:00 --end tomorrow"},
+                                   "orvo --demo guide --start 18:00 --end 'tomorrow 06:00'"},
                       .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 

@@ -17,7 +17,7 @@ struct WrittenItems {
 int runCollection(Tool& tool, const WrittenItems& written) {
   const ListOutput output(tool, written.list, kItemFields);
   return fetchListAndAnswer(
-      tool, output, "fetching the collection", written.paging.all,
+      tool, output, "fetching the collection", written.paging,
       [&](const Context& context) {
         return context.fetchItemCollection(written.id, written.paging.read());
       },
@@ -33,7 +33,7 @@ int runPlaylist(Tool& tool, const WrittenItems& written) {
     const auto fetch = [&](const Context& context) {
       return context.fetchPlaylist(written.id, written.paging.read());
     };
-    return fetchListAndAnswer(tool, output, "fetching the playlist", written.paging.all, fetch,
+    return fetchListAndAnswer(tool, output, "fetching the playlist", written.paging, fetch,
                               drawPlaylist);
   }
   const auto fetch = [&](const Context& context) {
@@ -43,7 +43,7 @@ int runPlaylist(Tool& tool, const WrittenItems& written) {
       return keeper->fetchPlaylist(id, *included);
     });
   };
-  return fetchListAndAnswer(tool, output, "fetching the playlist", false, fetch, drawPlaylist);
+  return fetchListAndAnswer(tool, output, "fetching the playlist", {}, fetch, drawPlaylist);
 }
 
 }  // namespace

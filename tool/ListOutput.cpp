@@ -1,5 +1,6 @@
 #include <tool/ListOutput.h>
 #include <tool/Text.h>
+#include <tool/Wording.h>
 
 #include <algorithm>
 #include <numeric>
@@ -106,6 +107,14 @@ void ListOutput::printLines(const Records& records) const {
     text.back() = '\n';
   }
   print(text);
+}
+
+void ListOutput::tellCut(const PagingMeta& part) const {
+  const bool goesOn = part.limit > 0 && part.total - part.offset > part.limit;
+  if (format_ != Format::tsv || !goesOn) return;
+  printDiagnostic(styled(standardError(), Style::warning, "orvo:") + " these are " +
+                  countText(part.limit) + " of " + countText(part.total) +
+                  "; --all prints them all\n");
 }
 
 void ListOutput::drawTable(const Records& records) const {

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <OrvoAPI/Model/PagingMeta.h>
 #include <tool/CommandTable.h>
 #include <tool/Records.h>
 #include <tool/Tool.h>
 
+#include <cstddef>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +32,8 @@ class ListOutput {
     return format_ == Format::tsv || format_ == Format::jsonl;
   }
   void printLines(const Records& records) const;
+  /// Says that the list goes on, where its lines would not show it.
+  void tellCut(const PagingMeta& part) const;
 
   /// Prints a list: its `whole()` as JSON, or what `draw(Screen&)` draws, unless single fields or
   /// lines are wanted. Returns the exit status.

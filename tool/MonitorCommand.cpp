@@ -156,7 +156,7 @@ void addMonitorCommand(Commands& commands) {
   const auto written = std::make_shared<WrittenMonitor>();
   commands.push_back(
       {.name = "monitor",
-       .description = "What is on the linear channel now, kept up to date",
+       .description = "What is on the linear channel now, until interrupted",
        .details =
            "It ends when it is interrupted, or after --updates. With --json, each update is a "
            "document on a line of its own.",

@@ -91,16 +91,17 @@ int printParts(Tool& tool, const ListOutput& output, const ListWalk<List>& walk,
 /// Fetches the list whose first part `fetch(const Context&)` returns a future of, whole if that is
 /// wanted, and prints it. Returns the exit status.
 template <class Fetch, class Draw>
-int fetchListAndAnswer(Tool& tool, const ListOutput& output, const std::string& label, bool whole,
-                       Fetch fetch, Draw draw) {
+int fetchListAndAnswer(Tool& tool, const ListOutput& output, const std::string& label,
+                       const WrittenPaging& paging, Fetch fetch, Draw draw) {
   const auto opened = tool.context();
   if (const AnyError* error = opened.error()) return tool.fail(*error);
   const auto& context = *opened.value();
   const ListWalk walk(context, [&] { return fetch(std::as_const(*context)); });
-  if (whole && output.isOfLines()) return printParts(tool, output, walk, label);
-  const auto result = whole ? wholeList(tool, walk, label) : tool.wait(walk.next(), label);
+  if (paging.all && output.isOfLines()) return printParts(tool, output, walk, label);
+  const auto result = paging.all ? wholeList(tool, walk, label) : tool.wait(walk.next(), label);
   if (const AnyError* error = result.error()) return tool.fail(*error);
   const auto& list = **result.value();
+  if (!paging.limit && !paging.offset) output.tellCut(list.meta);
   return output.answer(list, [&](Screen& screen) { draw(screen, list); });
 }
 

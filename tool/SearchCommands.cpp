@@ -35,7 +35,7 @@ int runSearch(Tool& tool, const WrittenSearch& written) {
   }
   const auto kind = *caseNamed<SearchCollection::ResultsKind>(written.kind);
   return fetchListAndAnswer(
-      tool, output, "searching", written.paging.all,
+      tool, output, "searching", written.paging,
       [&](const Context& context) {
         return context.fetchSearchCollection(written.query, kind, written.paging.read());
       },

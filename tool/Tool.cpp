@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <tool/ErrorReport.h>
 #include <tool/JsonLines.h>
@@ -7,6 +8,8 @@
 namespace orvo::tool {
 
 namespace {
+
+constexpr int kNotFound = 404;
 
 std::string documentText(const Json& json, bool forPeople) {
   return (forPeople ? json.indentedText() : json.text()) + "\n";
@@ -126,8 +129,15 @@ std::string Tool::place(const AnyError& error) const {
   return asked.empty() ? text : text + asked + ": ";
 }
 
-std::string Tool::wayOut() const {
-  if (options_.api || !isOpening_) return "";
+std::string Tool::wayOut(const AnyError& error) const {
+  if (!isOpening_) {
+    const auto* response = error.as<Response::Error>();
+    const auto* bad = response != nullptr ? response->as<Response::Error::badStatus>() : nullptr;
+    return bad != nullptr && bad->status == kNotFound
+               ? "\"orvo views\" and \"orvo search\" show identifiers.\n"
+               : "";
+  }
+  if (options_.api) return "\"orvo doctor\" looks at each step of the way to a service.\n";
   return "Name a service with --api URL, ORVO_API or a profile (orvo help profile), or try the "
          "tool with\n--demo, the service inside it.\n";
 }
@@ -140,7 +150,7 @@ int Tool::fail(const AnyError& error) const {
     printJsonLine(errorJson(error));
   } else {
     const std::string head = styled(standardError(), Style::bad, "orvo:");
-    printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut());
+    printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut(error));
   }
   return 1;
 }

@@ -122,8 +122,8 @@ class Tool {
   void reportService() const;
   /// Which host no session could be had with, and what was asked for.
   [[nodiscard]] std::string place(const AnyError& error) const;
-  /// What to do when the host that is compiled in cannot be reached.
-  [[nodiscard]] std::string wayOut() const;
+  /// What to do next: lines, or nothing.
+  [[nodiscard]] std::string wayOut(const AnyError& error) const;
 
   GlobalOptions options_;
   std::chrono::seconds demoProgramLength_{0};  // as on television

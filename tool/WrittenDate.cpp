@@ -38,17 +38,6 @@ class Scanner {
   std::string_view rest_;
 };
 
-/// `2026-11-23`
-std::optional<sys_days> day(Scanner& scanner) {
-  const auto years = scanner.number(4, 4);
-  const auto months = scanner.take("-") ? scanner.number(2, 2) : std::nullopt;
-  const auto days = scanner.take("-") ? scanner.number(2, 2) : std::nullopt;
-  if (!years || !months || !days) return std::nullopt;
-  const year_month_day date(year(*years), month(static_cast<unsigned>(*months)),
-                            std::chrono::day(static_cast<unsigned>(*days)));
-  return date.ok() ? std::optional(sys_days(date)) : std::nullopt;
-}
-
 /// `18:00`, `18:00:30`, `18:00:30.000`
 std::optional<milliseconds> time(Scanner& scanner) {
   const auto hour = scanner.number(2, 2);
@@ -98,6 +87,20 @@ sys_days dayOf(Date date) {
   return floor<days>(sys_time<milliseconds>(sinceEpoch + eastOfUTC(sinceEpoch)));
 }
 
+/// `2026-11-23`, `tomorrow`
+std::optional<sys_days> day(Scanner& scanner, Date now) {
+  if (scanner.take("today")) return dayOf(now);
+  if (scanner.take("tomorrow")) return dayOf(now) + days(1);
+  if (scanner.take("yesterday")) return dayOf(now) - days(1);
+  const auto years = scanner.number(4, 4);
+  const auto months = scanner.take("-") ? scanner.number(2, 2) : std::nullopt;
+  const auto dayOfMonth = scanner.take("-") ? scanner.number(2, 2) : std::nullopt;
+  if (!years || !months || !dayOfMonth) return std::nullopt;
+  const year_month_day date(year(*years), month(static_cast<unsigned>(*months)),
+                            std::chrono::day(static_cast<unsigned>(*dayOfMonth)));
+  return date.ok() ? std::optional(sys_days(date)) : std::nullopt;
+}
+
 /// `+2h`, `-30m`, `+3d`
 std::optional<Date> fromNow(std::string_view text, Date now) {
   Scanner scanner(text);
@@ -121,9 +124,6 @@ std::optional<Date> fromNow(std::string_view text, Date now) {
 
 std::optional<Date> writtenDate(std::string_view text, Date now) {
   if (text == "now") return now;
-  if (text == "today") return startOf(dayOf(now));
-  if (text == "tomorrow") return startOf(dayOf(now) + days(1));
-  if (text == "yesterday") return startOf(dayOf(now) - days(1));
   if (const auto date = startResourceDateFormatter().date(text)) return date;
   if (const auto date = fromNow(text, now)) return date;
   Scanner timeOnly(text);
@@ -131,7 +131,7 @@ std::optional<Date> writtenDate(std::string_view text, Date now) {
     return onTheWall(dayOf(now).time_since_epoch() + *today);
   }
   Scanner scanner(text);
-  const auto date = day(scanner);
+  const auto date = day(scanner, now);
   if (!date) return std::nullopt;
   if (scanner.atEnd()) return startOf(*date);
   if (!scanner.take("T") && !scanner.take(" ")) return std::nullopt;
