@@ -334,7 +334,8 @@ void checkThatModelsAreTheSame() {
         Peer::guide(theirPrograms.root()).items);
   std::vector<LineupSlot> ourSlots;
   std::vector<typename Peer::Images> ourImages;
-  for (const JSONObject& json : *read(slots).objects()) {
+  const auto slotObjects = read(slots).objects().value();
+  for (const JSONObject& json : slotObjects) {
     auto slot = LineupSlotParser::parse(json).force();
     auto& images = ourImages.emplace_back();
     for (const auto& [key, image] : slot.imageResources) {

@@ -71,7 +71,7 @@ void addServeDemoCommand(Commands& commands) {
                     .target = &written->port},
                    {.name = "--expire-after",
                     .description = "Let each token expire after that many requests; 0: never",
-                    .values = number(0, 1'000'000'000),
+                    .values = number(0, 1'000'000'000, "REQUESTS"),
                     .target = &written->expireAfter},
                    {.name = "--program-seconds",
                     .description = "The length of the guide's programmes; 0: as on television",

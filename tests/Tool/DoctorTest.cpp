@@ -20,7 +20,8 @@ struct Findings {
   explicit Findings(const std::string& line) : run(runLine(line)) {
     const auto document = JSONDataParser::object(Data(run.output)).force();
     isWell = document.boolean("ok").value_or(false);
-    for (const auto& value : *document.array("checks")) {
+    const auto checks = document.array("checks").value();
+    for (const auto& value : checks) {
       const auto check = *value.object();
       std::string text(*check.string("outcome"));
       text.append(": ").append(*check.string("detail"));

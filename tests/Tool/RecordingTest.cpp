@@ -30,7 +30,8 @@ struct RecordingFile {
   [[nodiscard]] std::string summary() const {
     std::string lines;
     const auto log = *JSONDataParser::object(Data(text())).force().object("log");
-    for (const auto& entry : *log.objects("entries")) {
+    const auto entries = log.objects("entries").value();
+    for (const auto& entry : entries) {
       const auto response = *entry.object("response");
       const std::string url(*entry.object("request")->string("url"));
       lines += url.substr(url.find('/', 8)) + " " + std::to_string(*response.integer("status")) +
