@@ -5,6 +5,7 @@
 #include <arpa/inet.h>
 #include <linux/tcp.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -31,6 +32,12 @@ std::uint64_t bytesReceived(int socket) {
   socklen_t size = sizeof info;
   if (getsockopt(socket, IPPROTO_TCP, TCP_INFO, &info, &size) != 0) return 0;
   return info.tcpi_bytes_received;
+}
+
+/// Whether the peer has sent all that it will.
+bool hasEnded(int socket) {
+  pollfd ending{socket, POLLRDHUP, 0};
+  return poll(&ending, 1, 0) == 1;
 }
 
 /// Those of them that somebody has read.
@@ -203,6 +210,18 @@ void Connections::retireAll() {
 void Connections::retire(const ID& connection) {
   const LockGuard guard(lock_);
   if (auto* const known = get(connection)) condemn(*known, &Connection::isRetired);
+}
+
+void Connections::retireIfUnasked(int socket) {
+  unsigned char first = 0;
+  if (recv(socket, &first, 1, MSG_PEEK | MSG_DONTWAIT) != 1) return;  // libcurl notices the end
+  // What begins as a record of TLS may be a ticket or a frame of HTTP/2, unless nothing follows.
+  constexpr unsigned char kFirstRecordType = 20, kLastRecordType = 24;
+  const bool isTLS = first >= kFirstRecordType && first <= kLastRecordType;
+  if (isTLS && !hasEnded(socket)) return;
+  const LockGuard guard(lock_);
+  const auto found = connections_.find(socket);
+  if (found != connections_.end()) condemn(found->second, &Connection::isRetired);
 }
 
 bool Connections::isCondemned(std::string_view host) {

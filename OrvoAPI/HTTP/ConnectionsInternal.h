@@ -72,6 +72,9 @@ class Connections {
   void suspectHost(std::string_view host);
   void suspectAll();
   void retireAll();
+  /// Retires a connection at rest on which an answer has come that nobody asked for, such as 408
+  /// before a server closes it: libcurl would take it for the answer to the next request.
+  void retireIfUnasked(int socket);
   /// Whether a connection to the host is open on which nothing new may be sent.
   [[nodiscard]] bool isCondemned(std::string_view host);
   void retire(const ID& connection);

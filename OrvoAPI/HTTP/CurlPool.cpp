@@ -165,6 +165,11 @@ void CurlPool::socketIsReady(int socket, std::uint32_t events, void* context) {
   weigh(socket);
 }
 
+void CurlPool::restWasDisturbed(int socket) {
+  connections_.retireIfUnasked(socket);
+  shutDownUnused();
+}
+
 /// A TLS library that was refused memory may read no more, and the thread would go round for as
 /// long as bytes are there.
 void CurlPool::endStuck(int socket) {

@@ -55,6 +55,8 @@ class CurlPool {
 
   /// `context` is what the socket is watched with; `events` are those of epoll.
   void socketIsReady(int socket, std::uint32_t events, void* context);
+  /// Something happened on the socket of a connection on which nothing was under way.
+  void restWasDisturbed(int socket);
   /// Does what is due by now.
   void runTimers();
   /// When `runTimers` has something to do; the largest time when it never has.

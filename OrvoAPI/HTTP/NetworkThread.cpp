@@ -303,10 +303,11 @@ void NetworkThread::waitForEvents() {
     // An event of a socket that was closed meanwhile finds no watcher, or one that finds nothing to
     // read.
     const auto watch = watches_[static_cast<std::size_t>(event.data.fd)];
-    if (watch.pool != nullptr) {
+    if (watch.pool != nullptr && !watch.rests) {
       watch.pool->socketIsReady(event.data.fd, event.events, watch.context);
     } else {
       forget(event.data.fd);  // lest it wake the thread for ever
+      if (watch.pool != nullptr) watch.pool->restWasDisturbed(event.data.fd);
     }
   }
 }
@@ -365,8 +366,8 @@ void NetworkThread::forget(int socket) {
 void NetworkThread::rest(int socket) {
   const auto index = static_cast<std::size_t>(socket);
   if (index >= watches_.size()) return;
-  watches_[index].pool = nullptr;
   watches_[index].context = nullptr;
+  watches_[index].rests = true;
 }
 
 void NetworkThread::forgetContext(int socket, const void* context) {

@@ -68,9 +68,10 @@ class NetworkThread {
  private:
   enum class State { unused, running, ended };
   struct Watch {
-    CurlPool* pool = nullptr;  // null: nobody waits for the socket, though the kernel may know it
+    CurlPool* pool = nullptr;  // null: gone, though the kernel may know the socket still
     void* context = nullptr;
-    std::uint32_t events = 0;
+    std::uint32_t events = 0;  // that the kernel was told; none: it does not know the socket
+    bool rests = false;
   };
 
   NetworkThread() = default;

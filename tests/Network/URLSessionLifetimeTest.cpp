@@ -280,5 +280,25 @@ TEST(NetworkProcess, IsNotEndedByAServerThatStopsReading) {
   EXPECT_EQ(after.sa_handler, SIG_DFL) << "the host's signals are its own";
 }
 
+TEST(URLSessionConnection, GivesAnAnswerThatNobodyAskedForToNoRequest) {
+  Signal isSaid, goesOn;
+  std::atomic<int> connections{0};
+  const ScriptedServer server([&](Connection& connection) {
+    ++connections;
+    while (!connection.readHead().empty()) {
+      connection.send("HTTP/1.1 200 OK\r\nContent-Length: 0\r\n\r\n");
+      if (connections > 1) continue;
+      EXPECT_TRUE(goesOn.wait());
+      connection.send("HTTP/1.1 408 Request Timeout\r\nContent-Length: 0\r\n\r\n");
+      isSaid.tell();
+    }
+  });
+  URLSession session;
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+  goesOn.tell();
+  ASSERT_TRUE(isSaid.wait());
+  EXPECT_EQ(codeOf(session.fetch({.url = server.url()})), 200);
+}
+
 }  // namespace
 }  // namespace orvo::test
