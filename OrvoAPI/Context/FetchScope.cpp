@@ -81,7 +81,10 @@ void FetchScopeState::cancel() {
   for (const auto& promise : calls) promise.failure(cancelledError());
   // The newest first: those that wait for a connection must not take the places of the others.
   while (!transfers.empty()) {
-    transfers.back().cancel();
+    try {
+      transfers.back().cancel();
+    } catch (...) {  // NOLINT(bugprone-empty-catch): a provider's own; the others end all the same
+    }
     transfers.pop_back();
   }
 }

@@ -37,7 +37,8 @@ void logQueueWarningsTo(const std::shared_ptr<Logger>& logger) {
     auto& named = queueLogger();
     std::weak_ptr<Logger> replaced = logger;
     const LockGuard guard(named.lock);
-    named.logger.swap(replaced);
+    // Who names none does not take the lines from who has named one.
+    if (logger != nullptr || named.logger.expired()) named.logger.swap(replaced);
   }
   setQueueWarningSink(logQueueWarning);
 }

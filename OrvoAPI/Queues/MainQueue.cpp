@@ -230,9 +230,16 @@ void MainQueue::look() {
   guard.unlock();
   if (looks) return state.lookLater();
   if (!isNeglected) return;
-  detail::warnOfQueue("main",
-                      "Jobs have waited in the main queue for 5 s: whoever has claimed it has to "
-                      "run or drain the claim, or end it");
+  const bool isReported = detail::warnOfQueue(
+      "main",
+      "Jobs have waited in the main queue for 5 s: whoever has claimed it has to run or drain the "
+      "claim, or end it");
+  if (isReported) return;
+  guard.lock();  // there is no logger yet
+  state.isReported = false;
+  const bool looksAgain = state.beginsLooking();
+  guard.unlock();
+  if (looksAgain) state.lookLater();
 }
 
 bool detail::MainQueueView::isNeglected() {

@@ -1,5 +1,5 @@
-#include <OrvoAPI/Queues/DispatchQueue.h>
 #include <OrvoAPI/Queues/QueueWarningsInternal.h>
+#include <OrvoAPI/Queues/WorkerPoolInternal.h>
 
 #include <atomic>
 #include <new>
@@ -17,7 +17,7 @@ bool warnOfQueue(std::string_view category, std::string_view message) noexcept {
   const auto sink = warningSink.load();
   if (sink == nullptr) return false;
   try {
-    DispatchQueue::global()->post([=] { sink(category, message); });
+    WorkerPool::shared().postFirst(Job([=] { sink(category, message); }));
     return true;
   } catch (const std::bad_alloc&) {
     return false;

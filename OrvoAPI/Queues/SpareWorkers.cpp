@@ -42,6 +42,7 @@ void WorkerPool::look() {
     isSpareNeeded = countsSpareWorker();
     isNews = isSpareNeeded && !isReported_;
     beginLook();
+    if (isSpareNeeded) ++takenBefore_;  // what it takes first shows nothing of the others
   }
   if (isSpareNeeded) startSpareWorker();
   lookLater();
@@ -56,7 +57,7 @@ void WorkerPool::look() {
 
 bool WorkerPool::countsSpareWorker() {
   // The timer also counts the time that the device slept: then nobody could have come back.
-  if (taken_ != takenBefore_ || std::chrono::steady_clock::now() - lookBegun_ < kBetweenLooks) {
+  if (taken_ > takenBefore_ || std::chrono::steady_clock::now() - lookBegun_ < kBetweenLooks) {
     return false;
   }
   if (workers_ >= maximumWorkers_ + kMostSpareWorkers) return false;

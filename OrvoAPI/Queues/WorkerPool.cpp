@@ -108,6 +108,17 @@ void WorkerPool::post(Job job) {
   if (help != Help::none) summon(help, sleeper);
 }
 
+void WorkerPool::postFirst(Job job) {
+  Worker* sleeper = nullptr;
+  Help help = Help::none;
+  {
+    const LockGuard guard(lock_);
+    jobs_.prepend(job.release());
+    help = findHelp(sleeper);
+  }
+  summon(help, sleeper);
+}
+
 void WorkerPool::postHeld(Job job) {
   ++workerState.heldWakes;
   const LockGuard guard(lock_);

@@ -28,6 +28,8 @@ class WorkerPool final : public DispatchQueue {
   void postAfter(std::chrono::milliseconds delay, Job job) override;
   [[nodiscard]] std::string label() const override;
 
+  /// Before all that wait; from a thread of the library that is no worker.
+  void postFirst(Job job);
   /// Starts the first worker unless there is one, or throws `std::bad_alloc`: for who begins
   /// something that could not even fail without one.
   void demandWorker();
