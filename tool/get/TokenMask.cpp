@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <initializer_list>
 #include <optional>
 
 namespace orvo::tool {
@@ -91,32 +92,48 @@ std::size_t stringEnd(std::string_view text, std::size_t begin) {
   return std::min(end, text.size());
 }
 
-/// Hides what follows each `"token":` as a string.
-std::string withoutTokenMembers(std::string_view text) {
-  constexpr std::string_view kKey = "\"token\"";
-  std::string out;
-  std::size_t done = 0;
-  for (std::size_t key; (key = text.find(kKey, done)) != std::string_view::npos;) {
-    std::size_t at = key + kKey.size();
-    const auto skip = [&](auto passes) {
-      while (at < text.size() && passes(text[at])) ++at;
-    };
-    skip([](char letter) { return isSpace(letter) || letter == ':'; });
-    const bool isString = at < text.size() && text[at] == '"';
-    const std::size_t value = isString ? at + 1 : at;
-    out.append(text.substr(done, value - done));
-    if (isString) out.append(kMasked);
-    done = isString ? stringEnd(text, value) : value;
-  }
-  return out.append(text.substr(done));
-}
-
 std::string inLowerCase(std::string_view text) {
   std::string out(text);
   for (char& letter : out) {
     if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
   }
   return out;
+}
+
+bool holdsOneOf(std::string_view name, std::initializer_list<std::string_view> parts) {
+  const std::string known = inLowerCase(name);
+  return std::ranges::any_of(
+      parts, [&](std::string_view part) { return known.find(part) != std::string::npos; });
+}
+
+/// Whether a member of this name holds a secret.
+bool namesSecret(std::string_view name) {
+  return holdsOneOf(name, {"token", "secret", "password"});
+}
+
+/// Hides the string that follows each `"token":` and its like.
+std::string withoutSecretMembers(std::string_view text) {
+  std::string out;
+  std::size_t done = 0;
+  // Each quotation mark may begin a name: in what is no JSON they come in no pairs.
+  for (std::size_t at = 0; (at = text.find('"', at)) != std::string_view::npos;) {
+    const std::size_t end = text.find('"', at + 1);
+    if (end == std::string_view::npos) break;
+    const std::string_view name = text.substr(at + 1, end - at - 1);
+    std::size_t next = end + 1;
+    const auto skipSpaces = [&] {
+      while (next < text.size() && isSpace(text[next])) ++next;
+    };
+    at = end;
+    skipSpaces();
+    if (next >= text.size() || text[next] != ':' || !namesSecret(name)) continue;
+    ++next;
+    skipSpaces();
+    if (next >= text.size() || text[next] != '"') continue;
+    out.append(text.substr(done, next + 1 - done)).append(kMasked);
+    done = at = stringEnd(text, next + 1);
+  }
+  return out.append(text.substr(done));
 }
 
 }  // namespace
@@ -150,18 +167,17 @@ std::string TokenMask::text(std::string_view text) const {
 }
 
 std::string TokenMask::body(std::string_view body) const {
-  std::string shown = withoutTokenMembers(text(body));
+  std::string shown = withoutSecretMembers(text(body));
   // The key, or the token, may be written in escapes.
   const auto left = tokenOf(shown);
   return !left || *left == kMasked ? shown : R"({"token":"***"})";
 }
 
 std::string TokenMask::headerValue(std::string_view name, std::string_view value) const {
-  const std::string known = inLowerCase(name);
-  if (known.find("token") != std::string::npos || known.find("auth") != std::string::npos) {
+  if (namesSecret(name) || holdsOneOf(name, {"auth", "api-key", "apikey"})) {
     return std::string(kMasked);
   }
-  if (known != "set-cookie") return text(value);
+  if (inLowerCase(name) != "set-cookie") return text(value);
   const std::size_t begin = std::min(value.find('='), value.size());
   const std::size_t end = std::min(value.find(';', begin), value.size());
   return text(std::string(value.substr(0, begin)).append("=***").append(value.substr(end)));

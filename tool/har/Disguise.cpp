@@ -236,6 +236,12 @@ std::string Disguise::withoutStreams(std::string text) {
       const auto hidden = word(text.substr(first, end - first));
       text.replace(first, end - first, hidden);
       at = at - (end - first) + hidden.size();
+      const std::size_t query = at + name.size();
+      if (query >= text.size() || text[query] != '?') continue;
+      const std::size_t queryEnd =
+          std::min(text.find_first_of(" \t\r\n\"'<>#,;", query), text.size());
+      text.replace(query, queryEnd - query,
+                   this->query(std::string_view(text).substr(query, queryEnd - query)));
     }
   }
   return text;
