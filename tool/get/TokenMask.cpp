@@ -107,7 +107,7 @@ bool holdsOneOf(std::string_view name, std::initializer_list<std::string_view> p
 }
 
 /// Whether a member of this name holds a secret.
-bool namesSecret(std::string_view name) {
+bool namesSecretMember(std::string_view name) {
   return holdsOneOf(name, {"token", "secret", "password"});
 }
 
@@ -126,7 +126,7 @@ std::string withoutSecretMembers(std::string_view text) {
     };
     at = end;
     skipSpaces();
-    if (next >= text.size() || text[next] != ':' || !namesSecret(name)) continue;
+    if (next >= text.size() || text[next] != ':' || !namesSecretMember(name)) continue;
     ++next;
     skipSpaces();
     if (next >= text.size() || text[next] != '"') continue;
@@ -174,7 +174,7 @@ std::string TokenMask::body(std::string_view body) const {
 }
 
 std::string TokenMask::headerValue(std::string_view name, std::string_view value) const {
-  if (namesSecret(name) || holdsOneOf(name, {"auth", "api-key", "apikey"})) {
+  if (namesSecretMember(name) || holdsOneOf(name, {"auth", "api-key", "apikey"})) {
     return std::string(kMasked);
   }
   if (inLowerCase(name) != "set-cookie") return text(value);
