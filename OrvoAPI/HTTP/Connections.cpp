@@ -35,7 +35,7 @@ std::uint64_t bytesReceived(int socket) {
 }
 
 /// Whether the peer has sent all that it will.
-bool hasEnded(int socket) {
+bool peerHasEnded(int socket) {
   pollfd ending{socket, POLLRDHUP, 0};
   return poll(&ending, 1, 0) == 1;
 }
@@ -218,7 +218,7 @@ void Connections::retireIfUnasked(int socket) {
   // What begins as a record of TLS may be a ticket or a frame of HTTP/2, unless nothing follows.
   constexpr unsigned char kFirstRecordType = 20, kLastRecordType = 24;
   const bool isTLS = first >= kFirstRecordType && first <= kLastRecordType;
-  if (isTLS && !hasEnded(socket)) return;
+  if (isTLS && !peerHasEnded(socket)) return;
   const LockGuard guard(lock_);
   const auto found = connections_.find(socket);
   if (found != connections_.end()) condemn(found->second, &Connection::isRetired);
