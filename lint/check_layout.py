@@ -13,7 +13,7 @@ import sys
 
 # Includes run one way: a file may include its own folder and the folders before it.
 ORDER = ["Base", "Queues", "Platform", "HTTP", "Futures", "Parsing", "Logging", "Storage",
-         "Network", "Model", "Configuration", "Linear", "Context"]
+         "Network", "Model", "Configuration", "Linear", "Context", "Integration"]
 RANK = {folder: rank for rank, folder in enumerate(ORDER)}
 
 # Three places stand where a reader looks for them although the order would put them elsewhere.
@@ -22,7 +22,11 @@ ABOVE_LINEAR = {"Storage/AppStore"}
 ABOVE_CONTEXT = "Linear/LinearProgramGuideMonitor"  # with everything named after it
 
 # Public headers that the umbrella leaves out, with the reason.
-OPT_IN = {"Futures/Coroutine.h": "needs <coroutine>, for those who use it"}
+OPT_IN = {
+    "Futures/Coroutine.h": "needs <coroutine>, for those who use it",
+    "Integration/GLib.h": "needs GLib, for those who use it",
+    "Integration/Qt.h": "needs Qt, for those who use it",
+}
 
 # Files that may print or stop the process, with the reason.
 MAY_PRINT_OR_STOP = {
@@ -34,7 +38,14 @@ MAY_PRINT_OR_STOP = {
 SYSTEM_FOLDERS = {"Base", "Platform", "Queues", "HTTP"}
 
 # System or third-party headers outside these and the JSON reader, with the reason.
-FOREIGN = {("Futures/AnyError.cpp", "cxxabi.h"): "the compiler's own, to name a type readably"}
+FOREIGN = {
+    ("Futures/AnyError.cpp", "cxxabi.h"): "the compiler's own, to name a type readably",
+    **{("Integration/GLib.h", header): "the loop that it is for"
+       for header in ("glib.h", "glib-unix.h")},
+    **{("Integration/Qt.h", header): "the loop that it is for"
+       for header in ("QAbstractEventDispatcher", "QObject", "QPointer", "QSocketNotifier",
+                      "QThread")},
+}
 
 TOO_HEAVY_FOR_HEADERS = {"future", "iostream", "regex"}
 

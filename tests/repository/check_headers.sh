@@ -1,22 +1,33 @@
 #!/usr/bin/env bash
 # Compiles every header of an installed copy by itself, under g++ and clang++, with warnings as
-# errors, and all of them once more after the macros of other libraries. Usage: check_headers.sh
+# errors, and all of them once more after the macros of other libraries. The headers for the loops
+# of others are the only ones that are given those libraries' headers. Usage: check_headers.sh
 # INCLUDE_FOLDER
 set -euo pipefail
 include=$1
 headers=$(cd "$include" && find OrvoAPI -name '*.h' | sort)
 [[ -n $headers ]] || { echo "no headers under $include" >&2; exit 1; }
 
+# compile COMPILER INCLUDE_FOLDER HEADER [OPTION…]
 compile() {
   local compiler=$1 include=$2 header=$3
   printf '#include <%s>\n' "$header" |
     "$compiler" -std=c++20 -Wall -Wextra -Wconversion -Wshadow -Wpedantic -Werror -fsyntax-only \
-      -I "$include" -x c++ - || { echo "$compiler: <$header> does not compile alone" >&2; exit 1; }
+      -I "$include" "${@:4}" -x c++ - ||
+    { echo "$compiler: <$header> does not compile alone" >&2; exit 1; }
 }
 export -f compile
 
+loops='OrvoAPI/Integration/GLib.h
+OrvoAPI/Integration/Qt.h'
+read -ra glib <<<"$(pkg-config --cflags glib-2.0 | sed 's/-I */-isystem /g')"
+read -ra qt <<<"-fPIC $(pkg-config --cflags Qt6Core | sed 's/-I */-isystem /g')"
+headers=$(grep -vxF "$loops" <<<"$headers")
 for compiler in g++ clang++; do
   xargs -P "$(nproc)" -I{} bash -c 'compile "$@"' - "$compiler" "$include" {} <<<"$headers"
+  compile "$compiler" "$include" OrvoAPI/Integration/GLib.h "${glib[@]}"
+  compile "$compiler" "$include" OrvoAPI/Integration/Qt.h "${qt[@]}"
+  compile "$compiler" "$include" OrvoAPI/Integration/Qt.h "${qt[@]}" -DQT_NO_KEYWORDS
 done
 # Words that others define away: Qt, <windows.h> and what imitates it, X11. X11's Status is left
 # out: it is the name of a model of ours.
@@ -40,4 +51,4 @@ printf '%s\n' "$standard" "$macros" "$(sed 's/.*/#include <&>/' <<<"$headers")" 
   g++ -std=c++20 -fsyntax-only -I "$include" -x c++ - ||
   { echo "a header does not compile behind other libraries' macros" >&2; exit 1; }
 
-echo "$(wc -l <<<"$headers") headers compile alone under g++ and clang++"
+echo "$(wc -l <<<"$headers"$'\n'"$loops") headers compile alone under g++ and clang++"

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <OrvoAPI/Integration/detail/LoopClaim.h>
+
+#include <glib-unix.h>
+#include <glib.h>
+
+/// The main queue in a GLib loop, and so in GTK's. Not part of the umbrella header; the app itself
+/// finds and links GLib.
+
+namespace orvo {
+
+/// Claims the main queue and runs it in the loop of the thread that makes this: the loop of the
+/// thread's default `GMainContext`, which is the program's unless another was pushed. Callbacks
+/// that ask for the main queue then run there, between the loop's other sources, also while one of
+/// them runs a loop of its own, as a modal dialog does. Make one, before the loop runs, and keep it
+/// until the loop has ended:
+///
+///     const orvo::GLibMainQueue mainQueue;
+///     future.onComplete(orvo::MainQueue::shared(), [](const auto& result) { … });
+///     g_main_loop_run(loop);
+///
+/// It belongs to its thread: destroying it on another stops the process. Afterwards a thread of the
+/// library runs the queue again. No callback may throw: the loop could not pass that on.
+class GLibMainQueue {
+ public:
+  /// Throws `std::logic_error`, which says what to do, when the queue is claimed already.
+  GLibMainQueue() : source_(g_unix_fd_source_new(claim_.descriptor(), G_IO_IN)) {
+    const GUnixFDSourceFunc drain = [](gint, GIOCondition, gpointer claim) -> gboolean {
+      static_cast<detail::LoopClaim*>(claim)->drain();
+      return G_SOURCE_CONTINUE;
+    };
+    g_source_set_callback(source_, G_SOURCE_FUNC(drain), &claim_, nullptr);
+    g_source_set_can_recurse(source_, TRUE);
+    g_source_set_name(source_, "OrvoAPI main queue");
+    GMainContext* const context = g_main_context_ref_thread_default();
+    g_source_attach(source_, context);
+    g_main_context_unref(context);
+  }
+  GLibMainQueue(const GLibMainQueue&) = delete;
+  GLibMainQueue& operator=(const GLibMainQueue&) = delete;
+  ~GLibMainQueue() {
+    if (!claim_.isOnItsThread()) {
+      g_error("an orvo::GLibMainQueue has to be destroyed on the thread that made it");
+    }
+    g_source_destroy(source_);
+    g_source_unref(source_);
+  }
+
+ private:
+  detail::LoopClaim claim_;
+  GSource* const source_;
+};
+
+}  // namespace orvo
