@@ -1,9 +1,10 @@
-// A session's token, on the first line, and a text that must not tell it: as it is, percent-encoded
-// or as JSON.
+// A session's token, on the first line, and a text that must not tell it: as it is,
+// percent-encoded, as JSON or in base64.
 
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <demo/Json.h>
 #include <fuzz/FuzzTarget.h>
+#include <tool/Base64.h>
 #include <tool/har/Disguise.h>
 
 #include <cctype>
@@ -61,6 +62,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   if (!reread.failed() && reread.value()->string() == token) {
     requireHidden(disguise, json.substr(1, json.size() - 2));
   }
+  const auto base64 = tool::inBase64(token);
+  fuzz::require(
+      disguise.text(base64).find(base64.substr(0, 8 * token.size() / 6)) == std::string::npos,
+      "the token is found in base64");
   (void)disguise.address(text, true);
   (void)disguise.playlist(text);
   (void)disguise.sessionDocument(Data(text));

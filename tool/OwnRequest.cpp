@@ -2,6 +2,7 @@
 #include <OrvoAPI/HTTP/URLError.h>
 #include <tool/OwnRequest.h>
 #include <tool/RequestObserver.h>
+#include <tool/Secrets.h>
 
 #include <algorithm>
 
@@ -64,8 +65,10 @@ RequestReport reportOf(const OwnRequest& own, const URLRequest& request,
 
 /// An identifier of the service's may be its token.
 void hide(RequestReport& report, const std::string& token) {
+  KnownSecrets known;
+  known.add(token, "");
   for (std::string* text : {&report.identifier, &report.path}) {
-    if (!token.empty() && text->find(token) != std::string::npos) *text = kHiddenText;
+    if (known.hiddenIn(*text) != *text) *text = kHiddenText;
   }
 }
 

@@ -1,6 +1,7 @@
 #include <tests/Tool/Fixtures.h>
 #include <tests/support/Outcome.h>
 #include <tests/support/Signal.h>
+#include <tool/har/Disguise.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -150,6 +151,42 @@ TEST(Recording, HoldsNoSecretAndIsReplayedAllTheSame) {
   EXPECT_EQ(file.text().find(kToken), std::string::npos) << file.text();
   EXPECT_EQ(replay(file, "ads v --json").output, ads.output);
   EXPECT_NE(file.summary().find("/playlist.json 302 \n/cdn/masked-"), std::string::npos);
+}
+
+TEST(Recording, TakesAShortTokenForOneOnlyWhereTokensStand) {
+  const HTTPServer server([&](const ServedRequest& request) -> ServedAnswer {
+    if (request.target.starts_with("/v3/session")) return {200, R"({"token": "a+e"})"};
+    if (request.target.starts_with("/v3/configuration")) {
+      return {200, replaced(fixture("context-configuration.json"), "https://hls.example/live?q=1",
+                            "http://" + request.header("Host") + "/hls/")};
+    }
+    if (request.target.starts_with("/hls")) return {200, R"({"segments": [], "beacons": []})"};
+    return {200, R"({"id": "a+e", "title": "a+e", "token": "a+e"})"};
+  });
+  const std::string options =
+      "--api " + server.url("/v3/").text() + " --resources " + server.url().text() + " ";
+  for (const std::string command : {"page a+e --json", "ads a+e --json", "get a+e"}) {
+    const RecordingFile file;
+    const auto recorded = record(file, options + command);
+    EXPECT_EQ(replay(file, command).output, recorded.output) << command;
+    EXPECT_EQ(recorded.status, 0) << recorded.error;
+    for (const std::string hidden :
+         {R"("name":"Authorization","value":"a+e")", R"(token\": \"a+e)", R"(token\":\"a+e)"}) {
+      EXPECT_EQ(file.text().find(hidden), std::string::npos) << command << hidden;
+    }
+  }
+}
+
+TEST(Disguise, FindsATokenInBase64) {
+  Disguise disguise;
+  disguise.addToken("secret/token+1");
+  for (const auto& [encoded, shown] :
+       {std::pair("x=c2VjcmV0L3Rva2VuKzF4;", "x=token-1F4;"),
+        std::pair("Basic dXNlY3JldC90b2tlbisxeA==", "Basic dXtoken-1eA=="),
+        std::pair("dXM6c2VjcmV0L3Rva2VuKzE_Pz4=", "dXM6token-1E_Pz4="),
+        std::pair("dXNzZWNyZXQvdG9rZW4rMXg%3D", "dXNtoken-1Xg%3D")}) {
+    EXPECT_EQ(disguise.text(encoded), shown);
+  }
 }
 
 TEST(Replay, NamesWhatTheFileLacks) {

@@ -1,5 +1,5 @@
-#include <openssl/evp.h>
 #include <sys/socket.h>
+#include <tool/Base64.h>
 #include <tool/Text.h>
 #include <tool/doctor/Network.h>
 #include <tool/doctor/Proxy.h>
@@ -38,15 +38,6 @@ const char* firstOf(const std::vector<std::string>& names, std::string& found) {
   return nullptr;
 }
 
-std::string basicCredentials(const std::string& text) {
-  std::string out(4 * (text.size() / 3 + 1) + 1, '\0');
-  const int size = EVP_EncodeBlock(reinterpret_cast<unsigned char*>(out.data()),
-                                   reinterpret_cast<const unsigned char*>(text.data()),
-                                   static_cast<int>(text.size()));
-  out.resize(static_cast<std::size_t>(size));
-  return out;
-}
-
 }  // namespace
 
 std::optional<Proxy> proxyFor(const URL& url) {
@@ -71,7 +62,7 @@ std::optional<Proxy> proxyFor(const URL& url) {
   const std::size_t begin = text.find("://") + 3;
   const std::size_t at = text.substr(0, text.find('/', begin)).rfind('@');
   if (at != std::string::npos && at > begin) {
-    proxy.credentials = "Basic " + basicCredentials(text.substr(begin, at - begin));
+    proxy.credentials = "Basic " + inBase64(text.substr(begin, at - begin));
   }
   return proxy;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <set>
+#include <tool/Secrets.h>
+
 #include <string>
 #include <string_view>
 
@@ -9,7 +10,8 @@ namespace orvo::tool {
 /// Puts `***` in the place of tokens, in what a service sent. Used by one thread.
 class TokenMask {
  public:
-  /// A token that is to be hidden wherever it stands, also with escapes of JSON or an address.
+  /// A token that is to be hidden wherever it stands, also encoded, unless it is too short to be
+  /// told from other words.
   void add(const std::string& token);
   /// Adds the token of a session document.
   void learnFrom(std::string_view body);
@@ -21,7 +23,7 @@ class TokenMask {
   [[nodiscard]] std::string headerValue(std::string_view name, std::string_view value) const;
 
  private:
-  std::set<std::string> tokens_;
+  KnownSecrets tokens_;
 };
 
 }  // namespace orvo::tool

@@ -2,13 +2,11 @@
 
 #include <OrvoAPI/Base/Data.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
+#include <tool/Secrets.h>
 
-#include <array>
 #include <map>
 #include <string>
 #include <string_view>
-#include <utility>
-#include <vector>
 
 namespace orvo::tool {
 
@@ -17,18 +15,16 @@ namespace orvo::tool {
 /// by one thread.
 class Disguise {
  public:
-  Disguise();
-
-  /// Makes a session's token known: wherever it stands, as it is, percent-encoded or escaped, it is
-  /// replaced.
+  /// Makes a session's token known, for what belongs to it, and is replaced wherever it stands.
   void addToken(std::string_view token) { add(token, "token"); }
   /// What a field of that name holds may be such a token, or a cookie.
   void addField(std::string_view name, std::string_view value);
   /// The token in a document of a session, and what a document names a token, secret or password.
   void addDocument(const Data& body);
 
-  /// Any text without the known secrets, and addresses in it without a user's name and password
-  /// and, where they are those of streams, without what may be another session's token.
+  /// Any text without the known secrets and what it names a secret itself, and addresses in it
+  /// without a user's name and password and, where they are those of streams, without what may be
+  /// another session's token.
   [[nodiscard]] std::string text(std::string_view text);
   /// An address, also relative; `hidesQuery`: without the values of the query.
   [[nodiscard]] std::string address(std::string_view url, bool hidesQuery);
@@ -43,16 +39,13 @@ class Disguise {
   void addMembers(const JSONValue& value);
   /// What stands for the secret, here or everywhere.
   std::string word(std::string_view secret, const char* sort = "masked");
-  [[nodiscard]] std::string withoutKnown(std::string_view text) const;
   /// Replaces what stands before the name of a stream's file.
   [[nodiscard]] std::string withoutStreams(std::string text);
   /// The query from the "?" on.
   std::string query(std::string_view query);
 
   std::map<std::string, std::string, std::less<>> words_;
-  /// What is replaced everywhere, the longest first; and with which characters that may begin.
-  std::vector<std::pair<std::string, std::string>> known_;
-  std::array<bool, 256> begins_{};
+  KnownSecrets known_;
 };
 
 }  // namespace orvo::tool
