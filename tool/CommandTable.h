@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -76,6 +77,12 @@ struct Parameter {
   std::vector<std::string> excludes{};
 };
 
+/// What something of that name is for.
+struct Note {
+  std::string name;
+  std::string text;
+};
+
 struct Command {
   std::string name;
   std::string description;
@@ -84,6 +91,8 @@ struct Command {
   std::vector<Parameter> options{};
   /// Lines for a shell that run as they are, with the demo service.
   std::vector<std::string> examples{};
+  /// What exit statuses mean of it that mean something else of others, or nothing.
+  std::vector<Note> statuses{};
   /// Whether there has to be a service to talk to.
   bool usesService = true;
   /// Whether a recording cannot stand in for the network.
@@ -93,12 +102,6 @@ struct Command {
 };
 
 using Commands = std::vector<Command>;
-
-/// What something of that name is for.
-struct Note {
-  std::string name;
-  std::string text;
-};
 
 struct CommandTable {
   std::string description;
@@ -117,11 +120,18 @@ struct CommandTable {
   return {{"-h, --help", "Print this help, or that of the command"},
           {"--version", "Print the version"}};
 }
-[[nodiscard]] inline std::vector<Note> exitStatuses() {
-  return {{"0", "Done; also when the reader of a pipe has gone away early"},
-          {"1", "The request failed, or the output could not be written"},
-          {"2", "Wrong usage; nothing has been asked of a service"},
-          {"3", "The system refused memory"}};
+/// Of every command, or of that one.
+[[nodiscard]] inline std::vector<Note> exitStatuses(const Command* command) {
+  std::vector<Note> all{{"0", "Done; also when the reader of a pipe has gone away early"},
+                        {"1", "The request failed, or the output could not be written"},
+                        {"2", "Wrong usage; nothing has been asked of a service"},
+                        {"3", "The system refused memory"}};
+  if (command == nullptr) return all;
+  for (const Note& own : command->statuses) {
+    const auto known = std::ranges::find(all, own.name, &Note::name);
+    known == all.end() ? all.push_back(own) : void(known->text = own.text);
+  }
+  return all;
 }
 
 }  // namespace orvo::tool

@@ -88,14 +88,14 @@ std::string helpText(const CommandTable& table, const Command* command) {
     return command->description + ".\n\n" + usageLine(command) + paragraph(command->details) +
            rows("Arguments", command->arguments) + rows("Options", command->options) +
            globalRows("Options of all commands", table) + exampleLines(command->examples) +
-           rows("Exit status", exitStatuses());
+           rows("Exit status", exitStatuses(command));
   }
   std::string text =
       table.description + ".\n\n" + usageLine(nullptr) + paragraph(table.details) + "\nCommands:\n";
   for (const Command& each : table.commands) text += row(each.name, each.description);
   return text + globalRows("Options, before or after the command", table) +
          rows("Variables of the environment", table.variables) + rows("Files", table.files) +
-         exampleLines(table.examples) + rows("Exit status", exitStatuses());
+         exampleLines(table.examples) + rows("Exit status", exitStatuses(nullptr));
 }
 
 std::string usageLine(const Command* command) {

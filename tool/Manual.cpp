@@ -103,7 +103,7 @@ std::string commandPage(const CommandTable& table, const Command& command) {
          section("ARGUMENTS", entries(command.arguments)) +
          section("OPTIONS", entries(command.options)) +
          section("OPTIONS OF ALL COMMANDS", globalEntries(table)) +
-         section("EXIT STATUS", entries(exitStatuses())) +
+         section("EXIT STATUS", entries(exitStatuses(&command))) +
          section("EXAMPLES", examples(command.examples)) +
          section("SEE ALSO", reference("orvo") + "\n");
 }
@@ -121,7 +121,7 @@ std::string manualPage(const CommandTable& table, const Command* command) {
          section("DESCRIPTION", filled(table.details)) + section("COMMANDS", commands) +
          section("OPTIONS", globalEntries(table)) +
          section("ENVIRONMENT", entries(table.variables)) + section("FILES", entries(table.files)) +
-         section("EXIT STATUS", entries(exitStatuses())) +
+         section("EXIT STATUS", entries(exitStatuses(nullptr))) +
          section("EXAMPLES", examples(table.examples)) + section("SEE ALSO", pages + "\n");
 }
 

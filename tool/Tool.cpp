@@ -37,6 +37,10 @@ void Tool::answerInJson() {
   printConsoleAsJsonLines();
 }
 
+Failure Tool::tooLate() {
+  return Failure{URLError{URLError::timedOut, "the whole answer did not come in time"}};
+}
+
 bool Tool::startService() {
   if (isServiceKnown_) return true;
   if (options_.demo) {

@@ -90,7 +90,8 @@ class Tool {
       Result<T> result = future.wait(std::chrono::milliseconds(120));
       const bool isDone = future.didComplete();
       if (isDone && observer_) awaitReports(future);
-      if (isDone || std::chrono::steady_clock::now() >= end) return result;
+      if (isDone) return result;
+      if (std::chrono::steady_clock::now() >= end) return tooLate();
       progress.tick();
     }
   }
@@ -109,6 +110,8 @@ class Tool {
   int fail(const AnyError& error) const;
 
  private:
+  /// Why a wait is given up.
+  [[nodiscard]] static Failure tooLate();
   /// Returns when the observer has been told of what led to the future, which is complete: of what
   /// is registered with it, its report comes first.
   template <class T>

@@ -42,6 +42,16 @@ std::string spanText(std::chrono::nanoseconds time) {
                                : fmt::format("{:.0f} s", milliseconds / 1e3);
 }
 
+std::string spanOfDaysText(std::chrono::milliseconds span) {
+  constexpr std::chrono::hours kOneDay{24};
+  constexpr int kDaysOfAYear = 365;
+  const auto length = std::chrono::abs(span);
+  if (length < 2 * kOneDay) return durationText(static_cast<double>(length.count()) / 1000);
+  const auto days = length / kOneDay;
+  return days < 2 * kDaysOfAYear ? countText(days) + " days"
+                                 : countText(days / kDaysOfAYear) + " years";
+}
+
 std::string clockText(Date date) {
   const std::tm time = localTime(date);
   return fmt::format("{:02}:{:02}", time.tm_hour, time.tm_min);

@@ -20,6 +20,9 @@ namespace orvo::tool {
 /// The same, or nothing.
 [[nodiscard]] std::string durationText(const std::optional<double>& seconds);
 
+/// `20 min`, `5 h`, `12 days`, `31 years`; also of a span that is negative.
+[[nodiscard]] std::string spanOfDaysText(std::chrono::milliseconds span);
+
 /// `1.2 ms`, `12 ms`, `1.25 s`
 [[nodiscard]] std::string spanText(std::chrono::nanoseconds time);
 

@@ -23,7 +23,8 @@ const char* adviceForCode(int code) {
     case URLError::notConnectedToInternet:
       return "the device has no network: connect it";
     case URLError::timedOut:
-      return "the server, or the way to it, is stuck: try again, then look at its load";
+      return "the service answers too slowly, or not at all: look at its load, and at the way to "
+             "it; --patience gives it longer";
     case URLError::networkConnectionLost:
       return "the server, or a proxy on the way, cuts its answers off: look into its log";
     case URLError::httpTooManyRedirects:

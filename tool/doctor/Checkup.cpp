@@ -59,6 +59,18 @@ Checkup::Checkup(Tool& tool, URL api, std::chrono::milliseconds limit, Tell tell
       host_(proxy_ ? proxy_->host : api_.host()),
       port_(proxy_ ? proxy_->port : portOf(api_)) {}
 
+void Checkup::begin() {
+  begun_ = std::chrono::steady_clock::now();
+  tool_.endWaitsAt(begun_ + limit_);
+}
+
+std::chrono::milliseconds Checkup::left() const {
+  using std::chrono::milliseconds;
+  const auto end = begun_ + limit_;
+  return std::max(std::chrono::ceil<milliseconds>(end - std::chrono::steady_clock::now()),
+                  milliseconds(1));
+}
+
 void Checkup::tell(Finding finding) { tell_(finding); }
 
 void Checkup::skip(std::initializer_list<const char*> names, const std::string& because) {
@@ -95,14 +107,14 @@ void Checkup::run() {
 }
 
 bool Checkup::findName() {
-  const Start start = std::chrono::steady_clock::now();
+  begin();
   const std::string of = proxy_ ? " (the proxy that " + proxy_->variable + " names)" : "";
-  const Resolution resolution = resolve(host_, port_, limit_);
+  const Resolution resolution = resolve(host_, port_, left());
   addresses_ = resolution.addresses;
   if (addresses_.empty()) {
     const char* const why = resolution.error == 0 ? "no answer" : gai_strerror(resolution.error);
-    tell(since(start, bad("name", host_ + of + ": " + why,
-                          adviceForName(resolution, !tool_.options().api))));
+    tell(since(begun_, bad("name", host_ + of + ": " + why,
+                           adviceForName(resolution, !tool_.options().api))));
     return false;
   }
   std::vector<std::string> texts;
@@ -116,17 +128,21 @@ bool Checkup::findName() {
   if (isLong) texts.resize(kMost);
   finding.detail = isAddress(host_) ? host_ + of + " is an address"
                                     : host_ + of + ": " + joined(texts) + (isLong ? ", …" : "");
-  tell(since(start, finding));
+  tell(since(begun_, finding));
   return true;
 }
 
 std::optional<Attempt> Checkup::tryFamily(int family) {
-  constexpr int kMost = 3;
+  constexpr std::ptrdiff_t kMost = 3;
+  // IPv6 is tried first; the other family needs time, too.
+  const bool isLast =
+      family == AF_INET || std::ranges::count(addresses_, AF_INET, &Address::family) == 0;
+  auto untried = std::min(std::ranges::count(addresses_, family, &Address::family), kMost);
+  const Deadline deadline(isLast ? left() : limit_ / 2);
   std::optional<Attempt> last;
-  int count = 0;
   for (const Address& address : addresses_) {
-    if (address.family != family || count++ == kMost) continue;
-    last = connectTo(address, limit_);
+    if (address.family != family || untried == 0) continue;
+    last = connectTo(address, deadline.left() / untried--);
     if (last->error != 0) continue;
     reached_ = address.text;
     return last;
@@ -135,7 +151,7 @@ std::optional<Attempt> Checkup::tryFamily(int family) {
 }
 
 bool Checkup::connect() {
-  const Start start = std::chrono::steady_clock::now();
+  begin();
   std::vector<std::string> texts;
   Finding families{.name = "address families", .facts = Json::object()};
   Finding connection{.name = "connection"};
@@ -161,13 +177,13 @@ bool Checkup::connect() {
   if (socket_.descriptor() < 0) {
     families.outcome = Finding::Outcome::bad;
     families.advice.clear();
-    tell(since(start, families));
+    tell(since(begun_, families));
     tell(bad("connection", port + " is not reached",
              proxy_ ? "mend the proxy that " + proxy_->variable + " names, or unset the variable"
                     : adviceForSystem(error)));
     return false;
   }
-  tell(since(start, families));
+  tell(since(begun_, families));
   connection.detail = reached_ + " " + port;
   if (proxy_) connection.detail += ", the proxy of " + proxy_->variable;
   tell(std::move(connection));
@@ -175,7 +191,7 @@ bool Checkup::connect() {
 }
 
 bool Checkup::secure() {
-  const Start start = std::chrono::steady_clock::now();
+  begin();
   if (api_.scheme() != "https") {
     tell({.name = "TLS", .detail = "none: the service is spoken to in plain HTTP"});
     return true;
@@ -184,17 +200,17 @@ bool Checkup::secure() {
   if (proxy_) {
     const std::string name = host.find(':') != std::string::npos ? "[" + host + "]" : host;
     const auto refusal =
-        openTunnel(socket_.descriptor(), *proxy_, fmt::format("{}:{}", name, portOf(api_)), limit_);
+        openTunnel(socket_.descriptor(), *proxy_, fmt::format("{}:{}", name, portOf(api_)), left());
     if (refusal) {
-      tell(since(start, bad("TLS", "the proxy does not let it pass: " + *refusal,
-                            "have it let the service's host pass, or name it in no_proxy")));
+      tell(since(begun_, bad("TLS", "the proxy does not let it pass: " + *refusal,
+                             "have it let the service's host pass, or name it in no_proxy")));
       return false;
     }
   }
-  const Handshake handshake = shakeHands(socket_.descriptor(), host, limit_);
+  const Handshake handshake = shakeHands(socket_.descriptor(), host, left());
   Finding finding = tlsFinding(handshake, host, Clock::system()->now());
   const bool isGood = finding.outcome == Finding::Outcome::good;
-  tell(since(start, std::move(finding)));
+  tell(since(begun_, std::move(finding)));
   socket_ = Socket();
   return isGood;
 }

@@ -17,19 +17,22 @@ class Checkup {
  public:
   using Tell = std::function<void(const Finding&)>;
 
-  /// `limit`: how long a step may wait for something to happen.
+  /// `limit`: how long a step may take.
   Checkup(Tool& tool, URL api, std::chrono::milliseconds limit, Tell tell);
 
   void run();
 
  private:
-  using Start = std::chrono::steady_clock::time_point;
+  /// A step begins, and with it the time that it may take.
+  void begin();
+  /// What is left of that; a little, at least, so that there is an answer to wait for.
+  [[nodiscard]] std::chrono::milliseconds left() const;
 
   // On the way to the service; each returns whether there is a way on.
   bool findName();
   bool connect();
   /// To the first of the family's addresses that answers, or the last failure; nothing when it has
-  /// none.
+  /// none. They share the time.
   std::optional<Attempt> tryFamily(int family);
   bool secure();
 
@@ -59,6 +62,7 @@ class Checkup {
   const URL api_;
   const std::chrono::milliseconds limit_;
   const Tell tell_;
+  std::chrono::steady_clock::time_point begun_;
   const std::optional<Proxy> proxy_;
   /// What is connected to: the service's host, or the proxy's.
   std::string host_;

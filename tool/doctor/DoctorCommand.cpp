@@ -148,12 +148,14 @@ void addDoctorCommand(Commands& commands) {
        .details =
            "Looks at the host's name, its address families, the connection, TLS, the session, the "
            "device's clock, the configuration, a page, an image and a stream's playlist, one after "
-           "another. The exit status is 0 when all is well, and 1 when anything is bad.",
+           "another.",
        .options = {{.name = "--patience",
-                    .description = "How many seconds each step may wait for something to happen",
+                    .description = "How many seconds each step may take",
                     .values = number(1, 600, "SECONDS"),
                     .target = &written->seconds}},
        .examples = {"orvo --demo doctor", "orvo --demo doctor --json"},
+       .statuses = {{"0", "All is well"},
+                    {"1", "Something is bad, or the output could not be written"}},
        .needsNetwork = true,
        .run = [written](Tool& tool) { return runDoctor(tool, *written); }});
 }

@@ -33,24 +33,24 @@ std::optional<AnyError> faultIn(const HTTPResult& answer, Parse parse) {
 }  // namespace
 
 Checkup::Probe Checkup::probe(const std::string& name, const URL& url) {
-  const Start start = std::chrono::steady_clock::now();
   const URLRequest request{.url = url,
                            .cachePolicy = CachePolicy::reloadIgnoringLocalAndRemoteCacheData,
-                           .timeoutInterval = limit_,
-                           .totalTimeoutInterval = 3 * limit_};
+                           .timeoutInterval = left(),
+                           .totalTimeoutInterval = left()};
   // A stream's path tells the token.
   const OwnRequest own{"doctor", name, name == "stream" ? std::string(kHiddenText) : ""};
   auto result = fetch(tool_, *tool_.network(), request, own, "looking at the " + name);
-  if (const AnyError* error = result.error()) return {{}, since(start, failed(name, *error))};
+  if (const AnyError* error = result.error()) return {{}, since(begun_, failed(name, *error))};
   HTTPResult answer = *std::move(result.value());
   Finding finding{.name = name, .detail = bytesText(answer.body.size())};
   if (const auto complaint = complaintAbout(answer, proxy_.has_value(), url.host())) {
-    return {std::move(answer), since(start, bad(name, complaint->detail, complaint->advice))};
+    return {std::move(answer), since(begun_, bad(name, complaint->detail, complaint->advice))};
   }
-  return {std::move(answer), since(start, std::move(finding))};
+  return {std::move(answer), since(begun_, std::move(finding))};
 }
 
 void Checkup::openSession() {
+  begin();
   const URLService urls{api_, api_};
   auto [answer, finding] = probe("session", urls.session(tool_.options().client));
   // What a cache kept tells no time.
@@ -77,12 +77,11 @@ void Checkup::checkClock() {
   using std::chrono::milliseconds;
   const milliseconds ahead = now - *serviceDate_;
   constexpr std::chrono::minutes kMost{2};
-  const auto seconds = std::abs(static_cast<double>(ahead.count()) / 1000);
   Finding finding{.name = "clock"};
   finding.detail = dateText(now) + ", as the service's";
   if (ahead > kMost || ahead < -kMost) {
     finding = bad("clock",
-                  "it is " + durationText(seconds) + (ahead.count() > 0 ? " ahead of" : " behind") +
+                  "it is " + spanOfDaysText(ahead) + (ahead.count() > 0 ? " ahead of" : " behind") +
                       " the service's",
                   "set the device's clock, or the service's, whichever is wrong");
   }
@@ -91,6 +90,7 @@ void Checkup::checkClock() {
 }
 
 void Checkup::fetchConfiguration() {
+  begin();
   const URLService urls{api_, api_};
   const auto url = urls.configuration(tool_.options().client);
   if (const AnyError* error = url.error()) return tell(failed("configuration", *error));
@@ -116,30 +116,30 @@ void Checkup::fetchContent() {
     return skip({"page", "image", "stream"},
                 hasSession_ ? "there is no configuration" : "there is no session");
   }
-  const Start start = std::chrono::steady_clock::now();
+  begin();
   const auto context = tool_.context();
   if (const AnyError* error = context.error()) {
-    tell(since(start, failed("page", *error)));
+    tell(since(begun_, failed("page", *error)));
     return skip({"image", "stream"}, "there is no page");
   }
   fetchPage(**context.value());
   if (page_ == nullptr) return skip({"image", "stream"}, "there is no page");
+  begin();
   findItems(**context.value());
   fetchImage(**context.value());
   fetchStream(**context.value());
 }
 
 void Checkup::fetchPage(const Context& context) {
-  const Start start = std::chrono::steady_clock::now();
   const auto views = context.systemViews();
   if (views.empty()) {
     return tell(bad("page", "the configuration names none to begin with",
                     "the service's configuration needs mending: orvo config shows it"));
   }
   const auto page = tool_.wait(views.front().fetch(), "looking at a page");
-  if (const AnyError* error = page.error()) return tell(since(start, failed("page", *error)));
+  if (const AnyError* error = page.error()) return tell(since(begun_, failed("page", *error)));
   page_ = *page.value();
-  tell(since(start, {.name = "page", .detail = page_->title}));
+  tell(since(begun_, {.name = "page", .detail = page_->title}));
 }
 
 /// Looks for an item with an image, and for a video that can be played, on the page.
@@ -201,6 +201,7 @@ void Checkup::fetchImage(const Context& context) {
 
 void Checkup::fetchStream(const Context& context) {
   if (!playableItem_) return tell(nothing("stream", "no video on the page can be played now"));
+  begin();
   const URL url = context.videoURL(playableItem_->video()->id);
   auto [answer, finding] = probe("stream", url);
   if (finding.outcome == Finding::Outcome::good) {

@@ -103,13 +103,6 @@ void expect(SSL* session, const std::string& host) {
   }
 }
 
-/// `for 12 days`
-std::string daysText(std::chrono::milliseconds span) {
-  constexpr std::chrono::hours kOneDay{24};
-  if (span < 2 * kOneDay) return durationText(static_cast<double>(span.count()) / 1000);
-  return countText(span / kOneDay) + " days";
-}
-
 /// What is wrong with a certificate that cannot be trusted.
 Finding distrusted(const Handshake& handshake, const std::string& host, Date now) {
   const CertificateFacts& certificate = *handshake.certificate;
@@ -192,7 +185,7 @@ Finding tlsFinding(const Handshake& handshake, const std::string& host, Date now
   } else {
     const auto left = certificate.validTo - now;
     finding.detail = handshake.version + ", issued by " + certificate.issuer + ", good until " +
-                     dateText(certificate.validTo) + " (for " + daysText(left) + ")";
+                     dateText(certificate.validTo) + " (for " + spanOfDaysText(left) + ")";
     constexpr std::chrono::hours kSoon{14 * 24};
     if (left < kSoon) finding.advice = "the certificate ends soon: have it renewed";
   }

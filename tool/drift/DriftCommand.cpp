@@ -106,8 +106,7 @@ void addDriftCommand(Commands& commands) {
            "what "
            "its documents look like: keys, types, words of enumerations, but no texts. It adds to "
            "what an earlier walk has learned. \"check\" walks again and says what is new, missing "
-           "or of another type, and what the library loses by it. Exit status 0: no drift, 1: a "
-           "request failed, 3: drift that loses something, 4: drift that does not matter.",
+           "or of another type, and what the library loses by it.",
        .arguments = {{.name = "ACTION",
                       .description = "What to do",
                       .values = anyOf({"learn", "check"}, "ACTION"),
@@ -124,6 +123,14 @@ void addDriftCommand(Commands& commands) {
                     .target = &written->requests}},
        .examples =
            {"cd $(mktemp -d); orvo --demo drift learn shapes && orvo --demo drift check shapes"},
+       .statuses = {{"0", "No drift; of \"learn\", done"},
+                    {"1",
+                     "A request failed, or the output could not be written; no drift that "
+                     "loses something is known"},
+                    {"3",
+                     "Drift by which the library loses something; or, as a message says "
+                     "then, the system refused memory"},
+                    {"4", "Drift that does not matter"}},
        .run = [written](Tool& tool) {
          return written->action == "learn" ? runLearn(tool, *written) : runCheck(tool, *written);
        }});
