@@ -7,7 +7,8 @@
 #include <memory>
 #include <utility>
 
-/// Coroutines that await futures and return one. Not part of the umbrella header.
+/// Coroutines that await futures. Those that return a future are the library's own; others, such as
+/// QCoro's, await futures, too. Not part of the umbrella header.
 ///
 ///     Future<std::string> title(std::shared_ptr<const Context> context) {
 ///       const auto video = co_await context->fetchVideo("film-long-thaw");
@@ -19,11 +20,12 @@
 /// named with `resumeOn`; never at once, even when the result is there. When the awaited future is
 /// cancelled before it is completed, the coroutine resumes on that queue with `URLError` -999.
 ///
-/// A coroutine runs on its caller's thread up to its first wait. What it returns with `co_return`,
-/// a value, a `Failure` or a `Result`, completes its future as `Promise::success` and `failure` do,
-/// after its variables and parameters are destroyed. What it throws fails that future, unwrapped.
+/// A coroutine that returns a `Future` runs on its caller's thread up to its first wait. What it
+/// returns with `co_return`, a value, a `Failure` or a `Result`, completes its future as
+/// `Promise::success` and `failure` do, after its variables and parameters are destroyed. What it
+/// throws fails that future, unwrapped.
 ///
-/// The wait owns the frame. When the awaited future is destroyed without a result, or the queue
+/// The wait owns its frame. When the awaited future is destroyed without a result, or the queue
 /// destroys the job that was to continue, the frame is destroyed with its variables, and the
 /// coroutine's own future stays pending, as that of a dropped promise does. A coroutine that holds
 /// a handle to the very future that it awaits keeps that alive: await the call itself, or
@@ -31,6 +33,11 @@
 ///
 /// Dropping or cancelling the future that a coroutine returned does not stop the coroutine; its
 /// outcome is then dropped.
+///
+/// The frame of any other coroutine is its owner's. Destroyed while it waits, it is never resumed;
+/// destroy it on the queue on which it would go on, or nothing else keeps the two apart. When the
+/// awaited future is destroyed without a result it resumes on its queue with `URLError` -999; when
+/// the queue destroys the job that was to continue, it stays as it is.
 
 namespace orvo {
 
