@@ -86,6 +86,18 @@ TEST(DriftCommand, SaysWhatHasChangedAndWhatTheLibraryLosesByIt) {
   EXPECT_EQ(service.run("check").status, 0) << "both forms are known";
 }
 
+TEST(DriftCommand, TakesNoOtherDocumentInThePlaceOfOneThatFails) {
+  ChangingService service;
+  EXPECT_EQ(service.run("learn").status, 0);
+  for (const std::string path :
+       {"/v3/products", "/v3/collections", "/v3/collections/f", "/v3/playlists", "/v3/search"}) {
+    service.change(path, "503");
+    const auto run = service.run("check");
+    EXPECT_EQ(run.output, "no drift\n") << path << run.error;
+    EXPECT_EQ(run.status, 1) << path << run.error;
+  }
+}
+
 TEST(DriftShape, KeepsNoTextsAndComparesWhatThereIsEnoughOf) {
   const auto learned = [](const std::string& body) {
     Shape shape;

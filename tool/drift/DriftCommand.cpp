@@ -28,7 +28,7 @@ std::vector<Difference> drift(const Shapes& then, const WalkResult& walk) {
   for (const auto& fault : walk.faults) {
     if (fault.isUnreadable) all.push_back({fault.text, "", "", true});
   }
-  auto others = differences(then, walk.shapes);
+  auto others = differences(then, walk.shapes, !walk.faults.empty());
   std::stable_partition(others.begin(), others.end(), std::mem_fn(&Difference::loses));
   all.insert(all.end(), others.begin(), others.end());
   return all;
@@ -52,7 +52,7 @@ bool hasFailed(const WalkResult& walk) {
 
 int runLearn(Tool& tool, const WrittenDrift& written) {
   refuseForeignFolder(written.folder);
-  const auto walk = walkService(tool, written.requests, Looking::closely);
+  const auto walk = walkService(tool, written.requests, nullptr);
   if (const AnyError* error = walk.error()) return tool.fail(*error);
   addShapes(written.folder, walk.value()->shapes);
   std::size_t places = 0;
@@ -69,7 +69,7 @@ int runLearn(Tool& tool, const WrittenDrift& written) {
 
 int runCheck(Tool& tool, const WrittenDrift& written) {
   const auto then = readShapes(written.folder);
-  const auto walk = walkService(tool, written.requests, Looking::briefly);
+  const auto walk = walkService(tool, written.requests, &then);
   if (const AnyError* error = walk.error()) return tool.fail(*error);
   const auto found = drift(then, *walk.value());
   const auto json = [](const Difference& difference) {

@@ -31,13 +31,18 @@ struct Shape {
   std::map<std::string, Place> places{};
   /// What the library loses of them: `items[].title missing`.
   std::set<std::string> losses{};
+  /// Which documents were met: fingerprints of their addresses.
+  std::set<std::string> met{};
 
   void learn(const JSONValue& document);
   void learn(const std::vector<DocumentLoss>& lost);
+  void learnMeeting(std::string_view address);
+  [[nodiscard]] bool hasMet(std::string_view address) const;
   void merge(const Shape& other);
 
   /// More than any service's documents have; what goes beyond is left out.
   static constexpr std::size_t kMostPlaces = 2000;
+  static constexpr std::size_t kMostMet = 100'000;
 };
 
 /// By the name of the kind.
@@ -59,6 +64,9 @@ struct Difference {
   bool loses = false;
 };
 
-[[nodiscard]] std::vector<Difference> differences(const Shapes& then, const Shapes& now);
+/// `isPartial`: some documents could not be had now, so that what only a few have proves nothing
+/// when it is missing.
+[[nodiscard]] std::vector<Difference> differences(const Shapes& then, const Shapes& now,
+                                                  bool isPartial = false);
 
 }  // namespace orvo::tool

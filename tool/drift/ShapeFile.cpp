@@ -36,8 +36,9 @@ std::string shapesText(const Shapes& shapes) {
   for (const auto& [name, shape] : shapes) {
     Json places = Json::array();
     for (const auto& [path, place] : shape.places) places.push(placeJson(path, place));
-    documents.set(
-        name, Json::object({{"losses", textsJson(shape.losses)}, {"places", std::move(places)}}));
+    documents.set(name, Json::object({{"losses", textsJson(shape.losses)},
+                                      {"met", textsJson(shape.met)},
+                                      {"places", std::move(places)}}));
   }
   return Json::object({{"form", kForm}, {"documents", std::move(documents)}}).indentedText() + "\n";
 }
@@ -57,7 +58,7 @@ std::uint64_t countIn(const JSONObject& json, std::string_view key) {
 }
 
 Shape readShape(const JSONObject& json) {
-  Shape shape{.losses = textsIn(json, "losses")};
+  Shape shape{.losses = textsIn(json, "losses"), .met = textsIn(json, "met")};
   const auto places = json.objects("places");
   if (!places) return shape;
   for (const JSONObject& entry : *places) {

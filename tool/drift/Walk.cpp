@@ -80,8 +80,8 @@ class CatchingNetwork final : public NetworkDataProvider {
 
 class ServiceWalk {
  public:
-  ServiceWalk(Tool& tool, std::int64_t most, Looking looking)
-      : tool_(tool), most_(most), looking_(looking) {}
+  ServiceWalk(Tool& tool, std::int64_t most, const Shapes* then)
+      : tool_(tool), most_(most), then_(then) {}
 
   Result<WalkResult> make();
 
@@ -90,13 +90,27 @@ class ServiceWalk {
   using Task = std::function<std::function<void()>()>;
   struct Tasks {
     std::deque<Task> waiting{};
+    /// Those of documents that no earlier walk has met.
+    std::deque<Task> strange{};
     std::int64_t begun = 0;
+  };
+
+  /// A path below the base, and what else tells the document from others.
+  struct Address {
+    std::string path;
+    std::string rest{};
+  };
+
+  struct Known {
+    std::string kind;
+    /// The whole of it.
+    std::string address;
   };
 
   void listen(BootstrapOptions& options) const;
   void begin(const std::shared_ptr<Context>& context);
   template <class Fetch, class Visit>
-  void add(const std::string& path, std::string_view kind, Fetch fetch, Visit visit);
+  void add(const Address& address, std::string_view kind, Fetch fetch, Visit visit);
   void addPage(const std::string& id);
   void addVideo(const std::string& id);
   void addCollection(const std::string& id);
@@ -105,20 +119,23 @@ class ServiceWalk {
   void visit(const Page& page);
   void visit(const std::vector<ContentItem>& items);
   void fail(const AnyError& error);
+  [[nodiscard]] bool isStrange(const Known& known) const;
   void digest();
   /// One of the kind of which there were the fewest; null when there is none.
   [[nodiscard]] Task takeTask();
-  [[nodiscard]] std::string kindOf(const URL& url) const;
+  [[nodiscard]] Task takeTask(std::deque<Task> Tasks::*list);
+  /// What is known of the document's address; null when it is nothing.
+  [[nodiscard]] const Known* find(const URL& url) const;
 
   Tool& tool_;
   const std::int64_t most_;
-  const Looking looking_;
+  const Shapes* const then_;
   const std::shared_ptr<Catch> catch_ = std::make_shared<Catch>();
   std::shared_ptr<Context> context_;
   /// By the kind of document, so that a short walk, too, meets all kinds.
   std::map<std::string, Tasks, std::less<>> tasks_;
   /// What is fetched from which path, below the base.
-  std::map<std::string, std::string> kinds_;
+  std::map<std::string, Known> known_;
   std::map<std::string, Probe> probes_;
   bool hasSearched_ = false;
   WalkResult result_;
@@ -137,10 +154,12 @@ void ServiceWalk::listen(BootstrapOptions& options) const {
 }
 
 template <class Fetch, class Visit>
-void ServiceWalk::add(const std::string& path, std::string_view kind, Fetch fetch, Visit visit) {
-  if (!kinds_.emplace(path, kind).second) return;
-  tasks_[std::string(kind)].waiting.push_back(
-      [this, fetch = std::move(fetch), visit = std::move(visit)] {
+void ServiceWalk::add(const Address& address, std::string_view kind, Fetch fetch, Visit visit) {
+  const Known known{std::string(kind), address.path + address.rest};
+  if (!known_.emplace(address.path, known).second) return;
+  auto& tasks = tasks_[known.kind];
+  (isStrange(known) ? tasks.strange : tasks.waiting)
+      .push_back([this, fetch = std::move(fetch), visit = std::move(visit)] {
         const auto future = fetch();
         return [this, future, visit] {
           const auto result = tool_.wait(future, "walking through the service");
@@ -155,22 +174,22 @@ constexpr std::size_t kCloser = 3;
 void ServiceWalk::begin(const std::shared_ptr<Context>& context) {
   context_ = context;
   for (const auto& view : context->systemViews()) {
-    add("products/" + view.id, "page", view.fetch, [this](const Page& page) { visit(page); });
+    add({"products/" + view.id}, "page", view.fetch, [this](const Page& page) { visit(page); });
   }
   const Date now = present();
-  add("epg", "guide", context->linearProgramGuideCapability(now, now + 24h), [](const auto&) {});
+  add({"epg"}, "guide", context->linearProgramGuideCapability(now, now + 24h), [](const auto&) {});
   addPlaylist(context->configuration().upcomingEvents.id);
 }
 
 void ServiceWalk::addPage(const std::string& id) {
   add(
-      "products/" + id, "page", [this, id] { return context_->fetchPage(id); },
+      {"products/" + id}, "page", [this, id] { return context_->fetchPage(id); },
       [this](const Page& page) { visit(page); });
 }
 
 void ServiceWalk::addVideo(const std::string& id) {
   add(
-      "products/" + id, "video", [this, id] { return context_->fetchVideo(id); },
+      {"products/" + id}, "video", [this, id] { return context_->fetchVideo(id); },
       [this](const Video& video) {
         for (const auto& reference : video.collections) addCollection(reference.id);
         addPlaylist(video.nextPlaylistID);
@@ -180,14 +199,14 @@ void ServiceWalk::addVideo(const std::string& id) {
 
 void ServiceWalk::addCollection(const std::string& id) {
   add(
-      "collections/" + id, "collection", [this, id] { return context_->fetchItemCollection(id); },
+      {"collections/" + id}, "collection", [this, id] { return context_->fetchItemCollection(id); },
       [this](const ItemCollection& collection) { visit(collection.items); });
 }
 
 void ServiceWalk::addPlaylist(const std::optional<std::string>& id) {
   if (!id || id->empty()) return;
   add(
-      "playlists/" + *id, "playlist", [this, id] { return context_->fetchPlaylist(*id); },
+      {"playlists/" + *id}, "playlist", [this, id] { return context_->fetchPlaylist(*id); },
       [](const auto&) {});
 }
 
@@ -195,12 +214,12 @@ void ServiceWalk::addSearch(const std::string& title) {
   const auto word = title.substr(0, title.find(' '));
   if (word.empty() || std::exchange(hasSearched_, true)) return;
   add(
-      "search", "search", [this, word] { return context_->fetchSearchResults(word); },
+      {"search", "?" + word}, "search", [this, word] { return context_->fetchSearchResults(word); },
       [this](const std::vector<SearchCollection>& collections) {
         for (const auto& collection : collections) visit(collection.items);
       });
   add(
-      "search/suggest", "suggestions",
+      {"search/suggest", "?" + word}, "suggestions",
       [this, word] { return context_->fetchSearchSuggestions(word); }, [](const auto&) {});
 }
 
@@ -208,7 +227,7 @@ void ServiceWalk::visit(const Page& page) {
   for (const auto& reference : page.collections) addCollection(reference.id);
   if (const auto& lineup = page.lineupMeta) {
     add(
-        lineup->url.text(), "lineup",
+        {lineup->url.text()}, "lineup",
         [this, url = lineup->url] { return context_->fetchLineup(url); }, [](const auto&) {});
   }
   for (std::size_t i = 0; i < std::min(page.siblings.size(), kCloser); ++i) {
@@ -236,20 +255,27 @@ void ServiceWalk::fail(const AnyError& error) {
   result_.faults.push_back({subject(error) + ": " + explanation(error), isUnreadable});
 }
 
-std::string ServiceWalk::kindOf(const URL& url) const {
-  const auto known = kinds_.find(url.text());
-  if (known != kinds_.end()) return known->second;
+bool ServiceWalk::isStrange(const Known& known) const {
+  if (then_ == nullptr) return false;
+  const auto shape = then_->find(known.kind);
+  return shape == then_->end() || !shape->second.hasMet(known.address);
+}
+
+const ServiceWalk::Known* ServiceWalk::find(const URL& url) const {
+  static const Known kConfiguration{"configuration", "configuration"};
+  const auto found = known_.find(url.text());
+  if (found != known_.end()) return &found->second;
   const std::string_view path = url.path();
-  if (path.find("/configuration/") != std::string_view::npos) return "configuration";
-  std::string kind;
-  std::size_t longest = 0;
-  for (const auto& [end, name] : kinds_) {
-    if (end.size() > longest && path.ends_with("/" + end)) {
-      kind = name;
-      longest = end.size();
+  if (path.find("/configuration/") != std::string_view::npos) return &kConfiguration;
+  const Known* longest = nullptr;
+  std::size_t size = 0;
+  for (const auto& [end, known] : known_) {
+    if (end.size() > size && path.ends_with("/" + end)) {
+      longest = &known;
+      size = end.size();
     }
   }
-  return kind;
+  return longest;
 }
 
 void ServiceWalk::digest() {
@@ -265,12 +291,14 @@ void ServiceWalk::digest() {
   const std::lock_guard guard(catch_->lock);
   result_.requests = catch_->requests;
   for (const auto& [url, body] : documents) {
-    const auto name = kindOf(url);
+    const Known* const known = find(url);
     const auto document = JSONDataParser::value(body);
-    if (name.empty() || document.failed()) continue;
+    if (known == nullptr || document.failed()) continue;
+    const std::string& name = known->kind;
     auto& shape = result_.shapes[name];
     shape.learn(*document.value());
-    if (looking_ == Looking::briefly) continue;
+    shape.learnMeeting(known->address);
+    if (then_ != nullptr) continue;
     const auto* const kind = std::ranges::find(kDocumentKinds, name, &DocumentKind::name);
     probes_.try_emplace(name, std::string(kind->parseKind))
         .first->second.examine(*document.value(), shape);
@@ -282,17 +310,22 @@ void ServiceWalk::digest() {
   }
 }
 
-ServiceWalk::Task ServiceWalk::takeTask() {
+ServiceWalk::Task ServiceWalk::takeTask(std::deque<Task> Tasks::*list) {
   Tasks* fewest = nullptr;
   for (auto& [kind, tasks] : tasks_) {
     const bool isFewer = fewest == nullptr || tasks.begun < fewest->begun;
-    if (!tasks.waiting.empty() && isFewer) fewest = &tasks;
+    if (!(tasks.*list).empty() && isFewer) fewest = &tasks;
   }
   if (fewest == nullptr) return nullptr;
   ++fewest->begun;
-  auto task = std::move(fewest->waiting.front());
-  fewest->waiting.pop_front();
+  auto task = std::move((fewest->*list).front());
+  (fewest->*list).pop_front();
   return task;
+}
+
+ServiceWalk::Task ServiceWalk::takeTask() {
+  auto task = takeTask(&Tasks::waiting);
+  return task == nullptr && result_.faults.empty() ? takeTask(&Tasks::strange) : task;
 }
 
 Result<WalkResult> ServiceWalk::make() {
@@ -322,10 +355,10 @@ Result<WalkResult> ServiceWalk::make() {
 
 }  // namespace
 
-Result<WalkResult> walkService(Tool& tool, std::int64_t mostRequests, Looking looking) {
+Result<WalkResult> walkService(Tool& tool, std::int64_t mostRequests, const Shapes* then) {
   // What is lost is reported, and examined documents are not the service's.
   silenceConsole();
-  return ServiceWalk(tool, mostRequests, looking).make();
+  return ServiceWalk(tool, mostRequests, then).make();
 }
 
 }  // namespace orvo::tool

@@ -16,9 +16,6 @@ struct WalkFault {
   bool isUnreadable = false;
 };
 
-/// Whether to find out what the library reads of the documents, which takes a while.
-enum class Looking { briefly, closely };
-
 /// What a walk through a service has met.
 struct WalkResult {
   Shapes shapes{};
@@ -28,9 +25,12 @@ struct WalkResult {
 
 /// Fetches, two at a time, the configuration, views, and what they lead to: collections, pages,
 /// videos, playlists, lineups; and the guide, a search and its suggestions; until there is no more,
-/// or that many requests have been made. Fails when there is no session. To be called before the
-/// tool's context has been made.
+/// or that many requests have been made. `then` is what earlier walks have met, if the walk is to
+/// be compared with them: the same documents come first, and others only while none has failed, so
+/// that they do not take its place. Without it, finds out what the library reads of the documents,
+/// which takes a while. Fails when there is no session. To be called before the tool's context has
+/// been made.
 [[nodiscard]] Result<WalkResult> walkService(Tool& tool, std::int64_t mostRequests,
-                                             Looking looking);
+                                             const Shapes* then);
 
 }  // namespace orvo::tool
