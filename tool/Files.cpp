@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <thread>
@@ -68,12 +69,11 @@ std::string followed(const std::string& path) {
 }
 
 void replace(const std::string& path, const std::string& text) {
-  const std::string made = path + "." + std::to_string(getpid());
-  const int file =
-      open(made.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, S_IRUSR | S_IWUSR);
+  // A name that nobody can have taken, or foreseen.
+  std::string made = path + ".XXXXXX";
+  const int file = mkostemp(made.data(), O_CLOEXEC);
   if (file < 0) refuse(path);
   const bool isWritten =
-      fchmod(file, S_IRUSR | S_IWUSR) == 0 &&
       write(file, text.data(), text.size()) == static_cast<ssize_t>(text.size()) &&
       fsync(file) == 0;
   const bool isDone = close(file) == 0 && isWritten && rename(made.c_str(), path.c_str()) == 0;
@@ -121,19 +121,26 @@ std::optional<std::string> readRegularFile(const std::string& path, std::size_t 
   return readDescriptor(file.number(), path, most);
 }
 
+std::string requireRegularFile(const std::string& path, std::size_t most) {
+  auto content = readRegularFile(path, most);
+  if (!content) refuse(path, std::strerror(ENOENT));
+  return *std::move(content);
+}
+
 void replaceFile(const std::string& path, const std::string& text) {
   requireReplaceable(path);
-  replace(followed(path), text);
+  replace(path, text);
 }
 
 void requireReplaceable(const std::string& path) {
-  const std::filesystem::path place = followed(path);
+  const std::filesystem::path place = path;
   const auto folder = place.has_parent_path() ? place.parent_path() : ".";
-  if (access(folder.c_str(), W_OK | X_OK) != 0) refuse(path);
   struct stat status {};
-  if (stat(place.c_str(), &status) != 0) return;
-  if (!S_ISREG(status.st_mode)) refuse(path, "is not a regular file");
-  if ((status.st_mode & S_IWUSR) == 0 || access(place.c_str(), W_OK) != 0) {
+  const bool isThere = lstat(path.c_str(), &status) == 0;
+  if (isThere && S_ISLNK(status.st_mode)) refuse(path, "is a symbolic link");
+  if (isThere && !S_ISREG(status.st_mode)) refuse(path, "is not a regular file");
+  if (access(folder.c_str(), W_OK | X_OK) != 0) refuse(path);
+  if (isThere && ((status.st_mode & S_IWUSR) == 0 || access(path.c_str(), W_OK) != 0)) {
     refuse(path, "is not writable");
   }
 }

@@ -130,7 +130,7 @@ void addTrafficOptions(std::vector<Parameter>& options, WrittenTraffic& written)
 }
 
 void replay(const std::string& file, GlobalOptions& options) {
-  const Data content(readFile(file, HTTPArchive::kMaximumSize));
+  const Data content(requireRegularFile(file, HTTPArchive::kMaximumSize));
   const auto document = JSONDataParser::object(content);
   if (const auto* error = document.error()) throw WrongUsage(file + ": " + explanation(*error));
   auto archive = HTTPArchive::parse(*document.value());
