@@ -4,6 +4,7 @@
 #include <tool/Completion.h>
 #include <tool/Help.h>
 #include <tool/Identifiers.h>
+#include <tool/Interruption.h>
 #include <tool/Manual.h>
 #include <tool/Output.h>
 #include <tool/Profiles.h>
@@ -72,18 +73,20 @@ std::vector<Note> variables() {
 }  // namespace
 
 CommandLine::CommandLine()
-    : table_{.description = "Looks at a video and live-TV service through its web API",
-             .details =
-                 "On a terminal lists are drawn. In a pipe they are lines with tabs between the "
-                 "fields, as a service sends them; --format and --fields choose otherwise. All "
-                 "output is UTF-8, whatever the locale.",
-             .globalOptions = globalOptions(),
-             .commands = allCommands(service_),
-             .examples = {"orvo --demo guide", "orvo --demo search night", "orvo help search"},
-             .variables = variables(),
-             .files = {{"~/.config/orvo/profiles",
-                        "Services by name, below $XDG_CONFIG_HOME if that is set; orvo help "
-                        "profile says more"}}} {
+    : table_{
+          .description = "Looks at a video and live-TV service through its web API",
+          .details =
+              "On a terminal lists are drawn. In a pipe they are lines with tabs between the "
+              "fields, as a service sends them; --format and --fields choose otherwise. All "
+              "output is UTF-8, whatever the locale.",
+          .globalOptions = globalOptions(),
+          .commands = allCommands(service_),
+          .examples = {"orvo --demo tour", "orvo --demo guide --start 20:00 --end 'tomorrow 02:00'",
+                       "orvo --demo search night", "orvo help search"},
+          .variables = variables(),
+          .files = {{"~/.config/orvo/profiles",
+                     "Services by name, below $XDG_CONFIG_HOME if that is set; orvo help "
+                     "profile says more"}}} {
   addTrafficOptions(table_.globalOptions, traffic_);
   addHelpCommands();
   noteDefaults(table_.globalOptions);
@@ -267,8 +270,14 @@ int CommandLine::run() {
   try {
     auto options = chosenOptions();
     Recording recording(traffic_.record, options);
+    const bool isTraced = trace_ || isTraceWanted();
+    std::optional<Interruption> interruption;
+    if (isTraced || report_ || !traffic_.record.empty()) interruption.emplace();
+    const BeforeEarlyEnd reporting([losses = options.losses, json = json_] {
+      if (losses != nullptr) losses->print(json, false);
+    });
     Tool tool(std::move(options));
-    if (trace_ || isTraceWanted()) tool.observe(std::make_shared<Trace>(tool));
+    if (isTraced) tool.observe(std::make_shared<Trace>(tool));
     const int status = chosen_->run(tool);
     if (report_) tool.options().losses->print(tool.options().json, status == 0);
     return recording.end(status);

@@ -86,7 +86,10 @@ std::vector<DocumentLoss> LossReport::taken() {
 
 void LossReport::print(bool json, bool isDone) {
   const auto losses = taken();
-  if (std::exchange(isPrinted_, isPrinted_ || isDone || !losses.empty())) return;
+  {
+    const std::lock_guard guard(lock_);
+    if (std::exchange(isPrinted_, isPrinted_ || isDone || !losses.empty())) return;
+  }
   if (losses.empty() && !(isDone && hasRead_)) return;
   if (json) {
     const auto report = Json::object({{"losses", Json::list(losses, lossJson)}});

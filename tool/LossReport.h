@@ -19,7 +19,7 @@ class LossReport : public std::enable_shared_from_this<LossReport> {
   void add(const std::vector<DocumentLoss>& losses);
 
   /// Says on standard error what is known by now, the first time; `isDone`: also that it is
-  /// nothing.
+  /// nothing. From any thread.
   void print(bool json, bool isDone);
 
  private:

@@ -9,6 +9,7 @@
 #include <charconv>
 #include <cstdlib>
 #include <cstring>
+#include <mutex>
 #include <utility>
 #include <vector>
 
@@ -22,7 +23,6 @@ std::string_view environment(const char* name) {
 }
 
 Colours chosenColours = Colours::fromEnvironment;
-std::vector<std::function<void()>> tasksBeforeEarlyEnd;
 
 bool wantsColours(bool isCapable) {
   if (chosenColours != Colours::fromEnvironment) return chosenColours == Colours::always;
@@ -117,20 +117,42 @@ void holdStandardStreams() {
 void print(std::string_view text) {
   if (writeAll(STDOUT_FILENO, text)) return;
   const int error = errno;
-  while (!tasksBeforeEarlyEnd.empty()) {
-    const auto task = std::exchange(tasksBeforeEarlyEnd.back(), nullptr);
-    tasksBeforeEarlyEnd.pop_back();
-    task();
-  }
+  BeforeEarlyEnd::now();
   // The reader has seen what it wanted to see; there is nothing left to do and nobody to tell.
   if (error == EPIPE) _exit(0);
   printDiagnostic(std::string("orvo: standard output: ") + std::strerror(error) + "\n");
   _exit(1);
 }
 
-void doBeforeEarlyEnd(std::function<void()> task) {
-  if (task) return tasksBeforeEarlyEnd.push_back(std::move(task));
-  if (!tasksBeforeEarlyEnd.empty()) tasksBeforeEarlyEnd.pop_back();
+struct BeforeEarlyEnd::List {
+  std::mutex lock;
+  std::vector<Task> tasks;
+};
+
+BeforeEarlyEnd::List& BeforeEarlyEnd::list() {
+  static auto& list = *new List;  // whoever ends the program early may do so while it ends
+  return list;
+}
+
+BeforeEarlyEnd::BeforeEarlyEnd(std::function<void()> task)
+    : task_(std::make_shared<std::function<void()>>(std::move(task))) {
+  const std::lock_guard guard(list().lock);
+  list().tasks.push_back(task_);
+}
+
+BeforeEarlyEnd::~BeforeEarlyEnd() {
+  const std::lock_guard guard(list().lock);
+  std::erase(list().tasks, task_);
+}
+
+void BeforeEarlyEnd::now() {
+  const auto taken = [] {
+    const std::lock_guard guard(list().lock);
+    Task task = list().tasks.empty() ? nullptr : std::move(list().tasks.back());
+    if (task != nullptr) list().tasks.pop_back();
+    return task;
+  };
+  while (const Task task = taken()) (*task)();
 }
 
 void printDiagnostic(std::string_view text) { writeAll(STDERR_FILENO, text); }

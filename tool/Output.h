@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <functional>
+#include <memory>
 #include <string>
 #include <string_view>
 
@@ -40,11 +41,28 @@ void holdStandardStreams();
 /// Writes to standard output. Ends the program quietly when the reader has gone, and with a message
 /// and status 1 when the text cannot be written for another reason.
 void print(std::string_view text);
-/// What is done before `print` ends the program, before what was to be done already; when it is
-/// empty, the last of that is done no more.
-void doBeforeEarlyEnd(std::function<void()> task);
 /// Writes to standard error; what cannot be written is dropped.
 void printDiagnostic(std::string_view text);
+
+/// While it lives, there is something to do before `print`, or an `Interruption`, ends the program.
+/// May be made and destroyed on any thread.
+class BeforeEarlyEnd {
+ public:
+  explicit BeforeEarlyEnd(std::function<void()> task);
+  ~BeforeEarlyEnd();
+  BeforeEarlyEnd(const BeforeEarlyEnd&) = delete;
+  BeforeEarlyEnd& operator=(const BeforeEarlyEnd&) = delete;
+
+  /// Does all there is to do, the last first and each once.
+  static void now();
+
+ private:
+  using Task = std::shared_ptr<std::function<void()>>;
+  struct List;
+  static List& list();
+
+  const Task task_;
+};
 
 /// Takes away what a terminal shows of the key that has just interrupted the program.
 void wipeInterruption();

@@ -23,13 +23,12 @@ Tool::Tool(GlobalOptions options) : options_(std::move(options)) {
 
 Tool::~Tool() {
   if (observer_ == nullptr) return;
-  doBeforeEarlyEnd(nullptr);
   observer_->close();
 }
 
 void Tool::observe(std::shared_ptr<RequestObserver> observer) {
   observer_ = std::move(observer);
-  doBeforeEarlyEnd([observed = observer_] { observed->close(); });
+  closing_.emplace([observed = observer_] { observed->close(); });
 }
 
 void Tool::answerInJson() {

@@ -9,6 +9,7 @@
 #include <demo/DemoService.h>
 #include <tool/LossReport.h>
 #include <tool/ModelJson.h>
+#include <tool/Output.h>
 #include <tool/Progress.h>
 #include <tool/RequestObserver.h>
 #include <tool/Screen.h>
@@ -134,6 +135,7 @@ class Tool {
   std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::time_point::max();
   bool isServiceKnown_ = false;
   std::shared_ptr<RequestObserver> observer_;
+  std::optional<BeforeEarlyEnd> closing_;
   std::shared_ptr<Context> context_;
   /// Or has tried to, in vain.
   bool isOpening_ = false;

@@ -222,7 +222,24 @@ TEST(Replay, RefusesWhatIsNoRecording) {
   EXPECT_EQ(runLine("orvo --replay x.har --demo views").status, 2);
   EXPECT_EQ(runLine("orvo --record x.har parse video").status, 2);
   EXPECT_EQ(runLine("orvo --demo --record /nonexistent/x.har views").status, 2);
-  EXPECT_EQ(runLine("orvo --demo --record /dev/null views").status, 2);
+}
+
+TEST(Recording, TakesRegularFilesOnly) {
+  const RecordingFile file;
+  const std::string link = file.path + ".link";
+  file.write("mine");
+  for (const std::string& line :
+       {"ln -s " + file.path + " " + link + "; orvo --demo --record " + link + " views",
+        "orvo --demo --record " + link + "/ views",
+        std::string("orvo --demo --record /dev/null views"),
+        std::string("orvo --demo --record /dev/stdout views"),
+        "rm " + link + "; mkfifo " + link + "; orvo --replay " + link + " views"}) {
+    const auto run = runLine(line);
+    EXPECT_EQ(run.status, 2) << line;
+    EXPECT_EQ(run.output, "") << line;
+  }
+  EXPECT_EQ(file.text(), "mine");
+  std::filesystem::remove(link);
 }
 
 TEST(Recording, IsWrittenWhenASignalEndsTheTool) {
@@ -238,15 +255,20 @@ TEST(Recording, IsWrittenWhenASignalEndsTheTool) {
     return {};
   });
   const std::string options = "--api " + server.url("/v3/").text() + " --resources " +
-                              server.url().text() + " --record " + file.path;
+                              server.url().text() + " --trace --record " + file.path;
   const auto run = runLine("set -m; mkfifo " + asked + "; $orvo " + options +
                            " video v & read line < " + asked + "; kill -INT $!; wait $!; echo $?");
   released.tell();
   std::filesystem::remove(asked);
   EXPECT_EQ(run.output, "130\n") << run.error;
+  EXPECT_NE(run.error.find("  openSession appleTV\n"), std::string::npos) << run.error;
   EXPECT_NE(file.summary().find("/v3/products/v 0 the recording ended before the answer came\n"),
             std::string::npos);
-  EXPECT_NE(replay(file, "video v").error.find("the recording ended"), std::string::npos);
+  const auto again = replay(file, "--trace video v");
+  EXPECT_NE(again.error.find("the recording ended"), std::string::npos);
+  EXPECT_NE(again.error.find("\n  fetchVideo v                -1, 0 B\n\n  No times: "),
+            std::string::npos)
+      << again.error;
 }
 
 TEST(Recording, IsWrittenWhenTheOutputCannotBe) {

@@ -1,13 +1,12 @@
 #pragma once
 
 #include <tool/CommandTable.h>
+#include <tool/Output.h>
 #include <tool/Tool.h>
 
-#include <array>
-#include <csignal>
 #include <memory>
+#include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace orvo::tool {
@@ -27,8 +26,7 @@ void addTrafficOptions(std::vector<Parameter>& options, WrittenTraffic& written)
 void replay(const std::string& file, GlobalOptions& options);
 
 /// While it lives, what a tool with these options sends is recorded. The file is written at the
-/// end, also when a signal or the reader's end of a pipe ends the program. Nothing is recorded when
-/// no file is named. There is one at most.
+/// end, also at an early one. Nothing is recorded when no file is named. There is one at most.
 class Recording {
  public:
   /// Throws `WrongUsage` when no file can be put there.
@@ -41,13 +39,8 @@ class Recording {
   int end(int status);
 
  private:
-  static constexpr std::array kSignals{SIGINT, SIGTERM, SIGHUP};
-
-  void watchSignals();
-
   std::shared_ptr<Recorder> recorder_;
-  std::thread watcher_;
-  std::array<struct sigaction, kSignals.size()> before_{};
+  std::optional<BeforeEarlyEnd> writing_;
 };
 
 }  // namespace orvo::tool

@@ -29,7 +29,7 @@ Json known(std::string_view text) { return text.empty() ? Json() : Json(text); }
 
 }  // namespace
 
-Json toJson(const RequestReport& report) {
+Json reportJson(const RequestReport& report, bool isTimed) {
   const auto& [operation, identifier, method, path, redirects, retries, source, status, error,
                received, decoded, isReused, protocol, begun, total, phases] = report;
   Json times = Json::object();
@@ -40,8 +40,8 @@ Json toJson(const RequestReport& report) {
       {{"operation", operation},
        {"identifier", known(identifier)},
        {"start", toJson(wallTime(begun))},
-       {"http.client.request.duration", seconds(total)},
-       {"phases", std::move(times)},
+       {"http.client.request.duration", isTimed ? Json(seconds(total)) : Json()},
+       {"phases", isTimed ? std::move(times) : Json()},
        {"source", caseName(source)},
        {"http.request.method", known(method)},
        {"url.path", known(path)},

@@ -8,10 +8,13 @@
 
 namespace orvo::tool {
 
+Trace::Trace(const Tool& tool)
+    : tool_(tool), isReplayed_(!tool.options().bootstrap.session.protocolClasses.empty()) {}
+
 void Trace::take(const RequestReport& report) {
   if (isClosed_) return;
   if (tool_.options().json) {
-    printJsonLine(Json::object({{"trace", toJson(report)}}));
+    printJsonLine(Json::object({{"trace", reportJson(report, !isReplayed_)}}));
   } else if (reports_.size() < kMost) {
     reports_.push_back(report);
   } else {
@@ -22,7 +25,8 @@ void Trace::take(const RequestReport& report) {
 void Trace::print() {
   if (reports_.empty()) return;
   Screen screen(standardError());
-  drawWaterfall(screen, std::move(reports_), leftOut_);
+  isReplayed_ ? drawReplayed(screen, reports_, leftOut_)
+              : drawWaterfall(screen, std::move(reports_), leftOut_);
   printDiagnostic(screen.text());
   reports_.clear();
   leftOut_ = 0;

@@ -13,7 +13,7 @@ namespace orvo::tool {
 /// attached to.
 class Trace final : public RequestObserver {
  public:
-  explicit Trace(const Tool& tool) : tool_(tool) {}
+  explicit Trace(const Tool& tool);
 
   void take(const RequestReport& report) override;
   void flush() override;
@@ -26,6 +26,8 @@ class Trace final : public RequestObserver {
   void print();
 
   const Tool& tool_;
+  /// Whether a recording answers: in no time.
+  const bool isReplayed_;
   // Touched on the queue only.
   std::vector<RequestReport> reports_;
   std::size_t leftOut_ = 0;

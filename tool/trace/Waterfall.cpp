@@ -247,6 +247,31 @@ class Waterfall {
 
 }  // namespace
 
+void drawReplayed(Screen& screen, const std::vector<RequestReport>& reports, std::size_t leftOut) {
+  const auto count = static_cast<std::int64_t>(reports.size() + leftOut);
+  screen.title("Trace", countText(count, "request") + " to a recording");
+  screen.blank();
+  constexpr std::size_t kFacts = 16;
+  std::size_t width = 0;
+  for (const RequestReport& report : reports)
+    width = std::max(width, displayWidth(labelOf(report)));
+  for (const RequestReport& report : reports) {
+    const std::string label = "  " + labelOf(report);
+    const std::string facts = screen.in(report.error ? Style::bad : Style::plain,
+                                        joined({statusOf(report), sizeOf(report)}));
+    if (width + kFacts + 4 <= screen.columns()) {
+      screen.line(padded(label, width + 4) + facts);
+    } else {
+      screen.line(label);
+      screen.line("    " + facts);
+    }
+  }
+  screen.blank();
+  indented(screen,
+           "No times: --record keeps them in the file, which a browser's developer tools draw",
+           Style::faint);
+}
+
 void drawWaterfall(Screen& screen, std::vector<RequestReport> reports, std::size_t leftOut) {
   std::ranges::stable_sort(reports, {}, &RequestReport::begun);
   Waterfall waterfall(screen, reports);

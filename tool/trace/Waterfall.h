@@ -13,4 +13,7 @@ namespace orvo::tool {
 /// further ones are not among the reports.
 void drawWaterfall(Screen& screen, std::vector<RequestReport> reports, std::size_t leftOut);
 
+/// Lists what was asked of a recording, in which there are no times to draw.
+void drawReplayed(Screen& screen, const std::vector<RequestReport>& reports, std::size_t leftOut);
+
 }  // namespace orvo::tool
