@@ -92,7 +92,12 @@ std::string unknownArgument(const Reading& reading, const std::string& argument)
     return complaint + (takesOptionsOnly ? ", which takes " + joined(names) : "");
   }
   std::vector<std::string> names;
-  for (const Command& known : reading.table.commands) names.push_back(known.name);
+  for (const Command& known : reading.table.commands) {
+    names.push_back(known.name);
+    if (std::ranges::find(known.synonyms, argument) != known.synonyms.end()) {
+      return "there is no command \"" + argument + "\"" + didYouMean(known.name);
+    }
+  }
   return "there is no command \"" + argument + "\"" + didYouMean(nearest(argument, names));
 }
 
@@ -185,6 +190,25 @@ std::optional<std::string> emptyOption(const Reading& reading) {
   return found != end ? std::optional(*found) : std::nullopt;
 }
 
+/// The name of the first option with a value that takes none, if there is one.
+std::optional<std::string> overfullOption(const Reading& reading) {
+  const auto isFlag = [](const std::vector<Parameter>& options, const std::string& name) {
+    return std::ranges::any_of(options, [&](const Parameter& option) {
+      return option.name == name && std::holds_alternative<bool*>(option.target);
+    });
+  };
+  for (const std::string& word : reading.arguments) {
+    if (word == "--") break;
+    const std::string name = word.substr(0, word.find('='));
+    const bool isFlagOfSome =
+        isFlag(reading.table.globalOptions, name) ||
+        std::ranges::any_of(reading.table.commands,
+                            [&](const Command& command) { return isFlag(command.options, name); });
+    if (name.starts_with("-") && name.size() < word.size() && isFlagOfSome) return name;
+  }
+  return std::nullopt;
+}
+
 void addGlobalOptions(CLI::App& app, const CommandTable& table) {
   app.fallthrough();
   app.require_subcommand(1);
@@ -215,15 +239,20 @@ std::variant<const Command*, Explanation> parse(const CommandTable& table, int a
   if (const auto empty = emptyOption(reading)) {
     return wrongUsage(reading, "there is no value behind \"" + *empty + "\"");
   }
+  std::optional<Explanation> wrong;
   try {
     app.parse(argc, argv);
+    lookAt();
   } catch (const CLI::ParseError& error) {
     lookAt();
-    return explanation(reading, error);
+    wrong = explanation(reading, error);
   }
-  lookAt();
-  const std::string wrong = complaint(reading, app);
-  if (!wrong.empty()) return wrongUsage(reading, wrong);
+  if (const auto overfull = overfullOption(reading)) {
+    return wrongUsage(reading, *overfull + " takes no value");
+  }
+  if (wrong) return *std::move(wrong);
+  const std::string missing = complaint(reading, app);
+  if (!missing.empty()) return wrongUsage(reading, missing);
   return reading.command;
 }
 

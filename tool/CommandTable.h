@@ -91,6 +91,8 @@ struct Command {
   std::vector<Parameter> options{};
   /// Lines for a shell that run as they are, with the demo service.
   std::vector<std::string> examples{};
+  /// What else people may call it: no names of it, but answered with its name.
+  std::vector<std::string> synonyms{};
   /// What exit statuses mean of it that mean something else of others, or nothing.
   std::vector<Note> statuses{};
   /// Whether there has to be a service to talk to.

@@ -62,12 +62,19 @@ void addGuideCommand(Commands& commands) {
        .target = &written->days,
        .excludes = {"--end"}}};
   addListOptions(options, written->list, kProgramFields);
-  commands.push_back({.name = "guide",
-                      .description = "What is on the linear channel; by default, today",
-                      .options = std::move(options),
-                      .examples = {"orvo --demo guide", "orvo --demo guide --days 7",
-                                   "orvo --demo guide --start 18:00 --end 'tomorrow 06:00'"},
-                      .run = [written](Tool& tool) { return runGuide(tool, *written); }});
+  commands.push_back(
+      {.name = "guide",
+       .description = "What is on the linear channel now, tonight or on any day",
+       .details = "Without a range it is today's. On a terminal it is a timeline, on which now is "
+                  "marked. \"orvo monitor\" goes on to say what is on.",
+       .options = std::move(options),
+       .examples =
+           {"orvo --demo guide                                           # today",
+            "orvo --demo guide --start now --end +1m                     # what is on now",
+            "orvo --demo guide --start 20:00 --end 'tomorrow 02:00'      # tonight",
+            "orvo --demo guide --days 7                                  # the next 7 days"},
+       .synonyms = {"now", "tonight", "today", "tv", "epg", "schedule", "programme", "program"},
+       .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 
 }  // namespace orvo::tool

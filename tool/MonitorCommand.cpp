@@ -156,10 +156,11 @@ void addMonitorCommand(Commands& commands) {
   const auto written = std::make_shared<WrittenMonitor>();
   commands.push_back(
       {.name = "monitor",
-       .description = "What is on the linear channel now, until interrupted",
+       .description = "What is on the linear channel now and next, until interrupted",
        .details =
            "It ends when it is interrupted, or after --updates. With --json, each update is a "
-           "document on a line of its own.",
+           "document on a line of its own. \"orvo guide --start now --end +1m\" says it once, and "
+           "ends.",
        .options = {{.name = "--updates",
                     .description = "End after so many updates; 0: when interrupted",
                     .values = number(0, 1'000'000'000),

@@ -101,6 +101,9 @@ void addParseCommand(Commands& commands) {
                       .options = options(*written),
                       .examples = {"echo 2017-05-01T12:00:00Z | orvo parse iso8601-date",
                                    "echo '[\"a\", \"b\"]' | orvo parse string-array"},
+                      .statuses = {{"1",
+                                    "The document is not what it should be, or the output could "
+                                    "not be written"}},
                       .usesService = false,
                       .run = [written](Tool& tool) { return runParse(tool, *written); }});
 }

@@ -164,6 +164,7 @@ void addPlayCommand(Commands& commands) {
                     .target = &written->player,
                     .fallback = "the first of them that is in PATH"}},
        .examples = {"orvo --demo play welcome", "orvo --demo play welcome --player mpv"},
+       .synonyms = {"watch", "open"},
        .needsNetwork = true,
        .run = [written](Tool& tool) { return runPlay(tool, *written); }});
 }

@@ -154,6 +154,7 @@ void addDoctorCommand(Commands& commands) {
                     .values = number(1, 600, "SECONDS"),
                     .target = &written->seconds}},
        .examples = {"orvo --demo doctor", "orvo --demo doctor --json"},
+       .synonyms = {"check", "diagnose", "ping", "status"},
        .statuses = {{"0", "All is well"},
                     {"1", "Something is bad, or the output could not be written"}},
        .needsNetwork = true,

@@ -124,8 +124,7 @@ void addGetCommand(Commands& commands) {
            "The request is one that the library would send, with the session's token. In the body "
            "tokens are ***, and on a terminal what it would obey is shown as an escape; all else "
            "comes as it was sent, byte for byte. An answer with a status of 400 or above is "
-           "printed, "
-           "too, and the exit status is 1.",
+           "printed, too.",
        .arguments = {{.name = "PATH",
                       .description =
                           "What follows the API's base URL, with its query; it cannot lead "
@@ -137,6 +136,10 @@ void addGetCommand(Commands& commands) {
                     .target = &written->head}},
        .examples = {"orvo --demo get products/welcome", "orvo --demo get 'search?q=night' -i",
                     "orvo --demo get products/welcome | orvo parse video"},
+       .synonyms = {"curl", "fetch", "raw"},
+       .statuses = {{"1",
+                     "The request failed, or was answered with a status of 400 or above; or the "
+                     "output could not be written"}},
        .run = [written](Tool& tool) { return runGet(tool, *written); }});
 }
 
