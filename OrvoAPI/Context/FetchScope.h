@@ -21,10 +21,9 @@ class FetchScopeState;
 ///
 /// Its context shares session, configuration, caches, the app's values and logger with the one that
 /// it was made from, and can do all that a context can. Once the scope is cancelled:
-///   - what was under way fails with `URLError` -999, unless its answer was there already, and
-///   sends
-///     and receives nothing more; nothing stays pending. The session's renewal goes on, and its
-///     token and the caches stay, as they belong to all.
+///   - what was under way fails with `URLError` -999, unless its answer was there already. It
+///     sends and receives nothing more, and nothing stays pending. The session's renewal goes on,
+///     and its token and the caches stay, as they belong to all.
 ///   - everything asked of its context, by what holds it still, by its capabilities, walks and
 ///     monitors, fails at once with -999, cached or not.
 ///

@@ -37,6 +37,12 @@ class ContentItem {
   /// Null when it is a video.
   [[nodiscard]] const Page* page() const { return std::get_if<Page>(&value_); }
 
+  /// The video's or the page's.
+  [[nodiscard]] const std::string& id() const { return member(&Video::id, &Page::id); }
+  [[nodiscard]] const std::string& title() const { return member(&Video::title, &Page::title); }
+  [[nodiscard]] const ImageResources& imageResources() const {
+    return member(&Video::imageResources, &Page::imageResources);
+  }
   [[nodiscard]] double ttl() const {
     return std::visit([](const auto& content) { return content.ttl(); }, value_);
   }
@@ -45,6 +51,11 @@ class ContentItem {
   friend bool operator==(const ContentItem&, const ContentItem&) = default;
 
  private:
+  template <class M>
+  [[nodiscard]] const M& member(M Video::*ofVideo, M Page::*ofPage) const {
+    return video() != nullptr ? video()->*ofVideo : page()->*ofPage;
+  }
+
   std::variant<Video, Page> value_;
 };
 

@@ -18,6 +18,7 @@ orvo::Future<int> showAll(orvo::URL api, orvo::URL resources) {
     if (result.failed()) co_return orvo::Failure{*result.error()};
     const auto& part = *result.value();
     if (part == nullptr) co_return count;  // that was the last one
+    for (const auto& item : part->items) std::printf("  %s\n", item.title().c_str());
     std::printf(
         "%lld to %lld of %lld\n", static_cast<long long>(part->meta.offset + 1),
         static_cast<long long>(part->meta.offset) + static_cast<long long>(part->items.size()),

@@ -70,7 +70,9 @@ TEST(ContentItem, LivesAsItsContentAndEqualsNoOtherKind) {
   video.status.code = StatusCode::live;
   EXPECT_EQ(ContentItem(video).ttl(), 7);
   EXPECT_EQ((Page{.id = "a", .title = "T", .status = video.status}.ttl()), 7);
+  const ContentItem page(Page{.id = "b", .title = "P"});
   EXPECT_NE(item, ContentItem(Page{.id = "a", .title = "T"}));
+  EXPECT_EQ(item.id() + item.title() + page.id() + page.title(), "aTbP");
 }
 
 TEST(VideoSegment, ContainsNeitherOfItsEnds) {
