@@ -1,5 +1,11 @@
 #pragma once
 
+#include <OrvoAPI/Base/CompilerCheck.h>
+
+#if !__has_include(<glib-unix.h>)
+#error "<OrvoAPI/Integration/GLib.h> needs GLib: compile and link with `pkg-config glib-2.0`"
+#endif
+
 #include <OrvoAPI/Integration/detail/LoopClaim.h>
 
 #include <glib-unix.h>

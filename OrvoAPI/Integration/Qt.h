@@ -1,5 +1,11 @@
 #pragma once
 
+#include <OrvoAPI/Base/CompilerCheck.h>
+
+#if !__has_include(<QSocketNotifier>)
+#error "<OrvoAPI/Integration/Qt.h> needs Qt 6: find_package(Qt6 COMPONENTS Core), link Qt6::Core"
+#endif
+
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Integration/detail/LoopClaim.h>
 

@@ -36,7 +36,10 @@ refused 'needs #include <OrvoAPI/Futures/Coroutine.h>' 25 "#include <coroutine>
 $future
 orvo::Future<int> next() { co_return 1; }"
 
-for header in OrvoAPI.h Context/ContextService.h Futures/Future.h; do
+refused '<OrvoAPI/Integration/GLib.h> needs GLib' 15 '#include <OrvoAPI/Integration/GLib.h>'
+refused '<OrvoAPI/Integration/Qt.h> needs Qt 6' 15 '#include <OrvoAPI/Integration/Qt.h>'
+
+for header in Integration/Qt.h Integration/GLib.h OrvoAPI.h Context/ContextService.h Futures/Future.h; do
   code="#include <OrvoAPI/$header>"
   refused 'OrvoAPI needs C++20: compile with -std=c++20' 15 "$code" -std=c++17
   refused 'OrvoAPI needs exceptions: compile without -fno-exceptions' 15 "$code" -fno-exceptions
