@@ -1,5 +1,7 @@
 #include <OrvoAPI/Context/Response.h>
+#include <OrvoAPI/Futures/GeneralError.h>
 #include <OrvoAPI/Network/URLSession.h>
+#include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <tool/ErrorReport.h>
 #include <tool/JsonLines.h>
 #include <tool/Text.h>
@@ -10,6 +12,32 @@ namespace orvo::tool {
 namespace {
 
 constexpr int kNotFound = 404;
+
+/// Looks at the status of each answer: an answer without a document is known by that.
+class StatusWatch final : public NetworkDataProvider {
+ public:
+  StatusWatch(std::shared_ptr<NetworkDataProvider> network, std::shared_ptr<std::atomic<int>> odd)
+      : network_(std::move(network)), odd_(std::move(odd)) {}
+
+  Future<HTTPResult> fetch(const URLRequest& request) override {
+    return network_->fetch(request).map([odd = odd_](const HTTPResult& answer) {
+      constexpr int kOrdinary = 200, kFirstRefusal = 400;
+      const int status = answer.response.statusCode;
+      if (status != kOrdinary && status < kFirstRefusal) *odd = status;
+      return answer;
+    });
+  }
+
+ private:
+  const std::shared_ptr<NetworkDataProvider> network_;
+  const std::shared_ptr<std::atomic<int>> odd_;
+};
+
+bool isUnreadable(const AnyError& error) {
+  const auto* general = error.as<GeneralError>();
+  const auto* wrapper = general != nullptr ? general->as<GeneralError::underlying>() : nullptr;
+  return (wrapper != nullptr ? wrapper->error : error).is<JSONReaderError>();
+}
 
 std::string documentText(const Json& json, bool forPeople) {
   return (forPeople ? json.indentedText() : json.text()) + "\n";
@@ -73,6 +101,9 @@ Result<std::shared_ptr<Context>> Tool::context() {
   isOpening_ = true;
   auto bootstrap = options_.bootstrap;
   bootstrap.environment = options_.environment;
+  bootstrap.wrapNetwork = [odd = oddStatus_, wrap = bootstrap.wrapNetwork](auto network) {
+    return std::make_shared<StatusWatch>(wrap ? wrap(std::move(network)) : std::move(network), odd);
+  };
   const Promise<bool> bothEnded;
   if (observer_) {
     const auto count = std::make_shared<int>(0);  // only touched on the queue
@@ -132,6 +163,13 @@ std::string Tool::place(const AnyError& error) const {
   return asked.empty() ? text : text + asked + ": ";
 }
 
+std::string Tool::reason(const AnyError& error) const {
+  const std::string text = explanation(error);
+  const int status = *oddStatus_;
+  if (status == 0 || !isUnreadable(error)) return text;
+  return text + " (the service answered with status " + std::to_string(status) + ")";
+}
+
 std::string Tool::wayOut(const AnyError& error) const {
   if (!isOpening_) {
     const auto* response = error.as<Response::Error>();
@@ -153,7 +191,7 @@ int Tool::fail(const AnyError& error) const {
     printJsonLine(errorJson(error));
   } else {
     const std::string head = styled(standardError(), Style::bad, "orvo:");
-    printDiagnostic(head + " " + escaped(place(error) + explanation(error)) + "\n" + wayOut(error));
+    printDiagnostic(head + " " + escaped(place(error) + reason(error)) + "\n" + wayOut(error));
   }
   return 1;
 }

@@ -16,6 +16,7 @@
 #include <tool/ServiceChoice.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -126,6 +127,8 @@ class Tool {
   void reportService() const;
   /// Which host no session could be had with, and what was asked for.
   [[nodiscard]] std::string place(const AnyError& error) const;
+  /// Why there is no answer.
+  [[nodiscard]] std::string reason(const AnyError& error) const;
   /// What to do next: lines, or nothing.
   [[nodiscard]] std::string wayOut(const AnyError& error) const;
 
@@ -134,6 +137,8 @@ class Tool {
   std::unique_ptr<demo::DemoService> demo_;
   std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::time_point::max();
   bool isServiceKnown_ = false;
+  /// The last of an answer that was neither a refusal nor an ordinary one; 0 when there was none.
+  std::shared_ptr<std::atomic<int>> oddStatus_ = std::make_shared<std::atomic<int>>(0);
   std::shared_ptr<RequestObserver> observer_;
   std::optional<BeforeEarlyEnd> closing_;
   std::shared_ptr<Context> context_;

@@ -53,6 +53,9 @@ class Checkup {
   };
   Probe probe(const std::string& name, const URL& url);
   [[nodiscard]] static Finding failed(const std::string& name, const AnyError& error);
+  /// For a document in which something is wrong.
+  [[nodiscard]] static Finding unread(const std::string& name, const AnyError& fault,
+                                      const HTTPResult& answer, std::chrono::nanoseconds time);
   /// For what the page does not lead to.
   [[nodiscard]] Finding nothing(const std::string& name, const std::string& detail) const;
   void tell(Finding finding);

@@ -32,6 +32,16 @@ std::optional<AnyError> faultIn(const HTTPResult& answer, Parse parse) {
 
 }  // namespace
 
+Finding Checkup::unread(const std::string& name, const AnyError& fault, const HTTPResult& answer,
+                        std::chrono::nanoseconds time) {
+  constexpr int kOrdinary = 200;
+  Finding finding = failed(name, fault);
+  const int status = answer.response.statusCode;
+  if (status != kOrdinary) finding.detail += " (status " + std::to_string(status) + ")";
+  finding.time = time;
+  return finding;
+}
+
 Checkup::Probe Checkup::probe(const std::string& name, const URL& url) {
   const URLRequest request{.url = url,
                            .cachePolicy = CachePolicy::reloadIgnoringLocalAndRemoteCacheData,
@@ -58,9 +68,7 @@ void Checkup::openSession() {
   hasSession_ = finding.outcome == Finding::Outcome::good;
   if (hasSession_) {
     if (const auto fault = faultIn(*answer, SessionParser::parse)) {
-      const auto time = finding.time;
-      finding = failed("session", *fault);
-      finding.time = time;
+      finding = unread("session", *fault, *answer, finding.time);
       hasSession_ = false;
     } else {
       finding.detail = "opened";
@@ -102,9 +110,7 @@ void Checkup::fetchConfiguration() {
       return ConfigurationParser::parse(json, environment);
     });
     if (fault) {
-      const auto time = finding.time;
-      finding = failed("configuration", *fault);
-      finding.time = time;
+      finding = unread("configuration", *fault, *answer, finding.time);
       hasConfiguration_ = false;
     }
   }
