@@ -22,20 +22,24 @@ unsigned cubeIndex(const Color& color) {
   return 16U + 36U * level(color.red8()) + 6U * level(color.green8()) + level(color.blue8());
 }
 
-std::string swatch(const Terminal& terminal, const Color& color) {
+/// Where there is little room, a short one.
+std::string swatch(const Terminal& terminal, const Color& color, bool isNarrow) {
   if (!terminal.colour) return "";
+  constexpr std::size_t kShort = 4, kLong = 10;
   const std::string code = terminal.trueColour ? fmt::format("48;2;{};{};{}", color.red8(),
                                                              color.green8(), color.blue8())
                                                : fmt::format("48;5;{}", cubeIndex(color));
-  return fmt::format("\x1b[{}m          \x1b[0m  ", code);
+  return fmt::format("\x1b[{}m{:{}}\x1b[0m  ", code, "", isNarrow ? kShort : kLong);
 }
 
 void drawPalette(Screen& screen, const ColorPalette& palette) {
+  constexpr std::size_t kWhole = 60;
+  const bool isNarrow = screen.terminal().isFitted() && screen.columns() < kWhole;
   for (const ColorPalette::Entry& entry : ColorPalette::entries) {
     const ColorResource& resource = palette.*entry.resource;
-    screen.line(fmt::format("  {}{:<10}  {}  {}", swatch(screen.terminal(), resource.color),
-                            entry.name, hexText(resource.color),
-                            screen.in(Style::faint, printable(resource.transform))));
+    const std::string made = screen.in(Style::faint, printable(resource.transform));
+    screen.line(fmt::format("  {}{:<10}  {}{}", swatch(screen.terminal(), resource.color, isNarrow),
+                            entry.name, hexText(resource.color), isNarrow ? "" : "  " + made));
   }
 }
 

@@ -86,11 +86,14 @@ void drawOnAir(Screen& screen, const std::string& channel, const GuideUpdate& up
   const std::string start = timeText(update)(program.startTime);
   const std::string end = timeText(update)(program.endTime);
   const std::string rest = onAir ? remainder(program, now) : "";
-  const std::size_t used = start.size() + end.size() + rest.size() + 8;
+  constexpr std::size_t kFewestCells = 4, kMostCells = 48;
+  const std::size_t times = start.size() + end.size() + 6;
+  const bool isNarrow = screen.columns() < times + kFewestCells + rest.size() + 2;
+  const std::size_t used = isNarrow ? times : times + rest.size() + 2;
   const std::size_t room = screen.columns() - std::min(screen.columns(), used);
-  const std::size_t cells = std::clamp<std::size_t>(room, 4, 48);
+  const std::size_t cells = std::clamp(room, kFewestCells, kMostCells);
   screen.line("  " + start + " " + screen.in(Style::good, bar(program, now, cells)) + " " + end +
-              "  " + screen.in(Style::good, rest));
+              (isNarrow ? "\n" : "") + "  " + screen.in(Style::good, rest));
   auto next = following(update);
   if (next.empty()) return;
   next.resize(std::min(next.size(), kFollowing));

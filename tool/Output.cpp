@@ -35,7 +35,7 @@ bool wantsColours(bool isCapable) {
 /// Of the terminal at the descriptor, or behind the pager at its other end.
 std::size_t columnsOf(int descriptor) {
   constexpr std::size_t kDefault = 80;
-  constexpr std::size_t kFewest = 40;
+  constexpr std::size_t kFewest = 30;
   winsize size{};
   const auto isKnown = [&](int place) {
     return ioctl(place, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;

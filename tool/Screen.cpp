@@ -10,6 +10,8 @@ namespace {
 constexpr std::size_t kIndent = 2;
 constexpr std::size_t kGap = 2;
 constexpr std::size_t kFieldName = 16;
+/// How far what has no room in its line is indented on the next.
+constexpr std::size_t kFold = 4;
 /// Longer lines are hard to read.
 constexpr std::size_t kWidestParagraph = 96;
 
@@ -52,13 +54,14 @@ void leaveOut(const std::vector<Column>& columns, std::vector<std::size_t>& widt
   }
 }
 
-/// Takes columns from the widest of those that give way until the table fits.
-void shrink(const std::vector<Column>& columns, std::vector<std::size_t>& widths,
-            std::size_t room) {
+/// Takes columns from the widest of those that give way until the table fits, or each has its least
+/// width, or `narrowest` if that is less.
+void shrink(const std::vector<Column>& columns, std::vector<std::size_t>& widths, std::size_t room,
+            std::size_t narrowest = kWidestColumn) {
   while (totalWidth(widths) > room) {
     std::size_t widest = columns.size();
     for (std::size_t index = 0; index < columns.size(); ++index) {
-      const std::size_t least = columns[index].least;
+      const std::size_t least = std::min(columns[index].least, narrowest);
       if (least == 0 || widths[index] == kLeftOut || widths[index] <= least) continue;
       if (widest == columns.size() || widths[index] > widths[widest]) widest = index;
     }
@@ -70,7 +73,13 @@ void shrink(const std::vector<Column>& columns, std::vector<std::size_t>& widths
 }  // namespace
 
 void Screen::title(std::string_view text, std::string_view aside) {
+  constexpr std::size_t kNarrowest = 8;
   const std::string right = printable(aside);
+  const std::size_t wanted = std::min(displayWidth(printable(text)), kNarrowest);
+  if (terminal_.isFitted() && wanted + kGap + displayWidth(right) > columns()) {
+    line(in(Style::strong, cut(printable(text), columns())));
+    return paragraph(aside, Style::faint);
+  }
   const std::size_t used = displayWidth(right);
   const std::size_t room = columns() > used + kGap ? columns() - used - kGap : columns();
   const std::string left = terminal_.isFitted() ? cut(printable(text), room) : printable(text);
@@ -102,16 +111,25 @@ void Screen::field(std::string_view name, std::string_view value, Style style) {
   std::string head = std::string(kIndent, ' ') + in(Style::faint, padded(name, nameWidth)) +
                      std::string(kGap, ' ');
   const std::string text = printable(value);
-  // An address is copied as a whole.
-  const bool oneWord = text.find(' ') == std::string::npos;
-  const bool fits = !terminal_.isFitted() || oneWord || columns() < 2 * margin;
-  for (const std::string& part : fits ? std::vector{text} : wrapped(text, columns() - margin)) {
+  const auto parts = [&](std::size_t indent) {
+    // An address is copied as a whole.
+    const bool isWhole = !terminal_.isFitted() || text.find(' ') == std::string::npos;
+    return isWhole ? std::vector{text} : wrapped(text, columns() - indent);
+  };
+  if (terminal_.isFitted() && columns() < std::min(2 * margin, margin + displayWidth(text))) {
+    if (!name.empty()) line(std::string(kIndent, ' ') + in(Style::faint, name));
+    for (const std::string& part : parts(kFold)) {
+      line(std::string(kFold, ' ') + in(style, part));
+    }
+    return;
+  }
+  for (const std::string& part : parts(margin)) {
     line(head + in(style, part));
     head.assign(margin, ' ');
   }
 }
 
-std::vector<std::size_t> Screen::widths(const Table& table) const {
+Screen::Layout Screen::layout(const Table& table) const {
   const std::size_t widest = std::max(kWidestColumn, columns());
   std::vector<std::size_t> result;
   for (const Column& column : table.columns) result.push_back(displayWidth(column.title));
@@ -122,14 +140,28 @@ std::vector<std::size_t> Screen::widths(const Table& table) const {
     }
   }
   // What is not shown on a terminal is read by programs or saved: nothing is cut off then.
-  if (!terminal_.isFitted()) return result;
+  if (!terminal_.isFitted()) return {std::move(result)};
   leaveOut(table.columns, result, columns());
-  shrink(table.columns, result, columns());
-  return result;
+  Layout layout{result};
+  shrink(table.columns, layout.widths, columns());
+  constexpr std::size_t kNarrow = 12, kNarrowest = 8;
+  shrink(table.columns, layout.widths, columns(), kNarrow);
+  if (totalWidth(layout.widths) <= columns()) return layout;
+  // What comes last goes below.
+  layout.widths = std::move(result);
+  for (std::size_t index = layout.widths.size(); index-- > 1;) {
+    if (layout.widths[index] == kLeftOut) continue;
+    layout.folded = index;
+    layout.widths[index] = kLeftOut;
+    break;
+  }
+  shrink(table.columns, layout.widths, columns(), kNarrowest);
+  return layout;
 }
 
-void Screen::row(const std::vector<Column>& columns, const std::vector<std::size_t>& widths,
+void Screen::row(const std::vector<Column>& columns, const Layout& layout,
                  const std::vector<Cell>& cells) {
+  const auto& widths = layout.widths;
   std::string out;
   std::size_t gap = kIndent;
   for (std::size_t index = 0; index < cells.size(); ++index) {
@@ -143,17 +175,24 @@ void Screen::row(const std::vector<Column>& columns, const std::vector<std::size
     gap = kGap + (columns[index].right ? 0 : rest);
   }
   line(out.substr(0, out.find_last_not_of(' ') + 1));
+  if (layout.folded >= cells.size() || cells[layout.folded].text.empty()) return;
+  const auto& [below, style] = cells[layout.folded];
+  const bool isCut = columns[layout.folded].least > 0;
+  const std::string shown =
+      isCut ? cut(printable(below), this->columns() - kFold) : printable(below);
+  line(std::string(kFold, ' ') + in(style, shown));
 }
 
 void Screen::table(const Table& table) {
   if (table.rows.empty()) return;
-  const std::vector<std::size_t> columnWidths = widths(table);
+  const Layout found = layout(table);
   std::vector<Cell> titles;
   for (const Column& column : table.columns) titles.push_back({column.title, Style::faint});
+  if (found.folded < titles.size()) titles[found.folded].text.clear();
   const bool titled = std::any_of(titles.begin(), titles.end(),
                                   [](const Cell& cell) { return !cell.text.empty(); });
-  if (titled) row(table.columns, columnWidths, titles);
-  for (const auto& cells : table.rows) row(table.columns, columnWidths, cells);
+  if (titled) row(table.columns, found, titles);
+  for (const auto& cells : table.rows) row(table.columns, found, cells);
 }
 
 void Screen::tables(const std::vector<Column>& columns, const std::vector<Section>& sections) {
@@ -161,10 +200,10 @@ void Screen::tables(const std::vector<Column>& columns, const std::vector<Sectio
   for (const Section& section : sections) {
     all.rows.insert(all.rows.end(), section.rows.begin(), section.rows.end());
   }
-  const std::vector<std::size_t> columnWidths = widths(all);
+  const Layout found = layout(all);
   for (const Section& section : sections) {
     heading(section.heading);
-    for (const auto& cells : section.rows) row(columns, columnWidths, cells);
+    for (const auto& cells : section.rows) row(columns, found, cells);
   }
 }
 

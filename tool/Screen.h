@@ -68,8 +68,13 @@ class Screen {
   [[nodiscard]] const std::string& text() const { return text_; }
 
  private:
-  [[nodiscard]] std::vector<std::size_t> widths(const Table& table) const;
-  void row(const std::vector<Column>& columns, const std::vector<std::size_t>& widths,
+  /// How wide each column is; and which has no room and stands below the others, if one does.
+  struct Layout {
+    std::vector<std::size_t> widths;
+    std::size_t folded = std::string::npos;
+  };
+  [[nodiscard]] Layout layout(const Table& table) const;
+  void row(const std::vector<Column>& columns, const Layout& layout,
            const std::vector<Cell>& cells);
 
   Terminal terminal_;

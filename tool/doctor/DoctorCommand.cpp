@@ -32,7 +32,7 @@ void draw(Screen& screen, const Finding& finding) {
   constexpr std::size_t kNarrowestText = 36;
   const bool isWide = screen.columns() >= kHead + kNarrowestText;
   const std::size_t indent = isWide ? kHead : 4;
-  const bool isTimed = finding.time.count() > 0;
+  const bool isTimed = finding.time.count() > 0 && screen.columns() >= kHead;
   std::string head = "  " + verdict(screen, finding.outcome) + " " +
                      padded(finding.name, kNameWidth) +
                      fmt::format(" {:>8}", isTimed ? spanText(finding.time) : "");
