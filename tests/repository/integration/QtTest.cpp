@@ -127,6 +127,16 @@ TEST_F(QtOnMain, CallsNothingFromTheThreadThatRunsTheQueueAfterTheClaim) {
   EXPECT_FALSE(called);
 }
 
+TEST(QtOnMainWithoutLoop, IsCrankedByWhoHoldsTheClaim) {
+  auto claim = kMainQueue->claim();
+  QObject living;
+  int called = 0;
+  onMain(&living, Future<int>::succeeded(1), [&](const auto&) { ++called; });
+  while (claim->drain() > 0) {
+  }
+  EXPECT_EQ(called, 1);
+}
+
 TEST_F(QtOnMain, IsRefusedWhereACallbackCouldMeetADyingObject) {
   QObject here;
   const auto call = [](QObject* object) {
