@@ -4,6 +4,7 @@
 #include <tool/ValueCheck.h>
 #include <tool/drift/ShapeFile.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <optional>
 
@@ -31,18 +32,6 @@ Json placeJson(const std::string& path, const Place& place) {
                        {"isRead", place.isRead}});
 }
 
-std::string shapesText(const Shapes& shapes) {
-  Json documents = Json::object();
-  for (const auto& [name, shape] : shapes) {
-    Json places = Json::array();
-    for (const auto& [path, place] : shape.places) places.push(placeJson(path, place));
-    documents.set(name, Json::object({{"losses", textsJson(shape.losses)},
-                                      {"met", textsJson(shape.met)},
-                                      {"places", std::move(places)}}));
-  }
-  return Json::object({{"form", kForm}, {"documents", std::move(documents)}}).indentedText() + "\n";
-}
-
 std::set<std::string> textsIn(const JSONObject& json, std::string_view key) {
   std::set<std::string> all;
   const auto strings = json.strings(key);
@@ -54,7 +43,9 @@ std::set<std::string> textsIn(const JSONObject& json, std::string_view key) {
 
 std::uint64_t countIn(const JSONObject& json, std::string_view key) {
   const auto value = json.integer(key).value_or(0);
-  return value > 0 ? static_cast<std::uint64_t>(value) : 0;
+  // More have never been met; sums of these are numbers, too.
+  constexpr std::int64_t kMost = 1'000'000'000'000'000;
+  return static_cast<std::uint64_t>(std::clamp<std::int64_t>(value, 0, kMost));
 }
 
 Shape readShape(const JSONObject& json) {
@@ -73,8 +64,25 @@ Shape readShape(const JSONObject& json) {
   return shape;
 }
 
-/// Nothing when the text is something else.
-std::optional<Shapes> readText(const std::string& text) {
+[[noreturn]] void refuseFolder(const std::string& folder) {
+  throw WrongUsage(folder + ": holds nothing that orvo drift learn has written");
+}
+
+}  // namespace
+
+std::string shapesText(const Shapes& shapes) {
+  Json documents = Json::object();
+  for (const auto& [name, shape] : shapes) {
+    Json places = Json::array();
+    for (const auto& [path, place] : shape.places) places.push(placeJson(path, place));
+    documents.set(name, Json::object({{"losses", textsJson(shape.losses)},
+                                      {"met", textsJson(shape.met)},
+                                      {"places", std::move(places)}}));
+  }
+  return Json::object({{"form", kForm}, {"documents", std::move(documents)}}).indentedText() + "\n";
+}
+
+std::optional<Shapes> shapesIn(const std::string& text) {
   const auto json = JSONDataParser::object(Data(text));
   const auto* const file = json.value();
   const auto documents =
@@ -87,15 +95,9 @@ std::optional<Shapes> readText(const std::string& text) {
   return shapes;
 }
 
-[[noreturn]] void refuseFolder(const std::string& folder) {
-  throw WrongUsage(folder + ": holds nothing that orvo drift learn has written");
-}
-
-}  // namespace
-
 Shapes readShapes(const std::string& folder) {
   const auto text = readRegularFile(folder + kName, kLargest);
-  auto shapes = text ? readText(*text) : std::nullopt;
+  auto shapes = text ? shapesIn(*text) : std::nullopt;
   if (!shapes) refuseFolder(folder);
   return *std::move(shapes);
 }
@@ -110,7 +112,7 @@ void refuseForeignFolder(const std::string& folder) {
 
 void addShapes(const std::string& folder, const Shapes& shapes) {
   rewriteFile(folder + kName, kLargest, [&](const std::optional<std::string>& before) {
-    auto all = before ? readText(*before) : Shapes();
+    auto all = before ? shapesIn(*before) : Shapes();
     if (!all) refuseFolder(folder);
     for (const auto& [name, shape] : shapes) (*all)[name].merge(shape);
     return shapesText(*all);

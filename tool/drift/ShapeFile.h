@@ -2,9 +2,15 @@
 
 #include <tool/drift/Shape.h>
 
+#include <optional>
 #include <string>
 
 namespace orvo::tool {
+
+/// The shapes as the file holds them.
+[[nodiscard]] std::string shapesText(const Shapes& shapes);
+/// Nothing when the text is something else.
+[[nodiscard]] std::optional<Shapes> shapesIn(const std::string& text);
 
 /// What the folder knows of a service. Throws `WrongUsage` when it holds nothing that `addShapes`
 /// has written.
