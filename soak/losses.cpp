@@ -3,8 +3,9 @@
 //
 //     losses DOCUMENTS [SEED]
 //
-// What a parser leaves out for it is told with its exact path, or the document fails. What it
-// leaves out is found without asking it: the document reads as one in which that was never there.
+// What a parser leaves out for it is told with its exact path, or the document fails; so is, if it
+// is told, what it fails for. What is left out is found without asking the parser: the document
+// reads as one in which that was never there.
 
 #include <OrvoAPI/Parsing/DocumentLoss.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
@@ -22,9 +23,8 @@ struct Reading {
   explicit Reading(const std::string& kind, const Tree& document) {
     const LossWatch watch;
     const auto result = tool::parseDocument(kind, document.text(), {});
-    if (result.failed()) return;
-    model = result.value()->text();
     losses = watch.losses(kind);
+    if (!result.failed()) model = result.value()->text();
   }
   [[nodiscard]] bool isLike(const Reading& other) const { return model && model == other.model; }
 
@@ -131,18 +131,25 @@ std::vector<std::string> Mutations::leftOut(const Document& document, const Tree
 bool Mutations::verify(const Document& document, const Tree::Path& place, Change change,
                        const Tree& changed) {
   const Reading reading(document.kind, changed);
-  if (!reading.model) return ++tally_["fails"][change], true;
+  const auto path = Tree::pathText(place);
+  const auto isOf = [&](const DocumentLoss& loss) {
+    // Of an object that was emptied it is what is missing in it.
+    return loss.path == path || (change == Change::empty && loss.path.starts_with(path + "."));
+  };
+  if (!reading.model) {
+    const bool isTold = !reading.losses.empty();
+    if (isTold && !std::ranges::all_of(reading.losses, isOf)) {
+      return fault("told wrongly", document, changed, place, reading);
+    }
+    return ++tally_[isTold ? "fails, and is told" : "fails"][change], true;
+  }
   const bool readsTheSame = reading.isLike(Reading(document.kind, document.tree));
   const auto lost = leftOut(document, place, change, reading);
-  const auto path = Tree::pathText(place);
   if (reading.losses.size() > 1) return fault("told twice", document, changed, place, reading);
   if (!reading.losses.empty()) {
     const auto& loss = reading.losses.front();
-    // Of an object that was emptied it is what is missing in it.
-    const bool isThere =
-        loss.path == path || (change == Change::empty && loss.path.starts_with(path + "."));
     const bool isLost = std::find(lost.begin(), lost.end(), loss.lost) != lost.end();
-    if (!isThere || !isLost) return fault("told wrongly", document, changed, place, reading);
+    if (!isOf(loss) || !isLost) return fault("told wrongly", document, changed, place, reading);
     ++tally_[loss.lost == path ? "told: ignored" : "told: dropped"][change];
     return true;
   }

@@ -42,7 +42,7 @@ int runParse(Tool& tool, const WrittenParse& written) {
   const LossWatch watch;
   const auto result = parseDocument(written.kind, body, arguments);
   const auto& losses = tool.options().losses;
-  if (losses != nullptr && !result.failed()) losses->add(watch.losses(written.kind));
+  if (losses != nullptr) losses->add(watch.losses(written.kind));
   if (const Json* model = result.value()) return tool.answer(Json::object({{"ok", *model}}));
   // Whoever asks for a parse has the document: nothing in it is a secret from them.
   tool.answer(errorJson(*result.error(), Secrets::shown));

@@ -28,8 +28,8 @@ struct ContextOptions {
   /// Has the logger take a line for each such report, with level info, or warning for a failure;
   /// subsystem "network", category "requests".
   bool logsRequests = false;
-  /// Is handed each loss, of <OrvoAPI/Parsing/DocumentLoss.h>, of a document that was fetched and
-  /// read although something of it cannot be used; before the fetch's report, and as that is: it
+  /// Is handed each loss, of <OrvoAPI/Parsing/DocumentLoss.h>, of a document that was fetched: what
+  /// cannot be used, or the member it fails for; before the fetch's report, and as that is: it
   /// changes nothing, and what it throws is dropped. A document with losses takes the time to find
   /// their places in it. A value from the cache loses nothing again.
   std::function<void(const DocumentLoss&)> onLoss = nullptr;

@@ -44,8 +44,7 @@ class Watched {
     if (reporter_ == nullptr) return read_(body);
     const LossWatch watch;
     auto result = read_(body);
-    // What fails says itself why.
-    if (!result.failed()) reporter_->report(watch);
+    reporter_->report(watch);
     return result;
   }
 

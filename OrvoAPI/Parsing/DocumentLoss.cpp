@@ -96,6 +96,7 @@ class LossWatch::Notes final : public detail::LossNotes {
   void didRead(const JSONValue& document) override {
     document_ = document;
     count_ = names_ = 0;
+    blamed_ = {};
   }
   void ignored(const JSONObject& object, std::string_view key, Kind wanted) override {
     add(noteOf(object, key, wanted));
@@ -116,7 +117,7 @@ class LossWatch::Notes final : public detail::LossNotes {
   }
   void dropped(const JSONObject& record) override {
     blamed_.lost = placeOf(record.asValue());
-    add(blamed_);
+    add(std::exchange(blamed_, {}));
   }
   [[nodiscard]] std::vector<DocumentLoss> losses(std::string_view document);
 
@@ -161,11 +162,17 @@ class LossWatch::Notes final : public detail::LossNotes {
   std::array<Note, kMost> kept_;
   std::size_t count_ = 0;
   std::size_t names_ = 0;
-  /// Of the record that is dropped next.
+  /// Of the record that is dropped next; if none is, of the document, which fails.
   Note blamed_;
 };
 
 std::vector<DocumentLoss> LossWatch::Notes::losses(std::string_view document) {
+  if (blamed_.place != 0) {
+    // Nothing of it is used: what else is wrong with it makes no difference.
+    kept_[0] = std::exchange(blamed_, {});
+    kept_[0].lost = placeOf(document_);
+    count_ = 1;
+  }
   const auto kept = std::span(kept_).first(std::min(count_, kMost));
   std::ranges::stable_sort(kept, {}, &Note::place);
   PathFinder::Paths paths;

@@ -10,8 +10,8 @@
 
 namespace orvo {
 
-/// Something of a document that a parser left out although it read the rest. It holds names and
-/// counts, never a value of the document. A value.
+/// Something of a document that a parser left out, or why it could not read any of it. It holds
+/// names and counts, never a value of the document. A value.
 struct DocumentLoss {
   enum class Reason {
     /// A member that its record requires is not there.
@@ -34,7 +34,7 @@ struct DocumentLoss {
   /// Where the fault is: `items[3].title`. Empty for `further`.
   std::string path = {};
   /// What was left out for it: `items[3]`, or the faulty member itself; empty for the whole
-  /// document, of which a stand-in was made.
+  /// document, which failed or of which a stand-in was made.
   std::string lost = {};
   Reason reason = Reason::missing;
   /// How many there are: one, or the number of the further ones.
@@ -62,7 +62,7 @@ class LossWatch {
   LossWatch& operator=(const LossWatch&) = delete;
 
   /// What was left out of the document, which it calls `document`, in the order of the objects and
-  /// arrays whose members and elements they are; to be asked when it was parsed as a whole.
+  /// arrays whose members and elements they are; or, when it failed, the member that it failed for.
   [[nodiscard]] std::vector<DocumentLoss> losses(std::string_view document) const;
 
  private:

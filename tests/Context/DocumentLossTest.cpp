@@ -55,9 +55,9 @@ TEST(DocumentLoss, IsToldOnceBeforeTheReportAndNotForValuesFromTheCache) {
                           "fetchItemCollection"}));
   const auto hit = context->fetchItemCollection("c");
   EXPECT_EQ(next(), Told{"fetchItemCollection"});
-  const auto failed = context->fetchVideo("v");
-  stubbed.answer(200, R"({"id": "v", "title": "T", "subheading": 7})");
-  EXPECT_EQ(next(), Told{"fetchVideo"}) << "the error says why";
+  const auto torn = context->fetchItemCollection("torn");
+  stubbed.answer(200, collection(R"({"type": "clip"}, "x")"));
+  EXPECT_EQ(next(), (Told{"ItemCollection torn: items[1] wrongType  1", "fetchItemCollection"}));
   const auto secret = context->fetchPage("p?" + kToken);
   stubbed.answer(200, R"({"id": "p", "title": "T", "status": null})");
   EXPECT_EQ(next(), (Told{"Page ***: status null status 1", "fetchPage"}));
