@@ -3,7 +3,10 @@
 #include <tool/Commands.h>
 #include <tool/ErrorReport.h>
 #include <tool/Files.h>
+#include <tool/JsonLines.h>
 #include <tool/Parse.h>
+#include <tool/RepeatedKeys.h>
+#include <tool/Text.h>
 #include <tool/ValueCheck.h>
 #include <unistd.h>
 
@@ -30,6 +33,23 @@ Video readVideo(const std::string& path) {
   return *video.value();
 }
 
+/// Says which members stand twice in the document, if it is one; whether there are any.
+bool reportRepeatedKeys(const Tool& tool, const std::string& kind, const std::string& body) {
+  constexpr std::size_t kMost = 100;
+  if (JSONDataParser::value(Data(body)).failed()) return false;
+  const auto paths = repeatedKeys(body, kMost);
+  if (tool.options().json && !paths.empty()) {
+    const auto json = Json::list(paths, [](const std::string& path) { return Json(path); });
+    printJsonLine(Json::object({{"report", Json::object({{"repeated", json}})}}));
+    return true;
+  }
+  for (const std::string& path : paths) {
+    const std::string text = kind + ": " + path + " stands there again, and only the first counts";
+    printDiagnostic(escaped("orvo: " + text) + "\n");
+  }
+  return !paths.empty();
+}
+
 int runParse(Tool& tool, const WrittenParse& written) {
   ParseArguments arguments = written.arguments;
   arguments.environment = tool.options().environment;
@@ -39,10 +59,14 @@ int runParse(Tool& tool, const WrittenParse& written) {
   const std::string body = written.file.empty() || written.file == "-"
                                ? readDescriptor(STDIN_FILENO, "standard input", kLargestDocument)
                                : readFile(written.file, kLargestDocument);
+  const auto& losses = tool.options().losses;
+  const bool repeats = losses != nullptr && reportRepeatedKeys(tool, written.kind, body);
   const LossWatch watch;
   const auto result = parseDocument(written.kind, body, arguments);
-  const auto& losses = tool.options().losses;
-  if (losses != nullptr) losses->add(watch.losses(written.kind));
+  const auto lost = watch.losses(written.kind);
+  // People are not told that nothing was left out when something was.
+  const bool isSaid = repeats && lost.empty() && !tool.options().json;
+  if (losses != nullptr && !isSaid) losses->add(lost);
   if (const Json* model = result.value()) return tool.answer(Json::object({{"ok", *model}}));
   // Whoever asks for a parse has the document: nothing in it is a secret from them.
   tool.answer(errorJson(*result.error(), Secrets::shown));
