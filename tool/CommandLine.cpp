@@ -73,20 +73,20 @@ std::vector<Note> variables() {
 }  // namespace
 
 CommandLine::CommandLine()
-    : table_{
-          .description = "Looks at a video and live-TV service through its web API",
-          .details =
-              "On a terminal lists are drawn. In a pipe they are lines with tabs between the "
-              "fields, as a service sends them; --format and --fields choose otherwise. All "
-              "output is UTF-8, whatever the locale.",
-          .globalOptions = globalOptions(),
-          .commands = allCommands(service_),
-          .examples = {"orvo --demo tour", "orvo --demo guide --start 20:00 --end 'tomorrow 02:00'",
-                       "orvo --demo search night", "orvo help search"},
-          .variables = variables(),
-          .files = {{"~/.config/orvo/profiles",
-                     "Services by name, below $XDG_CONFIG_HOME if that is set; orvo help "
-                     "profile says more"}}} {
+    : table_{.description = "Looks at a video and live-TV service through its web API",
+             .details =
+                 "On a terminal lists are drawn. In a pipe they are lines with tabs between the "
+                 "fields, as a service sends them; --format and --fields choose otherwise. All "
+                 "output is UTF-8, whatever the locale.",
+             .globalOptions = globalOptions(),
+             .commands = allCommands(service_),
+             .examples = {"orvo --demo tour",
+                          "orvo --demo guide --start tonight --end 'tomorrow 02:00'",
+                          "orvo --demo search night", "orvo help search"},
+             .variables = variables(),
+             .files = {{"~/.config/orvo/profiles",
+                        "Services by name, below $XDG_CONFIG_HOME if that is set; orvo help "
+                        "profile says more"}}} {
   addTrafficOptions(table_.globalOptions, traffic_);
   addHelpCommands();
   noteDefaults(table_.globalOptions);

@@ -159,6 +159,7 @@ void addConfigurationCommands(Commands& commands) {
                       .description = "The system views: where browsing begins",
                       .options = listOptions(*views, kViewFields),
                       .examples = {"orvo --demo views", "orvo --demo views --client iPhone"},
+                      .synonyms = {"browse", "channels", "home", "list"},
                       .run = [views](Tool& tool) { return runViews(tool, *views); }});
 
   const auto palette = std::make_shared<WrittenList>();

@@ -71,9 +71,10 @@ void addGuideCommand(Commands& commands) {
        .examples =
            {"orvo --demo guide                                           # today",
             "orvo --demo guide --start now --end +1m                     # what is on now",
-            "orvo --demo guide --start 20:00 --end 'tomorrow 02:00'      # tonight",
+            "orvo --demo guide --start tonight --end 'tomorrow 02:00'    # from 20:00",
             "orvo --demo guide --days 7                                  # the next 7 days"},
-       .synonyms = {"now", "tonight", "today", "tv", "epg", "schedule", "programme", "program"},
+       .synonyms = {"now", "tonight", "today", "live", "tv", "epg", "schedule", "programme",
+                    "program"},
        .run = [written](Tool& tool) { return runGuide(tool, *written); }});
 }
 

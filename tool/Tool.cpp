@@ -1,11 +1,14 @@
-#include <OrvoAPI/Context/Response.h>
+#include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <tool/ErrorReport.h>
 #include <tool/JsonLines.h>
 #include <tool/Text.h>
 #include <tool/Tool.h>
+
+#include <array>
 
 namespace orvo::tool {
 
@@ -32,6 +35,13 @@ class StatusWatch final : public NetworkDataProvider {
   const std::shared_ptr<NetworkDataProvider> network_;
   const std::shared_ptr<std::atomic<int>> odd_;
 };
+
+/// Whether the operation is for what the user has named.
+bool takesIdentifier(std::string_view operation) {
+  static constexpr std::array<std::string_view, 5> kOperations{
+      "fetchVideo", "fetchPage", "fetchContentItem", "fetchItemCollection", "fetchPlaylist"};
+  return std::ranges::find(kOperations, operation) != kOperations.end();
+}
 
 bool isUnreadable(const AnyError& error) {
   const auto* general = error.as<GeneralError>();
@@ -172,9 +182,13 @@ std::string Tool::reason(const AnyError& error) const {
 
 std::string Tool::wayOut(const AnyError& error) const {
   if (!isOpening_) {
-    const auto* response = error.as<Response::Error>();
-    const auto* bad = response != nullptr ? response->as<Response::Error::badStatus>() : nullptr;
-    return bad != nullptr && bad->status == kNotFound
+    const auto* session = error.as<SessionError>();
+    const auto* refused =
+        session != nullptr ? session->as<SessionError::unexpectedStatus>() : nullptr;
+    const bool isUnknown =
+        (refused != nullptr && refused->status == kNotFound) || error.is<URLService::Error>();
+    const ErrorContext* asked = error.context();
+    return isUnknown && asked != nullptr && takesIdentifier(asked->operation)
                ? "\"orvo views\" and \"orvo search\" show identifiers.\n"
                : "";
   }

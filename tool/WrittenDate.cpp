@@ -12,6 +12,9 @@ namespace {
 
 using namespace std::chrono;
 
+/// When the evening begins, on television.
+constexpr hours kEvening{20};
+
 /// Takes what stands at the beginning of a text from it.
 class Scanner {
  public:
@@ -124,6 +127,7 @@ std::optional<Date> fromNow(std::string_view text, Date now) {
 
 std::optional<Date> writtenDate(std::string_view text, Date now) {
   if (text == "now") return now;
+  if (text == "tonight") return onTheWall(dayOf(now).time_since_epoch() + kEvening);
   if (const auto date = startResourceDateFormatter().date(text)) return date;
   if (const auto date = fromNow(text, now)) return date;
   Scanner timeOnly(text);

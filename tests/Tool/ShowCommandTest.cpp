@@ -21,7 +21,7 @@ TEST(ShowCommand, FindsWhatHasTheIdentifier) {
   const std::size_t before = service.requests();
   EXPECT_EQ(show("nowhere").error,
             "orvo: fetchContentItem nowhere: the service answered with status 404 (there is no "
-            "such thing)\n");
+            "such thing)\n\"orvo views\" and \"orvo search\" show identifiers.\n");
   EXPECT_EQ(service.targets(before),
             " /v3/collections/nowhere /v3/playlists/nowhere /v3/products/nowhere "
             "/v3/session?os_family=tvos&category=smart_tv");

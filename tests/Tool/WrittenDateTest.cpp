@@ -23,6 +23,7 @@ TEST(WrittenDate, IsReadInTheDevicesZone) {
   EXPECT_EQ(berlin("today"), "2026-10-23T22:00:00");
   EXPECT_EQ(berlin("yesterday"), "2026-10-22T22:00:00");
   EXPECT_EQ(berlin("tomorrow"), "2026-10-24T22:00:00");
+  EXPECT_EQ(berlin("tonight"), "2026-10-24T18:00:00");
   EXPECT_EQ(berlin("tomorrow 18:00"), "2026-10-25T17:00:00") << "in winter time already";
   EXPECT_EQ(berlin("18:00"), "2026-10-24T16:00:00");
   EXPECT_EQ(berlin("18:00:59.500"), "2026-10-24T16:00:59");
