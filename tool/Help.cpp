@@ -1,27 +1,41 @@
 #include <OrvoAPI/Version.h>
 #include <fmt/format.h>
 #include <tool/Help.h>
+#include <tool/Output.h>
 #include <tool/Text.h>
 #include <tool/Wording.h>
+
+#include <algorithm>
 
 namespace orvo::tool {
 
 namespace {
 
-constexpr std::size_t kColumns = 80;
-constexpr std::size_t kDescriptionColumn = 26;
+/// As wide as a page, or as a terminal that is narrower.
+std::size_t columns() {
+  constexpr std::size_t kPage = 80;
+  const Terminal terminal = standardOutput();
+  return terminal.isTerminal ? std::min(terminal.columns, kPage) : kPage;
+}
+
+/// Where descriptions begin: below the names where there is little room.
+std::size_t descriptionColumn() {
+  constexpr std::size_t kWide = 60, kBeside = 26, kBelow = 6;
+  return columns() < kWide ? kBelow : kBeside;
+}
 
 /// A name, and behind it what it is, in a column of its own.
 std::string row(const std::string& name, const std::string& description) {
   std::string text = "  " + name;
   std::size_t width = 2 + displayWidth(name);
-  for (const std::string& line : wrapped(description, kColumns - kDescriptionColumn)) {
-    if (width + 2 > kDescriptionColumn) {
+  const std::size_t column = descriptionColumn();
+  for (const std::string& line : wrapped(description, columns() - column)) {
+    if (width + 2 > column) {
       text += "\n";
       width = 0;
     }
-    text += std::string(kDescriptionColumn - width, ' ') + line;
-    width = kDescriptionColumn;
+    text += std::string(column - width, ' ') + line;
+    width = column;
   }
   return text + "\n";
 }
@@ -75,23 +89,25 @@ std::string globalRows(const std::string& heading, const CommandTable& table) {
   return text;
 }
 
-std::string paragraph(const std::string& text) {
-  std::string lines = text.empty() ? "" : "\n";
-  for (const std::string& line : wrapped(text, kColumns)) lines += line + "\n";
-  return lines;
+std::string lines(const std::string& text) {
+  std::string all;
+  for (const std::string& line : wrapped(text, columns())) all += line + "\n";
+  return all;
 }
+
+std::string paragraph(const std::string& text) { return text.empty() ? "" : "\n" + lines(text); }
 
 }  // namespace
 
 std::string helpText(const CommandTable& table, const Command* command) {
   if (command != nullptr) {
-    return command->description + ".\n\n" + usageLine(command) + paragraph(command->details) +
-           rows("Arguments", command->arguments) + rows("Options", command->options) +
-           globalRows("Options of all commands", table) + exampleLines(command->examples) +
-           rows("Exit status", exitStatuses(command));
+    return lines(command->description + ".") + "\n" + usageLine(command) +
+           paragraph(command->details) + rows("Arguments", command->arguments) +
+           rows("Options", command->options) + globalRows("Options of all commands", table) +
+           exampleLines(command->examples) + rows("Exit status", exitStatuses(command));
   }
-  std::string text =
-      table.description + ".\n\n" + usageLine(nullptr) + paragraph(table.details) + "\nCommands:\n";
+  std::string text = lines(table.description + ".") + "\n" + usageLine(nullptr) +
+                     paragraph(table.details) + "\nCommands:\n";
   for (const Command& each : table.commands) text += row(each.name, each.description);
   return text + globalRows("Options, before or after the command", table) +
          rows("Variables of the environment", table.variables) + rows("Files", table.files) +
