@@ -85,6 +85,9 @@ std::size_t lengthOf(std::string_view secret, std::string_view text, std::size_t
       static_cast<std::size_t>(std::ranges::mismatch(secret, text).in1 - secret.begin());
   // Most texts differ at once, and where nothing is escaped.
   if (text.substr(0, same + 1).find_first_of("%\\") == std::string_view::npos) return 0;
+  bool mayBegin = false;
+  lengthsOf(secret[0], text, [&mayBegin](std::size_t) { mayBegin = true; });
+  if (!mayBegin) return 0;
   ++searches;
   std::vector<std::size_t> ends{0};
   for (const char c : secret) {
