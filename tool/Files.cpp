@@ -70,7 +70,7 @@ std::string followed(const std::string& path) {
 
 void replace(const std::string& path, const std::string& text) {
   // A name that nobody can have taken, or foreseen.
-  std::string made = path + ".XXXXXX";
+  std::string made = std::filesystem::path(path).replace_filename(".orvo-XXXXXX");
   const int file = mkostemp(made.data(), O_CLOEXEC);
   if (file < 0) refuse(path);
   const bool isWritten =
@@ -137,6 +137,7 @@ void requireReplaceable(const std::string& path) {
   const auto folder = place.has_parent_path() ? place.parent_path() : ".";
   struct stat status {};
   const bool isThere = lstat(path.c_str(), &status) == 0;
+  if (!isThere && errno != ENOENT) refuse(path);
   if (isThere && S_ISLNK(status.st_mode)) refuse(path, "is a symbolic link");
   if (isThere && !S_ISREG(status.st_mode)) refuse(path, "is not a regular file");
   if (access(folder.c_str(), W_OK | X_OK) != 0) refuse(path);

@@ -233,12 +233,17 @@ TEST(Recording, TakesRegularFilesOnly) {
         "orvo --demo --record " + link + "/ views",
         std::string("orvo --demo --record /dev/null views"),
         std::string("orvo --demo --record /dev/stdout views"),
+        "orvo --demo --record " + std::string(256, 'x') + " views",
         "rm " + link + "; mkfifo " + link + "; orvo --replay " + link + " views"}) {
     const auto run = runLine(line);
     EXPECT_EQ(run.status, 2) << line;
     EXPECT_EQ(run.output, "") << line;
   }
   EXPECT_EQ(file.text(), "mine");
+  const std::string longest(255, 'x');
+  const auto run =
+      runLine("cd $(mktemp -d); orvo --demo --record " + longest + " views; ls -A; rm -r $PWD");
+  EXPECT_TRUE(run.output.ends_with("\n" + longest + "\n")) << run.output << run.error;
   std::filesystem::remove(link);
 }
 
