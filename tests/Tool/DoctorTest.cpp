@@ -95,7 +95,7 @@ TEST(Doctor, EndsAStepWithItsPatience) {
       }
     }
   });
-  const Findings found(doctor(server.url().text()));
+  const Findings found(doctor(server.url().text(), "", 2));
   EXPECT_TRUE(found.of.at("configuration").starts_with("good: ")) << found.run.output;
   EXPECT_TRUE(has(found.of.at("page"), "bad: the whole answer did not come in time"));
   EXPECT_TRUE(has(found.of.at("page"), "; the service answers too slowly"));
