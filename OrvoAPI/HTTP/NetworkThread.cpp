@@ -172,7 +172,7 @@ void NetworkThread::shutDown() {
     state_ = State::ended;
     thread.swap(thread_);
   }
-  if (thread) joinWithin(*thread, kExitPatience);
+  if (thread) waitAtExit([&](auto patience) { joinWithin(*thread, patience); });
 }
 
 void NetworkThread::run() {

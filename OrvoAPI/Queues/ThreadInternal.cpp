@@ -68,6 +68,7 @@ void endAll() {
 }  // namespace
 
 constinit std::atomic<bool> wasForked{false};
+constinit std::atomic<std::chrono::steady_clock::duration> spentAtExit{};
 
 void runInForkedChild(Job job) noexcept {
   if (waitingInForkedChild != nullptr) return waitingInForkedChild->append(job.release());

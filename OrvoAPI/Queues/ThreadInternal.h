@@ -5,6 +5,7 @@
 
 #include <pthread.h>
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
@@ -54,8 +55,20 @@ extern std::atomic<bool> wasForked;
 /// within such a job, after it.
 void runInForkedChild(Job job) noexcept;
 
-/// How long the end of a stage waits for its threads.
-constexpr std::chrono::seconds kExitPatience{2};
+/// How long all stages together wait for their threads, and one in any case.
+constexpr std::chrono::milliseconds kExitPatience{2000};
+constexpr std::chrono::milliseconds kLeastExitPatience{100};
+extern std::atomic<std::chrono::steady_clock::duration> spentAtExit;
+/// Waits by `wait(patience)` for the threads of one stage, on the thread that exits: for as long as
+/// those before it have left, so that callbacks which block hold up the end of a process once.
+template <class Wait>
+void waitAtExit(Wait wait) {
+  const auto begin = std::chrono::steady_clock::now();
+  const auto left =
+      std::chrono::ceil<std::chrono::milliseconds>(kExitPatience - spentAtExit.load());
+  wait(std::max(left, kLeastExitPatience));
+  spentAtExit = spentAtExit.load() + (std::chrono::steady_clock::now() - begin);
+}
 /// Registers a handler with the process; too late once all of them have been run.
 enum class Registration { done, tooLate, noMemory };
 [[nodiscard]] Registration registerExitHandler(void (*handler)());

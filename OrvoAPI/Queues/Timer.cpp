@@ -167,7 +167,7 @@ void Timer::shutDown() {
     ending_ = true;
     arm();
   }
-  running_.waitUntilAtMost(0, kExitPatience);
+  waitAtExit([this](auto patience) { running_.waitUntilAtMost(0, patience); });
 }
 
 }  // namespace orvo::detail
