@@ -16,12 +16,6 @@
 #include <thread>
 
 namespace orvo {
-namespace {
-
-/// How long a claim may leave jobs waiting before the log says so.
-constexpr std::chrono::seconds kNeglect{5};
-
-}  // namespace
 
 /// Who may run jobs: the thread that holds the claim, while there is one, else the fallback thread.
 /// `running` is the thread inside a job, whoever may run the next: a new claim waits until there is
@@ -125,7 +119,7 @@ struct MainQueue::State {
   }
   void lookLater() {
     try {
-      detail::Timer::shared().post(kNeglect, detail::inlineQueue(),
+      detail::Timer::shared().post(detail::queuePatience().ofNeglect, detail::inlineQueue(),
                                    Job(static_cast<detail::JobNode*>(&looking)));
     } catch (const std::bad_alloc&) {
       const detail::MutexGuard guard(mutex);
@@ -135,7 +129,7 @@ struct MainQueue::State {
   /// The timer also counts the time that the device slept: then nobody could have run a job.
   [[nodiscard]] bool hasWaitedInVain() const ORVO_REQUIRES(mutex) {
     return ran == ranBefore && running == std::thread::id() &&
-           std::chrono::steady_clock::now() - lookBegun >= kNeglect;
+           std::chrono::steady_clock::now() - lookBegun >= detail::queuePatience().ofNeglect;
   }
 
   void demandClaimant() const ORVO_REQUIRES(mutex) {
@@ -256,7 +250,8 @@ void MainQueue::endFallback() {
     state_->forFallback.notify_all();
   }
   const bool own = detail::isLibraryThread() && isCurrent();  // exit() called from a job
-  state_->fallback.waitUntilAtMost(own ? 1 : 0, detail::kExitPatience);
+  detail::waitAtExit(
+      [&](auto patience) { state_->fallback.waitUntilAtMost(own ? 1 : 0, patience); });
 }
 
 MainQueue::Claim::Claim(Claim&& other) noexcept

@@ -8,10 +8,22 @@ namespace orvo::detail {
 namespace {
 
 constinit std::atomic<QueueWarningSink> warningSink = nullptr;
+constinit std::atomic<std::chrono::milliseconds> ofNeglect{QueuePatience().ofNeglect};
+constinit std::atomic<std::chrono::milliseconds> ofSpareWorkers{QueuePatience().ofSpareWorkers};
 
 }  // namespace
 
 void setQueueWarningSink(QueueWarningSink sink) noexcept { warningSink.store(sink); }
+
+QueuePatience queuePatience() noexcept {
+  return {.ofNeglect = ofNeglect.load(), .ofSpareWorkers = ofSpareWorkers.load()};
+}
+
+void setQueuePatience(const QueuePatience& patience) {
+  ofNeglect = patience.ofNeglect;
+  ofSpareWorkers = patience.ofSpareWorkers;
+  WorkerPool::shared().forgetReport();
+}
 
 bool warnOfQueue(std::string_view category, std::string_view message) noexcept {
   const auto sink = warningSink.load();

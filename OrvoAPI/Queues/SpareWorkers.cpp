@@ -11,8 +11,6 @@ namespace {
 
 /// Longer than most jobs take, shorter than what people notice.
 constexpr std::chrono::milliseconds kBetweenLooks{50};
-/// A callback that blocks is often followed by others.
-constexpr std::chrono::seconds kBetweenDismissals{3};
 
 }  // namespace
 
@@ -44,13 +42,17 @@ void WorkerPool::look() {
     beginLook();
     if (isSpareNeeded) ++takenBefore_;  // what it takes first shows nothing of the others
   }
-  if (isSpareNeeded) startSpareWorker();
+  const bool isStarted = isSpareNeeded && startSpareWorker();
   lookLater();
   if (!isNews) return;
   const bool isReported = warnOfQueue(
       "global",
-      "Callbacks block the library's worker threads: jobs have waited for 50 ms, so that a spare "
-      "thread was started; do what takes long on a thread or a queue of your own");
+      isStarted ? "Callbacks block the library's worker threads: jobs have waited for 50 ms, so "
+                  "that a spare thread was started; do what takes long on a thread or a queue of "
+                  "your own"
+                : "Callbacks block the library's worker threads: jobs have waited for 50 ms, and "
+                  "the system has no thread to give for a spare one; do what takes long on a "
+                  "thread or a queue of your own");
   const LockGuard guard(lock_);
   isReported_ = isReported;
 }
@@ -66,28 +68,52 @@ bool WorkerPool::countsSpareWorker() {
   return true;
 }
 
-void WorkerPool::startSpareWorker() {
+void WorkerPool::forgetReport() {
+  const LockGuard guard(lock_);
+  isReported_ = false;
+}
+
+bool WorkerPool::startSpareWorker() {
   bool dismisses = false;
   const bool isStarted = start();
   {
     const LockGuard guard(lock_);
     if (!isStarted) {
       --workers_;
-      return running_.remove();
+      running_.remove();
+      return false;
     }
     dismisses = !std::exchange(dismisses_, true);
   }
   if (dismisses) dismissLater();
+  return true;
 }
 
 void WorkerPool::dismissLater() noexcept {
   try {
-    Timer::shared().post(kBetweenDismissals, inlineQueue(),
+    Timer::shared().post(queuePatience().ofSpareWorkers, inlineQueue(),
                          Job(static_cast<JobNode*>(&dismissal_)));
   } catch (const std::bad_alloc&) {
     const LockGuard guard(lock_);
     dismisses_ = false;  // with the next spare worker
   }
+}
+
+/// Those that no job has needed since the last dismissal, as many as there are too many.
+WorkerPool::Worker* WorkerPool::takeSuperfluous() {
+  Worker* taken = nullptr;
+  for (auto** place = &idle_; *place != nullptr && workers_ - leaving_ > maximumWorkers_;) {
+    auto* const worker = *place;
+    if (worker->idleSince == dismissals_) {
+      place = &worker->next;
+      continue;
+    }
+    *place = worker->next;
+    worker->leaves = true;
+    ++leaving_;
+    worker->next = std::exchange(taken, worker);
+  }
+  return taken;
 }
 
 /// On the timer's thread.
@@ -96,13 +122,9 @@ void WorkerPool::dismissSpareWorkers() {
   {
     const LockGuard guard(lock_);
     dismisses_ = workers_ > maximumWorkers_ && !ending_;
-    for (auto surplus = dismisses_ ? workers_ - maximumWorkers_ : 0;
-         surplus > 0 && idle_ != nullptr; --surplus) {
-      auto* const worker = std::exchange(idle_, idle_->next);
-      worker->leaves = true;
-      worker->next = std::exchange(dismissed, worker);
-    }
     if (!dismisses_) return;
+    dismissed = takeSuperfluous();
+    ++dismissals_;
   }
   while (dismissed != nullptr) {
     auto* const next = dismissed->next;  // it may be gone, and come back, once it is woken

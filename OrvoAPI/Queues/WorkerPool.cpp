@@ -146,7 +146,7 @@ void WorkerPool::wakeHeld() {
 void WorkerPool::summon(Help help, Worker* sleeper) {
   if (help == Help::wakeWorker) return wake(*sleeper);
   if (help == Help::startWorker) return startWorker();
-  lookLater();
+  if (help == Help::look) lookLater();
 }
 
 void WorkerPool::wake(Worker& sleeper) {
@@ -204,6 +204,7 @@ JobNode* WorkerPool::take(Worker& worker) {
       }
       if (worker.leaves) return nullptr;
       worker.woken.store(0, std::memory_order_relaxed);
+      worker.idleSince = dismissals_;
       worker.next = std::exchange(idle_, &worker);
     }
     while (worker.woken.load(std::memory_order_acquire) == 0) futexWait(worker.woken, 0);
@@ -227,7 +228,10 @@ void WorkerPool::work() {
     state.running = nullptr;
   }
   lock_.lock();
-  if (self.leaves) --workers_;
+  if (self.leaves) {
+    --workers_;
+    --leaving_;
+  }
   self.next = std::exchange(unused_, &self);
   lock_.unlock();
   running_.remove();
@@ -246,7 +250,7 @@ void WorkerPool::shutDown() {
     sleepers = next;
   }
   const unsigned own = workerState.running != nullptr ? 1 : 0;  // exit() called from a job
-  running_.waitUntilAtMost(own, kExitPatience);
+  waitAtExit([&](auto patience) { running_.waitUntilAtMost(own, patience); });
 }
 
 }  // namespace orvo::detail

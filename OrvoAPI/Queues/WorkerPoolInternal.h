@@ -19,10 +19,13 @@ namespace orvo::detail {
 /// Jobs that block keep the others from running. So a job that finds all workers at work has the
 /// timer *look* after 50 ms: if jobs wait and none has been taken since, a *spare* worker is
 /// started; it looks again as long as jobs wait. Nothing tells a spare worker from the others: as
-/// long as there are more than there should be, those that are idle every few seconds *leave*.
+/// long as there are more than there should be, those that have been idle for a few seconds
+/// *leave*.
 class WorkerPool final : public DispatchQueue {
  public:
   [[nodiscard]] static WorkerPool& shared();
+  /// Says again that jobs block.
+  void forgetReport();
 
   void post(Job job) override;
   void postAfter(std::chrono::milliseconds delay, Job job) override;
@@ -52,7 +55,9 @@ class WorkerPool final : public DispatchQueue {
   struct Worker {
     Worker* next = nullptr;  // among the idle, or among those of no thread
     std::atomic<std::uint32_t> woken{0};
-    bool leaves = false;  // guarded by lock_
+    // Guarded by lock_.
+    bool leaves = false;
+    unsigned idleSince = 0;  // the dismissal before
   };
   /// What is to be done about a job that was just queued.
   enum class Help { none, wakeWorker, startWorker, look };
@@ -81,8 +86,9 @@ class WorkerPool final : public DispatchQueue {
   void lookLater() noexcept;
   void beginLook() ORVO_REQUIRES(lock_);
   [[nodiscard]] bool countsSpareWorker() ORVO_REQUIRES(lock_);
-  /// For one that was counted.
-  void startSpareWorker();
+  /// For one that was counted. False when the system has no thread to give.
+  [[nodiscard]] bool startSpareWorker();
+  [[nodiscard]] Worker* takeSuperfluous() ORVO_REQUIRES(lock_);
   void dismissSpareWorkers();
   void dismissLater() noexcept;
   void work();
@@ -95,6 +101,7 @@ class WorkerPool final : public DispatchQueue {
   Worker* idle_ ORVO_GUARDED_BY(lock_) = nullptr;
   Worker* unused_ ORVO_GUARDED_BY(lock_) = nullptr;
   unsigned workers_ ORVO_GUARDED_BY(lock_) = 0;
+  unsigned leaving_ ORVO_GUARDED_BY(lock_) = 0;     // of them, when they find no job
   std::uint64_t taken_ ORVO_GUARDED_BY(lock_) = 0;  // jobs so far
   TimerJob<&WorkerPool::look> look_;
   bool looks_ ORVO_GUARDED_BY(lock_) = false;  // the timer has it
@@ -103,6 +110,7 @@ class WorkerPool final : public DispatchQueue {
   std::uint64_t takenBefore_ ORVO_GUARDED_BY(lock_) = 0;
   TimerJob<&WorkerPool::dismissSpareWorkers> dismissal_;
   bool dismisses_ ORVO_GUARDED_BY(lock_) = false;  // the timer has it
+  unsigned dismissals_ ORVO_GUARDED_BY(lock_) = 0;
   bool isReported_ ORVO_GUARDED_BY(lock_) = false;
   bool ending_ ORVO_GUARDED_BY(lock_) = false;
   ThreadCount running_;
