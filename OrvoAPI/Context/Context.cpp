@@ -20,6 +20,7 @@ std::shared_ptr<Context> Context::make(Configuration configuration, URL baseURL,
                                        std::shared_ptr<SessionProvider> sessionProvider,
                                        std::shared_ptr<NetworkDataProvider> networkProvider,
                                        ContextOptions options) {
+  detail::logQueueWarningsTo(options.logger);
   if (options.logger == nullptr) options.logger = std::make_shared<LoggingService>();
   if (options.clock == nullptr) options.clock = Clock::system();
   return std::shared_ptr<Context>(
@@ -39,9 +40,7 @@ Context::Context(Configuration configuration, URL baseURL, URL resourceURL,
       pipeline_(std::make_shared<detail::RequestPipeline>(std::move(sessionProvider),
                                                           std::move(networkProvider))),
       store_(std::make_shared<AppStore>(clock_)),
-      appValues_(std::make_shared<KeyedStore<std::any>>()) {
-  detail::logQueueWarningsTo(logger_);
-}
+      appValues_(std::make_shared<KeyedStore<std::any>>()) {}
 
 Context::Context(const Context& whole, std::shared_ptr<detail::FetchScopeState> scope)
     : configuration_(whole.configuration_),

@@ -4,43 +4,51 @@
 #include <OrvoAPI/Logging/LoggingService.h>
 #include <OrvoAPI/Queues/QueueWarningsInternal.h>
 
+#include <algorithm>
+#include <memory>
 #include <utility>
+#include <vector>
 
 namespace orvo::detail {
 namespace {
 
-struct QueueLogger {
+struct QueueLoggers {
   Lock lock;
-  std::weak_ptr<Logger> logger ORVO_GUARDED_BY(lock);
+  std::vector<std::weak_ptr<Logger>> loggers ORVO_GUARDED_BY(lock);
 };
 
-QueueLogger& queueLogger() {
-  static auto* const logger = new (immortalPlace<QueueLogger>()) QueueLogger;
-  return *logger;
+QueueLoggers& queueLoggers() {
+  static auto* const loggers = new (immortalPlace<QueueLoggers>()) QueueLoggers;
+  return *loggers;
 }
 
 void logQueueWarning(std::string_view category, std::string_view message) {
-  std::shared_ptr<Logger> logger;
+  std::vector<std::shared_ptr<Logger>> loggers;
   {
-    auto& named = queueLogger();
+    auto& named = queueLoggers();
     const LockGuard guard(named.lock);
-    logger = named.logger.lock();
+    for (const auto& weak : named.loggers) {
+      if (auto logger = weak.lock()) loggers.push_back(std::move(logger));
+    }
   }
-  if (logger == nullptr) logger = std::make_shared<LoggingService>();
-  logger->log(message, LogLevel::warning, "queues", category);
+  if (loggers.empty()) loggers.push_back(std::make_shared<LoggingService>());
+  for (const auto& logger : loggers) logger->log(message, LogLevel::warning, "queues", category);
 }
 
 }  // namespace
 
 void logQueueWarningsTo(const std::shared_ptr<Logger>& logger) {
-  {
-    auto& named = queueLogger();
-    std::weak_ptr<Logger> replaced = logger;
-    const LockGuard guard(named.lock);
-    // Who names none does not take the lines from who has named one.
-    if (logger != nullptr || named.logger.expired()) named.logger.swap(replaced);
-  }
   setQueueWarningSink(logQueueWarning);
+  if (logger == nullptr) return;
+  auto& named = queueLoggers();
+  const LockGuard guard(named.lock);
+  std::erase_if(named.loggers, [](const auto& other) { return other.expired(); });
+  const auto isSame = [&](const auto& other) {
+    return !other.owner_before(logger) && !logger.owner_before(other);
+  };
+  if (std::none_of(named.loggers.begin(), named.loggers.end(), isSame)) {
+    named.loggers.push_back(logger);
+  }
 }
 
 }  // namespace orvo::detail

@@ -1,10 +1,14 @@
+#include <OrvoAPI/Queues/detail/QueuePatience.h>
 #include <tests/Context/StubbedContext.h>
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 
 namespace orvo {
 namespace {
+
+using namespace std::chrono_literals;
 
 /// The threads of the process that have this name.
 std::size_t threadsNamed(std::string_view name) {
@@ -42,16 +46,6 @@ class QueueLog final : public Logger {
   std::vector<std::string> lines_;
 };
 
-/// The threads that have run a blocker's job and have ended since.
-test::Signal& threadsGone() {
-  static auto* const signal = new test::Signal;  // workers end with the process
-  return *signal;
-}
-struct TellsOfItsThread {
-  ~TellsOfItsThread() { threadsGone().tell(); }
-  bool isUsed = false;
-};
-
 /// Jobs on the global queue that block until they are let go.
 class Blockers {
  public:
@@ -59,8 +53,6 @@ class Blockers {
     count_ += static_cast<int>(jobs);
     for (; jobs > 0; --jobs) {
       DispatchQueue::global()->post([this] {
-        thread_local TellsOfItsThread teller;
-        teller.isUsed = true;
         begun_.tell();
         EXPECT_TRUE(released_.wait());
         ended_.tell();
@@ -80,29 +72,38 @@ class Blockers {
 
 class BlockedQueues : public testing::Test {
  protected:
+  void SetUp() override {
+    detail::setQueuePatience({.ofNeglect = 100ms, .ofSpareWorkers = 100ms});
+    awaitNoSpares();
+  }
+  void TearDown() override {
+    awaitNoSpares();
+    detail::setQueuePatience({});
+  }
+  /// The workers are those of the process.
+  static void awaitNoSpares() {
+    EXPECT_TRUE(test::eventually([] { return threadsNamed("orvo-worker") <= processors(); }));
+  }
+  static std::shared_ptr<Context> contextWith(std::shared_ptr<Logger> logger) {
+    return makeContext(std::make_shared<StubSessionProvider>(),
+                       std::make_shared<StubNetworkDataProvider>(), {.logger = std::move(logger)});
+  }
+
   const std::shared_ptr<QueueLog> log_ = std::make_shared<QueueLog>();
-  const std::shared_ptr<Context> context_ =
-      makeContext(std::make_shared<StubSessionProvider>(),
-                  std::make_shared<StubNetworkDataProvider>(), {.logger = log_});
+  const std::shared_ptr<Context> context_ = contextWith(log_);
 };
 
-// The workers are those of the process: one test sees them come and go.
 TEST_F(BlockedQueues, JobsThatBlockGetSpareWorkersUpToABoundThatLeaveLater) {
   constexpr std::size_t kSpare = 16;
   {
     Blockers blockers;
-    test::Signal ran;
-    blockers.block(processors());
-    ASSERT_TRUE(blockers.begun(processors()));
-    DispatchQueue::global()->post([&] { ran.tell(); });
-    EXPECT_TRUE(ran.wait()) << "two callbacks that block stop nothing";
-    blockers.block(kSpare);
+    blockers.block(processors() + kSpare);
     ASSERT_TRUE(blockers.begun(processors() + kSpare));
     EXPECT_EQ(threadsNamed("orvo-worker"), processors() + kSpare);
     EXPECT_TRUE(log_->told.wait());
   }
-  EXPECT_TRUE(threadsGone().wait(kSpare));
-  EXPECT_EQ(log_->lines().size(), 1U);
+  awaitNoSpares();
+  ASSERT_EQ(log_->lines().size(), 1U);
   EXPECT_TRUE(log_->lines()[0].starts_with("global: Callbacks block"));
   Blockers again;
   test::Signal ran;
@@ -110,6 +111,41 @@ TEST_F(BlockedQueues, JobsThatBlockGetSpareWorkersUpToABoundThatLeaveLater) {
   DispatchQueue::global()->post([&] { ran.tell(); });
   EXPECT_TRUE(ran.wait()) << "and once more";
   EXPECT_EQ(log_->lines().size(), 1U) << "it is said once";
+}
+
+/// Posts itself now and then, for longer than idle spare workers stay, and notes who runs it.
+struct Chain {
+  void run() {
+    runners.insert(std::this_thread::get_id());
+    if (--left == 0) return ended.tell();
+    DispatchQueue::global()->postAfter(10ms, [this] { run(); });
+  }
+  int left = 60;
+  std::set<std::thread::id> runners;
+  test::Signal ended;
+};
+
+TEST_F(BlockedQueues, KeepASpareWorkerThatIsNeededNowAndThen) {
+  Blockers blockers;
+  blockers.block(processors());
+  ASSERT_TRUE(blockers.begun(processors()));
+  Chain chain;
+  DispatchQueue::global()->post([&] { chain.run(); });
+  ASSERT_TRUE(chain.ended.wait());
+  EXPECT_EQ(chain.runners.size(), 1U);
+}
+
+TEST_F(BlockedQueues, TellEveryLoggerThatLives) {
+  const auto other = std::make_shared<QueueLog>();
+  const auto second = contextWith(other);
+  const auto third = contextWith(log_);
+  contextWith(std::make_shared<QueueLog>()).reset();
+  auto claim = MainQueue::shared()->claim();
+  const auto value = Future<int>::succeeded(1);
+  EXPECT_TRUE(log_->told.wait());
+  EXPECT_TRUE(other->told.wait());
+  EXPECT_EQ(log_->lines().size(), 1U) << "each once";
+  claim->drain();
 }
 
 TEST_F(BlockedQueues, AClaimThatRunsNothingIsReportedOnce) {
