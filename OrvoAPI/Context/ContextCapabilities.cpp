@@ -77,11 +77,10 @@ Capability<Shared<Playlist>> Context::playlistCapability(Video video) const {
   return [self = shared_from_this(), video = std::move(video)] {
     const auto& id = video.playlistID ? video.playlistID : video.deepLinkPlaylistID;
     if (id) return self->fetchPlaylist(*id, video);
-    if (self->scope() != nullptr && self->scope()->isCancelled()) {
-      return Future<Shared<Playlist>>::completed(
-          Failure{detail::FetchScopeState::cancelledError()});
-    }
-    return Future<Shared<Playlist>>::succeeded(std::make_shared<const Playlist>(playlistOf(video)));
+    auto single =
+        Future<Shared<Playlist>>::succeeded(std::make_shared<const Playlist>(playlistOf(video)));
+    if (self->scope() == nullptr) return single;
+    return self->scope()->watch(single, detail::FetchScopeState::cancelledError);
   };
 }
 

@@ -36,7 +36,7 @@ Result<Shared<T>> share(Result<T> result) {
 /// One fetch: what is asked for, to be named by its failures, and its record if somebody wants one.
 struct Asked {
   /// Without an observer nobody wants a record; without a scope nothing ends it.
-  Asked(const detail::RequestReporter* observer, const detail::FetchScopeState* within,
+  Asked(const detail::RequestReporter* observer, detail::FetchScopeState* within,
         const detail::Subject& what)
       : subject(what),
         reporter(observer),
@@ -47,6 +47,7 @@ struct Asked {
   template <class Fetch>
   std::invoke_result_t<Fetch&, const URL&> from(const Result<URL>& url, Fetch fetch) const {
     auto fetched = begin(url, fetch);
+    if (scope != nullptr && !isSent) fetched = withinScope(fetched);
     if (record) record->endWith(fetched);
     return fetched;
   }
@@ -54,6 +55,8 @@ struct Asked {
   const detail::Subject subject;
   const detail::RequestReporter* const reporter;
   const detail::RecordRef record;
+  /// The pipeline has it, and ends it with the scope.
+  mutable bool isSent = false;
 
  private:
   template <class Fetch>
@@ -67,13 +70,25 @@ struct Asked {
     return url.failed() ? Fetched::failed(subject.explain(*url.error())) : fetch(*url.value());
   }
 
-  const detail::FetchScopeState* const scope;
+  /// What comes through the main queue, which nobody may be left to drain.
+  template <class T>
+  Future<T> withinScope(const Future<T>& settled) const {
+    if (settled.didComplete()) return settled;
+    return scope->watch(
+        settled, [operation = subject.operation, identifier = std::string(subject.identifier)] {
+          return detail::Subject{operation, identifier}.explain(
+              detail::FetchScopeState::cancelledError());
+        });
+  }
+
+  detail::FetchScopeState* const scope;
 };
 
 /// What `read` makes of the body, a `Result`. In one step: the document has gone when the next
 /// large body is read.
 template <class Read>
 auto reading(const Asked& asked, const Future<Data>& body, Read read) {
+  asked.isSent = true;
   detail::Watched watched(detail::LossReporter::make(asked.reporter, asked.subject),
                           std::move(read));
   return body.map(detail::Explained(asked.subject, std::move(watched)));

@@ -5,10 +5,30 @@
 #include <OrvoAPI/Futures/detail/OrFail.h>
 #include <OrvoAPI/Queues/detail/InlineQueue.h>
 
+#include <iterator>
 #include <utility>
 
 namespace orvo {
 namespace detail {
+
+std::shared_ptr<FetchScopeState> FetchScopeState::make(std::shared_ptr<FetchScopeState> parent) {
+  const std::shared_ptr<FetchScopeState> made(new FetchScopeState(std::move(parent)));
+  if (made->parent_ != nullptr && !made->parent_->adopt(made)) made->cancel();
+  return made;
+}
+
+FetchScopeState::~FetchScopeState() {
+  if (parent_ == nullptr) return;
+  const LockGuard guard(parent_->lock_);
+  parent_->children_.erase(this);
+}
+
+/// False when this scope is cancelled.
+bool FetchScopeState::adopt(const std::shared_ptr<FetchScopeState>& child) {
+  const LockGuard guard(lock_);
+  if (!isCancelled_) children_.emplace(child.get(), child);
+  return !isCancelled_;
+}
 
 bool FetchScopeState::isCancelled() const {
   if (parent_ != nullptr && parent_->isCancelled()) return true;
@@ -16,39 +36,24 @@ bool FetchScopeState::isCancelled() const {
   return isCancelled_;
 }
 
-Future<Data> FetchScopeState::watch(const Future<Data>& fetched) {
-  const auto outcome = parent_ != nullptr ? parent_->watch(fetched) : fetched;
-  Calls call{Promise<Data>()};
-  const auto place = call.begin();
-  auto future = place->future();
-  {
-    const LockGuard guard(lock_);
-    if (isCancelled_) return Future<Data>::completed(Failure{cancelledError()});
-    calls_.splice(calls_.end(), call);
-  }
-  outcome.onComplete(inlineQueue(), [self = shared_from_this(), place](const auto& result) {
-    self->endCall(place, result);
-  });
-  return future;
+FetchScopeState::Number FetchScopeState::add(std::function<void()> end) {
+  const LockGuard guard(lock_);
+  if (isCancelled_) return 0;
+  calls_.emplace_hint(calls_.end(), latest_ + 1, std::move(end));
+  return ++latest_;
 }
 
-void FetchScopeState::endCall(Calls::iterator place, const Result<Data>& result) {
-  Calls ended;
-  {
-    const LockGuard guard(lock_);
-    if (isCancelled_) return;
-    ended.splice(ended.end(), calls_, place);
-  }
-  const auto& promise = ended.front();
-  if (result.failed()) return promise.failure(*result.error());
-  promise.success(*result.value());
+bool FetchScopeState::take(Number call) {
+  Calls::node_type taken;  // destroyed after the lock is released
+  const LockGuard guard(lock_);
+  taken = calls_.extract(call);
+  return !taken.empty();
 }
 
 Future<HTTPResult> FetchScopeState::send(const URLRequest& request, NetworkDataProvider& network) {
   if (isCancelled()) return Future<HTTPResult>::completed(Failure{cancelledError()});
   auto future = network.fetch(request);
-  Transfers transfer{future};
-  const auto place = transfer.begin();
+  Number number = 0;
   {
     LockGuard guard(lock_);
     if (isCancelled_) {
@@ -56,36 +61,51 @@ Future<HTTPResult> FetchScopeState::send(const URLRequest& request, NetworkDataP
       future.cancel();
       return Future<HTTPResult>::completed(Failure{cancelledError()});
     }
-    transfers_.splice(transfers_.end(), transfer);
+    number = ++latest_;
+    transfers_.emplace_hint(transfers_.end(), number, future);
   }
-  future.onComplete(inlineQueue(),
-                    [self = shared_from_this(), place](const auto&) { self->forget(place); });
+  // Whichever comes; one that is cancelled may never complete.
+  const auto forgetting = [weak = weak_from_this(), number](const auto&) {
+    if (const auto self = weak.lock()) self->forget(number);
+  };
+  future.onCancel(inlineQueue(), forgetting);
+  future.onComplete(inlineQueue(), forgetting);
   return future;
 }
 
-void FetchScopeState::forget(Transfers::iterator place) {
-  Transfers ended;
+void FetchScopeState::forget(Number transfer) {
+  Transfers::node_type ended;  // destroyed after the lock is released
   const LockGuard guard(lock_);
-  if (!isCancelled_) ended.splice(ended.end(), transfers_, place);
+  ended = transfers_.extract(transfer);
+}
+
+FetchScopeState::Transfers FetchScopeState::close() {
+  Calls calls;
+  Transfers transfers;
+  Children children;
+  {
+    const LockGuard guard(lock_);
+    isCancelled_ = true;
+    calls.swap(calls_);
+    transfers.swap(transfers_);
+    children.swap(children_);
+  }
+  for (const auto& [number, end] : calls) end();
+  for (const auto& [key, weak] : children) {
+    if (const auto child = weak.lock()) (void)child->close();
+  }
+  return transfers;
 }
 
 void FetchScopeState::cancel() {
-  Calls calls;
-  Transfers transfers;
-  {
-    const LockGuard guard(lock_);
-    if (std::exchange(isCancelled_, true)) return;
-    calls.swap(calls_);
-    transfers.swap(transfers_);
-  }
-  for (const auto& promise : calls) promise.failure(cancelledError());
+  auto transfers = close();
   // The newest first: those that wait for a connection must not take the places of the others.
   while (!transfers.empty()) {
+    const auto newest = transfers.extract(std::prev(transfers.end()));
     try {
-      transfers.back().cancel();
+      newest.mapped().cancel();
     } catch (...) {  // NOLINT(bugprone-empty-catch): a provider's own; the others end all the same
     }
-    transfers.pop_back();
   }
 }
 
@@ -93,7 +113,7 @@ void FetchScopeState::cancel() {
 
 FetchScope::FetchScope(const std::shared_ptr<const Context>& context) {
   if (context == nullptr) detail::fatal("FetchScope needs a context");
-  state_ = std::make_shared<detail::FetchScopeState>(context->scope());
+  state_ = detail::FetchScopeState::make(context->scope());
   context_ = std::shared_ptr<const Context>(new Context(*context, state_));
 }
 

@@ -49,7 +49,8 @@ Future<Data> RequestPipeline::fetch(const URLRequest& request, const RecordRef& 
   } else {
     send(request, policy, promise, NoRecord());
   }
-  return scope_ != nullptr ? scope_->watch(promise.future()) : promise.future();
+  if (scope_ == nullptr) return promise.future();
+  return scope_->watch(promise.future(), FetchScopeState::cancelledError);
 }
 
 template <class Record>

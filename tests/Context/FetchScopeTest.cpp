@@ -96,9 +96,17 @@ TEST_F(FetchScopeTest, RefusesAtOnceWhatIsAskedOfItsContextOnceItHasGone) {
   const auto context = scope_->context();
   const auto capability = context->pageFetchCapability("p");
   const auto single = context->playlistCapability(**cached.value());
+  const auto hit = context->fetchVideo("v");
+  const auto unsent = context->fetchVideo("an identifier that makes no URL");
+  const auto list = single();
   const ListWalk walk(context, context->collectionCapability("c"));
   const auto monitor = LinearProgramGuideMonitor::make(context);
+  EXPECT_EQ(codeNow(hit) + codeNow(unsent) + codeNow(list), 3) << "they come by the main queue";
   scope_.reset();
+  EXPECT_EQ(codeNow(hit), URLError::cancelled) << "which nobody drains any more";
+  EXPECT_EQ(hit.error()->context()->identifier, "v");
+  EXPECT_EQ(codeNow(unsent), URLError::cancelled);
+  EXPECT_EQ(codeNow(list), URLError::cancelled);
   EXPECT_EQ(codeNow(context->fetchVideo("v")), URLError::cancelled) << "cached or not";
   EXPECT_EQ(codeNow(context->fetchVideo("an identifier that makes no URL")), URLError::cancelled);
   EXPECT_EQ(codeNow(context->fetchLineup(url("https://lineups.example/l"))), URLError::cancelled);
@@ -136,6 +144,38 @@ TEST_F(FetchScopeTest, LetsGoOfWhatHasEnded) {
   scope_->cancel();
   EXPECT_EQ(codeNow(answer), 0);
   EXPECT_FALSE(stubbed_.network->fetches.isCancelled(0));
+}
+
+/// Answers nothing and forgets what is cancelled, as the network does; knows which of its futures
+/// somebody holds still.
+class Silence final : public NetworkDataProvider {
+ public:
+  Future<HTTPResult> fetch(const URLRequest&) override {
+    const Promise<HTTPResult> promise;
+    const auto token = std::make_shared<int>();
+    held.push_back(token);
+    asked.tell();
+    return promise.future().onComplete([token](const auto&) {});
+  }
+  [[nodiscard]] bool isForgotten() const {
+    return std::all_of(held.begin(), held.end(), [](const auto& weak) { return weak.expired(); });
+  }
+  std::vector<std::weak_ptr<int>> held;
+  test::Signal asked;
+};
+
+TEST(NestedFetchScopes, LeaveNothingOfWhatWasCancelledInThoseAbove) {
+  const auto network = std::make_shared<Silence>();
+  const FetchScope above(makeContext(std::make_shared<StubSessionProvider>(kToken), network));
+  above.context()->networkDataProvider()->fetch({.url = url("http://a.b/")}).cancel();
+  EXPECT_TRUE(network->isForgotten());
+  FetchScope below(above.context());
+  const auto page = below.context()->fetchPage("p");
+  ASSERT_TRUE(network->asked.wait(2));
+  EXPECT_FALSE(network->isForgotten());
+  below.cancel();
+  EXPECT_EQ(errorOf(page).as<URLError>()->code, URLError::cancelled);
+  EXPECT_TRUE(test::eventually([&] { return network->isForgotten(); }));
 }
 
 // Ten connections to a host, so two fetches stand in line.
