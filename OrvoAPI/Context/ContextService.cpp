@@ -38,7 +38,7 @@ struct OwnRequests {
     const auto record = begin(subject);
     if (record) record->asks(request);
     if (record) record->willSend();
-    const auto answer = network->fetch(request);
+    const auto answer = send(request);
     if (record) record->awaitAnswer(answer);
     const auto read = [parse = std::move(parse)](const HTTPResult& valid) {
       using Document = decltype(parse(std::declval<const JSONObject&>()));
@@ -52,6 +52,15 @@ struct OwnRequests {
   }
   [[nodiscard]] detail::RecordRef begin(const detail::Subject& subject) const {
     return reporter != nullptr ? reporter->begin(subject) : detail::RecordRef();
+  }
+
+  /// A provider of the app's own may throw.
+  [[nodiscard]] Future<HTTPResult> send(const URLRequest& request) const {
+    try {
+      return network->fetch(request);
+    } catch (...) {
+      return Future<HTTPResult>::completed(Failure{AnyError::current()});
+    }
   }
 
   std::shared_ptr<const detail::RequestReporter> reporter;

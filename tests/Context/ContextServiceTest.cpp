@@ -122,6 +122,11 @@ TEST(ContextService, SendsEverythingThroughWhatStandsBeforeTheNetwork) {
     return network;
   };
   EXPECT_TRUE(caseOf<GeneralError::underlying>(errorOf(start())));
+  struct Thrower final : NetworkDataProvider {
+    Future<HTTPResult> fetch(const URLRequest&) override { throw std::runtime_error("empty"); }
+  };
+  options.wrapNetwork = [](const auto&) { return std::make_shared<Thrower>(); };
+  EXPECT_NE(errorOf(start()).description().find("empty"), std::string::npos);
 }
 
 TEST(ContextService, AFailureOfTheSessionComesBeforeOneOfTheConfiguration) {
