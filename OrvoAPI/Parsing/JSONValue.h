@@ -136,8 +136,8 @@ class JSONObject::Iterator {
   std::vector<std::size_t> repeated_;
 };
 
-/// An array of values of one kind; a handle as `JSONValue` is. `Element` is `JSONValue`,
-/// `JSONObject` or `std::string_view`.
+/// An array of `JSONValue`, `JSONObject` or `std::string_view`; a handle as `JSONValue` is. Name it
+/// before a range-based for walks it: in `: *object.array(key)` it is gone when the walk begins.
 template <class Element>
 class JSONArrayOf {
  public:
