@@ -60,6 +60,31 @@ std::vector<std::pair<std::string, LinearProgram>> following(const GuideUpdate& 
   return result;
 }
 
+struct Times {
+  std::string start;
+  std::string end;
+  /// How long there is to go.
+  std::string rest;
+};
+
+/// In one line with a bar between start and end, if there is room for that.
+void drawTimes(Screen& screen, const LinearProgram& program, Date now, const Times& times) {
+  constexpr std::size_t kFewestCells = 4, kMostCells = 48;
+  const auto& [start, end, rest] = times;
+  const std::size_t both = start.size() + end.size() + 6;
+  const std::size_t all = both + rest.size() + 2;
+  const std::string good = "  " + screen.in(Style::good, rest);
+  if (screen.columns() < both + kFewestCells) {
+    screen.line("  " + start + " –\n  " + end + "\n" + good);
+    return;
+  }
+  const bool isNarrow = screen.columns() < all + kFewestCells;
+  const std::size_t room = screen.columns() - (isNarrow ? both : all);
+  const std::size_t cells = std::min(room, kMostCells);
+  screen.line("  " + start + " " + screen.in(Style::good, bar(program, now, cells)) + " " + end +
+              (isNarrow ? "\n" : "") + good);
+}
+
 }  // namespace
 
 std::string onAirLine(const GuideUpdate& update, Date now) {
@@ -86,14 +111,7 @@ void drawOnAir(Screen& screen, const std::string& channel, const GuideUpdate& up
   const std::string start = timeText(update)(program.startTime);
   const std::string end = timeText(update)(program.endTime);
   const std::string rest = onAir ? remainder(program, now) : "";
-  constexpr std::size_t kFewestCells = 4, kMostCells = 48;
-  const std::size_t times = start.size() + end.size() + 6;
-  const bool isNarrow = screen.columns() < times + kFewestCells + rest.size() + 2;
-  const std::size_t used = isNarrow ? times : times + rest.size() + 2;
-  const std::size_t room = screen.columns() - std::min(screen.columns(), used);
-  const std::size_t cells = std::clamp(room, kFewestCells, kMostCells);
-  screen.line("  " + start + " " + screen.in(Style::good, bar(program, now, cells)) + " " + end +
-              (isNarrow ? "\n" : "") + "  " + screen.in(Style::good, rest));
+  drawTimes(screen, program, now, {start, end, rest});
   auto next = following(update);
   if (next.empty()) return;
   next.resize(std::min(next.size(), kFollowing));

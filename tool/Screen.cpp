@@ -150,7 +150,7 @@ Screen::Layout Screen::layout(const Table& table) const {
   // What comes last goes below.
   layout.widths = std::move(result);
   for (std::size_t index = layout.widths.size(); index-- > 1;) {
-    if (layout.widths[index] == kLeftOut) continue;
+    if (layout.widths[index] == kLeftOut || layout.widths[index] == 0) continue;
     layout.folded = index;
     layout.widths[index] = kLeftOut;
     break;
