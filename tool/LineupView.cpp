@@ -94,7 +94,12 @@ void drawBlock(Screen& screen, const std::vector<GridRow>& rows, const TimeAxis&
   const std::string margin(nameWidth + 3, ' ');
   screen.blank();
   if (axis.start() <= now && now < axis.end()) {
-    screen.line(margin + std::string(axis.column(now), ' ') + screen.in(Style::good, "▼ now"));
+    // Near the right edge the word stands on the other side of the mark.
+    constexpr std::size_t kWord = 4;
+    const std::size_t column = axis.column(now);
+    const bool isLeft = column >= kWord && column + kWord >= axis.columns();
+    screen.line(margin + std::string(isLeft ? column - kWord : column, ' ') +
+                screen.in(Style::good, isLeft ? "now ▼" : "▼ now"));
   }
   screen.line(margin + screen.in(Style::faint, axis.labels()));
   for (const GridRow& row : rows) {
