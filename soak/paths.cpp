@@ -80,7 +80,10 @@ class Trial {
     for (int good = 0, rounds = 0; good < 2; ++rounds) {
       if (rounds == 8) return std::nullopt;
       const bool isGood = round(std::max(cell_.underWay, 1U));
-      isGood ? ++good : ++failed;
+      if (isGood)
+        ++good;
+      else
+        ++failed;
     }
     return failed;
   }

@@ -59,23 +59,24 @@ const std::vector<Redirect> kRedirects{{"GET", 301, "/x?q#f", "200 GET /x?q "},
                                        {"GET", 302, "//", "-1010 "}};
 
 TEST(URLSessionRedirect, IsFollowedAsStatusAndLocationAllow) {
-  for (const auto& [method, status, location, outcome] : kRedirects) {
-    const HTTPServer server([&](const ServedRequest& request) -> ServedAnswer {
+  for (const Redirect& redirect : kRedirects) {
+    const HTTPServer server([&redirect](const ServedRequest& request) -> ServedAnswer {
       if (request.target != "/") return {};
-      if (location.empty()) return {status, "moved"};
-      return {status, "moved", {{"Location", location}}};
+      if (redirect.location.empty()) return {redirect.status, "moved"};
+      return {redirect.status, "moved", {{"Location", redirect.location}}};
     });
-    const Data body(method.starts_with("P") ? "b" : "");
-    const auto result =
-        resultOf(URLSession().fetch({.url = server.url(), .method = method, .body = body}));
+    const Data body(redirect.method.starts_with("P") ? "b" : "");
+    const auto result = resultOf(
+        URLSession().fetch({.url = server.url(), .method = redirect.method, .body = body}));
     const auto last = server.requests().back();
     auto seen = std::to_string(codeOf(result)) + " ";
     if (last.target != "/") seen += last.method + " " + last.target + " " + last.body;
     if (const auto* const answer = result.value()) {
       seen += answer->body.view();
-      EXPECT_EQ(answer->response.url, server.url(last.target)) << location;
+      EXPECT_EQ(answer->response.url, server.url(last.target)) << redirect.location;
     }
-    EXPECT_EQ(seen, outcome) << method << " " << status << " " << location;
+    EXPECT_EQ(seen, redirect.outcome)
+        << redirect.method << " " << redirect.status << " " << redirect.location;
   }
 }
 

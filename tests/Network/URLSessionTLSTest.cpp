@@ -106,7 +106,7 @@ TEST_F(URLSessionTLS, ComputesInNoGroupThatWouldTakeSeconds) {
   const auto certificate = authority_.issue({.isRSA = true});
   for (const auto& [group, code] : {std::pair("ffdhe4096", URLError::networkConnectionLost),
                                     std::pair("ffdhe6144", URLError::secureConnectionFailed)}) {
-    const auto end = with([&](Connection& connection) {
+    const auto end = with([&, group = group](Connection& connection) {
       agreeInGroup(connection, certificate, group);
       return std::string();
     });

@@ -163,7 +163,7 @@ TEST(Doctor, TellsWhyNoHandshakeIsDone) {
         std::pair(hello, "no version of TLS"),
         std::pair(hello.substr(0, 20), "closed during the handshake"),
         std::pair("\x15\x03\x01\x00\x02\x02\x46"s, "no version of TLS")}) {
-    const std::string text = tls(authority, [&](Connection& connection) {
+    const std::string text = tls(authority, [said = said](Connection& connection) {
       connection.send(said);
       connection.finish();
       connection.waitForClose();

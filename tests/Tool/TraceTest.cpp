@@ -46,7 +46,7 @@ std::vector<RequestReport> reports() {
 
 TEST(Waterfall, FitsEveryWidthAndNeedsNoColour) {
   std::string text;
-  for (const std::size_t columns : {40, 80, 100, 160}) {
+  for (const std::size_t columns : {40U, 80U, 100U, 160U}) {
     Screen screen({.isTerminal = true, .columns = columns});
     drawWaterfall(screen, reports(), columns == 40 ? 7 : 0);
     text += "# " + std::to_string(columns) + " columns\n" + screen.text() + "\n";
