@@ -12,6 +12,10 @@ namespace {
 /// With more streams an HTTP/2 connection gets slower instead of faster: their bodies arrive by
 /// turns and evict each other from the processor's caches (60 KB: 1.7 times the time with 100).
 constexpr std::size_t kStreamsPerHost = 16;
+/// To a host that is not known to multiplex, so many connections are opened at the same moment. A
+/// further exchange waits for one of them to tell whether it can carry all. An app begins with two
+/// requests: over HTTP/1.1 the second would come a handshake later.
+constexpr std::size_t kOpenedAtOnce = 2;
 /// Enough for a burst to find handles and hosts as the last one left them.
 constexpr std::size_t kIdleTransfersKept = 16;
 constexpr std::size_t kUnusedHostsKept = 16;
@@ -158,6 +162,7 @@ void CurlSession::admit(const std::shared_ptr<HTTPExchange>& exchange, CurlHost&
   pool_->reserveOne();
   transfer->begin(exchange, *this, host);
   transfer->setMultiplexed(host.multiplexed);
+  transfer->setWaits(host.multiplexed || host.underWay >= kOpenedAtOnce);
   exchange->transfer_ = transfer.get();
   ++host.underWay;
   LargeBodies::didStart(*host.largeBodies);

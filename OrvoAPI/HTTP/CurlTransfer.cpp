@@ -68,8 +68,6 @@ CurlTransfer::CurlTransfer(const URLSessionConfiguration& configuration, CURLSH*
   set(CURLOPT_NOSIGNAL, 1L);
   // A transfer that is given up during name resolution would wait for the resolver.
   set(CURLOPT_QUICK_EXIT, 1L);
-  // A first burst waits for one connection to tell whether it can carry all of them.
-  set(CURLOPT_PIPEWAIT, 1L);
   set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L);
   // A connection whose other end vanished in silence is found out before it is needed.
   set(CURLOPT_TCP_KEEPALIVE, 1L);
@@ -187,6 +185,10 @@ void CurlTransfer::setHeaders(const URLRequest& request) {
   headerList_ = std::move(list);
   listedHeaders_ = plainGet_ ? std::optional(request.headers) : std::nullopt;
   listedPolicy_ = request.cachePolicy;
+}
+
+void CurlTransfer::setWaits(bool waits) {
+  if (std::exchange(waits_, waits) != waits) set(CURLOPT_PIPEWAIT, long{waits});
 }
 
 void CurlTransfer::setFresh(bool connection, bool name) {

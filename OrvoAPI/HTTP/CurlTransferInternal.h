@@ -61,6 +61,9 @@ class CurlTransfer {
 
   /// The connection that it is sent on, or was; none while there is none.
   [[nodiscard]] const Connections::ID& connection() const { return connection_; }
+  /// Has it wait for a connection that is being opened, which may carry it as well; called before
+  /// it begins.
+  void setWaits(bool waits);
   /// Makes it take a new connection, and resolve the name anew; called before it begins.
   void setFresh(bool connection, bool name);
   /// Bytes of the header, interim ones included, and of the body, decoded, so far.
@@ -143,6 +146,7 @@ class CurlTransfer {
   List headerList_;
   std::optional<HTTPHeaders> listedHeaders_;
   CachePolicy listedPolicy_ = CachePolicy::useProtocolCachePolicy;
+  bool waits_ = false;
   bool freshConnection_ = false;
   bool freshName_ = false;
 

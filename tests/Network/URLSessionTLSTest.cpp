@@ -44,6 +44,21 @@ class URLSessionTLS : public testing::Test {
   const CertificateAuthority authority_;
 };
 
+TEST_F(URLSessionTLS, OpensTwoConnectionsAtOnceToAHostThatMayMultiplex) {
+  Signal asked;
+  const ScriptedServer server([&](Connection& connection) {
+    if (connection.readHead().starts_with("GET")) asked.tell();
+    connection.waitForClose();
+  });
+  URLSession session;
+  for (int i = 0; i < 5; ++i) (void)session.fetch({.url = secure(server)});
+  (void)session.fetch({.url = server.url()});
+  EXPECT_TRUE(asked.wait()) << "without TLS there is nothing to wait for";
+  EXPECT_TRUE(eventually([&] { return server.connections() >= 3; }));
+  EXPECT_EQ(server.connections(), 3);
+  session.invalidateAndCancel();
+}
+
 TEST_F(URLSessionTLS, TakesItsTimeToConnect) {
   Signal asked;
   Signal released;
