@@ -83,12 +83,19 @@ void CurlTransfer::setSecurity(const URLSessionConfiguration& configuration) {
   set(CURLOPT_PROTOCOLS_STR, "http,https");
   prepareTLS(handle_, configuration.writesKeyLog);
   set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
-  // Searching a directory of certificates for each connection costs 50 ms; the one file is read
-  // once and kept.
+  // One source of authorities: a file, which is read whole for the first connection and kept, or
+  // the system's folder.
   set(CURLOPT_CAPATH, static_cast<const char*>(nullptr));
-  if (configuration.certificateAuthorityFile) {
-    set(CURLOPT_CAINFO, configuration.certificateAuthorityFile->c_str());
-  }
+  mayUseFolder_ = !configuration.certificateAuthorityFile;
+  if (!mayUseFolder_) set(CURLOPT_CAINFO, configuration.certificateAuthorityFile->c_str());
+}
+
+/// Not before TLS is needed: the folder has to be looked at.
+void CurlTransfer::useFolder() {
+  const char* const folder = hashedAuthorityFolder();
+  if (folder == nullptr) return;
+  set(CURLOPT_CAPATH, folder);
+  set(CURLOPT_CAINFO, static_cast<const char*>(nullptr));
 }
 
 void CurlTransfer::setCallbacks() {
@@ -129,6 +136,7 @@ void CurlTransfer::begin(std::shared_ptr<HTTPExchange> exchange, CurlSession& se
   // HTTP/2 is negotiated within TLS only. Were it offered without TLS, a first burst would wait for
   // the first answer.
   const bool secure = request.url.text().starts_with("https:");
+  if (secure && std::exchange(mayUseFolder_, false)) useFolder();
   set(CURLOPT_HTTP_VERSION, long{secure ? CURL_HTTP_VERSION_2TLS : CURL_HTTP_VERSION_1_1});
   // It gives a second address a chance when the first does not answer. Zero would mean libcurl's
   // default.

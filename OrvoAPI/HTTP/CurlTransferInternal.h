@@ -110,6 +110,7 @@ class CurlTransfer {
   [[nodiscard]] HTTPOutcome outcome(CURLcode code);
   [[nodiscard]] URLError faultOfMemory();
   void setSecurity(const URLSessionConfiguration& configuration);
+  void useFolder();
   void setCallbacks();
   void setMethod(const URLRequest& request);
   void setHeaders(const URLRequest& request);
@@ -146,6 +147,7 @@ class CurlTransfer {
   List headerList_;
   std::optional<HTTPHeaders> listedHeaders_;
   CachePolicy listedPolicy_ = CachePolicy::useProtocolCachePolicy;
+  bool mayUseFolder_ = false;
   bool waits_ = false;
   bool freshConnection_ = false;
   bool freshName_ = false;

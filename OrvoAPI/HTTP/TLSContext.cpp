@@ -1,7 +1,14 @@
 #include <OrvoAPI/HTTP/TLSContextInternal.h>
 
+#include <dirent.h>
 #include <dlfcn.h>
+#include <unistd.h>
 
+#include <algorithm>
+#include <cstddef>
+#include <fstream>
+#include <memory>
+#include <string>
 #include <string_view>
 
 namespace orvo::detail {
@@ -62,11 +69,60 @@ CURLcode onContext(CURL*, void* context, void* writesKeyLog) {
   return CURLE_OK;
 }
 
+bool usesOpenSSL() {
+  const char* const backend = curl_version_info(CURLVERSION_NOW)->ssl_version;
+  return backend != nullptr && std::string_view(backend).starts_with("OpenSSL/");
+}
+
+std::size_t certificatesIn(const char* file) {
+  std::ifstream stream(file);
+  std::size_t count = 0;
+  for (std::string line; std::getline(stream, line);) {
+    count += line.starts_with("-----BEGIN CERTIFICATE-----");
+  }
+  return count;
+}
+
+/// "1234abcd.0"
+bool isHash(std::string_view name) {
+  constexpr std::size_t kDigits = 8;
+  const auto isIn = [](std::string_view digits) {
+    return [digits](char c) { return digits.find(c) != std::string_view::npos; };
+  };
+  return name.size() > kDigits + 1 && name[kDigits] == '.' &&
+         std::all_of(name.begin(), name.begin() + kDigits, isIn("0123456789abcdef")) &&
+         std::all_of(name.begin() + kDigits + 1, name.end(), isIn("0123456789"));
+}
+
+std::size_t hashesIn(const char* folder) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> opened(opendir(folder), &closedir);
+  if (opened == nullptr) return 0;
+  std::size_t count = 0;
+  // Its own stream, so that no other thread reads it.
+  while (const auto* const entry = readdir(opened.get())) {  // NOLINT(concurrency-mt-unsafe)
+    count += isHash(static_cast<const char*>(entry->d_name)) &&
+             faccessat(dirfd(opened.get()), static_cast<const char*>(entry->d_name), R_OK, 0) == 0;
+  }
+  return count;
+}
+
+const char* findAuthorityFolder() {
+  const auto* const version = curl_version_info(CURLVERSION_NOW);
+  if (!usesOpenSSL() || version->age < CURLVERSION_SEVENTH) return nullptr;
+  if (version->cainfo == nullptr || version->capath == nullptr) return nullptr;
+  const auto certificates = certificatesIn(version->cainfo);
+  return certificates > 0 && hashesIn(version->capath) >= certificates ? version->capath : nullptr;
+}
+
 }  // namespace
 
+const char* hashedAuthorityFolder() {
+  static const char* const folder = findAuthorityFolder();
+  return folder;
+}
+
 void prepareTLS(CURL* handle, bool writesKeyLog) {
-  const char* const backend = curl_version_info(CURLVERSION_NOW)->ssl_version;
-  if (backend == nullptr || !std::string_view(backend).starts_with("OpenSSL/")) return;
+  if (!usesOpenSSL()) return;
   static char mark;
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_FUNCTION, &onContext);
   curl_easy_setopt(handle, CURLOPT_SSL_CTX_DATA, writesKeyLog ? &mark : nullptr);

@@ -10,4 +10,9 @@ namespace orvo::detail {
 /// libcurl is built with OpenSSL.
 void prepareTLS(CURL* handle, bool writesKeyLog);
 
+/// The system's folder of authorities, where OpenSSL finds each by its hash: the first connection
+/// need not read all of them then. Null when there is none, or when it does not hold all that are
+/// in the system's file. Looked at once, on the network thread.
+[[nodiscard]] const char* hashedAuthorityFolder();
+
 }  // namespace orvo::detail
