@@ -12,7 +12,7 @@ namespace orvo {
 namespace detail {
 
 std::shared_ptr<FetchScopeState> FetchScopeState::make(std::shared_ptr<FetchScopeState> parent) {
-  const std::shared_ptr<FetchScopeState> made(new FetchScopeState(std::move(parent)));
+  std::shared_ptr<FetchScopeState> made(new FetchScopeState(std::move(parent)));
   if (made->parent_ != nullptr && !made->parent_->adopt(made)) made->cancel();
   return made;
 }
