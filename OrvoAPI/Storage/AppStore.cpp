@@ -1,3 +1,4 @@
+#include <OrvoAPI/Platform/FreedMemoryInternal.h>
 #include <OrvoAPI/Storage/AppStore.h>
 
 namespace orvo {
@@ -21,6 +22,7 @@ void AppStore::removeAll() {
   lineups.removeAll();
   items.removeAll();
   guide.removeAll();
+  detail::giveBackFreedMemory();
 }
 
 }  // namespace orvo

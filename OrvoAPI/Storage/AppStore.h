@@ -33,7 +33,7 @@ class AppStore {
   Store<ContentItem> items;
   Store<LinearProgramGuide> guide;
 
-  /// Empties all stores, for an app that runs short of memory.
+  /// Empties all stores and gives the memory back to the system, for an app that runs short of it.
   void removeAll();
 };
 
