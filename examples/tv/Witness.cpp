@@ -9,11 +9,18 @@ class Witness::Counter final : public orvo::NetworkDataProvider {
 
   orvo::Future<orvo::HTTPResult> fetch(const orvo::URLRequest& request) override {
     ++counts_->begun;
-    const auto ended = [counts = counts_,
-                        once = std::make_shared<std::atomic_flag>()](const auto&) {
-      if (!once->test_and_set()) ++counts->ended;
+    const auto isFirst = [once = std::make_shared<std::atomic_flag>()] {
+      return !once->test_and_set();
     };
-    return network_->fetch(request).onComplete(ended).onCancel(ended);
+    return network_->fetch(request)
+        .onComplete([counts = counts_, isFirst](const auto&) {
+          if (isFirst()) ++counts->ended;
+        })
+        .onCancel([counts = counts_, isFirst](bool) {
+          if (!isFirst()) return;
+          ++counts->ended;
+          ++counts->cancelled;
+        });
   }
 
  private:

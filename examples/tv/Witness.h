@@ -12,6 +12,9 @@ class Witness {
   [[nodiscard]] int begun() const { return counts_->begun; }
   [[nodiscard]] int underWay() const { return counts_->begun - counts_->ended; }
 
+  /// How many were ended before their answer.
+  [[nodiscard]] int cancelled() const { return counts_->cancelled; }
+
   /// For `BootstrapOptions::wrapNetwork`.
   [[nodiscard]] std::function<
       std::shared_ptr<orvo::NetworkDataProvider>(std::shared_ptr<orvo::NetworkDataProvider>)>
@@ -21,6 +24,7 @@ class Witness {
   struct Counts {
     std::atomic<int> begun = 0;
     std::atomic<int> ended = 0;
+    std::atomic<int> cancelled = 0;
   };
   class Counter;
 
