@@ -1,6 +1,8 @@
 #include <OrvoAPI/Queues/detail/QueuePatience.h>
 #include <tests/Context/StubbedContext.h>
 
+#include <unistd.h>
+
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -116,12 +118,12 @@ TEST_F(BlockedQueues, JobsThatBlockGetSpareWorkersUpToABoundThatLeaveLater) {
 /// Posts itself now and then, for longer than idle spare workers stay, and notes who runs it.
 struct Chain {
   void run() {
-    runners.insert(std::this_thread::get_id());
+    runners.insert(gettid());  // unlike the standard one it is not used again at once
     if (--left == 0) return ended.tell();
     DispatchQueue::global()->postAfter(10ms, [this] { run(); });
   }
   int left = 60;
-  std::set<std::thread::id> runners;
+  std::set<pid_t> runners;
   test::Signal ended;
 };
 
