@@ -6,16 +6,17 @@
 #error "<OrvoAPI/Integration/Qt.h> needs Qt 6: find_package(Qt6 COMPONENTS Core), link Qt6::Core"
 #endif
 
+// Before any standard header: moc of Qt 6.4 stops at one with concepts that comes before Qt's own.
+#include <QObject>
+
 #include <OrvoAPI/Futures/Future.h>
 #include <OrvoAPI/Integration/detail/LoopClaim.h>
 
 #include <QAbstractEventDispatcher>
-#include <QObject>
 #include <QPointer>
 #include <QSocketNotifier>
 #include <QThread>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 /// The main queue in a Qt loop, and callbacks that end with a `QObject`. Qt 6, of which Qt Core is
@@ -70,8 +71,9 @@ class QtMainQueue {
 ///     orvo::onMain(this, context->fetchVideo(id), [this](const auto& video) { … });
 ///
 /// Call it on the thread that holds the `QtMainQueue` and that `context` lives on; it throws
-/// `std::logic_error`, which says what to do, on another one. It cancels nothing: for that the
-/// object may have a `FetchScope`.
+/// `std::logic_error`, which says what to do, on another one. That `context` is moved to another
+/// thread afterwards is not noticed: `task` is called on this thread all the same, or not at all.
+/// It cancels nothing: for that the object may have a `FetchScope`.
 template <class T, class F>
 Future<T> onMain(QObject* context, const Future<T>& future, F&& task) {
   if (context == nullptr || context->thread() != QThread::currentThread() ||
@@ -80,13 +82,14 @@ Future<T> onMain(QObject* context, const Future<T>& future, F&& task) {
         "orvo::onMain is for an object that lives on this thread, on which an orvo::QtMainQueue is "
         "held: make that first, and call onMain from there");
   }
-  return future.onComplete(MainQueue::shared(),
-                           [thread = std::this_thread::get_id(), guard = QPointer<QObject>(context),
-                            task = std::forward<F>(task)](const Result<T>& result) mutable {
-                             // After the claim the queue runs on another thread, from which the
-                             // object must not even be looked at.
-                             if (std::this_thread::get_id() == thread && guard) task(result);
-                           });
+  return future.onComplete(
+      MainQueue::shared(),
+      [thread = detail::numberOfThisThread(), guard = QPointer<QObject>(context),
+       task = std::forward<F>(task)](const Result<T>& result) mutable {
+        // After the claim the queue runs on another thread, from which the object must not even be
+        // looked at.
+        if (detail::numberOfThisThread() == thread && guard) task(result);
+      });
 }
 
 }  // namespace orvo

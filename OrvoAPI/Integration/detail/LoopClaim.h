@@ -2,11 +2,19 @@
 
 #include <OrvoAPI/Queues/MainQueue.h>
 
+#include <atomic>
+#include <cstdint>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 namespace orvo::detail {
+
+/// Tells threads apart for good: a `std::thread::id` may come again once its thread has ended.
+[[nodiscard]] inline std::uint64_t numberOfThisThread() {
+  static std::atomic<std::uint64_t> last{0};
+  thread_local const std::uint64_t number = ++last;
+  return number;
+}
 
 /// The claim of the main queue by a loop that watches its descriptor.
 class LoopClaim {
@@ -19,7 +27,7 @@ class LoopClaim {
 
   void drain() { claim_.drain(); }
   [[nodiscard]] int descriptor() const { return descriptor_; }
-  [[nodiscard]] bool isOnItsThread() const { return std::this_thread::get_id() == thread_; }
+  [[nodiscard]] bool isOnItsThread() const { return numberOfThisThread() == thread_; }
 
  private:
   [[nodiscard]] static MainQueue::Claim claimed() {
@@ -34,7 +42,7 @@ class LoopClaim {
 
   MainQueue::Claim claim_;
   const int descriptor_;
-  const std::thread::id thread_ = std::this_thread::get_id();
+  const std::uint64_t thread_ = numberOfThisThread();
 };
 
 }  // namespace orvo::detail

@@ -127,6 +127,27 @@ TEST_F(QtOnMain, CallsNothingFromTheThreadThatRunsTheQueueAfterTheClaim) {
   EXPECT_FALSE(called);
 }
 
+TEST_F(QtOnMain, CallsNothingOnALaterThreadThatHasTheIdOfTheFirst) {
+  const Promise<int> promise;
+  std::unique_ptr<QObject> handedOver;
+  bool called = false;
+  std::thread([&] {
+    const QEventLoop loop;
+    const QtMainQueue mainQueue;
+    handedOver = std::make_unique<QObject>();
+    onMain(handedOver.get(), promise.future(), [&](const auto&) { called = true; });
+    handedOver->moveToThread(QCoreApplication::instance()->thread());
+  }).join();
+  std::thread([&] {
+    QEventLoop loop;
+    const QtMainQueue mainQueue;
+    promise.success(1);
+    kMainQueue->post([&] { loop.quit(); });
+    loop.exec();
+  }).join();
+  EXPECT_FALSE(called);
+}
+
 TEST(QtOnMainWithoutLoop, IsCrankedByWhoHoldsTheClaim) {
   auto claim = kMainQueue->claim();
   QObject living;
