@@ -23,10 +23,9 @@ class SearchModel final : public QAbstractListModel {
 
   void setText(const QString& text) {
     scope_.emplace(context_);  // ends the search before, down to the network
-    text_ = text;
     orvo::onMain(this, scope_->context()->fetchSearchSuggestions(text.toStdString()),
-                 [this, text](const auto& found) {
-                   if (text == text_) show(found);  // else one that was ended
+                 [this, search = ++searches_](const auto& found) {
+                   if (search == searches_) show(found);  // else one that was ended
                  });
   }
 
@@ -50,6 +49,6 @@ class SearchModel final : public QAbstractListModel {
 
   const std::shared_ptr<const orvo::Context> context_;
   std::optional<orvo::FetchScope> scope_;
-  QString text_;
+  int searches_ = 0;
   Rows rows_;
 };

@@ -41,6 +41,8 @@ void type(SearchScreen& screen, const QString& text) {
     QCoreApplication::exit(why.isEmpty() ? 0 : 1);
   };
   for (int length = 1; length <= text.size(); ++length) screen.model->setText(text.left(length));
+  screen.model->setText(text.chopped(1));  // its last letter goes, and comes again
+  screen.model->setText(text);
 }
 
 }  // namespace
