@@ -183,19 +183,36 @@ TEST(Doctor, TellsOfProxiesAndPagesForPeople) {
   });
   const std::string proxied = doctor("http://api.test/", "http_proxy=" + pages.url().text());
   EXPECT_EQ(Findings(proxied).of.at("session"),
-            "bad: a proxy answers instead of the service (1.1 cache.test); have it let the "
+            "bad: status 403, from a proxy or from the service behind it (1.1 cache.test); the "
+            "service refuses this device or this address; if it is the proxy, have it let the "
             "service's host pass, or name it in no_proxy");
   const ScriptedServer closed("HTTP/1.1 407 Who are you\r\n\r\n");
   const Findings tunnel(doctor("https://api.test/", "https_proxy=" + closed.url().text()));
   EXPECT_TRUE(has(tunnel.of.at("name"), "(the proxy that https_proxy names)"));
-  EXPECT_TRUE(
-      has(tunnel.of.at("TLS"), "does not let it pass: it answers \"HTTP/1.1 407 Who are you\""));
+  EXPECT_TRUE(has(tunnel.of.at("TLS"),
+                  "does not let it pass: it answers \"HTTP/1.1 407 Who are you\"; the proxy wants "
+                  "a name and a password"));
   const test::HTTPServer wrong([](const test::ServedRequest&) -> test::ServedAnswer {
     return {200, "\n <!doctype html>", {{"Date", "Sun, 06 Nov 1994 08:49:37 GMT"}}};
   });
   const Findings web(doctor(wrong.url().text()));
   EXPECT_TRUE(has(web.of.at("session"), "bad: a web page answers instead of the service; "));
   EXPECT_TRUE(has(web.of.at("clock"), " years ahead of the service's; set the device's clock, or"));
+}
+
+TEST(Doctor, TellsTheStatusOfAnErrorThatComesWithAPage) {
+  const std::map<int, std::string> advices{{403, "the service refuses this device"},
+                                           {404, "there is no such thing"},
+                                           {429, "too many requests"},
+                                           {502, "the service is out of order"}};
+  for (const auto& [status, advice] : advices) {
+    const test::HTTPServer server([status = status](const auto&) -> test::ServedAnswer {
+      return {status, "<html>", {{"Content-Type", "text/html"}}};
+    });
+    const auto session = Findings(doctor(server.url().text())).of.at("session");
+    EXPECT_TRUE(session.starts_with("bad: status " + std::to_string(status) + "; " + advice))
+        << session;
+  }
 }
 
 TEST(Doctor, NoticesAClockThatWasNeverSet) {

@@ -48,6 +48,8 @@ const char* adviceForCode(int code) {
   }
 }
 
+}  // namespace
+
 std::string adviceForStatus(int status) {
   if (status == 401 || status == 403) return "the service refuses this device or this address";
   if (status == 404 || status == 410) return "there is no such thing: check the base URL";
@@ -57,6 +59,8 @@ std::string adviceForStatus(int status) {
   if (status >= 500) return "the service is out of order: try again later, or tell who runs it";
   return "the service does not want the request: orvo get shows what it says";
 }
+
+namespace {
 
 bool isPageForPeople(const HTTPResult& answer) {
   const std::string_view kind = answer.response.headers.value("Content-Type").value_or("");
@@ -72,7 +76,7 @@ Complaint stranger(const HTTPResult& answer, bool isProxied, std::string_view as
   if (isProxied || via || headers.contains("Proxy-Status") || headers.contains("X-Squid-Error")) {
     return {"a proxy answers instead of the service" +
                 (via ? " (" + std::string(*via) + ")" : std::string()),
-            "have it let the service's host pass, or name it in no_proxy"};
+            adviceForProxy()};
   }
   if (answer.response.url.host() != asked) {
     return {"the network leads to a page of " + std::string(answer.response.url.host()),
@@ -83,7 +87,28 @@ Complaint stranger(const HTTPResult& answer, bool isProxied, std::string_view as
           "in a browser"};
 }
 
+/// An error's status says more than its page; who sent it may still not be the service.
+Complaint complaintAboutStatus(const HTTPResult& answer, bool isProxied, std::string_view asked) {
+  const HTTPHeaders& headers = answer.response.headers;
+  const int status = answer.response.statusCode;
+  Complaint complaint{"status " + std::to_string(status), adviceForStatus(status)};
+  if (status == 407 || status == 511 || !isPageForPeople(answer)) return complaint;
+  if (isProxied || headers.contains("X-Squid-Error")) {
+    const auto via = headers.value("Via");
+    complaint.detail += ", from a proxy or from the service behind it" +
+                        (via ? " (" + std::string(*via) + ")" : std::string());
+    complaint.advice += "; if it is the proxy, " + adviceForProxy();
+  } else if (answer.response.url.host() != asked) {
+    complaint.detail += ", from " + std::string(answer.response.url.host());
+  }
+  return complaint;
+}
+
 }  // namespace
+
+std::string adviceForProxy() {
+  return "have it let the service's host pass, or name it in no_proxy";
+}
 
 std::string adviceFor(const AnyError& error) {
   if (const auto* general = error.as<GeneralError>()) {
@@ -105,9 +130,10 @@ std::string adviceFor(const AnyError& error) {
 std::optional<Complaint> complaintAbout(const HTTPResult& answer, bool isProxied,
                                         std::string_view asked) {
   constexpr int kFirstFailure = 300;
+  constexpr int kFirstError = 400;
   const int status = answer.response.statusCode;
-  const bool isOfProxy = status == 407 || status == 511;
-  if (!isOfProxy && isPageForPeople(answer)) return stranger(answer, isProxied, asked);
+  if (status >= kFirstError) return complaintAboutStatus(answer, isProxied, asked);
+  if (isPageForPeople(answer)) return stranger(answer, isProxied, asked);
   if (status < kFirstFailure) return std::nullopt;
   return Complaint{"status " + std::to_string(status), adviceForStatus(status)};
 }

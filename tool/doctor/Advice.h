@@ -12,6 +12,10 @@ namespace orvo::tool {
 /// What to do about a request that failed.
 [[nodiscard]] std::string adviceFor(const AnyError& error);
 
+[[nodiscard]] std::string adviceForStatus(int status);
+/// What to do about a proxy that answers instead of the service.
+[[nodiscard]] std::string adviceForProxy();
+
 /// What is wrong with an answer, and what to do.
 struct Complaint {
   std::string detail;

@@ -202,8 +202,11 @@ bool Checkup::secure() {
     const auto refusal =
         openTunnel(socket_.descriptor(), *proxy_, fmt::format("{}:{}", name, portOf(api_)), left());
     if (refusal) {
+      constexpr int kLoginWanted = 407;
+      const bool wantsLogin = refusal->starts_with("it answers \"HTTP/1.") &&
+                              refusal->find(" 407") == refusal->find(' ', 11);
       tell(since(begun_, bad("TLS", "the proxy does not let it pass: " + *refusal,
-                             "have it let the service's host pass, or name it in no_proxy")));
+                             wantsLogin ? adviceForStatus(kLoginWanted) : adviceForProxy())));
       return false;
     }
   }
