@@ -79,6 +79,14 @@ Values dates() {
   return readBy(date, "DATE", std::string("a date, like one of these: ") + kDateForms);
 }
 
+Values files(std::string name) {
+  std::string wanted = name == "FILE" ? "the name of a file" : "the name of a folder";
+  return {.name = std::move(name),
+          .accepts = [](const std::string& text) { return !text.empty(); },
+          .wanted = std::move(wanted),
+          .isFile = true};
+}
+
 Values imageSizes() { return readBy(imageSize, "WxH", "a size like 600x400"); }
 
 }  // namespace orvo::tool

@@ -34,6 +34,9 @@ namespace orvo::tool {
 [[nodiscard]] std::optional<ImageSize> imageSize(std::string_view text);
 [[nodiscard]] Values imageSizes();
 
+/// The name of a file or folder, which is not empty: that would mean none, or the root.
+[[nodiscard]] Values files(std::string name = "FILE");
+
 /// The required argument `ID`.
 [[nodiscard]] Parameter identifier(std::string& target, std::string description,
                                    Listed listed = Listed::items);

@@ -91,7 +91,7 @@ std::vector<Parameter> options(WrittenParse& written) {
            .target = &arguments.label},
           {.name = "--include",
            .description = "playlist: a document of the video to put in front",
-           .values = {.name = "FILE", .isFile = true},
+           .values = files(),
            .target = &written.include},
           {.name = "--start",
            .description = "linear-program-guide: the start of the range asked for",
@@ -120,7 +120,7 @@ void addParseCommand(Commands& commands) {
                                     {.name = "FILE",
                                      .description = "The document; standard input without it, or "
                                                     "for -",
-                                     .values = {.isFile = true},
+                                     .values = files(),
                                      .target = &written->file}},
                       .options = options(*written),
                       .examples = {"echo 2017-05-01T12:00:00Z | orvo parse iso8601-date",

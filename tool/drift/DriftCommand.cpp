@@ -1,3 +1,4 @@
+#include <tool/Arguments.h>
 #include <tool/Commands.h>
 #include <tool/JsonLines.h>
 #include <tool/Text.h>
@@ -45,9 +46,21 @@ void tellFailed(const Tool& tool, const WalkResult& walk) {
   }
 }
 
-bool hasFailed(const WalkResult& walk) {
-  return std::ranges::any_of(walk.faults,
-                             [](const WalkFault& fault) { return !fault.isUnreadable; });
+std::int64_t failedRequests(const WalkResult& walk) {
+  return std::ranges::count(walk.faults, false, &WalkFault::isUnreadable);
+}
+
+/// How much of the service an answer about it is about; empty when nothing failed.
+std::string extentOf(const WalkResult& walk) {
+  const auto failed = failedRequests(walk);
+  if (failed == 0) return "";
+  const auto& shapes = walk.shapes;
+  const bool isBare =
+      std::ranges::all_of(shapes, [](const auto& entry) { return entry.first == "configuration"; });
+  const std::string_view what = shapes.empty() ? "nothing"
+                                : isBare       ? "nothing but the configuration"
+                                               : "only a part";
+  return std::string(what) + " was compared: " + countText(failed, "request") + " failed";
 }
 
 int runLearn(Tool& tool, const WrittenDrift& written) {
@@ -64,7 +77,7 @@ int runLearn(Tool& tool, const WrittenDrift& written) {
                             " learned from " + countText(requests, "request"));
               });
   tellFailed(tool, *walk.value());
-  return hasFailed(*walk.value()) ? kRequestFailed : 0;
+  return failedRequests(*walk.value()) > 0 ? kRequestFailed : 0;
 }
 
 int runCheck(Tool& tool, const WrittenDrift& written) {
@@ -72,25 +85,30 @@ int runCheck(Tool& tool, const WrittenDrift& written) {
   const auto walk = walkService(tool, written.requests, &then);
   if (const AnyError* error = walk.error()) return tool.fail(*error);
   const auto found = drift(then, *walk.value());
+  const auto failed = failedRequests(*walk.value());
   const auto json = [](const Difference& difference) {
     const auto& [document, path, text, loses] = difference;
     return Json::object({{"document", document}, {"path", path}, {"what", text}, {"loses", loses}});
   };
-  tool.answer(
-      Json::object({{"requests", walk.value()->requests}, {"drift", Json::list(found, json)}}),
-      [&](Screen& screen) {
-        for (const auto& [document, path, text, loses] : found) {
-          std::string line = loses ? "loses  " : "       ";
-          line += document;
-          if (!path.empty()) line += " " + path;
-          if (!text.empty()) line += " " + text;
-          screen.line(printable(line));
-        }
-        if (found.empty()) screen.line("no drift");
-      });
+  tool.answer(Json::object({{"requests", walk.value()->requests},
+                            {"failedRequests", failed},
+                            {"drift", Json::list(found, json)}}),
+              [&](Screen& screen) {
+                for (const auto& [document, path, text, loses] : found) {
+                  std::string line = loses ? "loses  " : "       ";
+                  line += document;
+                  if (!path.empty()) line += " " + path;
+                  if (!text.empty()) line += " " + text;
+                  screen.line(printable(line));
+                }
+                const auto extent = extentOf(*walk.value());
+                if (found.empty())
+                  screen.line(extent.empty() ? "no drift" : "no drift seen, but " + extent);
+                if (!found.empty() && !extent.empty()) screen.line(extent);
+              });
   tellFailed(tool, *walk.value());
   if (std::ranges::any_of(found, &Difference::loses)) return kDriftLoses;
-  if (hasFailed(*walk.value())) return kRequestFailed;
+  if (failed > 0) return kRequestFailed;
   return found.empty() ? 0 : kDriftOnly;
 }
 
@@ -114,7 +132,7 @@ void addDriftCommand(Commands& commands) {
                       .required = true},
                      {.name = "FOLDER",
                       .description = "Where what was learned is kept",
-                      .values = {.name = "FOLDER", .isFile = true},
+                      .values = files("FOLDER"),
                       .target = &written->folder,
                       .required = true}},
        .options = {{.name = "--requests",

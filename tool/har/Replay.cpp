@@ -104,27 +104,19 @@ void restore(const std::string& file, const JSONObject& document, GlobalOptions&
   options.bootstrap.context.clock = presentClock();
 }
 
-/// An empty one would be taken for none, and the network would be asked.
-Values fileName() {
-  return {.name = "FILE",
-          .accepts = [](const std::string& text) { return !text.empty(); },
-          .wanted = "the name of a file",
-          .isFile = true};
-}
-
 }  // namespace
 
 void addTrafficOptions(std::vector<Parameter>& options, WrittenTraffic& written) {
   options.push_back({.name = "--record",
                      .description = "Write all that is sent and answered into a file, as an HTTP "
                                     "Archive without tokens",
-                     .values = fileName(),
+                     .values = files(),
                      .target = &written.record,
                      .excludes = {"--replay"}});
   options.push_back(
       {.name = "--replay",
        .description = "Answer from such a file, without a network, as if it were then",
-       .values = fileName(),
+       .values = files(),
        .target = &written.replay,
        .excludes = {"--environment", "--api", "--profile", "--demo", "--client"}});
 }
