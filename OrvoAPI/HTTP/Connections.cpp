@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -25,6 +26,12 @@ constexpr unsigned kInputsBetweenWeighings = 16;
 /// So often in a row no end of a connection, nor any answer that is taken slowly, is weighed
 /// without a byte having been read.
 constexpr unsigned kWeighingsOfStuck = 1'000;
+
+/// 0 when nothing is open under that number.
+ino_t inodeOf(int socket) {
+  struct stat status {};
+  return fstat(socket, &status) == 0 ? status.st_ino : 0;
+}
 
 /// All bytes that have come over the wire, headers and encryption included.
 std::uint64_t bytesReceived(int socket) {
@@ -82,10 +89,14 @@ Connections::~Connections() { Watchdog::shared().remove(*this); }
 int Connections::open(const curl_sockaddr& address, std::string_view host) {
   const int opened = socket(address.family, address.socktype | SOCK_CLOEXEC, address.protocol);
   if (opened < 0) return opened;
+  NetworkThread::shared().hasOpened(opened);
   try {
     const LockGuard guard(lock_);
     flooded_.reserve(flooded_.size() + connections_.size() + 1);
-    connections_[opened] = {.number = ++lastNumber_, .host = std::string(host), .lastHeard = now()};
+    connections_[opened] = {.number = ++lastNumber_,
+                            .inode = inodeOf(opened),
+                            .host = std::string(host),
+                            .lastHeard = now()};
   } catch (const std::bad_alloc&) {
     (void)close(opened);
     return -1;
@@ -105,9 +116,14 @@ int Connections::close(int socket) {
   return ::close(socket);
 }
 
-bool Connections::isOpen(int socket) {
+bool Connections::mayRest(int socket) {
   const LockGuard guard(lock_);
-  return connections_.contains(socket);
+  const auto found = connections_.find(socket);
+  if (found == connections_.end()) return false;
+  const auto& connection = found->second;
+  const bool isUsed = connection.isUsed;
+  if (!isUsed && inodeOf(socket) != connection.inode) connections_.erase(found);
+  return isUsed;
 }
 
 void Connections::learnEnds(int socket, Connection& connection) {
@@ -127,6 +143,7 @@ Connections::ID Connections::find(std::string_view peer, int peerPort, int local
     if (connection.localPort == 0) learnEnds(socket, connection);
     if (connection.localPort == localPort && connection.peerPort == peerPort &&
         connection.peer.data() == peer) {
+      connection.isUsed = true;
       return {socket, connection.number};
     }
   }

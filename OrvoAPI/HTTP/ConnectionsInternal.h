@@ -4,6 +4,7 @@
 #include <OrvoAPI/HTTP/HTTPExchangeInternal.h>
 
 #include <curl/curl.h>
+#include <sys/types.h>
 
 #include <array>
 #include <atomic>
@@ -20,8 +21,9 @@ namespace orvo::detail {
 
 /// The connections that libcurl has open in one pool, by their sockets: which may be dead, and
 /// which brings more than it may. libcurl opens and closes them through here, so that a socket in
-/// the list is always the one that is meant. Used on the network thread; the watchdog looks on from
-/// its own, and may shut a connection down.
+/// the list is always the one that is meant; but libcurl 7.88 closes one that it gives up while it
+/// connects without a word, which `mayRest` finds out. Used on the network thread; the watchdog
+/// looks on from its own, and may shut a connection down.
 ///
 /// A connection is *suspect* when a request to its host has timed out, or the device has slept, and
 /// nothing was heard on it since; *retired* when the app says that the network has changed.
@@ -46,7 +48,9 @@ class Connections {
   /// As libcurl's own, except that programs which the app starts do not inherit the socket.
   int open(const curl_sockaddr& address, std::string_view host);
   int close(int socket);
-  [[nodiscard]] bool isOpen(int socket);
+  /// Whether the connection, of which libcurl wants nothing at present, stays open: a request was
+  /// sent on it. One that was given up before is no longer listed if it was closed.
+  [[nodiscard]] bool mayRest(int socket);
   /// The open connection with these endpoints, or none.
   [[nodiscard]] ID find(std::string_view peer, int peerPort, int localPort);
 
@@ -99,11 +103,13 @@ class Connections {
 
   struct Connection {
     std::uint64_t number = 0;
+    ino_t inode = 0;  // tells the socket from others that get its number
     std::string host = {};
     Address peer = {};  // with the ports, known once it is connected
     int peerPort = 0;
     int localPort = 0;
     NetworkTime lastHeard = {};
+    bool isUsed = false;  // a request was sent on it
     bool isSuspect = false;
     bool isRetired = false;
     bool isShutDown = false;

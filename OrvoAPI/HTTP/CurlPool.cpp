@@ -251,7 +251,7 @@ int CurlPool::onSocket(CURL* handle, curl_socket_t socket, int what, void* self,
   auto& pool = *static_cast<CurlPool*>(self);
   if (what == CURL_POLL_REMOVE) {
     // Others, as those by which libcurl's resolver wakes it, are closed without a word.
-    pool.connections_.isOpen(socket) ? thread.rest(socket) : thread.unwatch(socket);
+    pool.connections_.mayRest(socket) ? thread.rest(socket) : thread.unwatch(socket);
     return 0;
   }
   auto* const transfer = CurlTransfer::from(handle);

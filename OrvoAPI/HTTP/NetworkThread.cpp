@@ -358,6 +358,13 @@ void NetworkThread::unwatch(int socket) {
   if (index < watches_.size() && watches_[index].events != 0) forget(socket);
 }
 
+void NetworkThread::hasOpened(int socket) {
+  const auto index = static_cast<std::size_t>(socket);
+  if (index >= watches_.size() || watches_[index].events == 0) return;
+  auto& watch = watches_[index];
+  if (watch.rests || watch.pool == nullptr || !tellKernel(socket, watch.events)) watch = {};
+}
+
 void NetworkThread::forget(int socket) {
   epoll_ctl(epoll_, EPOLL_CTL_DEL, socket, nullptr);
   watches_[static_cast<std::size_t>(socket)] = {};
