@@ -41,10 +41,9 @@ void CurlTransfer::noteFirstByte(std::string_view statusLine) {
   hop.protocol = statusLine.starts_with("HTTP/1.0") ? "1.0"
                  : statusLine.starts_with("HTTP/1") ? "1.1"
                                                     : "2";
-  // The bytes were there when the thread woke up.
-  if (hop.at(RequestTimeline::Stage::firstByte) == NetworkTime()) {
-    note(hop, RequestTimeline::Stage::firstByte, NetworkThread::shared().now());
-  }
+  // The bytes were there when the thread woke up. The last response counts: those before were
+  // interim ones, after which the server may think for long.
+  note(hop, RequestTimeline::Stage::firstByte, NetworkThread::shared().now());
 }
 
 /// libcurl's own times are taken as differences, from a moment that was noted here.

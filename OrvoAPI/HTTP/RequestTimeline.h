@@ -30,7 +30,7 @@ struct RequestTimeline {
     secured,
     /// The request begins to be sent, or an interceptor is asked.
     sent,
-    /// The first byte of the answer is there.
+    /// The first byte of the answer is there, not counting interim responses.
     firstByte,
     /// The last one is, or it has failed.
     done
