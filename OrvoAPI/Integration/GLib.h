@@ -27,7 +27,8 @@ namespace orvo {
 ///     g_main_loop_run(loop);
 ///
 /// It belongs to its thread: destroying it on another stops the process. Afterwards a thread of the
-/// library runs the queue again. No callback may throw: the loop could not pass that on.
+/// library runs the queue again, and the callbacks that wait: give them an owner that goes before
+/// this, `onComplete(queue, weak, …)`. No callback may throw: the loop could not pass that on.
 class GLibMainQueue {
  public:
   /// Throws `std::logic_error`, which says what to do, when the queue is claimed already.
