@@ -1,4 +1,6 @@
 // What is on in the next six hours, in a GLib program.
+// A server hands out a long guide in parts, of which this shows the first: an `orvo::ListWalk` with
+// the context's `linearProgramGuideCapability` has them all.
 // Usage: tonight API_URL RESOURCES_URL, as `orvo serve-demo` prints them.
 #include <OrvoAPI/Integration/GLib.h>
 #include <OrvoAPI/OrvoAPI.h>
