@@ -17,7 +17,7 @@ class FetchScopeState;
 ///     class Screen {
 ///       orvo::FetchScope scope_{app.context};  // made with the screen, and gone with it
 ///       …
-///       scope_.context()->fetchPage("home").onComplete(mainQueue, weak_from_this(), …);
+///       scope_.context()->fetchPage("view-discover").onComplete(mainQueue, weak_from_this(), …);
 ///
 /// Its context shares session, configuration, caches, the app's values and logger with the one that
 /// it was made from, and can do all that a context can. Once the scope is cancelled:

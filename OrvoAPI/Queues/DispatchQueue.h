@@ -40,7 +40,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   /// There are as many workers as processors, at least two, and a job that blocks holds one of
   /// them. When jobs wait and no worker has come back for about 50 ms, a spare one is started, up
   /// to 16 of them; a line in the log says so once. Spare workers leave after some seconds without
-  /// work.
+  /// work. With all of these blocked, nothing that runs on the workers goes on, time-outs included.
   [[nodiscard]] static std::shared_ptr<DispatchQueue> global();
 
   /// True on a thread that must not block: the library's own, and the one that the main queue
