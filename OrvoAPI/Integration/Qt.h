@@ -33,9 +33,9 @@ namespace orvo {
 ///     const orvo::QtMainQueue mainQueue;
 ///
 /// It belongs to its thread: destroying it on another stops the process. Afterwards a thread of the
-/// library runs the queue again, and the callbacks that wait, but those of `onMain`: give them an
-/// owner that goes before this, `onComplete(queue, weak, …)`. No callback may throw: the loop could
-/// not pass that on.
+/// library runs the queue again, and the callbacks that wait: give them an owner that goes before
+/// this, `onComplete(queue, weak, …)`. Those of `onMain` run no more. No callback may throw: the
+/// loop could not pass that on.
 class QtMainQueue {
  public:
   /// Throws `std::logic_error`, which says what to do, when the queue is claimed already or there
