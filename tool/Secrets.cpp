@@ -12,7 +12,6 @@ namespace {
 
 /// A text that has been made for long searches is hidden as a whole.
 constexpr std::size_t kMostSearches = 2'000'000;
-constexpr std::string_view kWithheld = "(hidden)";
 
 /// The character of that code in hexadecimal digits, or -1.
 int hexadecimal(std::string_view digits, std::size_t count) {

@@ -14,6 +14,9 @@ namespace orvo::tool {
 /// where secrets belong, such as the field Authorization, and sought nowhere else.
 inline constexpr std::size_t kShortestSought = 8;
 
+/// Stands for a text that is withheld as a whole.
+inline constexpr std::string_view kWithheld = "(hidden)";
+
 /// ASCII letters only.
 [[nodiscard]] std::string inLowerCase(std::string_view text);
 

@@ -10,7 +10,6 @@ namespace {
 
 /// What is called a secret in documents is sought up to this many.
 constexpr std::size_t kMostKnown = 64;
-constexpr std::string_view kWithheld = "(hidden)";
 
 bool isWord(std::string_view text) {
   const auto isNumbered = [text](std::string_view sort) {
