@@ -3,7 +3,10 @@ function(orvo_options target)
   set_target_properties(${target} PROPERTIES
     CXX_STANDARD 20 CXX_STANDARD_REQUIRED ON CXX_EXTENSIONS OFF
     POSITION_INDEPENDENT_CODE ON)
-  target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Wpedantic)
+  # Who builds the library as part of another project is not the one to mend it.
+  if(PROJECT_IS_TOP_LEVEL)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wconversion -Wshadow -Wpedantic)
+  endif()
   # Where the C library would count time and file sizes in 32 bits, unless it is asked otherwise.
   if(CMAKE_SIZEOF_VOID_P EQUAL 4)
     target_compile_definitions(${target} PRIVATE _TIME_BITS=64 _FILE_OFFSET_BITS=64)
