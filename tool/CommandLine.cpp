@@ -224,6 +224,11 @@ std::optional<Explanation> CommandLine::read(int argc, const char* const* argv) 
     const auto identifiers = [this](Listed listed) { return this->identifiers(listed); };
     return Explanation{0, completions(table_, {argv + 2, argv + argc}, identifiers)};
   }
+  for (int i = 1; i < argc; ++i) {
+    // An address may hold a password.
+    if (std::string_view(argv[i]).find("://") == std::string_view::npos)
+      words_.emplace_back(argv[i]);
+  }
   auto parsed = parse(table_, argc, argv);
   if (auto* explanation = std::get_if<Explanation>(&parsed)) return std::move(*explanation);
   chosen_ = std::get<const Command*>(parsed);
@@ -269,7 +274,7 @@ int CommandLine::run() {
   if (color_ != "auto") setColours(color_ == "always" ? Colours::always : Colours::never);
   try {
     auto options = chosenOptions();
-    Recording recording(traffic_.record, options);
+    Recording recording(traffic_.record, options, words_);
     const bool isTraced = trace_ || isTraceWanted();
     std::optional<Interruption> interruption;
     if (isTraced || report_ || !traffic_.record.empty()) interruption.emplace();

@@ -48,6 +48,8 @@ class CommandLine {
   std::string shell_;
   CommandTable table_;
   const Command* chosen_ = nullptr;
+  /// As they were read, without addresses.
+  std::vector<std::string> words_;
 };
 
 }  // namespace orvo::tool

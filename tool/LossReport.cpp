@@ -1,4 +1,5 @@
 #include <OrvoAPI/Futures/Promise.h>
+#include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
 #include <tool/JsonLines.h>
 #include <tool/LossReport.h>
@@ -73,6 +74,30 @@ void LossReport::add(const std::vector<DocumentLoss>& losses) {
   losses_.insert(losses_.end(), losses.begin(), losses.end());
 }
 
+void LossReport::addSent(const std::string& path, const Data& body) {
+  constexpr std::size_t kMost = 100;
+  const auto document = JSONDataParser::value(body);
+  if (document.failed()) return;
+  for (auto& list : shortLists(*document.value())) {
+    const std::lock_guard guard(lock_);
+    if (sent_.size() < kMost) sent_.push_back({path, std::move(list)});
+  }
+}
+
+Json LossReport::sentJson(const Sent& sent) {
+  const auto& [path, count, total, offset, promised] = sent.list;
+  return Json::object({{"document", sent.document},
+                       {"path", path},
+                       {"count", count},
+                       {"promised", promised},
+                       {"total", total ? Json(*total) : Json()},
+                       {"offset", offset}});
+}
+
+std::string LossReport::sentText(const Sent& sent) {
+  return (sent.document.empty() ? "" : sent.document + ": ") + shortListText(sent.list);
+}
+
 std::vector<DocumentLoss> LossReport::taken() {
   if (queue_ != nullptr) {
     // What is told of a document is posted before its fetch ends.
@@ -86,18 +111,24 @@ std::vector<DocumentLoss> LossReport::taken() {
 
 void LossReport::print(bool json, bool isDone) {
   const auto losses = taken();
+  std::vector<Sent> sent;
   {
     const std::lock_guard guard(lock_);
-    if (std::exchange(isPrinted_, isPrinted_ || isDone || !losses.empty())) return;
+    sent.swap(sent_);
+    const bool isSaid = isDone || !losses.empty() || !sent.empty();
+    if (std::exchange(isPrinted_, isPrinted_ || isSaid)) return;
   }
-  if (losses.empty() && !(isDone && hasRead_)) return;
+  if (losses.empty() && sent.empty() && !(isDone && hasRead_)) return;
   if (json) {
-    const auto report = Json::object({{"losses", Json::list(losses, lossJson)}});
+    const auto report = Json::object(
+        {{"losses", Json::list(losses, lossJson)}, {"shortLists", Json::list(sent, sentJson)}});
     return printJsonLine(Json::object({{"report", report}}));
   }
   std::string text;
   for (const auto& loss : losses) text += escaped("orvo: " + lossText(loss)) + "\n";
-  printDiagnostic(losses.empty() ? "orvo: nothing was left out\n" : text);
+  if (losses.empty()) text = "orvo: nothing was left out\n";
+  for (const auto& list : sent) text += escaped("orvo: " + sentText(list)) + "\n";
+  printDiagnostic(text);
 }
 
 }  // namespace orvo::tool

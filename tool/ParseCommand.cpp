@@ -67,6 +67,7 @@ int runParse(Tool& tool, const WrittenParse& written) {
   // People are not told that nothing was left out when something was.
   const bool isSaid = repeats && lost.empty() && !tool.options().json;
   if (losses != nullptr && !isSaid) losses->add(lost);
+  if (losses != nullptr) losses->addSent("", Data(body));
   if (const Json* model = result.value()) return tool.answer(Json::object({{"ok", *model}}));
   // Whoever asks for a parse has the document: nothing in it is a secret from them.
   tool.answer(errorJson(*result.error(), Secrets::shown));

@@ -4,6 +4,7 @@
 #include <OrvoAPI/Queues/SerialQueue.h>
 
 #include <memory>
+#include <vector>
 
 namespace orvo::tool {
 
@@ -19,8 +20,8 @@ class RequestObserver {
   virtual void take(const RequestReport& report) = 0;
   /// Says what there is to say so far: something else is about to be said on standard error.
   virtual void flush() = 0;
-  /// The same; what is taken later is dropped. May be called again.
-  virtual void close() = 0;
+  /// The same, of what has not ended, too; what is taken later is dropped. May be called again.
+  virtual void close(const std::vector<RequestReport>& underWay) = 0;
 
   [[nodiscard]] const std::shared_ptr<SerialQueue>& queue() const { return queue_; }
 

@@ -137,6 +137,34 @@ bool namesSecret(std::string_view name) {
   });
 }
 
+bool namesSecretField(std::string_view name) {
+  static constexpr std::array<std::string_view, 7> kSigns{
+      "auth", "cookie", "key", "session", "signature", "credential", "jwt"};
+  const std::string known = inLowerCase(name);
+  // A challenge says what is wanted, and holds nothing.
+  if (known.ends_with("authenticate")) return false;
+  return namesSecret(known) || std::ranges::any_of(kSigns, [&](auto sign) {
+           return known.find(sign) != std::string::npos;
+         });
+}
+
+std::string_view cookieValue(std::string_view field) {
+  const std::string_view pair = field.substr(0, field.find(';'));
+  return pair.substr(pair.find('=') + 1);
+}
+
+std::string withoutUsers(std::string text, std::string_view instead) {
+  for (const std::string_view mark : {"://", ":\\/\\/"}) {
+    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
+      at += mark.size();
+      const std::size_t end = std::min(text.find_first_of("/?#\"'<>\\ \t\r\n", at), text.size());
+      const std::size_t user = text.substr(at, end - at).rfind('@');
+      if (user != std::string::npos) text.replace(at, user + 1, instead);
+    }
+  }
+  return text;
+}
+
 std::string withSecretMembers(std::string_view text,
                               const std::function<std::string(std::string_view)>& replace) {
   std::string out;
@@ -169,10 +197,17 @@ void KnownSecrets::add(std::string_view secret, const std::string& word) {
        {std::string(secret), percentDecoded(secret), inJson(secret, false), inJson(secret, true)}) {
     addForm(text, word);
   }
+  constexpr std::size_t kMostTwice = 16;
+  addBase64(secret, word, count_ <= kMostTwice ? 2 : 1);
+}
+
+void KnownSecrets::addBase64(std::string_view secret, const std::string& word, int encodings) {
   for (const std::size_t before : {0U, 1U, 2U}) {
     const std::string core = coreInBase64(secret, before);
-    addForm(core, word);
-    addForm(withURLDigits(core), word);
+    for (const auto& digits : {core, withURLDigits(core)}) {
+      addForm(digits, word);
+      if (encodings > 1) addBase64(digits, word, encodings - 1);
+    }
   }
 }
 

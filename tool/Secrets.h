@@ -23,8 +23,16 @@ inline constexpr std::string_view kWithheld = "(hidden)";
 /// Each "%" with two digits as the byte that it stands for.
 [[nodiscard]] std::string percentDecoded(std::string_view text);
 
-/// Whether a member of a document, or a field of a header, that is called that holds a secret.
+/// Whether a member of a document that is called that holds a secret.
 [[nodiscard]] bool namesSecret(std::string_view name);
+/// The same of a field of a header.
+[[nodiscard]] bool namesSecretField(std::string_view name);
+
+/// The value in a field Set-Cookie, a part of it: also that of a cookie without a name.
+[[nodiscard]] std::string_view cookieValue(std::string_view field);
+
+/// The text with something else in the place of each user's name and password in an address.
+[[nodiscard]] std::string withoutUsers(std::string text, std::string_view instead);
 
 /// A text, be it JSON or not, in which each string behind `"token":` and its like is replaced by
 /// what `replace` makes of it as it stands there.
@@ -32,7 +40,7 @@ inline constexpr std::string_view kWithheld = "(hidden)";
     std::string_view text, const std::function<std::string(std::string_view)>& replace);
 
 /// Finds secrets wherever they stand in a text: as they are, escaped as in JSON, percent-encoded,
-/// also several times, and inside of what is encoded in base64. Used by one thread.
+/// also several times, and inside of what is encoded in base64, also twice. Used by one thread.
 class KnownSecrets {
  public:
   /// `word` stands for it from now on, unless it is too short to be sought.
@@ -51,6 +59,8 @@ class KnownSecrets {
   using Numbers = std::vector<std::size_t>;
 
   void addForm(const std::string& text, const std::string& word);
+  /// What base64 of a text that holds the secret has of it alone.
+  void addBase64(std::string_view secret, const std::string& word, int encodings);
   void insert(Numbers& numbers, std::size_t number) const;
   [[nodiscard]] const Numbers& candidates(char first) const;
 

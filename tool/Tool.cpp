@@ -1,3 +1,4 @@
+#include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Futures/GeneralError.h>
 #include <OrvoAPI/Network/SessionError.h>
@@ -15,26 +16,6 @@ namespace orvo::tool {
 namespace {
 
 constexpr int kNotFound = 404;
-
-/// Looks at the status of each answer: an answer without a document is known by that.
-class StatusWatch final : public NetworkDataProvider {
- public:
-  StatusWatch(std::shared_ptr<NetworkDataProvider> network, std::shared_ptr<std::atomic<int>> odd)
-      : network_(std::move(network)), odd_(std::move(odd)) {}
-
-  Future<HTTPResult> fetch(const URLRequest& request) override {
-    return network_->fetch(request).map([odd = odd_](const HTTPResult& answer) {
-      constexpr int kOrdinary = 200, kFirstRefusal = 400;
-      const int status = answer.response.statusCode;
-      if (status != kOrdinary && status < kFirstRefusal) *odd = status;
-      return answer;
-    });
-  }
-
- private:
-  const std::shared_ptr<NetworkDataProvider> network_;
-  const std::shared_ptr<std::atomic<int>> odd_;
-};
 
 /// Whether the operation is for what the user has named.
 bool takesIdentifier(std::string_view operation) {
@@ -55,18 +36,25 @@ std::string documentText(const Json& json, bool forPeople) {
 
 }  // namespace
 
-Tool::Tool(GlobalOptions options) : options_(std::move(options)) {
+Tool::Tool(GlobalOptions options)
+    : options_(std::move(options)),
+      watch_(std::make_shared<NetworkWatch>(
+          options_.losses == nullptr
+              ? NetworkWatch::Look()
+              : [losses = options_.losses](const std::string& path, const Data& body) {
+                  losses->addSent(path, body);
+                })) {
   if (options_.json) answerInJson();
 }
 
 Tool::~Tool() {
   if (observer_ == nullptr) return;
-  observer_->close();
+  observer_->close({});
 }
 
 void Tool::observe(std::shared_ptr<RequestObserver> observer) {
   observer_ = std::move(observer);
-  closing_.emplace([observed = observer_] { observed->close(); });
+  closing_.emplace([observed = observer_, watch = watch_] { observed->close(watch->underWay()); });
 }
 
 void Tool::answerInJson() {
@@ -111,8 +99,8 @@ Result<std::shared_ptr<Context>> Tool::context() {
   isOpening_ = true;
   auto bootstrap = options_.bootstrap;
   bootstrap.environment = options_.environment;
-  bootstrap.wrapNetwork = [odd = oddStatus_, wrap = bootstrap.wrapNetwork](auto network) {
-    return std::make_shared<StatusWatch>(wrap ? wrap(std::move(network)) : std::move(network), odd);
+  bootstrap.wrapNetwork = [watch = watch_, wrap = bootstrap.wrapNetwork](auto network) {
+    return watch->before(wrap ? wrap(std::move(network)) : std::move(network));
   };
   const Promise<bool> bothEnded;
   if (observer_) {
@@ -143,7 +131,7 @@ std::shared_ptr<NetworkDataProvider> Tool::network(std::size_t maximumBodySize) 
   if (observer_) configuration.measuresRequests = true;
   const auto session = std::make_shared<URLSession>(std::move(configuration));
   const auto& wrap = options_.bootstrap.wrapNetwork;
-  return wrap ? wrap(session) : session;
+  return watch_->before(wrap ? wrap(session) : session);
 }
 
 Result<URL> Tool::apiBase() {
@@ -174,8 +162,11 @@ std::string Tool::place(const AnyError& error) const {
 }
 
 std::string Tool::reason(const AnyError& error) const {
-  const std::string text = explanation(error);
-  const int status = *oddStatus_;
+  std::string text = explanation(error);
+  const auto retry = watch_->retryAfter();
+  const bool isRefused = error.is<SessionError>() || error.is<Response::Error>();
+  if (isRefused && !retry.empty()) text += "; it says to come back " + retry;
+  const int status = watch_->oddStatus();
   if (status == 0 || !isUnreadable(error)) return text;
   return text + " (the service answered with status " + std::to_string(status) + ")";
 }
@@ -199,7 +190,7 @@ std::string Tool::wayOut(const AnyError& error) const {
 
 int Tool::fail(const AnyError& error) const {
   // The error comes last; a session that cannot be had ends all.
-  if (observer_) isOpening_ ? observer_->close() : observer_->flush();
+  if (observer_) isOpening_ ? observer_->close({}) : observer_->flush();
   if (options_.losses != nullptr) options_.losses->print(options_.json, false);
   if (options_.json) {
     printJsonLine(errorJson(error));

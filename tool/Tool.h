@@ -9,6 +9,7 @@
 #include <demo/DemoService.h>
 #include <tool/LossReport.h>
 #include <tool/ModelJson.h>
+#include <tool/NetworkWatch.h>
 #include <tool/Output.h>
 #include <tool/Progress.h>
 #include <tool/RequestObserver.h>
@@ -16,7 +17,6 @@
 #include <tool/ServiceChoice.h>
 
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstddef>
 #include <functional>
@@ -137,8 +137,7 @@ class Tool {
   std::unique_ptr<demo::DemoService> demo_;
   std::chrono::steady_clock::time_point end_ = std::chrono::steady_clock::time_point::max();
   bool isServiceKnown_ = false;
-  /// The last of an answer that was neither a refusal nor an ordinary one; 0 when there was none.
-  std::shared_ptr<std::atomic<int>> oddStatus_ = std::make_shared<std::atomic<int>>(0);
+  const std::shared_ptr<NetworkWatch> watch_;
   std::shared_ptr<RequestObserver> observer_;
   std::optional<BeforeEarlyEnd> closing_;
   std::shared_ptr<Context> context_;

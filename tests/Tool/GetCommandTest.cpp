@@ -59,6 +59,9 @@ TEST(TokenMask, FindsATokenInEveryForm) {
   EXPECT_EQ(brief.body(R"({"a": "a", "token": "a"})"), R"({"a": "a", "token": "***"})");
   EXPECT_EQ(mask.headerValue("Location", "http://x/ab/c+dd=/y"), "http://x/***/y");
   EXPECT_EQ(mask.headerValue("Set-Cookie", "a=other; Path=/ab/c+dd="), "a=***; Path=/***");
+  EXPECT_EQ(mask.headerValue("Set-Cookie", "other; Path=/"), "***; Path=/");
+  EXPECT_EQ(mask.headerValue("X-Signature", "other"), "***");
+  EXPECT_EQ(mask.body("http://me:other@h/"), "http://***@h/");
   EXPECT_EQ(mask.headerValue("X-Token", "other"), "***");
   EXPECT_EQ(mask.headerValue("authorization", "other"), "***");
   EXPECT_EQ(mask.headerValue("Date", "today"), "today");

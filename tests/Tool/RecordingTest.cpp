@@ -105,9 +105,11 @@ class SecretiveService {
     }
     if (target.starts_with("/v3/configuration")) return {200, configuration()};
     if (target.starts_with("/hls")) {
-      return {302, "", {{"Location", "/cdn/secret-token-5/playlist.json?k=secret-token-6"}}};
+      return {302, "", {{"Location", "/cdn/secret-1/secret-token-5?k=secret-2&secret-token-6"}}};
     }
-    if (target.starts_with("/cdn")) return {200, R"({"segments": [], "beacons": []})"};
+    if (target.starts_with("/cdn")) {
+      return {200, R"({"segments": [], "beacons": [], "x": "secret-token-5"})"};
+    }
     if (sessions_ < 2) return {401, "expired: " + request.header("Authorization")};
     if (target == "/v3/products/p") return {307, "", {{"Location", "/v3/moved?s=secret-token-7"}}};
     const std::string echo = percentEncodedQueryValue(token);
@@ -150,7 +152,8 @@ TEST(Recording, HoldsNoSecretAndIsReplayedAllTheSame) {
   const auto ads = record(file, service.options() + "ads v --json");
   EXPECT_EQ(file.text().find(kToken), std::string::npos) << file.text();
   EXPECT_EQ(replay(file, "ads v --json").output, ads.output);
-  EXPECT_NE(file.summary().find("/playlist.json 302 \n/cdn/masked-"), std::string::npos);
+  EXPECT_NE(file.summary().find("/playlist.json 302 \n/masked-"), std::string::npos);
+  EXPECT_EQ(file.text().find("secret-"), std::string::npos) << file.text();
 }
 
 TEST(Recording, TakesAShortTokenForOneOnlyWhereTokensStand) {
@@ -177,16 +180,46 @@ TEST(Recording, TakesAShortTokenForOneOnlyWhereTokensStand) {
   }
 }
 
-TEST(Disguise, FindsATokenInBase64) {
+TEST(Recording, IsReplayedThoughSecretsAreOrdinaryWords) {
+  const HTTPServer server([&](const ServedRequest& request) -> ServedAnswer {
+    const HTTPHeaders cookies{{"Set-Cookie", "a=products; Path=/"},
+                              {"Set-Cookie", "b=%2Fv3%2Fcollections"},
+                              {"Set-Cookie", "c=short_description"},
+                              {"Set-Cookie", "d=2026-11-24"},
+                              {"Set-Cookie", "e=my-films"},
+                              {"Set-Cookie", "f=12345678"},
+                              {"Set-Cookie", "nameless-cookie; Path=/"}};
+    if (request.target.starts_with("/v3/session")) return {200, R"({"token":"secret-token"})"};
+    if (request.target.starts_with("/v3/configuration")) {
+      return {200, fixture("context-configuration.json"), cookies};
+    }
+    return {200,
+            R"({"id": "my-films", "title": "nameless-cookie", "short_description": "2026-11-24",
+        "duration": 12345678, "collections": [{"id": "x", "type": "collections"}]})"};
+  });
+  const RecordingFile file;
+  const auto recorded = record(file, "video my-films --json --api " + server.url("/v3/").text());
+  const auto replayed = replay(file, "video my-films --json");
+  EXPECT_EQ(recorded.status, 0) << recorded.error;
+  EXPECT_EQ(file.text().find("nameless-cookie"), std::string::npos);
+  EXPECT_EQ(file.text().find("12345678"), std::string::npos);
+  EXPECT_EQ(JSONDataParser::object(Data(replayed.output)).force().string("shortDescription"),
+            "2026-11-24")
+      << replayed.error;
+}
+
+TEST(Disguise, FindsATokenInBase64AndInNames) {
   Disguise disguise;
   disguise.addToken("secret/token+1");
   for (const auto& [encoded, shown] :
        {std::pair("x=c2VjcmV0L3Rva2VuKzF4;", "x=token-1F4;"),
         std::pair("Basic dXNlY3JldC90b2tlbisxeA==", "Basic dXtoken-1eA=="),
         std::pair("dXM6c2VjcmV0L3Rva2VuKzE_Pz4=", "dXM6token-1E_Pz4="),
-        std::pair("dXNzZWNyZXQvdG9rZW4rMXg%3D", "dXNtoken-1Xg%3D")}) {
+        std::pair("dXNzZWNyZXQvdG9rZW4rMXg%3D", "dXNtoken-1Xg%3D"),
+        std::pair("eD1jMlZqY21WMEwzUnZhMlZ1S3pGNDs=", "eD1token-1pGNDs=")}) {
     EXPECT_EQ(disguise.text(encoded), shown);
   }
+  EXPECT_EQ(disguise.name("x-secret/token+1"), "x-token-1");
 }
 
 TEST(Replay, NamesWhatTheFileLacks) {
@@ -267,6 +300,8 @@ TEST(Recording, IsWrittenWhenASignalEndsTheTool) {
   std::filesystem::remove(asked);
   EXPECT_EQ(run.output, "130\n") << run.error;
   EXPECT_NE(run.error.find("  openSession appleTV\n"), std::string::npos) << run.error;
+  EXPECT_NE(run.error.find("\n  GET /v3/products/v\n"), std::string::npos) << run.error;
+  EXPECT_NE(run.error.find(" ms, under way\n"), std::string::npos) << run.error;
   EXPECT_NE(file.summary().find("/v3/products/v 0 the recording ended before the answer came\n"),
             std::string::npos);
   const auto again = replay(file, "--trace video v");

@@ -70,7 +70,8 @@ std::string shown(std::string_view text) {
 Json headersJson(const Got& got) {
   Json headers = Json::array();
   for (const auto& [name, value] : got.answer.response.headers) {
-    headers.push(Json::object({{"name", name}, {"value", got.mask.headerValue(name, value)}}));
+    headers.push(Json::object(
+        {{"name", got.mask.text(name)}, {"value", got.mask.headerValue(name, value)}}));
   }
   return headers;
 }
@@ -78,7 +79,7 @@ Json headersJson(const Got& got) {
 std::string headText(const Got& got) {
   std::string text = "HTTP " + std::to_string(got.answer.response.statusCode) + "\n";
   for (const auto& [name, value] : got.answer.response.headers) {
-    text.append(name).append(": ").append(got.mask.headerValue(name, value)) += '\n';
+    text.append(got.mask.text(name)).append(": ").append(got.mask.headerValue(name, value)) += '\n';
   }
   return text + "\n";
 }
@@ -122,8 +123,9 @@ void addGetCommand(Commands& commands) {
        .description = "What the service sends for a path of its API, as it is",
        .details =
            "The request is one that the library would send, with the session's token. In the body "
-           "tokens are ***, and on a terminal what it would obey is shown as an escape; all else "
-           "comes as it was sent, byte for byte. An answer with a status of 400 or above is "
+           "tokens are ***, and so is who is named in an address; on a terminal what it would obey "
+           "is shown as an escape; all else comes as it was sent, byte for byte. An answer with a "
+           "status of 400 or above is "
            "printed, too.",
        .arguments = {{.name = "PATH",
                       .description =

@@ -2,8 +2,6 @@
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <tool/get/TokenMask.h>
 
-#include <algorithm>
-#include <array>
 #include <optional>
 
 namespace orvo::tool {
@@ -30,23 +28,26 @@ void TokenMask::learnFrom(std::string_view body) {
 std::string TokenMask::text(std::string_view text) const { return tokens_.hiddenIn(text); }
 
 std::string TokenMask::body(std::string_view body) const {
+  const std::string users(std::string(kMasked) + "@");
   const std::string shown =
-      withSecretMembers(text(body), [](std::string_view) { return std::string(kMasked); });
+      withSecretMembers(text(withoutUsers(std::string(body), users)),
+                        [](std::string_view) { return std::string(kMasked); });
   // The key, or the token, may be written in escapes.
   const auto left = tokenOf(shown);
   return !left || *left == kMasked ? shown : R"({"token":"***"})";
 }
 
 std::string TokenMask::headerValue(std::string_view name, std::string_view value) const {
-  const std::string known = inLowerCase(name);
-  const bool isSecret =
-      std::ranges::any_of(std::array{"auth", "api-key", "apikey"},
-                          [&](auto part) { return known.find(part) != std::string::npos; });
-  if (isSecret || namesSecret(name)) return std::string(kMasked);
-  if (known != "set-cookie") return text(value);
-  const std::size_t begin = std::min(value.find('='), value.size());
-  const std::size_t end = std::min(value.find(';', begin), value.size());
-  return text(std::string(value.substr(0, begin)).append("=***").append(value.substr(end)));
+  if (inLowerCase(name) == "set-cookie") {
+    const auto cookie = cookieValue(value);
+    const auto begin = static_cast<std::size_t>(cookie.data() - value.data());
+    return text(std::string(value.substr(0, begin))
+                    .append(kMasked)
+                    .append(value.substr(begin + cookie.size())));
+  }
+  return namesSecretField(name)
+             ? std::string(kMasked)
+             : text(withoutUsers(std::string(value), std::string(kMasked) + "@"));
 }
 
 }  // namespace orvo::tool

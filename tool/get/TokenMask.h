@@ -17,7 +17,8 @@ class TokenMask {
   void learnFrom(std::string_view body);
 
   [[nodiscard]] std::string text(std::string_view text) const;
-  /// A body; the value of each member "token" is hidden, too, be it valid JSON or not.
+  /// A body; the value of each member "token" is hidden, too, be it valid JSON or not, and users'
+  /// names and passwords in addresses.
   [[nodiscard]] std::string body(std::string_view body) const;
   /// The value of a header field; those that are secret by their name are hidden whole.
   [[nodiscard]] std::string headerValue(std::string_view name, std::string_view value) const;

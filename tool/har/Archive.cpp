@@ -57,6 +57,12 @@ Json timings(const Hop& hop) {
                        {"ssl", optional(between(Stage::connected, Stage::secured))}});
 }
 
+/// A request whose path holds the token; where it is redirected to there may be another key.
+bool isStream(const Exchange& exchange) {
+  const auto path = exchange.request.url.path();
+  return path.ends_with("/playlist.m3u8") || path.ends_with("/playlist.json");
+}
+
 /// Writes the entries of one exchange after another.
 class Writer {
  public:
@@ -67,17 +73,21 @@ class Writer {
     const auto* const failure = exchange.result ? exchange.result->error() : nullptr;
     const auto timeline = timelineOf(exchange);
     exchange_ = &exchange;
-    url_ = exchange.request.url.withoutFragment().text();
-    hidesQuery_ = false;
+    url_ = disguise_.address(exchange.request.url.withoutFragment().text(), false);
+    bool hidesQuery = false;
     if (timeline != nullptr) {
       for (const auto& [hop, response, target] : timeline->redirects) {
-        entry(hop, responseJson(hop, response));
         // A query that the redirect brought along may be a key; one that it kept is the request's.
         const auto location = response.headers.value("Location").value_or("");
-        hidesQuery_ = hidesQuery_ || location.find('?') != std::string_view::npos;
-        url_ = target.text();
+        hidesQuery = hidesQuery || location.find('?') != std::string_view::npos;
+        const auto next = isStream(exchange) ? disguise_.target(target)
+                                             : disguise_.address(target.text(), hidesQuery);
+        if (isStream(exchange)) streamTarget_ = next;
+        entry(hop, responseJson(hop, response));
+        url_ = next;
       }
     }
+    streamTarget_ = kWithheld;
     const Hop last = timeline != nullptr ? timeline->last : unmeasured();
     entry(last, answer != nullptr ? answerJson(last, *answer) : failureJson(failure));
   }
@@ -112,15 +122,19 @@ class Writer {
   [[nodiscard]] Json headers(const HTTPHeaders& headers) {
     Json list = Json::array();
     for (const auto& [name, value] : headers) {
-      list.push(Json::object({{"name", name}, {"value", disguise_.field(name, value)}}));
+      list.push(Json::object({{"name", disguise_.name(name)}, {"value", fieldValue(name, value)}}));
     }
     return list;
   }
+  [[nodiscard]] std::string fieldValue(std::string_view name, std::string_view value) {
+    const std::string lower = inLowerCase(name);
+    const bool isAddress = lower == "location" || lower == "content-location";
+    return isAddress && isStream(*exchange_) ? streamTarget_ : disguise_.field(name, value);
+  }
 
   Json requestJson(const Hop& hop) {
-    const auto url = disguise_.address(url_, hidesQuery_);
     Json query = Json::array();
-    std::string_view rest = std::string_view(url).substr(std::min(url.find('?'), url.size()));
+    std::string_view rest = std::string_view(url_).substr(std::min(url_.find('?'), url_.size()));
     while (!rest.empty()) {
       const auto item = rest.substr(1, rest.find('&', 1) - 1);
       rest.remove_prefix(item.size() + 1);
@@ -130,7 +144,7 @@ class Writer {
     }
     const auto& request = exchange_->request;
     return Json::object({{"method", request.method},
-                         {"url", url},
+                         {"url", url_},
                          {"httpVersion", version(hop)},
                          {"cookies", Json::array()},
                          {"headers", headers(request.headers)},
@@ -151,7 +165,7 @@ class Writer {
                          {"cookies", Json::array()},
                          {"headers", headers(response.headers)},
                          {"content", std::move(content)},
-                         {"redirectURL", disguise_.address(location, true)},
+                         {"redirectURL", location.empty() ? "" : fieldValue("Location", location)},
                          {"headersSize", -1},
                          {"bodySize", hop.bytesReceived}});
   }
@@ -198,13 +212,15 @@ class Writer {
   std::vector<Json> entries_;
   // Of the entry that is being written.
   const Exchange* exchange_ = nullptr;
+  /// As the archive has it.
   std::string url_;
-  bool hidesQuery_ = false;
+  /// Where a stream's request is redirected to: the address of the next entry.
+  std::string streamTarget_;
 };
 
 /// What is secret in all that was sent and answered.
-Disguise disguiseFor(const std::vector<Exchange>& exchanges) {
-  Disguise disguise;
+Disguise disguiseFor(const RecordedRun& run, const std::vector<Exchange>& exchanges) {
+  Disguise disguise(run.words);
   const auto addFields = [&disguise](const HTTPHeaders& headers) {
     for (const auto& [name, value] : headers) disguise.addField(name, value);
   };
@@ -216,7 +232,10 @@ Disguise disguiseFor(const std::vector<Exchange>& exchanges) {
     }
     const auto timeline = timelineOf(exchange);
     if (timeline == nullptr) continue;
-    for (const auto& redirect : timeline->redirects) addFields(redirect.response.headers);
+    for (const auto& [hop, response, target] : timeline->redirects) {
+      addFields(response.headers);
+      if (isStream(exchange)) disguise.addTarget(target);
+    }
   }
   return disguise;
 }
@@ -224,7 +243,7 @@ Disguise disguiseFor(const std::vector<Exchange>& exchanges) {
 }  // namespace
 
 std::string archiveText(const RecordedRun& run, const std::vector<Exchange>& exchanges) {
-  Writer writer(disguiseFor(exchanges));
+  Writer writer(disguiseFor(run, exchanges));
   for (const auto& exchange : exchanges) writer.add(exchange);
   const auto& service = run.service;
   const auto base = [&](const std::optional<URL>& given, const URL& compiledIn) {

@@ -33,6 +33,8 @@ struct RecordedRun {
   Date moment{};
   /// The device's zone, as the variable `TZ` names it.
   std::string timeZone{};
+  /// Of the command line.
+  std::vector<std::string> words{};
 };
 
 /// The exchanges as an HTTP Archive 1.2, disguised: an entry for each request and for each redirect

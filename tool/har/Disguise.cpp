@@ -3,6 +3,7 @@
 #include <tool/har/Disguise.h>
 
 #include <algorithm>
+#include <array>
 
 namespace orvo::tool {
 
@@ -19,11 +20,60 @@ bool isWord(std::string_view text) {
   return isNumbered("token-") || isNumbered("masked-");
 }
 
-bool isSecret(const std::string& lowerName) {
-  constexpr std::array<std::string_view, 7> kSigns{"auth", "cookie",  "token",    "secret",
-                                                   "key",  "session", "signature"};
-  return std::ranges::any_of(kSigns,
-                             [&](auto sign) { return lowerName.find(sign) != std::string::npos; });
+/// What the library itself sends and reads, as far as it is long enough to be sought.
+constexpr std::string_view kVocabulary =
+    "session configuration products collections playlists playlist.m3u8 playlist.json search "
+    "suggest os_family category smart_tv smartphone app_update available calendar canceled "
+    "cancelled channels channel/id channel/name channel/order collection_type constants contains "
+    "content_type countdown_visibility_timeout deeplink_playlist description device_update "
+    "discover discovery_reset_timeout display_ads display_type duration end_of_life end_time "
+    "featured feedback hls_base_url includes item_type landscape linear_stream linear_stream_id "
+    "live_program long_description long_session min_build min_os_version next_playlist "
+    "orvo_background_banner orvo_background_landscape orvo_background_portrait "
+    "orvo_background_square orvo_cover_art_banner orvo_cover_art_landscape orvo_cover_art_portrait "
+    "orvo_cover_art_square orvo_display_art_banner orvo_display_art_landscape "
+    "orvo_display_art_portrait orvo_display_art_square orvo_logo_landscape "
+    "orvo_title_treatment_landscape orvo_title_treatment_square playable "
+    "playback_interruption_delay player_controls_timeout portrait production pure_black pure_white "
+    "recently_watched redirects relaunch_resume_timeout repear_delay repeat_delay requests "
+    "resources schedule search_top_results_limit segments session_interval share_string_template "
+    "share_url short_description short_label short_preview_mp4_high short_preview_mp4_low "
+    "short_preview_mp4_medium start_time started_minimum_percent started_minimum_time subchannel "
+    "subheading template top_results transform unavailable unconfirmed up_next_hint_time "
+    "upcoming_events user_rating_prompt video_preview watched_minimum_percent "
+    "watched_minimum_time_left";
+
+bool isOwnWord(std::string_view text) {
+  return text.find(' ') == std::string_view::npos &&
+         kVocabulary.find(text) != std::string_view::npos;
+}
+
+/// Whether it is a part of the library's addresses and documents, or made of such: without it there
+/// is nothing to replay.
+bool isVocabulary(std::string_view secret) {
+  if (isOwnWord(secret)) return true;
+  const std::string plain = percentDecoded(secret);
+  for (std::size_t at = 0; at < plain.size();) {
+    const std::size_t end = std::min(plain.find_first_of("/?&=", at), plain.size());
+    const auto part = std::string_view(plain).substr(at, end - at);
+    if (part.size() + 1 >= kShortestSought && isOwnWord(part)) return true;
+    at = end + 1;
+  }
+  return false;
+}
+
+bool isNumber(std::string_view text) {
+  return text.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// `2026-11-24`, `00:00.000Z`, `127.0.0.1`: stands in many places, and belongs to nobody.
+bool isMomentOrHost(std::string_view text) {
+  const bool isDay = text.size() >= 10 && isNumber(text.substr(0, 4)) && text[4] == '-' &&
+                     isNumber(text.substr(5, 2)) && text[7] == '-';
+  const bool isTime = text.find_first_of(":Z") != std::string_view::npos;
+  const bool isHost = std::ranges::count(text, '.') == 3;
+  return (isDay || isTime || isHost) &&
+         text.find_first_not_of("0123456789-:.+TZ\"") == std::string_view::npos;
 }
 
 /// Where the credentials begin: behind the name of a scheme, if there is one.
@@ -32,40 +82,53 @@ std::size_t credentialsIn(std::string_view authorization) {
   return space == std::string_view::npos ? 0 : space + 1;
 }
 
-/// Takes a user's name and password out of the addresses in the text.
-std::string withoutUsers(std::string text) {
-  for (const std::string_view mark : {"://", ":\\/\\/"}) {
-    for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos;) {
-      at += mark.size();
-      const std::size_t end = std::min(text.find_first_of("/?#\"'<>\\ \t\r\n", at), text.size());
-      const std::size_t user = text.substr(at, end - at).rfind('@');
-      if (user != std::string::npos) text.erase(at, user + 1);
-    }
-  }
-  return text;
-}
-
 }  // namespace
 
 std::string Disguise::word(std::string_view secret, const char* sort) {
   if (secret.empty() || isWord(secret)) return std::string(secret);
   const auto found = words_.find(secret);
   if (found != words_.end()) return found->second;
-  const auto name = std::string(sort) + "-" + std::to_string(words_.size() + 1);
+  const auto number = std::to_string(words_.size() + 1);
+  // A number may stand where a document would be none with a word in it.
+  const bool isPlain = secret.size() >= kShortestSought && isNumber(secret);
+  const auto name =
+      isPlain ? std::string(secret.size() - std::min(number.size(), secret.size()), '9') + number
+              : std::string(sort) + "-" + number;
   return words_.emplace(secret, name).first->second;
 }
 
-void Disguise::add(std::string_view secret, const char* sort) {
-  if (!secret.empty()) known_.add(secret, word(secret, sort));
+void Disguise::addToken(std::string_view token) {
+  if (!token.empty() && !isVocabulary(token)) known_.add(token, word(token, "token"));
+}
+
+bool Disguise::isSpoken(std::string_view secret) const {
+  return std::ranges::any_of(
+      spoken_, [secret](const auto& spoken) { return spoken.find(secret) != std::string::npos; });
+}
+
+void Disguise::add(std::string_view secret) {
+  const bool isOrdinary =
+      secret.empty() || isVocabulary(secret) || isMomentOrHost(secret) || isSpoken(secret);
+  if (!isOrdinary) known_.add(secret, word(secret));
 }
 
 void Disguise::addField(std::string_view name, std::string_view value) {
   const std::string lower = inLowerCase(name);
   if (lower == "authorization") return addToken(value.substr(credentialsIn(value)));
-  if (lower.find("cookie") == std::string::npos) return;
-  const std::size_t begin = value.find('=') + 1;
-  const auto cookie = value.substr(begin, value.find(';', begin) - begin);
-  add(cookie, "masked");
+  if (lower.find("cookie") != std::string::npos) add(cookieValue(value));
+}
+
+void Disguise::addTarget(const URL& url) {
+  // What is short, or has no digits, may be a folder's name.
+  constexpr std::size_t kShortestKey = 12;
+  std::string_view path = url.path();
+  while (!path.empty()) {
+    const auto part = path.substr(0, path.find('/'));
+    path.remove_prefix(std::min(part.size() + 1, path.size()));
+    const bool isKey =
+        part.size() >= kShortestKey && part.find_first_of("0123456789") != std::string_view::npos;
+    if (isKey && known_.count() < kMostKnown) add(part);
+  }
 }
 
 void Disguise::addDocument(const Data& body) {
@@ -92,13 +155,13 @@ void Disguise::addMembers(const JSONValue& value) {
       addMembers(member);
     } else if (known_.count() < kMostKnown && namesSecret(key) &&
                text->find(' ') == std::string_view::npos) {
-      add(*text, "masked");
+      add(*text);
     }
   }
 }
 
 std::string Disguise::text(std::string_view text) {
-  const std::string plain = known_.hiddenIn(withoutUsers(std::string(text)));
+  const std::string plain = known_.hiddenIn(withoutUsers(std::string(text), ""));
   return withoutStreams(
       withSecretMembers(plain, [this](std::string_view value) { return word(value); }));
 }
@@ -147,6 +210,28 @@ std::string Disguise::address(std::string_view url, bool hidesQuery) {
   return plain + tail;
 }
 
+std::string Disguise::path(std::string_view path) {
+  std::string out;
+  while (!path.empty()) {
+    const auto part = path.substr(0, path.find('/'));
+    path.remove_prefix(part.size());
+    out += word(part);
+    if (!path.empty()) out += '/';
+    path.remove_prefix(std::min<std::size_t>(path.size(), 1));
+  }
+  return out;
+}
+
+std::string Disguise::target(const URL& url) {
+  const std::string full = url.withoutFragment().text();
+  const std::size_t host = full.find("://") == std::string::npos ? 0 : full.find("://") + 3;
+  const std::size_t begin = std::min(full.find_first_of("/?", host), full.size());
+  const std::size_t end = std::min(full.find('?', begin), full.size());
+  const std::string_view rest(full);
+  return text(rest.substr(0, begin)) + path(rest.substr(begin, end - begin)) +
+         query(known_.hiddenIn(rest.substr(end)));
+}
+
 std::string Disguise::field(std::string_view name, std::string_view value) {
   const std::string lower = inLowerCase(name);
   if (lower == "location" || lower == "content-location") return address(value, true);
@@ -155,7 +240,7 @@ std::string Disguise::field(std::string_view name, std::string_view value) {
     const std::size_t begin = credentialsIn(value);
     return std::string(value.substr(0, begin)) + word(value.substr(begin), "token");
   }
-  return isSecret(lower) ? word(value) : text(value);
+  return namesSecretField(lower) ? word(value) : text(value);
 }
 
 std::string Disguise::sessionDocument(const Data& body) {
@@ -178,13 +263,20 @@ std::string Disguise::sessionDocument(const Data& body) {
 }
 
 std::string Disguise::playlist(std::string_view text) {
+  const std::string ends = " \t\r\n\"'<>";
   const std::string plain = this->text(text);
+  const std::string_view rest(plain);
   std::string out;
   for (std::size_t at = 0; at < plain.size();) {
-    const std::size_t begin = std::min(plain.find('?', at), plain.size());
-    const std::size_t end = std::min(plain.find_first_of(" \t\r\n\"'<>#,;", begin), plain.size());
+    const std::size_t host = plain.find("://", at);
+    const std::size_t path =
+        host == std::string::npos ? host : plain.find_first_of("/?" + ends, host + 3);
+    const std::size_t begin = std::min({plain.find('?', at), path, plain.size()});
+    const std::size_t query = std::min(plain.find_first_of("?" + ends, begin), plain.size());
+    const std::size_t end = std::min(plain.find_first_of(ends, query), plain.size());
     out.append(plain, at, begin - at);
-    out += query(std::string_view(plain).substr(begin, end - begin));
+    out += this->path(rest.substr(begin, query - begin));
+    out += this->query(rest.substr(query, end - query));
     at = end;
   }
   return out;

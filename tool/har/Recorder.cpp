@@ -81,10 +81,10 @@ class Recorder::Watch final : public NetworkDataProvider {
   const std::shared_ptr<NetworkDataProvider> network_;
 };
 
-Recorder::Recorder(std::string file, bool speaksJson)
+Recorder::Recorder(std::string file, bool speaksJson, std::vector<std::string> words)
     : file_(std::move(file)),
       speaksJson_(speaksJson),
-      run_{.moment = present(), .timeZone = zoneAt(present())} {
+      run_{.moment = present(), .timeZone = zoneAt(present()), .words = std::move(words)} {
   requireReplaceable(file_);
 }
 

@@ -15,8 +15,9 @@ namespace orvo::tool {
 /// Safe to use from any thread.
 class Recorder : public std::enable_shared_from_this<Recorder> {
  public:
-  /// Throws `WrongUsage` when no file can be put there. `speaksJson`: messages are documents.
-  Recorder(std::string file, bool speaksJson);
+  /// Throws `WrongUsage` when no file can be put there. `speaksJson`: messages are documents;
+  /// `words`: of the command line.
+  Recorder(std::string file, bool speaksJson, std::vector<std::string> words);
 
   /// The same way to the network, watched.
   [[nodiscard]] std::shared_ptr<NetworkDataProvider> before(

@@ -6,10 +6,11 @@
 
 namespace orvo::tool {
 
-Recording::Recording(const std::string& file, GlobalOptions& options) {
+Recording::Recording(const std::string& file, GlobalOptions& options,
+                     std::vector<std::string> words) {
   if (file.empty()) return;
   holdPresent();
-  recorder_ = std::make_shared<Recorder>(file, options.json);
+  recorder_ = std::make_shared<Recorder>(file, options.json, std::move(words));
   options.bootstrap.session.measuresRequests = true;
   options.bootstrap.wrapNetwork = [recorder = recorder_](auto network) {
     return recorder->before(std::move(network));

@@ -29,8 +29,8 @@ void replay(const std::string& file, GlobalOptions& options);
 /// end, also at an early one. Nothing is recorded when no file is named. There is one at most.
 class Recording {
  public:
-  /// Throws `WrongUsage` when no file can be put there.
-  Recording(const std::string& file, GlobalOptions& options);
+  /// Throws `WrongUsage` when no file can be put there. `words`: of the command line.
+  Recording(const std::string& file, GlobalOptions& options, std::vector<std::string> words);
   ~Recording();
   Recording(const Recording&) = delete;
   Recording& operator=(const Recording&) = delete;

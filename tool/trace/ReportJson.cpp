@@ -36,12 +36,13 @@ Json reportJson(const RequestReport& report, bool isTimed) {
   for (std::size_t phase = 0; phase < phases.size(); ++phase) {
     times.set(std::string(enumCases<RequestPhase>[phase].name), seconds(phases[phase]));
   }
+  // What is under way has no operation yet, and no phases.
   Json json = Json::object(
-      {{"operation", operation},
+      {{"operation", known(operation)},
        {"identifier", known(identifier)},
        {"start", toJson(wallTime(begun))},
        {"http.client.request.duration", isTimed ? Json(seconds(total)) : Json()},
-       {"phases", isTimed ? std::move(times) : Json()},
+       {"phases", isTimed && !operation.empty() ? std::move(times) : Json()},
        {"source", caseName(source)},
        {"http.request.method", known(method)},
        {"url.path", known(path)},
@@ -52,6 +53,7 @@ Json reportJson(const RequestReport& report, bool isTimed) {
        {"isConnectionReused", isReused},
        {"redirects", Json::list(redirects, [](const auto& text) { return Json(text); })},
        {"retries", static_cast<std::int64_t>(retries)}});
+  if (operation.empty()) json.set("isUnderWay", true);
   if (error) {
     json.set("error.type", errorType(report));
     json.set("error", errorValue(*error));

@@ -3,6 +3,7 @@
 #include <tool/trace/Trace.h>
 #include <tool/trace/Waterfall.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <string_view>
 
@@ -36,8 +37,10 @@ void Trace::flush() {
   queue()->sync([this] { print(); });
 }
 
-void Trace::close() {
-  queue()->sync([this] {
+void Trace::close(const std::vector<RequestReport>& underWay) {
+  queue()->sync([&] {
+    // With all that there may be, these are what somebody has waited for.
+    if (!isClosed_) std::ranges::for_each(underWay, [this](const auto& report) { take(report); });
     print();
     isClosed_ = true;
   });

@@ -17,7 +17,7 @@ class Trace final : public RequestObserver {
 
   void take(const RequestReport& report) override;
   void flush() override;
-  void close() override;
+  void close(const std::vector<RequestReport>& underWay) override;
 
  private:
   /// A monitor may run for months.

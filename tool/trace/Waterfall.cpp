@@ -15,7 +15,7 @@ namespace {
 using std::chrono::nanoseconds;
 
 /// What people tell apart; several phases of a report may be one of these.
-enum class Part { earlier, waiting, name, connect, secure, server, transfer, reading };
+enum class Part { earlier, waiting, name, connect, secure, server, transfer, reading, underWay };
 
 struct Mark {
   std::string_view sign;
@@ -23,14 +23,15 @@ struct Mark {
   Style style;
 };
 
-constexpr std::array<Mark, 8> kPartMarks{{{"≈", "earlier attempts", Style::warning},
+constexpr std::array<Mark, 9> kPartMarks{{{"≈", "earlier attempts", Style::warning},
                                           {"·", "waiting", Style::faint},
                                           {"░", "name", Style::accent},
                                           {"▒", "connect", Style::accent},
                                           {"▓", "TLS", Style::accent},
                                           {"━", "server", Style::plain},
                                           {"█", "transfer", Style::good},
-                                          {"▫", "reading", Style::faint}}};
+                                          {"▫", "reading", Style::faint},
+                                          {"┄", "under way", Style::bad}}};
 
 constexpr std::array<Part, RequestReport::kPhases> kParts{
     Part::waiting, Part::earlier, Part::earlier, Part::waiting,  Part::name,    Part::connect,
@@ -47,7 +48,10 @@ std::string sizeText(std::uint64_t bytes) {
                            : fmt::format("{:.1f} MB", size / 1e6);
 }
 
+bool isUnderWay(const RequestReport& report) { return report.operation.empty(); }
+
 std::string labelOf(const RequestReport& report) {
+  if (isUnderWay(report)) return printable(report.method + " " + report.path);
   return printable(std::string(report.operation) +
                    (report.identifier.empty() ? "" : " " + report.identifier));
 }
@@ -62,12 +66,14 @@ std::string statusOf(const RequestReport& report) {
 std::string sizeOf(const RequestReport& report) {
   const std::uint64_t bytes =
       report.bytesReceived != 0 ? report.bytesReceived : report.bytesDecoded;
-  return report.source == RequestReport::Source::cache ? "" : sizeText(bytes);
+  const bool isUnknown = report.source == RequestReport::Source::cache || isUnderWay(report);
+  return isUnknown ? "" : sizeText(bytes);
 }
 
 /// How it came about.
 std::string wayOf(const RequestReport& report) {
   using Source = RequestReport::Source;
+  if (isUnderWay(report)) return "under way";
   if (report.source == Source::cache) return "from cache";
   if (report.source == Source::none) return "not sent";
   return joined({report.source == Source::interceptor ? "interceptor" : "",
@@ -80,6 +86,7 @@ std::string wayOf(const RequestReport& report) {
 
 /// What the longest parts took, `server 12 ms, name 3 ms`.
 std::string partsText(const RequestReport& report) {
+  if (isUnderWay(report)) return "still under way";
   std::array<nanoseconds, kPartMarks.size()> times{};
   for (std::size_t phase = 0; phase < kParts.size(); ++phase) {
     times[static_cast<std::size_t>(kParts[phase])] += report.phases[phase];
@@ -209,6 +216,13 @@ class Waterfall {
     const std::size_t from = std::min(column(begun, columns), columns - 1);
     const std::size_t to = std::max(column(begun + report.total, columns), from + 1);
     std::string text(from, ' ');
+    if (isUnderWay(report)) {
+      const Mark& mark = kPartMarks.back();
+      isUsed_.back() = true;
+      std::string cells;
+      for (std::size_t cell = from; cell < to; ++cell) cells += mark.sign;
+      return text.append(screen_.in(mark.style, cells)).append(columns - to, ' ');
+    }
     for (std::size_t cell = from; cell < to;) {
       const std::size_t phase = phaseIn(report, cell, columns);
       std::string cells;
