@@ -15,7 +15,7 @@ BLOCK = re.compile(r"^```cpp (examples/\S+)\n(.*?)^```$", re.M | re.S)
 def main():
     root = pathlib.Path(sys.argv[1])
     faults, blocks = [], 0
-    for document in [root / "README.md", *sorted((root / "docs").glob("*.md"))]:
+    for document in [root / "README.md", *sorted((root / "docs").rglob("*.md"))]:
         for name, code in BLOCK.findall(document.read_text(encoding="utf-8")):
             blocks += 1
             file = root / name

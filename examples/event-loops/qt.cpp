@@ -7,6 +7,7 @@
 
 #include "Film.h"
 
+/// Shows onMain(context, future, task).
 int main(int count, char** arguments) {
   QCoreApplication app(count, arguments);
   if (count != 3) return 2;
