@@ -36,7 +36,7 @@ constexpr std::size_t kMostMegabytes = 10 + 112 + 64 + 10 * 32;
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kIsSanitized = true;
-constexpr std::size_t kDocuments = 3;  // each takes seconds
+constexpr std::size_t kDocuments = 2;  // each takes seconds
 #else
 constexpr bool kIsSanitized = false;
 constexpr std::size_t kDocuments = 30;

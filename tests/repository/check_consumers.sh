@@ -2,7 +2,8 @@
 # Uses an installed copy as others do, by README's own lines: they are taken from it and run as they
 # stand. Each program fetches a video from the installed tool's demo service. With `all` the library
 # is also built from its sources as a part of other projects, and linked statically.
-# Usage: check_consumers.sh BUILD_FOLDER [all], BUILD_FOLDER being that of the preset release
+# Usage: check_consumers.sh BUILD_FOLDER [all], BUILD_FOLDER being a built one, which
+# stands for README's
 set -euo pipefail
 build=$(realpath "$1") all=${2:-}
 source=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../..")
@@ -152,9 +153,9 @@ block cpp first-program >"$work/app.cpp"
 (($(wc -l <"$work/app.cpp") < 20)) || { echo "README's first program is not under 20 lines"; exit 1; }
 mkdir "$HOME"
 (
-  mkdir -p "$work/checkout"
+  mkdir -p "$work/checkout/build"
   cd "$work/checkout"
-  ln -s "$(dirname "$build")" build
+  ln -s "$build" build/release
   eval "$(block sh install-for-yourself | grep '^cmake --install ')" >/dev/null
 )
 
