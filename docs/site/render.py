@@ -2,6 +2,7 @@
 
 import html
 import re
+import textwrap
 
 from markdown_it import MarkdownIt
 from pygments import highlight
@@ -28,7 +29,7 @@ def code_block(code, language, source=""):
     """A block of code; one that is wider than the screen can be scrolled, with the keyboard too."""
     caption = f"<figcaption>{source}</figcaption>" if source else ""
     return (f'<figure class="code">{caption}<pre tabindex="0"><code>'
-            f"{colored(code.rstrip(), language)}</code></pre></figure>\n")
+            f"{colored(textwrap.dedent(code).rstrip(), language)}</code></pre></figure>\n")
 
 
 def slug(title, taken):
