@@ -1,7 +1,7 @@
 #pragma once
 
-/// Everything but the headers that are included on purpose: the coroutine support
-/// (Futures/Coroutine.h) and the test kit (Testing/).
+/// Everything but what is included separately: coroutine support (Futures/Coroutine.h), the main
+/// queue in a GLib or Qt loop (Integration/), and the test kit (Testing/).
 
 #include <OrvoAPI/Base/CompilerCheck.h>
 

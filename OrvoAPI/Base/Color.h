@@ -7,16 +7,16 @@
 
 namespace orvo {
 
-/// An opaque 24-bit colour. A value; safe to use from any thread. Black by default.
+/// An opaque 24-bit colour. A value; thread-safe. Black by default.
 class Color {
  public:
   constexpr Color() = default;
   /// `0xRRGGBB`; higher bits are ignored.
   constexpr explicit Color(std::uint32_t hexValue) : rgb_(hexValue & 0xFFFFFFU) {}
 
-  /// Reads hexadecimal digits in either case, without the "#" signs around them. Like a scanner, it
-  /// skips white space and an optional "0x" and stops at the first character that is not a digit; a
-  /// number beyond 32 bits counts as the greatest. Nothing when there is no digit.
+  /// Reads hexadecimal digits in either case, ignoring "#" characters around them. Like a scanner,
+  /// it skips white space and an optional "0x" and stops at the first character that is not a
+  /// digit; a number beyond 32 bits counts as the greatest. `std::nullopt` if there is no digit.
   [[nodiscard]] static std::optional<Color> fromHexString(std::string_view hexString);
 
   /// The components, from 0 to 1.
@@ -31,7 +31,7 @@ class Color {
   [[nodiscard]] constexpr std::uint8_t blue8() const { return byte(0); }
 
   /// "#%02x%02x%02x" of the components from 0 to 1, unscaled: 1.0 reads "01" and everything less
-  /// "00". Kept for code that compares with it; to show a colour, print the stored components.
+  /// "00". Kept for code that compares it; to display a colour, use the stored components.
   [[nodiscard]] std::string toHex() const;
 
   friend constexpr bool operator==(Color, Color) = default;

@@ -7,11 +7,10 @@
 
 namespace orvo {
 
-/// The bytes of a body: immutable and shared, so that a copy costs a pointer. Safe to use from any
-/// thread.
+/// The bytes of a body: immutable and shared, so that copying costs a pointer. Thread-safe.
 class Data {
  public:
-  /// Readable bytes that follow the last one, so that a vectorised reader may run past the end.
+  /// Readable bytes that follow the last one, so that a vectorised reader may read past the end.
   static constexpr std::size_t kPadding = 64;
 
   Data() = default;

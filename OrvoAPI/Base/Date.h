@@ -8,11 +8,10 @@
 namespace orvo {
 
 /// A point in absolute time, in whole milliseconds since 1970-01-01 00:00:00 UTC (earlier ones are
-/// negative). A sum or a difference that would lie beyond what 64 bits hold is the last, or the
-/// first, that they do. A value; safe to use from any thread.
+/// negative). Sums and differences saturate at the limits of 64 bits. A value; thread-safe.
 ///
 /// To and from the standard library's clock: `Date(std::chrono::system_clock::now())`,
-/// `date.timePoint()`. What is less than a millisecond is left out, towards the past.
+/// `date.timePoint()`. Fractions of a millisecond are truncated towards the past.
 class Date {
  public:
   constexpr Date() = default;
@@ -24,7 +23,7 @@ class Date {
 
   [[nodiscard]] constexpr std::int64_t millisecondsSince1970() const { return milliseconds_; }
 
-  /// The first or the last that the clock can tell when the date is beyond that.
+  /// A date beyond the clock's range gives the nearest time point within it.
   [[nodiscard]] constexpr std::chrono::system_clock::time_point timePoint() const {
     using Time = std::chrono::system_clock::time_point;
     using std::chrono::ceil;
@@ -36,7 +35,7 @@ class Date {
     return Time(std::chrono::milliseconds(milliseconds_));
   }
 
-  /// The date itself: a date takes part in a schedule as its own start.
+  /// The date itself: in a schedule a date is its own start.
   [[nodiscard]] constexpr Date startTime() const { return *this; }
 
   friend constexpr auto operator<=>(Date, Date) = default;

@@ -8,8 +8,8 @@
 
 namespace orvo {
 
-/// One case of an enumeration as text: its name, and the raw value with which it travels (the name
-/// unless stated; empty in an enumeration that never travels).
+/// One case of an enumeration as text: its name, and the raw value that is used in documents and
+/// URLs (by default the name; empty in an enumeration that is never transferred).
 struct EnumCase {
   std::string_view name;
   std::string_view rawValue = name;
@@ -31,13 +31,13 @@ concept NamedEnum = std::is_enum_v<E> && std::is_array_v<decltype(enumCases<E>)>
 template <class E>
 concept RawValueEnum = NamedEnum<E> && !enumCases<E>[0].rawValue.empty();
 
-/// The case's name as it stands in the code.
+/// The case's name as spelled in the code.
 template <NamedEnum E>
 [[nodiscard]] constexpr std::string_view caseName(E value) {
   return enumCases<E>[static_cast<std::size_t>(value)].name;
 }
 
-/// The text with which the case travels.
+/// The text that stands for the case in documents and URLs.
 template <RawValueEnum E>
 [[nodiscard]] constexpr std::string_view rawValue(E value) {
   return enumCases<E>[static_cast<std::size_t>(value)].rawValue;

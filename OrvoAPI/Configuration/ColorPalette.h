@@ -59,12 +59,14 @@ inline constexpr ColorPalette::Entry ColorPalette::entries[12] = {
     {"grey300", &ColorPalette::grey300, "ov_grey_300", "#969696", "br_18"},
     {"grey350", &ColorPalette::grey350, "ov_grey_350", "#B3B3B3", "br_41"}};
 
+/// Reads a colour. Stateless; may be called from any thread.
 struct ColorResourceParser {
   /// `fallback`: hexadecimal text of the colour that stands in for an unreadable "hex".
   [[nodiscard]] static Result<ColorResource> parse(const JSONObject& json,
                                                    std::string_view fallback);
 };
 
+/// Reads the palette. Stateless; may be called from any thread.
 struct ColorPaletteParser {
   /// Never fails: each entry falls back on its own.
   [[nodiscard]] static ColorPalette parse(const JSONObject& json);

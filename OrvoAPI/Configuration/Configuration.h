@@ -19,7 +19,7 @@ namespace orvo {
 
 /// The remote configuration: what the service tells its clients before anything else.
 struct Configuration {
-  /// A page that the service gives a fixed place in the app.
+  /// A page with a fixed place in the app, such as the start page.
   struct SystemView {
     /// "discover", "calendar" or "channels".
     std::string name;
@@ -33,7 +33,7 @@ struct Configuration {
     std::string id = "playlists::ee9c13f1-9670-4ef5-975a-940461886100";
   };
 
-  /// Look a view up by its name; those that the document lacks are missing here.
+  /// Look views up by name: those missing from the document are missing here.
   std::vector<SystemView> systemViews;
   Constants constants;
   ColorPalette colorPalette;
@@ -47,6 +47,7 @@ struct Configuration {
   Environment environment = Environment::production;
 };
 
+/// Reads the configuration. Stateless; may be called from any thread.
 struct ConfigurationParser {
   /// Strict about the sections without which a client cannot work ("nav", "colors", "links", the
   /// constants, "linear_stream_id", "tv"), lenient about the rest.

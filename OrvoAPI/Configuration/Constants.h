@@ -11,7 +11,7 @@ namespace orvo {
 
 /// The client's timings and thresholds. Durations are in seconds.
 struct Constants {
-  /// Where streams and their ad metadata lie.
+  /// The base URL of streams and their ad metadata.
   URL hlsBaseURL;
   std::string linearStreamID;
   double upNextHintTimeout = 0;
@@ -27,10 +27,11 @@ struct Constants {
   std::string shareStringTemplate;
   std::int64_t searchTopResultsLimit = 0;
   double playbackInterruptDelay = 0;
-  /// Agreed with the advertisers once and for all; the document cannot set it.
+  /// Fixed by agreement with the advertisers; not part of the document.
   double adCornerBugDelay = 15.0;
 };
 
+/// Reads the constants. Stateless; may be called from any thread.
 struct ConstantsParser {
   /// `json` is the whole configuration document: the constants lie at its top level.
   [[nodiscard]] static Result<Constants> parse(const JSONObject& json);

@@ -15,6 +15,7 @@ struct DisplayAd {
   std::string profile;
 };
 
+/// Reads the section "display_ads". Stateless; may be called from any thread.
 struct DisplayAdParser {
   [[nodiscard]] static Result<DisplayAd> parse(const JSONObject& json);
 };

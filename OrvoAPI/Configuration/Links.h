@@ -16,6 +16,7 @@ struct Links {
   URL feedback;
 };
 
+/// Reads the section "links". Stateless; may be called from any thread.
 struct LinksParser {
   [[nodiscard]] static Result<Links> parse(const JSONObject& json);
 };

@@ -21,6 +21,7 @@ struct RatingPromptConfig {
   [[nodiscard]] static RatingPromptConfig defaultConfig() { return {}; }
 };
 
+/// Reads the section "user_rating_prompt". Stateless; may be called from any thread.
 struct RatingPromptConfigParser {
   [[nodiscard]] static Result<RatingPromptConfig> parse(const JSONObject& json);
 };

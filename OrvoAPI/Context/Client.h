@@ -4,16 +4,16 @@
 
 namespace orvo {
 
-/// The kind of device that the app runs on, as the service tells them apart: by screen and way of
-/// use, not by operating system. An app on Linux takes the one that it is used like: `appleTV` for
-/// what a remote control drives on a television, `iPad` for a desktop, a laptop or a tablet,
-/// `iPhone` for a phone. A value.
+/// The kind of device that the app runs on, as the service distinguishes them: by screen and input,
+/// not by operating system. An app on Linux chooses the one whose use is closest to its own:
+/// `appleTV` for what a remote control drives on a television, `iPad` for a desktop, a laptop or a
+/// tablet, `iPhone` for a phone. A value.
 enum class Client { iPhone, iPad, appleTV, appleWatch };
 
-/// What the service is told of the device's operating system. A value.
+/// The operating-system family that the service is told. A value.
 enum class OSFamily { ios, tvos, watchos };
 
-/// What the service is told of the device's shape. A value.
+/// The device category that the service is told. A value.
 enum class Category { smartphone, tablet, tv, watch };
 
 template <>

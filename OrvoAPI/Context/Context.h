@@ -36,21 +36,21 @@ class RequestPipeline;
 class RequestReporter;
 }  // namespace detail
 
-/// The library's root object: the service as one session and one configuration see it. Safe to use
-/// from any thread. Held by shared pointers; the app owns it. Dropping it cancels nothing: fetches
-/// under way complete, except one whose session is being renewed.
+/// The library's root object: one session with a service, and its configuration. Thread-safe. Held
+/// by shared pointers; the app owns it. Destroying it cancels nothing: fetches in flight complete,
+/// except one whose session is being renewed.
 ///
 /// A fetch delivers an immutable value that it shares with the cache. It fails with the error of
 /// the session or the transport (`URLError`) unchanged, with `SessionError` when the server
 /// refuses, with `GeneralError::underlying` around the parser's error when the answer is not such a
 /// document, and with `URLService::Error::invalidInput` when the identifier makes no URL; nothing
 /// is sent then. Each says what was asked for (`AnyError::context`). Two equal fetches make two
-/// requests. Cancelling one drops its result and reaches nothing that is under way; a `FetchScope`
-/// ends what was fetched through it. Values from the cache, and tokens that are still fresh, come
-/// through the main queue.
+/// requests. Cancelling a fetch discards its result but not the request; to end requests, fetch
+/// through a `FetchScope`. Cached values, and tokens that are still fresh, are delivered through
+/// the main queue.
 class Context final : public std::enable_shared_from_this<Context> {
  public:
-  /// The base URLs are the API's and the images'; a "/" that is missing at their ends is added.
+  /// The base URLs are the API's and the images'; a missing trailing "/" is added.
   [[nodiscard]] static std::shared_ptr<Context> make(
       Configuration configuration, URL baseURL, URL resourceURL,
       std::shared_ptr<SessionProvider> sessionProvider,
@@ -84,7 +84,7 @@ class Context final : public std::enable_shared_from_this<Context> {
     return configuration_->constants.shareStringTemplate;
   }
   [[nodiscard]] Environment environment() const { return configuration_->environment; }
-  /// In the order discover, calendar, channels; those that the configuration lacks are missing.
+  /// In the order discover, calendar, channels, without those that the configuration lacks.
   [[nodiscard]] std::vector<SystemView> systemViews() const;
 
   // What the context holds.
@@ -93,9 +93,9 @@ class Context final : public std::enable_shared_from_this<Context> {
   [[nodiscard]] const URLService& urlService() const { return urlService_; }
   /// What the builders of image URLs take.
   [[nodiscard]] const ResourceHost& resourceHost() const { return resourceHost_; }
-  /// The cached answers, of <OrvoAPI/Storage/AppStore.h>; empty it when memory runs short.
+  /// The cached answers, declared in <OrvoAPI/Storage/AppStore.h>; empty it when memory is low.
   [[nodiscard]] AppStore& store() const;
-  /// Values of the app's own, of any type.
+  /// The app's own values, of any type.
   [[nodiscard]] KeyedStore<std::any>& appValues() const;
   [[nodiscard]] Logger& logger() const { return *logger_; }
   [[nodiscard]] const std::shared_ptr<const Clock>& clock() const { return clock_; }
@@ -116,7 +116,7 @@ class Context final : public std::enable_shared_from_this<Context> {
   /// The playlist with this video in it, put first when the server does not list it.
   [[nodiscard]] Future<Shared<Playlist>> fetchPlaylist(std::string_view id,
                                                        const Video& including) const;
-  /// Never cached, nor are the other searches.
+  /// Never cached, like all searches.
   [[nodiscard]] Future<Shared<std::vector<SearchCollection>>> fetchSearchResults(
       std::string_view query) const;
   /// The first collection of that kind, or an empty one.
@@ -125,14 +125,14 @@ class Context final : public std::enable_shared_from_this<Context> {
       const ListFetchOptions& options = {}) const;
   [[nodiscard]] Future<Shared<std::vector<std::string>>> fetchSearchSuggestions(
       std::string_view query) const;
-  /// `id`: the linear stream's; the server knows only one and is not told.
+  /// `id`: the linear stream's. The server has only one, so it is not sent.
   [[nodiscard]] Future<Shared<LinearProgramGuide>> fetchLinearProgramGuide(
       std::string_view id, Date start, Date end, const ListFetchOptions& options = {}) const;
-  /// `url` is absolute. Sent without the token, which it waits for all the same.
+  /// `url` must be absolute. The request carries no token, but waits for one like the others.
   [[nodiscard]] Future<Shared<Lineup>> fetchLineup(const URL& url) const;
   [[nodiscard]] Future<Shared<VideoAdMetadata>> fetchVideoAdMetadata(std::string_view id) const;
 
-  /// Where the video's stream begins. It contains the current token: keep it out of logs.
+  /// The address of the video's stream. It contains the current token: keep it out of logs.
   [[nodiscard]] URL videoURL(std::string_view videoID) const;
 
   // Capabilities: the same fetches for later.
@@ -164,7 +164,7 @@ class Context final : public std::enable_shared_from_this<Context> {
       std::string query, SearchCollection::ResultsKind kind) const;
   [[nodiscard]] Capability<Shared<std::vector<std::string>>> searchSuggestionsCapability(
       std::string query) const;
-  /// How the lineup is to be drawn stays with the caller.
+  /// How the lineup is drawn is up to the caller; `meta` says what the service suggests.
   [[nodiscard]] Capability<Shared<Lineup>> lineupCapability(LineupReference meta) const;
   [[nodiscard]] Capability<Shared<LinearProgramGuide>> linearProgramGuideCapability(
       Date start, Date end, ListFetchOptions options = {}) const;

@@ -14,20 +14,21 @@
 
 namespace orvo {
 
+/// What `ContextService::context` may be given. A value.
 struct BootstrapOptions {
-  /// How every URL session of the library is made; its `protocolClasses` see the requests of the
-  /// bootstrap and every later one.
+  /// The configuration of all URL sessions of the library; its `protocolClasses` see the requests
+  /// of the bootstrap and all later ones.
   URLSessionConfiguration session = {};
-  /// What the context is made with.
+  /// The options of the context.
   ContextOptions context = {};
-  /// What the configuration names as its origin when the base URLs are given by hand.
+  /// The environment that the configuration names when the base URLs are given explicitly.
   Environment environment = Environment::production;
-  /// Stands before the network: is given each way to it and returns the one to be used, for
-  /// instance a provider that passes its requests on and sees what becomes of them. Called twice:
-  /// within `ContextService::context` for what opens sessions and loads the configuration, and, on
-  /// any thread, for the context when both are there. The first call's exceptions leave
-  /// `ContextService::context`, the second's fail the future within `GeneralError::underlying`.
-  /// Null leaves the network as it is.
+  /// Wraps the network: called with each network provider and returns the one to use instead, for
+  /// instance one that passes requests on and observes their outcome. Called twice: within
+  /// `ContextService::context` for what opens sessions and loads the configuration, and, on any
+  /// thread, for the context when both are there. An exception of the first call propagates from
+  /// `ContextService::context`; one of the second fails the future, within
+  /// `GeneralError::underlying`. When null, nothing is wrapped.
   std::function<std::shared_ptr<NetworkDataProvider>(std::shared_ptr<NetworkDataProvider>)>
       wrapNetwork = nullptr;
 };
@@ -36,17 +37,17 @@ struct BootstrapOptions {
 struct ContextService {
   ContextService() = delete;
 
-  /// Opens a session and downloads the configuration, at once and without authorisation, and makes
-  /// the context from both. There is no retry and no fallback: any failure fails the future, one of
-  /// the session before one of the configuration. Transport errors come unchanged; a status of 400
-  /// or above, and a document that cannot be read, within `GeneralError::underlying`. Cancelling
-  /// the future cancels the session's request.
+  /// Opens a session and downloads the configuration, concurrently and without authorisation, and
+  /// makes the context from both. There is no retry and no fallback: any failure fails the future,
+  /// one of the session before one of the configuration. Transport errors come unchanged; a status
+  /// of 400 or above, and a document that cannot be read, within `GeneralError::underlying`.
+  /// Cancelling the future cancels the session's request.
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       Environment environment, Client client, const BootstrapOptions& options = {});
 
-  /// The same for a deployment with base URLs of its own, which may be http. A "/" that is missing
-  /// at the end of their paths is added. A relative API base fails with
-  /// `URLService::Error::invalidInput`, and nothing is sent.
+  /// The same for a deployment with base URLs of its own, which may be http. A missing trailing "/"
+  /// is added to their paths. A relative API base fails with `URLService::Error::invalidInput`, and
+  /// nothing is sent.
   [[nodiscard]] static Future<std::shared_ptr<Context>> context(
       const URL& baseURL, const URL& resourceURL, Client client,
       const BootstrapOptions& options = {});

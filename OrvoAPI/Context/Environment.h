@@ -22,10 +22,12 @@ inline constexpr std::array allEnvironments{Environment::production, Environment
 /// The name for people: "Production", "QA" or "Staging".
 [[nodiscard]] std::string_view name(Environment environment);
 
-/// The base URL of the deployment's API, compiled in; it ends with "/". Lives for ever.
+/// The base URL of the deployment's API, compiled in; it ends with "/". Lives as long as the
+/// process.
 [[nodiscard]] const URL& url(Environment environment);
 
-/// The base URL of images, one for all deployments, compiled in; it ends with "/". Lives for ever.
+/// The base URL of images, one for all deployments, compiled in; it ends with "/". Lives as long as
+/// the process.
 [[nodiscard]] const URL& resourceURL(Environment environment);
 
 }  // namespace orvo

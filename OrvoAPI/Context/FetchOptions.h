@@ -16,18 +16,21 @@ struct ListPartRequest {
   friend bool operator==(const ListPartRequest&, const ListPartRequest&) = default;
 };
 
+/// How a page is fetched. A value.
 struct PageFetchOptions {
-  /// Asks the server in any case, and leaves the cache as it is.
+  /// Bypasses the cache: asks the server, and does not store the answer.
   bool noCache = false;
 };
 
+/// How a video is fetched. A value.
 struct VideoFetchOptions {
-  /// The playlist or collection that the video is to name as its own.
+  /// Becomes the video's `playlistID`: the playlist or collection that it was found in.
   std::optional<std::string> playlistID = std::nullopt;
-  /// Asks the server in any case, and leaves the cache as it is.
+  /// Bypasses the cache: asks the server, and does not store the answer.
   bool noCache = false;
 };
 
+/// How a list is fetched. A value.
 struct ListFetchOptions {
   /// Which part of the list; without it, the server's first part.
   std::optional<ListPartRequest> page = std::nullopt;

@@ -10,9 +10,9 @@ namespace detail {
 class FetchScopeState;
 }
 
-/// What belongs to one screen, or to one search: when it is cancelled, assigned another or
-/// destroyed, all that was fetched through it ends, down to the network, and what comes next finds
-/// the connections free.
+/// The fetches of one screen, or of one search: when the scope is cancelled, assigned to or
+/// destroyed, everything fetched through it ends, down to the network, which frees the connections
+/// for what comes next.
 ///
 ///     class Screen {
 ///       orvo::FetchScope scope_{app.context};  // made with the screen, and gone with it
@@ -27,20 +27,20 @@ class FetchScopeState;
 ///   - everything asked of its context, by what holds it still, by its capabilities, walks and
 ///     monitors, fails at once with -999, cached or not.
 ///
-/// Cancelling the future of a fetch does neither: it drops the result only. What the app has
-/// replaced a network provider with is cancelled as far as it heeds a future's cancel.
+/// Cancelling the future of a fetch does neither: it drops the result only. A network provider of
+/// the app's own is cancelled as far as it honours the cancellation of its futures.
 ///
 /// Movable. `cancel` and the context may be used from any thread.
 class FetchScope final {
  public:
-  /// A null context stops the process.
+  /// A null context terminates the process.
   explicit FetchScope(const std::shared_ptr<const Context>& context);
   FetchScope(FetchScope&&) noexcept = default;
   /// Cancels what it held before.
   FetchScope& operator=(FetchScope&& other) noexcept;
   ~FetchScope();
 
-  /// Stays what it is when the scope has ended; null only when that was moved from.
+  /// Unchanged when the scope has ended; null only after a move.
   [[nodiscard]] const std::shared_ptr<const Context>& context() const { return context_; }
 
   /// May be called again.

@@ -14,14 +14,14 @@
 
 namespace orvo {
 
-/// A list that the server gives out part by part.
+/// A list that the server returns in parts.
 template <class T>
 concept Listed = std::same_as<T, ItemCollection> || std::same_as<T, Playlist> ||
     std::same_as<T, SearchCollection> || std::same_as<T, LinearProgramGuide>;
 
-/// A walk over a list part by part, as the server hands it out, from the first to the last. Safe to
-/// use from any thread. A cheap handle that keeps its context alive: copies are the same walk; it
-/// keeps none of the parts.
+/// Iterates over the parts of a list, as the server returns them, from the first to the last.
+/// Thread-safe. A cheap handle that keeps its context alive; copies share their position. It keeps
+/// none of the parts.
 ///
 ///     ListWalk walk(context, context->collectionCapability("films"));
 ///     walk.forEach(MainQueue::shared(), [](const Shared<ItemCollection>& part) { … })
@@ -35,8 +35,8 @@ concept Listed = std::same_as<T, ItemCollection> || std::same_as<T, Playlist> ||
 ///       …
 ///     }
 ///
-/// The walk ends with the list: after the part that reaches its total, and before one that would
-/// not lie further on, or lie beyond 64 bits, so that no server can make it go round for ever.
+/// The walk ends after the part that reaches the list's total. It also ends before a part whose
+/// offset would not increase or would exceed 64 bits, so that no server can make it loop endlessly.
 template <Listed T>
 class ListWalk {
  public:

@@ -14,8 +14,8 @@
 
 namespace orvo {
 
-/// What the time of a request was spent on, in the order in which it is. One that did not occur
-/// took no time; one that was going on when the request ended took what was left.
+/// The phases of a request, in order. One that did not occur took no time; the one in which the
+/// request ended took the rest.
 enum class RequestPhase {
   /// Waiting for the session's token, and for the queue that it comes through.
   token,
@@ -36,8 +36,8 @@ enum class RequestPhase {
   wait,
   /// Receiving the answer.
   receive,
-  /// Until the answer is in the hands of whoever reads it. For what was not to be sent, such as a
-  /// value from the cache: all.
+  /// Handing the answer to the thread that parses it. For what needed no request, such as a cached
+  /// value: all of the time.
   handOver,
   /// Reading it.
   parse
@@ -51,6 +51,7 @@ inline constexpr EnumCase enumCases<RequestPhase>[] = {
 /// What became of one fetch, or of one request of the bootstrap or of a renewal. It holds no token:
 /// texts that do are "***", and so is the path of an ad-metadata request. A value.
 struct RequestReport {
+  /// What answered a request.
   enum class Source { none, cache, interceptor, network };
   static constexpr std::size_t kPhases = 12;
 
@@ -66,15 +67,15 @@ struct RequestReport {
   std::string path = {};
   /// The paths of the redirects that were followed, in order.
   std::vector<std::string> redirects = {};
-  /// How often it was sent again after the session was renewed.
+  /// How often it was resent after the session was renewed.
   unsigned retries = 0;
 
-  /// Where it was answered, or should have been.
+  /// What answered it, or should have.
   Source source = Source::none;
-  /// Of the last answer that came whole; 0 when there was none, or one that was not accepted.
+  /// Of the last complete answer; 0 when there was none, or when it was rejected.
   int status = 0;
-  /// What the fetch failed with; `URLError` -999 when it was cancelled, or nobody was left to end
-  /// it. Without the timeline of a `URLError`; an error that may hold a token is described only.
+  /// What the fetch failed with; `URLError` -999 when it was cancelled or abandoned. A `URLError`
+  /// comes without its timeline; of an error that may hold a token only the description is kept.
   std::optional<AnyError> error = std::nullopt;
   /// Bytes of the body as they came from the network, and as decoded.
   std::uint64_t bytesReceived = 0;

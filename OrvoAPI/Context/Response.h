@@ -17,6 +17,7 @@ struct Response {
   /// A status of 400 or above. A value.
   class Error : public detail::ErrorEnumeration<Error> {
    public:
+    /// The status was 400 or above.
     struct badStatus {
       using Enumeration = Error;
       int status;

@@ -13,12 +13,13 @@
 
 namespace orvo {
 
-/// The two base URLs in use, and the fixed URLs that do not depend on content. A value; safe to use
-/// from any thread.
+/// The two base URLs in use, and the fixed URLs that do not depend on content. A value;
+/// thread-safe.
 struct URLService {
   /// A URL that cannot be formed. A value.
   class Error : public detail::ErrorEnumeration<Error> {
    public:
+    /// The input cannot become part of a URL.
     struct invalidInput {
       using Enumeration = Error;
       /// What was to become part of the URL.
@@ -36,7 +37,7 @@ struct URLService {
     std::variant<invalidInput> value_;
   };
 
-  /// Makes a relative URL of a session's token.
+  /// Makes a relative URL from a session's token.
   using URLFromToken = std::function<URL(std::string_view token)>;
 
   /// The API's base URL. It ends with "/", so that references resolve beneath its path.
@@ -44,7 +45,7 @@ struct URLService {
   /// The base URL of images.
   URL resourceURL;
 
-  /// Where a session is opened. A base URL that no reference can be resolved against stops the
+  /// Where a session is opened. A base URL that no reference can be resolved against terminates the
   /// process.
   [[nodiscard]] URL session(Client client) const;
 

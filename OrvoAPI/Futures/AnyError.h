@@ -11,13 +11,13 @@
 
 namespace orvo {
 
-/// What was asked for when an error came about. A value.
+/// The operation during which an error occurred. A value.
 struct ErrorContext {
   /// The operation, such as "fetchPage".
   std::string operation;
-  /// Which page, video or other thing; empty where there is only one.
+  /// The page, video or other object that it was about; empty where there is only one.
   std::string identifier = {};
-  /// What else helps whoever reads the error; may be empty.
+  /// Further information for the reader; may be empty.
   std::string note = {};
 
   /// Such as "fetchPage home".
@@ -78,11 +78,11 @@ struct ErrorTypeOf<E> {
 
 }  // namespace detail
 
-/// One error of any type: cheap to copy, shared, immutable. Safe to use from any thread.
+/// One error of any type: cheap to copy, shared, immutable. Thread-safe.
 class AnyError {
  public:
-  /// Holds the error object. A case of an enumeration is held as its enumeration. An error that
-  /// there is no memory for becomes a `std::bad_alloc`, which there always is.
+  /// Holds the error object. A case of an enumeration is held as its enumeration. If there is no
+  /// memory for the error, it becomes a preallocated `std::bad_alloc`.
   template <class E>
   requires(!std::derived_from<std::remove_cvref_t<E>, AnyError> &&
            !std::same_as<std::remove_cvref_t<E>, std::exception_ptr> &&
@@ -95,8 +95,8 @@ class AnyError {
   [[nodiscard]] static AnyError current();
 
   /// The error object when it is an `E`, else null; valid as long as this or a copy of it lives. A
-  /// caught exception is also found by its base classes. Looks one level deep: what a
-  /// `GeneralError::underlying` wraps is inside that.
+  /// caught exception is also found by its base classes. Does not look into
+  /// `GeneralError::underlying`: take the wrapped error from there.
   template <class E>
   [[nodiscard]] const E* as() const noexcept {
     if (const void* found = box_->find(typeid(E))) return static_cast<const E*>(found);
@@ -149,7 +149,7 @@ class AnyError {
   std::shared_ptr<const detail::ErrorBox> box_;
 };
 
-/// What `Result::force` and `d_rescue` throw: the error, which is a standard exception as well.
+/// What `Result::force` and `d_rescue` throw: the error as a standard exception. Thread-safe.
 class ErrorException final : public AnyError, public std::exception {
  public:
   explicit ErrorException(AnyError error) noexcept;

@@ -17,10 +17,11 @@
 ///     }
 ///
 /// `co_await` gives the future's `Result` and resumes on the future's callback queue, or on the one
-/// named with `resumeOn`; never at once, even when the result is there. When the awaited future is
-/// cancelled before it is completed, the coroutine resumes on that queue with `URLError` -999.
+/// named with `resumeOn`; never synchronously, even when the result is available. When the awaited
+/// future is cancelled before it is completed, the coroutine resumes on that queue with `URLError`
+/// -999.
 ///
-/// A coroutine that returns a `Future` runs on its caller's thread up to its first wait. What it
+/// A coroutine that returns a `Future` runs on its caller's thread until it first suspends. What it
 /// returns with `co_return`, a value, a `Failure` or a `Result`, completes its future as
 /// `Promise::success` and `failure` do, after its variables and parameters are destroyed. What it
 /// throws fails that future, unwrapped.
@@ -41,7 +42,8 @@
 
 namespace orvo {
 
-/// To be awaited: gives the future's result; the coroutine resumes on the queue.
+/// Await what it returns: `co_await` gives the future's result, and the coroutine resumes on the
+/// queue.
 template <class T>
 [[nodiscard]] detail::FutureAwaiter<T> resumeOn(std::shared_ptr<DispatchQueue> queue,
                                                 Future<T> future) {

@@ -43,29 +43,28 @@ struct CoroutineSupport {
 };
 }  // namespace detail
 
-/// A result that will be there later. A cheap handle to shared state: copies are the same future,
-/// which lives as long as any of them; a moved-from handle can only be assigned to or destroyed.
-/// Safe to use from any thread.
+/// A result that will be available later. A cheap handle to shared state, which lives as long as
+/// any copy; a moved-from handle can only be assigned to or destroyed. Thread-safe.
 ///
 /// Callbacks run on the queue named at registration, else on the future's `callbackQueue`, never
 /// from inside the call that registers them. They are posted in the order in which they were
-/// registered. The result that a callback is given is immutable and shared. What a callback throws
-/// reaches whoever runs its queue.
+/// registered. The result that a callback is given is immutable and shared. An exception that a
+/// callback throws propagates to whoever runs its queue; on the library's threads it terminates the
+/// process.
 ///
-/// A callback that is given an owner, a `std::weak_ptr`, runs only while the owner lives, and holds
-/// it meanwhile: whatever is dropped while a callback waits, the callback finds it whole, or is not
-/// called. Name the queue that the owner lives on, since the owner may go with the callback. A
-/// `std::shared_ptr` that is given as an owner is held weakly, too.
+/// A callback with an owner, a `std::weak_ptr`, is called only while the owner is alive, and keeps
+/// it alive during the call. Name the queue on which the owner may be destroyed, since the callback
+/// may hold its last reference. A `std::shared_ptr` given as the owner is held weakly, too.
 ///
 ///     future.onSuccess(queue, weak_from_this(), [this](const auto& video) { show(*video); });
 ///
-/// Callbacks are kept until they are posted or the future is destroyed: one that holds its own
-/// future, or one derived from it, keeps it alive until it is completed, a cancel callback until it
-/// is cancelled.
+/// Callbacks are kept until they are posted or the future is destroyed. So a callback that captures
+/// its own future, or one derived from it, keeps it alive until it is completed; a cancel callback,
+/// until it is cancelled.
 ///
 /// A future can be completed again: the newer result replaces the older for whatever asks later, no
 /// callback runs twice, and every result lives as long as the future. A newer result for which
-/// there is no memory is dropped.
+/// memory is refused is discarded.
 template <class T>
 class Future {
  public:
@@ -81,9 +80,9 @@ class Future {
   /// Completed from the start: callbacks registered later are posted at once.
   explicit Future(Result<T> result) : Future() { core_->complete(std::move(result)); }
 
-  /// Completes with the value from the main queue: never before this returns.
+  /// A future that the main queue completes with the value, never before this returns.
   [[nodiscard]] static Future succeeded(T value) { return settledFromMain(std::move(value)); }
-  /// Fails from the main queue: never before this returns.
+  /// A future that the main queue fails with the error, never before this returns.
   [[nodiscard]] static Future failed(AnyError error) {
     return settledFromMain(Failure{std::move(error)});
   }
@@ -104,14 +103,14 @@ class Future {
   /// The label of the serial queue that guards this future's state; for debugging.
   [[nodiscard]] std::string internalCallbackQueueLabel() const { return core_->queueLabel(); }
 
-  /// Completes, unless the future is cancelled: then the value is dropped.
+  /// Completes with the value; ignored if the future is cancelled.
   void success(T value) const { core_->settle(std::move(value)); }
-  /// Fails, unless the future is cancelled: then the error is dropped.
+  /// Fails with the error; ignored if the future is cancelled.
   void failure(AnyError error) const { core_->settle(Failure{std::move(error)}); }
-  /// Completes even a cancelled future, where the outcome must be learned in any case.
+  /// Completes even a cancelled future, for callers that must learn the outcome in any case.
   void complete(Result<T> result) const { core_->complete(std::move(result)); }
 
-  /// Calls `task(const Result<T>&)` on the queue once the result is there.
+  /// Calls `task(const Result<T>&)` on the queue once the result is available.
   template <class F>
   Future onComplete(Queue queue, F&& task) const {
     using Task = detail::TaskContinuation<T, std::decay_t<F>>;
@@ -169,8 +168,8 @@ class Future {
     return onFailure(callbackQueue(), owner, std::forward<F>(task));
   }
 
-  /// Calls `task(bool completed)` when the future is cancelled, on the thread that cancels; on the
-  /// queue when it is cancelled already. `completed` says whether a result was there by then.
+  /// Calls `task(bool completed)` when the future is cancelled, on the cancelling thread; on the
+  /// queue if it is cancelled already. `completed` says whether there was a result by then.
   template <class F>
   Future onCancel(Queue queue, F&& task) const {
     core_->add(new detail::TaskCancelCallback<std::decay_t<F>>(std::forward<F>(task)), *queue);
@@ -191,15 +190,15 @@ class Future {
 
   /// Marks the future cancelled and runs its cancel callbacks on this thread, those of the futures
   /// that it was derived from first. The result stays what it is; a later `success` or `failure` is
-  /// dropped. What a cancel callback throws leaves this call; the callbacks that remain are
-  /// dropped.
+  /// dropped. An exception of a cancel callback propagates from this call; the remaining callbacks
+  /// are dropped.
   ///
-  /// It takes no callback back: one of `onComplete` that is posted already still runs. So a
-  /// destructor that cancels does not keep callbacks from what it destroys; an owner does.
+  /// Callbacks of `onComplete` that are already posted still run. So cancelling in a destructor
+  /// does not keep callbacks away from the destroyed object; giving them an owner does.
   void cancel() const { core_->cancel(); }
 
-  /// The value transformed by `transform`, which runs on the queue. One that throws or returns a
-  /// failed `Result` fails the new future with `GeneralError::underlying`; an error of this future
+  /// The value transformed by `transform`, which runs on the queue. If it throws or returns a
+  /// failed `Result`, the new future fails with `GeneralError::underlying`; an error of this future
   /// passes through unchanged. Cancelling the new future cancels this one.
   template <class F>
   [[nodiscard]] auto map(Queue queue, F&& transform) const {
@@ -231,8 +230,8 @@ class Future {
     return flatMap(callbackQueue(), std::forward<F>(task));
   }
 
-  /// This future's value if the predicate holds for it, else `GeneralError::elementNotFound`. What
-  /// the predicate throws fails the new future as it is, unlike what a map's transform throws.
+  /// This future's value if the predicate holds for it, else `GeneralError::elementNotFound`. An
+  /// exception of the predicate fails the new future unwrapped, unlike one of a map's transform.
   template <class F>
   [[nodiscard]] Future validate(F&& predicate) const {
     return derive<detail::ErrorForm::unchanged>(
@@ -249,7 +248,7 @@ class Future {
     });
   }
 
-  /// The list with one more value at its end.
+  /// The list with the value of `with` appended.
   [[nodiscard]] static Future<std::vector<T>> combine(const Future<std::vector<T>>& future,
                                                       Future with) {
     return future.flatMap([with = std::move(with)](const std::vector<T>& list) {
@@ -285,8 +284,8 @@ class Future {
     return outcome;
   }
 
-  /// Blocks until the result is there, for tools and tests. Fails with `URLError` -1001 after the
-  /// limit, with -999 as soon as the future is cancelled, and at once with
+  /// Blocks until the result is available, for tools and tests. Fails with `URLError` -1001 after
+  /// the limit, with -999 as soon as the future is cancelled, and at once with
   /// `GeneralError::unableToPerformAction` where `DispatchQueue::isBlockingRefused`. The error's
   /// description says what to do instead.
   [[nodiscard]] Result<T> wait(std::chrono::milliseconds limit) const;

@@ -9,7 +9,7 @@
 
 namespace orvo {
 
-/// The failures that belong to no single concern. A value.
+/// Failures that are not specific to one part of the library. A value.
 class GeneralError : public detail::ErrorEnumeration<GeneralError> {
  public:
   /// A transform given to `Future::map` failed with this error.

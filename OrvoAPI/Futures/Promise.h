@@ -8,8 +8,8 @@
 
 namespace orvo {
 
-/// The producing side of a future. Copies are the same promise; the operation in flight holds one.
-/// Safe to use from any thread. One that goes away uncompleted leaves its future pending.
+/// The producing side of a future. Copies share the future; the operation in flight holds one.
+/// Thread-safe. If the last copy is destroyed without completing, the future stays pending.
 template <class T>
 class Promise {
  public:
@@ -19,14 +19,14 @@ class Promise {
 
   [[nodiscard]] const Future<T>& future() const { return future_; }
 
-  /// Dropped when the future is cancelled.
+  /// Ignored if the future is cancelled.
   void success(T value) const { future_.success(std::move(value)); }
-  /// Dropped when the future is cancelled.
+  /// Ignored if the future is cancelled.
   void failure(AnyError error) const { future_.failure(std::move(error)); }
-  /// Taken even when the future is cancelled.
+  /// Completes even a cancelled future.
   void complete(Result<T> result) const { future_.complete(std::move(result)); }
-  /// Takes the other's outcome when it is there, on the other's callback queue, as `success` or
-  /// `failure` would.
+  /// Completes with the other's outcome once it is available, on the other's callback queue, as
+  /// `success` or `failure` would.
   void complete(const Future<T>& other) const {
     other.onComplete([future = future_](const Result<T>& result) {
       if (result.failed()) return future.failure(*result.error());

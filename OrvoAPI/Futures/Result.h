@@ -35,7 +35,7 @@ struct ResultOf<Result<T>> {
 };
 }  // namespace detail
 
-/// A success with its value or a failure with its error. A value; not synchronised.
+/// A success with its value or a failure with its error. A value; not thread-safe.
 template <class T>
 class [[nodiscard]] Result {
  public:
@@ -52,7 +52,8 @@ class [[nodiscard]] Result {
   [[nodiscard]] static Result success(T value) { return Result(std::move(value)); }
   [[nodiscard]] static Result failure(AnyError error) { return Result(Failure{std::move(error)}); }
 
-  /// Calls `f` at once: a success with what it returns, a failure with what it throws, unchanged.
+  /// Calls `f` immediately: a success with what it returns, or a failure with the exception that it
+  /// throws, unwrapped.
   template <class F>
   [[nodiscard]] static Result calling(F&& f) {
     try {
@@ -78,7 +79,7 @@ class [[nodiscard]] Result {
     return *this;
   }
 
-  /// The success value transformed by `f`, which returns a value or a `Result`. What `f` throws
+  /// The success value transformed by `f`, which returns a value or a `Result`. An exception of `f`
   /// becomes the failure, unwrapped; a failure passes through unchanged.
   template <class F>
   [[nodiscard]] auto map(F&& f) const {
@@ -116,8 +117,8 @@ class [[nodiscard]] Result {
     return failed() ? T(std::forward<F>(fallback)()) : *value();
   }
 
-  /// The success value; throws the error on failure. The fallback is never called: existing callers
-  /// depend on the error reaching them (`rescue` is the one that falls back).
+  /// The success value; throws the error on failure. The fallback is never called, because existing
+  /// callers depend on the exception; use `rescue` to fall back.
   template <std::invocable F>
   [[nodiscard]] T d_rescue(F&&) const {
     return force();

@@ -11,9 +11,10 @@
 namespace orvo {
 
 /// The header fields of a request or response, in their order; names compare without regard to
-/// case. A value; not synchronised. The views that it hands out live until it is changed.
+/// case. A value; not thread-safe. The views that it returns are valid until it is modified.
 class HTTPHeaders {
  public:
+  /// A field, as views into the table.
   struct Field {
     std::string_view name;
     std::string_view value;
@@ -22,7 +23,7 @@ class HTTPHeaders {
   HTTPHeaders() = default;
   HTTPHeaders(std::initializer_list<Field> fields);
 
-  /// Makes room for that many fields with that many bytes in all.
+  /// Reserves space for that many fields with that many bytes in total.
   void reserve(std::size_t fields, std::size_t bytes);
   /// Adds a field after the others; those of the same name stay.
   void add(std::string_view name, std::string_view value);
@@ -39,6 +40,7 @@ class HTTPHeaders {
   [[nodiscard]] std::size_t size() const { return lengths_.size(); }
   [[nodiscard]] bool empty() const { return lengths_.empty(); }
 
+  /// Iterates over the fields in order.
   class Iterator {
    public:
     using value_type = Field;

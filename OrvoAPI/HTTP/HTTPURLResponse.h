@@ -10,7 +10,7 @@ namespace orvo {
 
 struct RequestTimeline;
 
-/// The head of an HTTP answer. A value; not synchronised.
+/// The head of an HTTP answer. A value; not thread-safe.
 struct HTTPURLResponse {
   /// The URL that answered: after redirects, the last one.
   URL url;
@@ -22,7 +22,7 @@ struct HTTPURLResponse {
 struct HTTPResult {
   HTTPURLResponse response;
   Data body = {};
-  /// Of <OrvoAPI/HTTP/RequestTimeline.h>; null when nobody measured.
+  /// Declared in <OrvoAPI/HTTP/RequestTimeline.h>; null unless the session measures requests.
   std::shared_ptr<const RequestTimeline> timeline = nullptr;
 };
 

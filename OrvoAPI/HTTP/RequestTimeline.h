@@ -11,8 +11,8 @@
 
 namespace orvo {
 
-/// When one request passed which stage on its way through a URL session: measured when
-/// `URLSessionConfiguration::measuresRequests` says so, and carried by the result or the error. A
+/// When a request reached each stage on its way through a URL session: measured if
+/// `URLSessionConfiguration::measuresRequests` is set, and part of the result or the error. A
 /// value.
 struct RequestTimeline {
   using Time = std::chrono::steady_clock::time_point;

@@ -8,12 +8,12 @@
 
 namespace orvo {
 
-/// A valid URL, absolute or relative, kept byte for byte as it was written. A value; safe to use
-/// from any thread. The views that it hands out live as long as the URL itself.
+/// A valid URL, absolute or relative, kept byte for byte as it was written. A value; thread-safe.
+/// The views that it returns are valid as long as the URL itself.
 class URL {
  public:
-  /// The longest text that is accepted. No server accepts as much; without a bound a hostile
-  /// document would decide how much memory it costs to parse.
+  /// The longest text that is accepted. Far more than servers accept; it bounds the memory that a
+  /// hostile document can cost.
   static constexpr std::size_t kMaximumLength = std::size_t{1} << 20;
 
   /// Reads an absolute or relative URL by the strict grammar of RFC 3986: no spaces, no non-ASCII,
@@ -27,8 +27,9 @@ class URL {
   /// a scheme of it ("a:b" resolves as "./a:b").
   [[nodiscard]] static std::optional<URL> parsePath(std::string_view path, const URL& base);
 
-  /// The reference that consists of this path, which is not empty. What a path cannot hold is
-  /// percent-encoded (existing escapes stay), so that it never fails, not even by length.
+  /// The reference that consists of this path, which is not empty. Characters that are not allowed
+  /// in a path are percent-encoded (existing escapes stay), so that it never fails, not even by
+  /// length.
   [[nodiscard]] static URL fromPath(std::string_view path);
 
   [[nodiscard]] const std::string& text() const { return text_; }
@@ -49,8 +50,8 @@ class URL {
   [[nodiscard]] std::optional<std::string_view> fragment() const;
 
   /// The URL with a further component after its path: exactly one "/" between the two, each "/"
-  /// within `component` begins a segment. What a path cannot hold is percent-encoded (existing
-  /// escapes stay); query and fragment stay after the path.
+  /// within `component` begins a segment. Characters that are not allowed in a path are
+  /// percent-encoded (existing escapes stay); query and fragment stay after the path.
   [[nodiscard]] URL appendingPathComponent(std::string_view component) const;
 
   /// The URL with this query in place of its own; nothing when `query` is not a valid query.
@@ -81,8 +82,8 @@ class URL {
   std::uint32_t queryEnd_ = 0;
 };
 
-/// `text` as the value of a query item. What a query cannot hold, and "+", "&", "=", ";" and "%",
-/// which mean something else there, is percent-encoded: a space is "%20", never "+".
+/// `text` as the value of a query item. Characters that are not allowed in a query, and "+", "&",
+/// "=", ";" and "%", which have a meaning there, are percent-encoded: a space is "%20", never "+".
 [[nodiscard]] std::string percentEncodedQueryValue(std::string_view text);
 
 }  // namespace orvo

@@ -32,10 +32,11 @@ struct URLError {
   static constexpr int clientCertificateRequired = -1206;
 
   int code = unknown;
-  /// For people. It never holds a URL: a stream's address contains the session's token.
+  /// For developers. It never contains a URL, since a stream's address contains the session's
+  /// token.
   std::string message = {};
-  /// Of <OrvoAPI/HTTP/RequestTimeline.h>: how far the request came; null when nobody measured. Its
-  /// redirects hold URLs.
+  /// How far the request came (<OrvoAPI/HTTP/RequestTimeline.h>); null unless the session measures
+  /// requests. Its redirects contain URLs.
   std::shared_ptr<const RequestTimeline> timeline = nullptr;
 
   [[nodiscard]] std::string description() const;

@@ -9,8 +9,8 @@
 
 namespace orvo {
 
-/// A request that an interceptor has taken, for it to answer now or later. Safe to use from any
-/// thread. The first answer counts; dropped unanswered, the request fails with `URLError` -1.
+/// A request that an interceptor handles: it answers now or later, from any thread. Thread-safe.
+/// The first answer counts; dropped unanswered, the request fails with `URLError` -1.
 class InterceptedRequest {
  public:
   virtual ~InterceptedRequest() = default;
@@ -25,10 +25,10 @@ class InterceptedRequest {
   virtual void onCancel(std::function<void()> task) = 0;
 };
 
-/// Stands in for the network, or watches what goes out: to stub, to observe, to serve other
-/// schemes. A session asks its interceptors in order, for each request and again for each redirect
-/// that it follows, on its serial queue. Shared by the sessions it is given to, so that several of
-/// them may ask at once.
+/// Sees requests before they go to the network, and may answer them: to stub, to observe, to serve
+/// other schemes. A session asks its interceptors in order, for each request and again for each
+/// redirect that it follows, on its serial queue. Shared by the sessions that it is given to, which
+/// may call it concurrently.
 class URLInterceptor {
  public:
   virtual ~URLInterceptor() = default;

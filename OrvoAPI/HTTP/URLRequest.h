@@ -9,16 +9,16 @@
 
 namespace orvo {
 
-/// What a request says about caches. There is no cache on the device, so that only the last one
+/// What a request says about caches. There is no HTTP cache on the device, so only the last one
 /// changes what is sent.
 enum class CachePolicy {
   useProtocolCachePolicy,
   reloadIgnoringLocalCacheData,
-  /// Also asks the caches on the way to fetch anew (`Cache-Control: no-cache`, `Pragma`).
+  /// Also asks caches on the network to revalidate (`Cache-Control: no-cache`, `Pragma`).
   reloadIgnoringLocalAndRemoteCacheData,
 };
 
-/// One HTTP request. A value; not synchronised.
+/// One HTTP request. A value; not thread-safe.
 struct URLRequest {
   /// Absolute, http or https; a fragment is not sent.
   URL url;
@@ -27,15 +27,15 @@ struct URLRequest {
   HTTPHeaders headers = {};
   Data body = {};
   CachePolicy cachePolicy = CachePolicy::useProtocolCachePolicy;
-  /// The longest silence on the way to the answer: connecting, and then each byte of a header or a
-  /// body, sent or received, restarts it. A response's header has to be complete within four times
-  /// that. Waiting for a free connection or for a decision about a redirect does not count. Zero:
-  /// no limit. The default is 60 seconds.
+  /// The idle timeout: connecting, and then each byte of a header or a body, sent or received,
+  /// restarts it. A response's header has to be complete within four times that. Waiting for a free
+  /// connection or for a decision about a redirect does not count. Zero: no limit. The default is
+  /// 60 seconds.
   std::chrono::milliseconds timeoutInterval{60'000};
-  /// The longest time that the whole may take: waiting for a free connection, for interceptors and
-  /// for decisions about redirects, and the redirects themselves count (what a delegate writes here
-  /// is ignored). Beyond it the request fails with `URLError` -1001. Zero: no limit. The default is
-  /// 10 minutes.
+  /// The deadline for the whole request, including the wait for a free connection, interceptors,
+  /// decisions about redirects, and the redirects themselves (what a delegate writes here is
+  /// ignored). After it the request fails with `URLError` -1001. Zero: no limit. The default is 10
+  /// minutes.
   std::chrono::milliseconds totalTimeoutInterval{600'000};
 };
 

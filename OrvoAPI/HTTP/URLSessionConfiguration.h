@@ -10,13 +10,13 @@
 
 namespace orvo {
 
-/// What a URL session is made with. Every session is ephemeral: cookies in memory only, no cache,
-/// no stored credentials. A value.
+/// The settings of a URL session. Every session is ephemeral: cookies in memory only, no cache, no
+/// stored credentials. A value.
 struct URLSessionConfiguration {
-  /// Far above what the service sends, and small enough for a device with little memory to read.
+  /// Far more than the service sends, and little enough for devices with little memory.
   static constexpr std::size_t kDefaultMaximumBodySize = std::size_t{16} << 20;
 
-  /// Asked in this order before a request goes to the network.
+  /// Interceptors, asked in this order before a request goes to the network.
   std::vector<std::shared_ptr<URLInterceptor>> protocolClasses = {};
   /// Connections to one host that the session uses at a time; requests beyond them wait. HTTP/2
   /// carries that many requests on one connection, or 16 if that is more.
@@ -32,8 +32,8 @@ struct URLSessionConfiguration {
   /// SSLKEYLOGFILE names, for debugging. On a connection that another session has opened, that
   /// session's choice holds.
   bool writesKeyLog = false;
-  /// Has each result and each transport error carry a `RequestTimeline`. The bootstrap turns
-  /// it on for a context that reports its requests.
+  /// Adds a `RequestTimeline` to each result and each transport error. The bootstrap sets it for a
+  /// context that reports its requests.
   bool measuresRequests = false;
 };
 

@@ -16,19 +16,20 @@
 
 namespace orvo {
 
-/// Claims the main queue and runs it in the loop of the thread that makes this: the loop of the
-/// thread's default `GMainContext`, which is the program's unless another was pushed. Callbacks
-/// that ask for the main queue then run there, between the loop's other sources, also while one of
-/// them runs a loop of its own, as a modal dialog does. Make one, before the loop runs, and keep it
-/// until the loop has ended:
+/// Claims the main queue and runs it in the event loop of the thread that constructs this object:
+/// the loop of the thread's default `GMainContext`, which is the program's unless another was
+/// pushed. Callbacks on the main queue then run there, between the loop's other sources, also while
+/// one of them runs a nested loop, as a modal dialog does. Construct one before the loop runs, and
+/// keep it until the loop has ended:
 ///
 ///     const orvo::GLibMainQueue mainQueue;
 ///     future.onComplete(orvo::MainQueue::shared(), [](const auto& result) { … });
 ///     g_main_loop_run(loop);
 ///
-/// It belongs to its thread: destroying it on another stops the process. Afterwards a thread of the
-/// library runs the queue again, and the callbacks that wait: give them an owner that goes before
-/// this, `onComplete(queue, weak, …)`. No callback may throw: the loop could not pass that on.
+/// It belongs to its thread: destroying it on another terminates the process. Afterwards a thread
+/// of the library runs the queue again, and the callbacks that wait: give them an owner that is
+/// destroyed before this, `onComplete(queue, weak, …)`. No callback may throw: the loop could not
+/// pass that on.
 class GLibMainQueue {
  public:
   /// Throws `std::logic_error`, which says what to do, when the queue is claimed already.

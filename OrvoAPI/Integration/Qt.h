@@ -24,18 +24,18 @@
 
 namespace orvo {
 
-/// Claims the main queue and runs it in the event loop of the thread that makes this. Callbacks
-/// that ask for the main queue then run there, between the thread's own events, also while one of
-/// them runs a loop of its own, as a modal dialog does. Make one, after the application, and keep
+/// Claims the main queue and runs it in the event loop of the thread that constructs this object.
+/// Callbacks on the main queue then run there, between the thread's own events, also while one of
+/// them runs a nested loop, as a modal dialog does. Construct one after the application, and keep
 /// it until the loop has ended:
 ///
 ///     QGuiApplication app(count, arguments);
 ///     const orvo::QtMainQueue mainQueue;
 ///
-/// It belongs to its thread: destroying it on another stops the process. Afterwards a thread of the
-/// library runs the queue again, and the callbacks that wait: give them an owner that goes before
-/// this, `onComplete(queue, weak, …)`. Those of `onMain` run no more. No callback may throw: the
-/// loop could not pass that on.
+/// It belongs to its thread: destroying it on another terminates the process. Afterwards a thread
+/// of the library runs the queue again, and the callbacks that wait: give them an owner that is
+/// destroyed before this, `onComplete(queue, weak, …)`. Those of `onMain` run no more. No callback
+/// may throw: the loop could not pass that on.
 class QtMainQueue {
  public:
   /// Throws `std::logic_error`, which says what to do, when the queue is claimed already or there
@@ -66,9 +66,9 @@ class QtMainQueue {
   QSocketNotifier notifier_;  // gone before the descriptor is
 };
 
-/// Calls `task(const Result<T>&)` on the main queue once the result is there, but only while
-/// `context` lives: once that has been destroyed, `task` is not called any more, even when its call
-/// waits in the queue already.
+/// Calls `task(const Result<T>&)` on the main queue once the result is available, but only while
+/// `context` is alive: once that has been destroyed, `task` is no longer called, even if its call
+/// is already waiting in the queue.
 ///
 ///     orvo::onMain(this, context->fetchVideo(id), [this](const auto& video) { … });
 ///

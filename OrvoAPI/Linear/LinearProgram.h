@@ -13,6 +13,7 @@ namespace orvo {
 
 /// A programme of the linear channel.
 struct LinearProgram {
+  /// Whether a programme can be played now.
   enum class PlaybackStatus { available, unavailable };
 
   std::string id;
@@ -35,6 +36,7 @@ template <>
 inline constexpr EnumCase enumCases<LinearProgram::PlaybackStatus>[] = {{"available", {}},
                                                                         {"unavailable", {}}};
 
+/// Reads a programme. Stateless; may be called from any thread.
 struct LinearProgramParser {
   [[nodiscard]] static Result<LinearProgram> parse(const JSONObject& json);
 };

@@ -26,6 +26,7 @@ struct LinearProgramGuide {
   [[nodiscard]] double ttl() const { return DefaultCacheableTTL; }
 };
 
+/// Reads a part of the guide. Stateless; may be called from any thread.
 struct LinearProgramGuideParser {
   /// `start` and `end`: the range that was asked for. A programme that cannot be read is left out,
   /// with a line on the console.

@@ -39,37 +39,39 @@ struct GuideUpdate {
   std::vector<GuideDay> days;
 };
 
+/// What a monitor may be given. A value.
 struct LinearProgramGuideMonitorOptions {
-  /// Where updates are sent from and programmes' ends are waited for, one job at a time; the main
-  /// queue when there is none.
+  /// The queue on which listeners are called and the ends of programmes are awaited, one job at a
+  /// time; the main queue when null.
   std::shared_ptr<DispatchQueue> mainQueue = nullptr;
-  /// What tells the time; the context's clock when there is none.
+  /// The clock; the context's when null.
   std::shared_ptr<const Clock> clock = nullptr;
-  /// Asked after each update, on `mainQueue`: how long to wait beyond the programme's end, so that
-  /// a million devices do not all ask in the same second. When there is none, the monitor looks
-  /// again at the end, and also within the second before it.
+  /// Called after each update, on `mainQueue`: how long to wait beyond the programme's end, so that
+  /// a million devices do not all send requests in the same second. When empty, the monitor looks
+  /// at the end, and also within the second before it.
   std::function<std::chrono::milliseconds()> delayAfterEnd = {};
 };
 
-/// Random delays of any length from nothing to `longest`, all equally likely.
+/// Random delays, uniformly distributed from zero to `longest`.
 [[nodiscard]] std::function<std::chrono::milliseconds()> randomDelayUpTo(
     std::chrono::milliseconds longest);
 
+/// How the guide is loaded. A value.
 struct GuideLoadOptions {
   /// The position of the first programme within the range.
   std::int64_t offset = 0;
 };
 
-/// Knows what is on the linear channel, and says so whenever that changes: it loads a part of the
-/// guide, finds the video of the first programme that has not ended, waits for that programme's
-/// end, and so on; when fewer than five programmes are left it loads the next three days. Between
-/// two ends of programmes it does nothing at all.
+/// Tells its listeners what is on the linear channel whenever that changes: it loads a part of the
+/// guide, fetches the video of the first programme that has not ended, waits for that programme's
+/// end, and so on; when fewer than five programmes are left it loads the next three days. In
+/// between it is idle and does not poll.
 ///
-/// Safe to use from any thread. Held by shared pointers; what is under way holds it weakly, so that
-/// one that is released stops, and a future of its `load` may then stay pending.
+/// Thread-safe. Held by shared pointers. Pending operations hold it weakly: a monitor that is
+/// released stops, and the future of its `load` may then stay pending.
 ///
-/// When a request fails, or there is no memory for a step, nothing is tried again: the monitor
-/// stays idle until the next `load`.
+/// There are no retries: when a request fails, or memory is refused, the monitor stays idle until
+/// the next `load`.
 class LinearProgramGuideMonitor final
     : public std::enable_shared_from_this<LinearProgramGuideMonitor> {
  public:
@@ -80,9 +82,9 @@ class LinearProgramGuideMonitor final
   LinearProgramGuideMonitor(const LinearProgramGuideMonitor&) = delete;
   LinearProgramGuideMonitor& operator=(const LinearProgramGuideMonitor&) = delete;
 
-  /// Forgets the programmes and loads those of a range, ten at a time: succeeds with true when the
-  /// first ten are there, and fails as `Context::fetchLinearProgramGuide` does. What earlier calls
-  /// have begun goes on: after a second load each end of a programme brings two updates.
+  /// Discards the programmes and loads those of a range, ten at a time. Succeeds with true once the
+  /// first ten are loaded; fails as `Context::fetchLinearProgramGuide` does. Earlier loads are not
+  /// ended: after a second one, each end of a programme brings two updates.
   Future<bool> load(Date startingAt, Date endingAt, const GuideLoadOptions& options = {});
   /// The range of that many calendar days.
   Future<bool> load(Date startingAt, int days, const GuideLoadOptions& options = {});

@@ -49,6 +49,7 @@ struct Lineup {
   friend bool operator==(const Lineup&, const Lineup&) = default;
 };
 
+/// Reads a lineup. Stateless; may be called from any thread.
 struct LineupParser {
   /// Never fails: slots that cannot be read are left out.
   [[nodiscard]] static Lineup parse(const JSONObjects& json);

@@ -7,7 +7,7 @@
 
 namespace orvo {
 
-/// When something of a schedule begins: its `startTime`, be it a field or an operation.
+/// The start of a scheduled item: its `startTime`, a field or a function.
 template <class T>
 requires requires(const T& item) {
   { item.startTime() } -> std::same_as<Date>;
@@ -18,7 +18,7 @@ template <class T>
 requires std::same_as<decltype(T::startTime), Date>
 [[nodiscard]] Date startTime(const T& item) { return item.startTime; }
 
-/// What has a place in a lineup: a slot, an hour, a day, or a date itself.
+/// Something with a place in a lineup: a slot, an hour, a day, or a date itself.
 template <class T>
 concept LineupScheduled = requires(const T& item) {
   { startTime(item) } -> std::same_as<Date>;

@@ -26,6 +26,7 @@ struct LineupSlot {
   friend bool operator==(const LineupSlot&, const LineupSlot&) = default;
 };
 
+/// Reads a slot. Stateless; may be called from any thread.
 struct LineupSlotParser {
   /// A date of the wrong format fails with `DateFormatError`.
   [[nodiscard]] static Result<LineupSlot> parse(const JSONObject& json);

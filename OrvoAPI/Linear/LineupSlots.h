@@ -15,11 +15,11 @@ namespace detail {
 class LineupGrouping;
 }
 
-/// A list of a lineup's slots. It shares them with the other lists of the lineup: a copy costs a
-/// pointer and stays readable when the lineup is gone. Immutable; safe to use from any thread.
+/// A list of a lineup's slots. It shares them with the other lists of the lineup: copying costs a
+/// pointer, and a copy may outlive the lineup. Immutable and thread-safe.
 class LineupSlots {
  public:
-  /// A walk over the list. A list that shares the slots must outlive it.
+  /// Iterates over the list. A list that shares the slots must outlive it.
   class Iterator {
    public:
     using iterator_concept = std::forward_iterator_tag;

@@ -4,8 +4,8 @@
 
 namespace orvo {
 
-/// Takes the place of a console logger for development builds. Discards every message on purpose:
-/// an app's console is not the library's to write to. Safe to use from any thread; holds nothing.
+/// Stands where development builds might have a console logger. It deliberately discards every
+/// message: an app's console does not belong to the library. Thread-safe; holds nothing.
 class DebugConsoleLogger final : public Logger {
  public:
   void log(std::string_view, LogLevel = LogLevel::default_, std::string_view = DefaultLogSubsystem,

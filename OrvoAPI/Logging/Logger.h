@@ -10,13 +10,13 @@ namespace orvo {
 inline constexpr std::string_view DefaultLogSubsystem = "General";
 inline constexpr std::string_view DefaultLogCategory = "General";
 
-/// Takes the library's diagnostics; implement it to send them elsewhere. `log` is called from any
-/// thread, also from several at once, and should return soon. Shared by those that log.
+/// Receives the library's diagnostics; implement it to send them elsewhere. `log` is called from
+/// any thread, also concurrently, and should return soon. Shared by those that log.
 class Logger {
  public:
   virtual ~Logger() = default;
 
-  /// Takes one message; never fails. The texts are only valid during the call.
+  /// Logs one message; never fails. The texts are only valid during the call.
   virtual void log(std::string_view message, LogLevel level = LogLevel::default_,
                    std::string_view subsystem = DefaultLogSubsystem,
                    std::string_view category = DefaultLogCategory) = 0;

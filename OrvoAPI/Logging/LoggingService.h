@@ -8,8 +8,8 @@
 
 namespace orvo {
 
-/// Hands every message to each of its loggers, in order, on the caller's thread. Safe to use from
-/// any thread as far as its loggers are. Shares its loggers; the list never changes.
+/// Forwards every message to each of its loggers, in order, on the caller's thread. Thread-safe if
+/// its loggers are. Shares its loggers; the list never changes.
 class LoggingService final : public Logger {
  public:
   /// With the default loggers.

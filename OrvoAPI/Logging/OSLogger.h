@@ -11,9 +11,9 @@
 
 namespace orvo {
 
-/// Writes messages to the system log, where level, subsystem and category stay apart. Safe to use
-/// from any thread, never blocks. Owns its connection and one handle for each subsystem and
-/// category, kept as long as it lives.
+/// Writes messages to the system log, where level, subsystem and category stay apart. Thread-safe,
+/// never blocks. Owns its connection and one handle for each subsystem and category, kept as long
+/// as it lives.
 ///
 /// Priorities: fault 2 (critical), error 3, default 5 (notice), info 6, warning 7 (debug).
 class OSLogger final : public Logger {

@@ -10,6 +10,7 @@ namespace orvo {
 
 /// An action button offered with a video or page.
 struct AppAction {
+  /// What the button does.
   enum class Kind { play, playlist, view, tv };
 
   /// What the action is about.
@@ -24,6 +25,7 @@ struct AppAction {
 template <>
 inline constexpr EnumCase enumCases<AppAction::Kind>[] = {{"play"}, {"playlist"}, {"view"}, {"tv"}};
 
+/// Reads a button. Stateless; may be called from any thread.
 struct AppActionParser {
   [[nodiscard]] static Result<AppAction> parse(const JSONObject& json);
 };

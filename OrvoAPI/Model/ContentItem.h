@@ -18,6 +18,7 @@ namespace orvo {
 /// A listed item: a video or a page. A value.
 class ContentItem {
  public:
+  /// Which of the two it is.
   enum class Kind { video, page };
 
   template <class Content>
@@ -62,6 +63,7 @@ class ContentItem {
 template <>
 inline constexpr EnumCase enumCases<ContentItem::Kind>[] = {{"video"}, {"page"}};
 
+/// Reads a video or a page, as its "type" says. Stateless; may be called from any thread.
 struct ContentItemParser {
   /// `collectionID`: the collection or playlist in which the item is listed; a video's
   /// `playlistID`.

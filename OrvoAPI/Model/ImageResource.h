@@ -55,6 +55,7 @@ enum class ImageResourceCrop { Fill, Fit };
 template <>
 inline constexpr EnumCase enumCases<ImageResourceCrop>[] = {{"Fill", "fill"}, {"Fit", "fit"}};
 
+/// The format that the image server is asked for.
 enum class ImageResourceFormat { PNG, JPG };
 
 template <>
@@ -78,7 +79,7 @@ struct ImageResource {
   std::string productID;
 
   /// The image's address. Never fails: a product identifier that makes no URL gives "/". A size
-  /// that is not a finite 64-bit number of pixels stops the process, here and below.
+  /// that is not a finite 64-bit number of pixels terminates the process, here and below.
   [[nodiscard]] URL url(ImageSize size, const ImageURLOptions& options,
                         const ResourceHost& host) const;
 
@@ -89,9 +90,10 @@ struct ImageResource {
   friend bool operator==(const ImageResource&, const ImageResource&) = default;
 };
 
-/// The images that the server holds for a product.
+/// The images that a product has.
 using ImageResources = ResourceTable<ImageResourceKey, ImageResource>;
 
+/// Reads which images there are. Stateless; may be called from any thread.
 struct ImageResourceParser {
   /// Takes a document's list of resource names; other names are skipped.
   [[nodiscard]] static ImageResources parse(const JSONStrings& json, std::string_view id);

@@ -40,6 +40,7 @@ template <>
 inline constexpr EnumCase enumCases<ItemCollection::ContentsKind>[] = {
     {"videos"}, {"pages"}, {"mixed"}};
 
+/// Reads a part of a collection. Stateless; may be called from any thread.
 struct ItemCollectionParser {
   /// Items that cannot be read are left out.
   [[nodiscard]] static Result<ItemCollection> parse(const JSONObject& json);

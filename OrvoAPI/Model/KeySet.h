@@ -49,8 +49,8 @@ class KeySet {
   std::uint32_t bits_ = 0;
 };
 
-/// A walk over a table whose entries are made on access: pairs of key and value, in the declaration
-/// order of the keys. Used by one thread; the table must outlive it.
+/// Iterates over a map whose entries are made on access: pairs of key and value, in the declaration
+/// order of the keys. Not thread-safe; the map must outlive it.
 template <class Table, NamedEnum Key>
 class KeyedTableIterator {
  public:

@@ -20,11 +20,13 @@ namespace detail {
 class LineupSlotReader;
 }
 
+/// How an image is fitted into the size asked for.
 enum class LineupTemplateImageCrop { fill, fit };
 
 template <>
 inline constexpr EnumCase enumCases<LineupTemplateImageCrop>[] = {{"fill"}, {"fit"}};
 
+/// The format that the image server is asked for.
 enum class LineupTemplateImageFormat { png, jpg };
 
 template <>
@@ -41,6 +43,7 @@ struct LineupTemplateURLOptions {
 /// An image of a lineup's slot: a whole URL as text, with "{c_transform}" where the transformation
 /// is to go.
 struct LineupTemplateImage {
+  /// The renditions of a slot's artwork.
   enum class ResourceKey {
     banner,
     landscape,
@@ -60,7 +63,7 @@ struct LineupTemplateImage {
   std::string template_;
 
   /// The image's address; nothing when the template makes no valid absolute URL. A size that is not
-  /// a finite 64-bit number of pixels stops the process.
+  /// a finite 64-bit number of pixels terminates the process.
   [[nodiscard]] std::optional<URL> url(ImageSize size,
                                        const LineupTemplateURLOptions& options = {}) const;
   [[nodiscard]] static std::optional<URL> URLForTemplateString(
@@ -84,8 +87,8 @@ inline constexpr EnumCase enumCases<LineupTemplateImage::ResourceKey>[] = {
     {"backgroundLandscape", "orvo_background_landscape"},
     {"icon"}};
 
-/// A slot's images by key. Immutable; safe to use from any thread. All templates are one shared
-/// text; the records are made on access.
+/// A slot's images by key. Immutable and thread-safe. All templates are one shared text; the
+/// records are made on access.
 class LineupTemplateImages {
  public:
   using Key = LineupTemplateImage::ResourceKey;
@@ -117,6 +120,7 @@ class LineupTemplateImages {
   detail::SharedText templates_;
 };
 
+/// Reads an image's template. Stateless; may be called from any thread.
 struct LineupTemplateImageParser {
   [[nodiscard]] static Result<LineupTemplateImage> parse(const JSONObject& json);
 };

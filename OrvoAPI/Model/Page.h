@@ -20,6 +20,7 @@ namespace orvo {
 
 /// A place to browse that cannot itself be played: a show, a channel, an event, …
 struct Page {
+  /// What the page is about.
   enum class ContentKind { show, film, stop, channel, subchannel, format, event, year, generic };
 
   /// A neighbouring page.
@@ -63,6 +64,7 @@ inline constexpr EnumCase enumCases<Page::ContentKind>[] = {
     {"show"},   {"film"},  {"stop"}, {"channel"}, {"subchannel"},
     {"format"}, {"event"}, {"year"}, {"generic"}};
 
+/// Reads a page. Stateless; may be called from any thread.
 struct PageParser {
   /// `title` stands in for the document's "title", which is then not looked at.
   [[nodiscard]] static Result<Page> parse(const JSONObject& json,

@@ -19,6 +19,7 @@ struct PagingMeta {
   friend bool operator==(const PagingMeta&, const PagingMeta&) = default;
 };
 
+/// Reads what a part says about its list. Stateless; may be called from any thread.
 struct PagingMetaParser {
   /// Nothing unless all three numbers are there; each document names that failure in its own way.
   [[nodiscard]] static std::optional<PagingMeta> parse(const JSONObject& json);

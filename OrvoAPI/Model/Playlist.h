@@ -27,6 +27,7 @@ struct Playlist {
   [[nodiscard]] double ttl() const { return DefaultCacheableTTL; }
 };
 
+/// Reads a part of a playlist. Stateless; may be called from any thread.
 struct PlaylistParser {
   /// Videos that cannot be read are left out. `include` (may be null) is the video that the user
   /// started from: it is put in front, with a line on the console, unless an equal one is listed;

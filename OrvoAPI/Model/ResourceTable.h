@@ -11,9 +11,9 @@
 
 namespace orvo {
 
-/// The resources that the server holds for one product, as a table from key to `Resource`, a record
-/// { key, productID }. Immutable; safe to use from any thread. It holds the identifier once and a
-/// set of keys; the records are made on access.
+/// The resources of one product, as a map from key to `Resource`, a record { key, productID }.
+/// Immutable and thread-safe. It stores the identifier once and a set of keys; the records are made
+/// on access.
 template <RawValueEnum Key, class Resource>
 class ResourceTable {
  public:

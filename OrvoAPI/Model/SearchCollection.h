@@ -45,12 +45,14 @@ template <>
 inline constexpr EnumCase enumCases<SearchCollection::ResultsKind>[] = {
     {"videos"}, {"pages"}, {"events"}, {"channels"}, {"films"}, {"shows"}, {"top", "top_results"}};
 
+/// Reads the results of one category. Stateless; may be called from any thread.
 struct SearchCollectionParser {
   /// Items that cannot be read are left out.
   [[nodiscard]] static Result<SearchCollection> parse(const JSONObject& json,
                                                       std::string_view query);
 };
 
+/// Reads the results of all categories. Stateless; may be called from any thread.
 struct SearchResultsParser {
   /// Collections that cannot be read are left out.
   [[nodiscard]] static Result<std::vector<SearchCollection>> parse(const JSONObject& json,

@@ -43,6 +43,7 @@ struct Status {
   }
 };
 
+/// Reads a status. Stateless; may be called from any thread.
 struct StatusParser {
   /// Never fails: what lacks a known "code" or a "label" gives `Status{}`.
   [[nodiscard]] static Status parse(const JSONObject& json);

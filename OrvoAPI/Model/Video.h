@@ -19,7 +19,9 @@ namespace orvo {
 
 /// What can be played: an episode, a clip, a film, a live programme.
 struct Video {
+  /// What kind of video it is.
   enum class ContentKind { episode, clip, film, liveProgram, generic };
+  /// Whether the video can be played now.
   enum class PlaybackStatus { available, unavailable };
 
   std::string id;
@@ -51,7 +53,8 @@ struct Video {
 
   [[nodiscard]] double ttl() const { return status.contentTTL(); }
 
-  /// Equal by identity and texts; what changes while it is on (status, images) takes no part.
+  /// Compares identifier, texts and duration; what changes while it is on (status, images) is
+  /// ignored.
   friend bool operator==(const Video& lhs, const Video& rhs) {
     return lhs.id == rhs.id && lhs.title == rhs.title && lhs.subheading == rhs.subheading &&
            lhs.shortDescription == rhs.shortDescription && lhs.duration == rhs.duration;
@@ -66,6 +69,7 @@ template <>
 inline constexpr EnumCase enumCases<Video::PlaybackStatus>[] = {{"available", {}},
                                                                 {"unavailable", {}}};
 
+/// Reads a video. Stateless; may be called from any thread.
 struct VideoParser {
   /// `playlistID`: the collection or playlist in which the video is listed.
   [[nodiscard]] static Result<Video> parse(const JSONObject& json,

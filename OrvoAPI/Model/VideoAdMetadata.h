@@ -38,14 +38,17 @@ struct VideoAdMetadata {
   std::vector<VideoSegment> segments = {};
 };
 
+/// Reads a segment. Stateless; may be called from any thread.
 struct VideoSegmentParser {
   [[nodiscard]] static Result<VideoSegment> parse(const JSONObject& json);
 };
 
+/// Reads a beacon. Stateless; may be called from any thread.
 struct VideoBeaconParser {
   [[nodiscard]] static Result<VideoBeacon> parse(const JSONObject& json);
 };
 
+/// Reads beacons and segments. Stateless; may be called from any thread.
 struct VideoAdMetadataParser {
   /// Never fails: beacons and segments that cannot be read are left out.
   [[nodiscard]] static VideoAdMetadata parse(const JSONObject& json);

@@ -33,6 +33,7 @@ struct VideoPreview {
 /// The preview clips that the server holds for a product.
 using VideoPreviews = ResourceTable<VideoPreviewKey, VideoPreview>;
 
+/// Reads which previews there are. Stateless; may be called from any thread.
 struct VideoPreviewsParser {
   /// Takes a document's list of resource names; other names are skipped.
   [[nodiscard]] static VideoPreviews parse(const JSONStrings& json, std::string_view productID);

@@ -12,19 +12,18 @@
 
 namespace orvo {
 
-/// Sends requests through one URL session and gives the redirected ones a token of the session
-/// provider. Safe to use from any thread. Holds its session provider and its URL session; requests
-/// under way outlive it.
+/// Sends requests through one URL session and adds the session provider's token to redirected ones.
+/// Thread-safe. Holds its session provider and its URL session; requests under way outlive it.
 ///
 /// A redirect is followed with the query of the address that redirected, when the new one has none,
 /// and with the current token, when the request carried one: to whatever host the server names, so
-/// a server that redirects elsewhere hands the token on. When no token can be had the redirect is
-/// refused.
+/// a server that redirects to another host passes the token on. When no token is available the
+/// redirect is refused.
 class DefaultNetworkProvider final : public NetworkDataProvider {
  public:
   using ProtocolClasses = std::optional<std::vector<std::shared_ptr<URLInterceptor>>>;
 
-  /// A null session provider stops the process.
+  /// A null session provider terminates the process.
   explicit DefaultNetworkProvider(std::shared_ptr<SessionProvider> sessionProvider,
                                   ProtocolClasses protocolClasses = std::nullopt);
 
@@ -41,7 +40,8 @@ class DefaultNetworkProvider final : public NetworkDataProvider {
   /// Puts another session in its place; what is under way stays with the old one.
   void setURLSession(std::shared_ptr<URLSession> session);
 
-  /// The one that decides about redirects, for a session made elsewhere that is to do the same.
+  /// The delegate that decides about redirects, for a session of the app's own that is to do the
+  /// same.
   [[nodiscard]] const std::shared_ptr<URLSessionDelegate>& sessionDelegate() const {
     return delegate_;
   }

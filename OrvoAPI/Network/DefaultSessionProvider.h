@@ -13,8 +13,8 @@
 namespace orvo {
 
 /// Keeps the current token and fetches a new one when it has become stale, exactly 12 hours after
-/// it was obtained here. Safe to use from any thread. An update under way does not keep it alive:
-/// its outcome is then dropped. One that a retrieval waits for does.
+/// it was obtained here. Thread-safe. An update under way does not keep it alive: its outcome is
+/// then dropped. One that a retrieval waits for does.
 ///
 /// Fetches are not shared: each call that finds the token stale starts one, and the last to finish
 /// decides which token is current.

@@ -6,7 +6,8 @@
 
 namespace orvo {
 
-/// Sends requests: the one way to the network. Called from any thread. Shared by those that fetch.
+/// Sends requests: all of a context's network traffic goes through it. Called from any thread;
+/// shared.
 class NetworkDataProvider {
  public:
   virtual ~NetworkDataProvider() = default;

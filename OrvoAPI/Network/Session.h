@@ -15,6 +15,7 @@ struct Session {
   friend bool operator==(const Session&, const Session&) = default;
 };
 
+/// Reads a session. Stateless; may be called from any thread.
 struct SessionParser {
   /// Fails with `JSONParseError::unableToParse`, whose value is the whole document.
   [[nodiscard]] static Result<Session> parse(const JSONObject& json);

@@ -6,7 +6,7 @@
 
 namespace orvo {
 
-/// Where requests get the session's token from. Called from any thread. Shared by those that send.
+/// Provides the session's token. Called from any thread; shared.
 class SessionProvider {
  public:
   virtual ~SessionProvider() = default;

@@ -13,8 +13,8 @@ class URLSessionCore;
 }
 
 /// Fetches over HTTP/1.1 and 2, with cookies of its own and on connections that it shares with the
-/// sessions that trust the same authorities. Safe to use from any thread. Dropping it cancels
-/// nothing: a request under way holds what it needs, and the last one ends the session.
+/// sessions that trust the same authorities. Thread-safe. Destroying it cancels nothing: requests
+/// in flight keep what they need, and the last one ends the session.
 ///
 /// Redirects (301, 302, 303, 307, 308 with a Location) are followed, with the delegate's consent,
 /// up to 20 times; never from https to http, nor to another scheme: then the redirect itself is the
@@ -33,13 +33,13 @@ class URLSession final : public NetworkDataProvider {
 
   [[nodiscard]] Future<HTTPResult> fetch(const URLRequest& request) override;
 
-  /// Fails all that is under way, and all that is fetched later, with `URLError` -999.
+  /// Fails all requests in flight, and all later ones, with `URLError` -999.
   void invalidateAndCancel();
 
-  /// For apps that know that the device has another network now, or another address: no session
-  /// sends a new request on a connection that is older than this call, and names are resolved anew.
-  /// What is under way continues. Without this call a lost path is found out by the first request
-  /// that times out, or after the device has slept.
+  /// For apps that learn that the device's network or address has changed: no session sends a new
+  /// request on a connection that is older than this call, and names are resolved anew. Requests in
+  /// flight continue. Without this call a broken path is detected by the first request that times
+  /// out, or after the device has slept.
   static void networkChanged();
 
  private:

@@ -8,8 +8,8 @@
 
 namespace orvo {
 
-/// Has a say in what a URL session does. Called on the session's serial queue; must not block. The
-/// session holds it.
+/// Decides about a URL session's redirects. Called on the session's serial queue; must not block.
+/// The session holds it.
 class URLSessionDelegate {
  public:
   /// Takes the request to follow the redirect with, or nothing to refuse it. May be called from any

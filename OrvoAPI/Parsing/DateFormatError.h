@@ -11,6 +11,7 @@ namespace orvo {
 /// A text that is not a date in the expected format. A value.
 class DateFormatError : public detail::ErrorEnumeration<DateFormatError> {
  public:
+  /// The text does not match the expected pattern.
   struct stringDoesNotMatchFormat {
     using Enumeration = DateFormatError;
     /// The text as it was tried.

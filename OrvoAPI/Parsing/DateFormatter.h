@@ -10,7 +10,7 @@
 namespace orvo {
 
 /// Reads and writes dates in one of the service's three patterns, always in UTC and never
-/// localised. A value, as cheap to make as to copy; safe to use from any thread.
+/// localised. A value, as cheap to make as to copy; thread-safe.
 ///
 /// Reading takes the whole text or nothing: a year of four digits from 0001 on, two digits for
 /// everything else, days that exist, no leap seconds. Where the pattern has a zone it is `Z` or

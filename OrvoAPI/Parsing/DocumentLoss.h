@@ -13,6 +13,7 @@ namespace orvo {
 /// Something of a document that a parser left out, or why it could not read any of it. It holds
 /// names and counts, never a value of the document. A value.
 struct DocumentLoss {
+  /// Why something was left out.
   enum class Reason {
     /// A member that its record requires is not there.
     missing,
@@ -23,7 +24,7 @@ struct DocumentLoss {
     /// It is of the right type, but cannot be used: a name that is not known, an address or a date
     /// that is none, a number that is not whole.
     badValue,
-    /// Not told one by one: there were more than `LossWatch::kMost`.
+    /// Stands for the losses beyond `LossWatch::kMost`.
     further
   };
 
@@ -47,15 +48,15 @@ template <>
 inline constexpr EnumCase enumCases<DocumentLoss::Reason>[] = {
     {"missing"}, {"null"}, {"wrongType"}, {"badValue"}, {"further"}};
 
-/// Notices what the library's parsers leave out while it lives: of the document that was last read
-/// (with `JSONDataParser`) since, on the thread that made it, where it also has to be destroyed. Of
-/// several that live at the same time only the last made one notices anything.
+/// While it exists, records what the library's parsers leave out of the document that was last read
+/// (with `JSONDataParser`) on the thread that made it. It must be destroyed on that thread. If
+/// there are several, only the latest records anything.
 class LossWatch {
  public:
   /// How many losses are told one by one.
   static constexpr std::size_t kMost = 100;
 
-  /// Without memory for it nothing is noticed.
+  /// If memory is refused, nothing is recorded.
   LossWatch() noexcept;
   ~LossWatch();
   LossWatch(const LossWatch&) = delete;

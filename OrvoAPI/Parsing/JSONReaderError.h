@@ -6,6 +6,7 @@ namespace orvo {
 
 /// What the JSON reader itself refuses, before any shape or key is asked for. A value.
 struct JSONReaderError {
+  /// Why the body was refused.
   enum class Code {
     /// Not JSON: a syntax error, or something after the end.
     malformed,

@@ -25,12 +25,13 @@ using JSONObjects = JSONArrayOf<JSONObject>;
 /// An array that is known to hold nothing but strings.
 using JSONStrings = JSONArrayOf<std::string_view>;
 
-/// One value of a JSON document: an immutable handle, safe to use from any thread. All handles into
-/// a document share its ownership; a text that one returns stays valid while any of them lives.
+/// One value of a JSON document: an immutable handle, thread-safe. All handles into a document
+/// share its ownership; a text that one returns stays valid while any of them lives.
 ///
 /// Nothing converts between kinds: a boolean is not a number, a number not a string.
 class JSONValue {
  public:
+  /// The kinds of JSON values.
   enum class Kind { null, boolean, number, string, array, object };
 
   /// The value null.
@@ -90,7 +91,7 @@ class JSONObject {
   [[nodiscard]] std::optional<JSONObjects> objects(std::string_view key) const;
   [[nodiscard]] std::optional<JSONStrings> strings(std::string_view key) const;
 
-  /// Walks the members in document order, each key once. A range-based for binds
+  /// Iterates over the members in document order, each key once. A range-based for binds
   /// `const auto& [key, value]`, valid until the next step.
   [[nodiscard]] Iterator begin() const;
   [[nodiscard]] std::default_sentinel_t end() const { return {}; }
@@ -109,7 +110,7 @@ class JSONObject {
   detail::JSONNode node_;
 };
 
-/// A walk over an object's members. Used by one thread; keeps the document alive.
+/// Iterates over an object's members. Not thread-safe; keeps the document alive.
 class JSONObject::Iterator {
  public:
   using iterator_concept = std::input_iterator_tag;
@@ -136,12 +137,13 @@ class JSONObject::Iterator {
   std::vector<std::size_t> repeated_;
 };
 
-/// An array of `JSONValue`, `JSONObject` or `std::string_view`; a handle as `JSONValue` is. Name it
-/// before a range-based for walks it: in `: *object.array(key)` it is gone when the walk begins.
+/// An array of `JSONValue`, `JSONObject` or `std::string_view`; a thread-safe handle, like
+/// `JSONValue`. Give it a name before a range-based for iterates over it: in `: *object.array(key)`
+/// the temporary is destroyed before the loop begins.
 template <class Element>
 class JSONArrayOf {
  public:
-  /// A walk over the elements. Used by one thread; the array or another handle must outlive it. An
+  /// Iterates over the elements. Not thread-safe; the array or another handle must outlive it. An
   /// element that `*` returns is valid until the next step; copy it to keep it.
   class Iterator {
    public:

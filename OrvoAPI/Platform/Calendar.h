@@ -12,8 +12,8 @@
 
 namespace orvo {
 
-/// The Gregorian calendar in the device's time zone, as the C library has it. Used by one thread at
-/// a time; nothing is shared, so make one for each piece of work: it costs nothing.
+/// The Gregorian calendar in the device's time zone, as the C library has it. Not thread-safe, and
+/// cheap to make: make one for each piece of work.
 ///
 /// An instant more than a hundred million days from 1970 counts as the nearest that is not.
 ///

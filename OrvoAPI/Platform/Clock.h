@@ -8,8 +8,8 @@
 
 namespace orvo {
 
-/// Where the library learns the time; implement it to crank time by hand. Called from any thread.
-/// Shared by those that read it.
+/// Tells the library the time; implement it to control time in tests. Called from any thread;
+/// shared.
 class Clock {
  public:
   virtual ~Clock() = default;
@@ -17,7 +17,8 @@ class Clock {
   /// The wall clock, for programme times. It may jump: a box boots in 1970 and is set later.
   [[nodiscard]] virtual Date now() const = 0;
 
-  /// Time since some fixed moment, for ages and delays: it only goes forward, during sleep too.
+  /// Monotonic time since an arbitrary epoch, for ages and delays; it also advances while the
+  /// device sleeps.
   [[nodiscard]] virtual std::chrono::milliseconds elapsed() const = 0;
 
   /// Calls `task`, on any thread, whenever the wall clock has been set, for as long as the returned

@@ -11,9 +11,9 @@ struct iovec;
 namespace orvo {
 
 /// A connection to the system log: the journal in its native format, or else the classic log
-/// socket. Safe to use from any thread. It never blocks and never fails: a record that the reader
-/// cannot take at once is lost, and a reader that was restarted is found again by the next record.
-/// Owns its socket.
+/// socket. Thread-safe. It never blocks and never fails: a record that the log cannot accept
+/// immediately is lost, and a log that was restarted is reconnected to with the next record. Owns
+/// its socket.
 class SystemLog {
  public:
   /// The sockets to try, in this order; an empty path is left out.

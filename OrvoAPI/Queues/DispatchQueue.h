@@ -11,10 +11,10 @@ namespace orvo {
 /// Runs jobs somewhere, later. Implement it to have callbacks on an event loop of your own: `post`
 /// is called from any thread, must never run the job itself, and must not throw. Held by shared
 /// pointers: outstanding work keeps its queue alive, and so do the jobs waiting in it. So a queue
-/// whose loop has ended must destroy the jobs that it has not run, and those that still come.
+/// whose loop has ended must destroy the jobs that it has not run, and any that are posted later.
 ///
-/// What a job throws reaches whoever runs it. On the library's threads that stops the process; a
-/// loop of your own decides for itself.
+/// An exception that a job throws propagates to whoever runs it. On the library's threads it
+/// terminates the process; a loop of your own decides for itself.
 class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
  public:
   DispatchQueue() = default;
@@ -22,7 +22,7 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   DispatchQueue& operator=(const DispatchQueue&) = delete;
   virtual ~DispatchQueue() = default;
 
-  /// Takes the job, to run it once and later.
+  /// Enqueues the job, to be run once, later.
   virtual void post(Job job) = 0;
 
   /// Posts the job when the delay has passed, by a clock that also runs while the device sleeps. A
@@ -34,13 +34,14 @@ class DispatchQueue : public std::enable_shared_from_this<DispatchQueue> {
   /// For debugging.
   [[nodiscard]] virtual std::string label() const { return {}; }
 
-  /// The concurrent queue of user-initiated priority: a few worker threads, started as needed, that
-  /// all serial queues share. Lives as long as the process.
+  /// The concurrent queue: a few worker threads, started as needed, that all serial queues share.
+  /// Lives as long as the process.
   ///
   /// There are as many workers as processors, at least two, and a job that blocks holds one of
   /// them. When jobs wait and no worker has come back for about 50 ms, a spare one is started, up
   /// to 16 of them; a line in the log says so once. Spare workers leave after some seconds without
-  /// work. With all of these blocked, nothing that runs on the workers goes on, time-outs included.
+  /// work. While all of these are blocked, nothing that runs on the workers makes progress,
+  /// timeouts included.
   [[nodiscard]] static std::shared_ptr<DispatchQueue> global();
 
   /// True on a thread that must not block: the library's own, and the one that the main queue

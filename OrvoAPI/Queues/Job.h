@@ -42,8 +42,8 @@ class FunctionJob final : public JobNode {
 
 }  // namespace detail
 
-/// A job on its way through a dispatch queue: call it once. One that is destroyed uncalled releases
-/// what it holds. Movable, from thread to thread; not synchronised.
+/// A job in a dispatch queue: call it once. Destroyed without being called, it releases what it
+/// holds. Movable between threads; not thread-safe.
 class Job {
  public:
   Job() = default;
@@ -63,7 +63,7 @@ class Job {
 
   explicit operator bool() const { return node_ != nullptr; }
 
-  /// Runs the job and uses it up. What the job throws reaches the caller.
+  /// Runs the job and consumes it. An exception that the job throws propagates to the caller.
   void operator()() { std::exchange(node_, nullptr)->run(); }
 
   /// Gives up the node, to be linked into a list.
@@ -77,8 +77,8 @@ class Job {
 
 namespace detail {
 
-/// Waiting nodes in order of arrival, linked by their `next`. Not synchronised. Its destructor
-/// drops what is left.
+/// Waiting nodes in order of arrival, linked by their `next`. Not thread-safe. Its destructor drops
+/// what is left.
 template <class Node>
 class NodeList {
  public:

@@ -14,15 +14,14 @@ namespace detail {
 class MainQueueView;
 }
 
-/// The one queue that stands for the app's main thread: cache hits, `Future::succeeded` and every
-/// fetch with a fresh token come through it. Jobs run one at a time, in the order in which they
-/// were posted. Safe to use from any thread; lives as long as the process.
+/// The queue that stands for the app's main thread: cache hits, `Future::succeeded` and every fetch
+/// with a fresh token go through it. Jobs run one at a time, in the order in which they were
+/// posted. Thread-safe; lives as long as the process.
 ///
-/// An app claims it, to have its jobs run where its own events run: it runs the queue on a thread,
-/// or drains it now and then, or puts the event descriptor into a loop of its own. While it is
-/// unclaimed, a thread of the library runs it, so that a program without a loop never waits for
-/// ever. When a claim lets jobs wait for five seconds without running one, a line in the log says
-/// so.
+/// An app claims it to have its jobs run on its event loop's thread: it runs the queue on a thread,
+/// drains it regularly, or adds its event descriptor to the loop. While it is unclaimed, a thread
+/// of the library runs it, so that a program without an event loop never waits forever. When a
+/// claim lets jobs wait for five seconds without running one, a line in the log says so.
 class MainQueue final : public DispatchQueue {
  public:
   class Claim;
@@ -54,10 +53,11 @@ class MainQueue final : public DispatchQueue {
 };
 
 /// The right to run the main queue. It belongs to the thread that made it: running or draining on
-/// another stops the process; `stop` may be called from any. Destroying it, even from a job of the
-/// queue, gives the queue back with its waiting jobs.
+/// another terminates the process; `stop` may be called from any. Destroying it, even from a job of
+/// the queue, gives the queue back with its waiting jobs.
 ///
-/// What a job throws leaves `run` and `drain`; the next call goes on with the next job.
+/// An exception that a job throws propagates from `run` and `drain`; the next call continues with
+/// the next job.
 class MainQueue::Claim {
  public:
   Claim(Claim&& other) noexcept;
@@ -72,8 +72,8 @@ class MainQueue::Claim {
   /// Runs the jobs that wait at the time of the call and returns how many it ran.
   std::size_t drain();
 
-  /// A descriptor that is readable while jobs wait: put it into a loop of your own and `drain` when
-  /// it wakes. It stays the queue's; do not read or close it. -1 when the system has none to give.
+  /// A file descriptor that is readable while jobs wait: add it to your event loop and `drain` when
+  /// it is readable. The queue owns it; do not read or close it. -1 if the system refuses one.
   [[nodiscard]] int eventDescriptor() const;
 
  private:

@@ -13,8 +13,8 @@
 namespace orvo {
 
 /// Runs its jobs one after another, in the order in which they were posted, on the workers of the
-/// global queue; it has no thread of its own. Safe to use from any thread. Jobs that wait keep it
-/// alive. A job that throws stops the process.
+/// global queue; it has no thread of its own. Thread-safe. Jobs that wait keep it alive. A job that
+/// throws terminates the process.
 ///
 /// A queue is idle (no job waits), scheduled (jobs wait, and it stands itself in the global queue's
 /// list) or draining (one thread runs its jobs). A synchronous caller that finds it draining waits;
@@ -30,9 +30,9 @@ class SerialQueue final : public DispatchQueue, private detail::JobNode {
   void post(Job job) override;
   [[nodiscard]] std::string label() const override { return label_; }
 
-  /// Runs `function` in its turn and returns when it has run; it may run on another thread. What it
-  /// throws reaches the caller. Called from one of the queue's own jobs it could never return: that
-  /// stops the process.
+  /// Runs `function` in its turn and returns when it has run; it may run on another thread. An
+  /// exception that it throws propagates to the caller. Called from one of the queue's own jobs it
+  /// would deadlock, and therefore terminates the process.
   template <class F>
   void sync(F&& function) {
     SyncJob<F> job(function);

@@ -14,11 +14,10 @@
 
 namespace orvo {
 
-/// What a `Context` remembers of the answers it got. Safe to use from any thread. Owns its stores,
-/// which begin empty.
+/// The answers that a `Context` has cached. Thread-safe. Owns its stores, which begin empty.
 ///
 /// The bounds are numbers of answers, chosen so that a full set of stores stays in the order of 10
-/// MB: an app comes back to a few pages and many videos, while a lineup or a part of the guide can
+/// MB: an app returns to a few pages and many videos, while a lineup or a part of the guide can
 /// take a megabyte by itself.
 class AppStore {
  public:
@@ -33,7 +32,7 @@ class AppStore {
   Store<ContentItem> items;
   Store<LinearProgramGuide> guide;
 
-  /// Empties all stores and gives the memory back to the system, for an app that runs short of it.
+  /// Empties all stores and returns the memory to the system, for when memory is low.
   void removeAll();
 };
 

@@ -15,8 +15,8 @@
 
 namespace orvo {
 
-/// A table of elements by text keys. Safe to use from any thread, also from inside an element's
-/// copy constructor or destructor. Owns its elements and hands out copies.
+/// A map from text keys to elements. Thread-safe; may also be used from an element's copy
+/// constructor or destructor. Owns its elements and hands out copies.
 template <class T>
 class KeyedStore {
  public:

@@ -32,7 +32,7 @@ void removeAllElements(StoreCore& core);
 
 }  // namespace detail
 
-/// Keeps elements in memory, each for its own time to live. Safe to use from any thread. Shares its
+/// A cache: keeps elements in memory, each for its own time to live. Thread-safe. Shares its
 /// elements: a hit copies a pointer. It has room for a fixed number of elements; the least recently
 /// used one goes first.
 ///
@@ -77,7 +77,7 @@ class Store {
     return future;
   }
 
-  /// Forgets everything, for an app that runs short of memory.
+  /// Empties the store, for when memory is low.
   void removeAll() { detail::removeAllElements(*core_); }
 
   /// The label of the serial queue that the store's lock stands for; for debugging.

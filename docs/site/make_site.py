@@ -27,6 +27,19 @@ REFERENCE_GROUPS = {
     "": "The version, and all at once",
 }
 
+REFERENCE_RULES = """<p>All of it is in namespace <code>orvo</code>. What holds where a comment says nothing else:</p>
+<ul>
+<li><strong>Threads.</strong> A record (a <code>struct</code> with public members) is a value: as with the
+standard containers, several threads may read one that none changes. Parsers have no state. A class says
+what holds for it.</li>
+<li><strong>Ownership.</strong> A value owns what it holds. What a function returns as a reference or a view
+belongs to the object that it was called on. Interfaces that the app implements are held by shared
+pointers.</li>
+<li><strong>Errors.</strong> Nothing is thrown but <code>std::bad_alloc</code>, unless the comment names it;
+failures are delivered by a <code>Result</code> or a <code>Future</code>.</li>
+</ul>
+"""
+
 
 class Site:
     def __init__(self, root, xml, output, version):
@@ -38,6 +51,7 @@ class Site:
         self.places = self.reference_places()
         self.names = self.known_names()
         self.examples = examples.Examples(root)
+        self.check_comments()
         self.faults += self.examples.faults(self.reference)
 
     # What there is, and where.
@@ -96,6 +110,17 @@ class Site:
             if len(places) == 1:
                 names.setdefault(name, *places)
         return names
+
+    def check_comments(self):
+        """Each type has a comment, and a class says in it what holds for threads."""
+        kinds = [each for each in self.reference.members() if each.kind == "enum"]
+        for each in [*self.reference.types, *kinds]:
+            said = " ".join(text_of(each.doc).split())
+            if not said:
+                self.faults.append(f"{each.file}: {each.name} has no comment")
+            elif each.kind == "class" and "::" not in each.name and not re.search(
+                    r"[Tt]hread|[Vv]alue\b|queue", said):
+                self.faults.append(f"{each.file}: {each.name} does not say whether it is thread-safe")
 
     # Links.
 
@@ -376,7 +401,7 @@ class Site:
         return f'<a href="{self.relative(f"source/{path}.html", page)}">the header</a>'
 
     def write_reference_index(self):
-        page, body = "reference/index.html", ["<h1>Types and operations</h1>\n"]
+        page, body = "reference/index.html", ["<h1>Types and operations</h1>\n", REFERENCE_RULES]
         for folder, title in REFERENCE_GROUPS.items():
             rows = []
             for file in self.headers():

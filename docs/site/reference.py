@@ -60,6 +60,14 @@ def text_of(element):
     return "" if element is None else "".join(element.itertext())
 
 
+def doc_of(element):
+    """A doc comment whole: Doxygen calls those of enumerations and concepts brief."""
+    whole = ElementTree.Element("doc")
+    for part in ("briefdescription", "detaileddescription"):
+        whole.extend(element.find(part) if element.find(part) is not None else ())
+    return whole
+
+
 def tidy(code):
     """C++ as clang-format would have it, where Doxygen puts blanks."""
     code = re.sub(r"<\s+", "<", re.sub(r"\s+>", ">", code))
@@ -87,12 +95,12 @@ def member(element, owner):
     parameters = [(parameter.find("type"), parameter.findtext("declname"),
                    text_of(parameter.find("defval"))) for parameter in element.findall("param")]
     arguments = element.findtext("argsstring") or ""
-    values = [(value.findtext("name"), value.find("detaileddescription"))
+    values = [(value.findtext("name"), doc_of(value))
               for value in element.findall("enumvalue")]
     return Member(element.get("id"), element.get("kind"), element.findtext("name"), owner, file, line,
                   element.find("type"), parameters, template_of(element),
                   text_of(element.find("initializer")), arguments[arguments.rfind(")") + 1:],
-                  element.find("detaileddescription"), element.get("static") == "yes",
+                  doc_of(element), element.get("static") == "yes",
                   element.find("reimplements") is not None, values)
 
 
@@ -130,12 +138,9 @@ class Reference:
             if compound.get("prot", "public") != "public":
                 return
             name = name.removeprefix("orvo::")
-            doc = compound.find("detaileddescription")
-            if not text_of(doc).strip():
-                doc = compound.find("briefdescription")
             found = Type(compound.get("id"), kind, name, *place(compound), template_of(compound),
                          [text_of(base) for base in compound.findall("basecompoundref")
-                          if base.get("prot") == "public"], doc,
+                          if base.get("prot") == "public"], doc_of(compound),
                          compound.find("initializer") if kind == "concept" else None)
             found.members = sorted((member(each, name) for each in compound.iter("memberdef")
                                     if wanted(each)), key=lambda each: each.line)

@@ -13,8 +13,8 @@
 
 namespace orvo {
 
-/// A clock that stands still until a test moves it. Safe to use from any thread. Give it to what
-/// takes a `Clock`, and keep a pointer to crank it.
+/// A clock that stands still until a test moves it. Thread-safe. Give it to what takes a `Clock`,
+/// and keep a pointer to move it.
 ///
 ///     const auto clock = std::make_shared<ManualClock>();
 ///     Store<Video> store(10, clock);

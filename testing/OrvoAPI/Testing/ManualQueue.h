@@ -16,8 +16,8 @@
 namespace orvo {
 
 /// A queue whose jobs run when a test says so, on the test's thread, in the order in which they
-/// were posted. `post` is safe from any thread. Delays pass on a hand-cranked clock, which several
-/// queues may share. Jobs that were never run are destroyed with the queue.
+/// were posted. `post` is thread-safe. Delays are measured on a manual clock, which several queues
+/// may share. Jobs that were never run are destroyed with the queue.
 ///
 ///     const auto queue = std::make_shared<ManualQueue>();
 ///     future.onSuccess(queue, [&](const Shared<Video>& video) { … });

@@ -12,8 +12,8 @@
 namespace orvo {
 
 /// The calls of one operation of a stub, for a test to settle when and in the order it likes; they
-/// are numbered from 0 in the order in which they came. Safe to use from any thread. A number that
-/// no call has throws `std::out_of_range`.
+/// are numbered from 0 in the order in which they came. Thread-safe. A number that no call has
+/// throws `std::out_of_range`.
 template <class T>
 class PendingCalls {
  public:

@@ -22,7 +22,7 @@ struct StubAnswerOptions {
 };
 
 /// Answers a URL session's requests in place of the network, by path, and records all that it is
-/// asked for; what it has no answer for goes on to the network. Safe to use from any thread.
+/// asked for; what it has no answer for goes on to the network. Thread-safe.
 ///
 ///     const auto stub = std::make_shared<StubInterceptor>();
 ///     stub->answer("/v3/session", R"({"token": "t"})");
@@ -31,7 +31,7 @@ struct StubAnswerOptions {
 ///     stub->answer("/v3/products/1", R"({…})");                 // from then on
 ///
 /// A path may be given with a query ("/v3/search?q=x"); an answer to that takes precedence over one
-/// to the path alone. Several answers to one path are given in turn, the last of them for ever.
+/// to the path alone. Several answers to one path are given in turn, the last of them forever.
 class StubInterceptor final : public URLInterceptor {
  public:
   void answer(std::string path, std::string_view body, StubAnswerOptions options = {});

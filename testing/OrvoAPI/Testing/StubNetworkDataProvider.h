@@ -13,7 +13,7 @@
 namespace orvo {
 
 /// Stands in for the network: records each request and leaves it to the test when, in which order
-/// and how it is answered. Safe to use from any thread.
+/// and how it is answered. Thread-safe.
 ///
 ///     const auto network = std::make_shared<StubNetworkDataProvider>(queue);
 ///     …  // hand it to what is tested, and have that send two requests

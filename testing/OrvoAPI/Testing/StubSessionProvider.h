@@ -11,7 +11,7 @@
 namespace orvo {
 
 /// Stands in for the session: gives out a token of the test's, at once unless tokens are held, and
-/// leaves it to the test how a renewal ends. Safe to use from any thread.
+/// leaves it to the test how a renewal ends. Thread-safe.
 ///
 ///     const auto session = std::make_shared<StubSessionProvider>("first", queue);
 ///     …  // hand it to what is tested, and have that meet a 401
