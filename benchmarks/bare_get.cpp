@@ -1,13 +1,16 @@
-// A request with libcurl and nothing else.
+// A request with libcurl and nothing else, or its version.
 //
-// usage: bare_get URL
+// usage: bare_get URL | --version
 
 #include <curl/curl.h>
 
 #include <cstddef>
+#include <cstdio>
+#include <cstring>
 #include <string>
 
 int main(int argc, char** argv) {
+  if (argc > 1 && std::strcmp(argv[1], "--version") == 0) return std::puts(curl_version()) < 0;
   std::string body;
   curl_global_init(CURL_GLOBAL_DEFAULT);
   CURL* const handle = curl_easy_init();

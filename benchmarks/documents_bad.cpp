@@ -64,16 +64,16 @@ double perByte(const List& list, const Data& body, std::size_t kept) {
 
 void measure(const List& list) {
   const Data good(listOf(list, list.element, kElements, 0));
-  const auto against = [&](const std::string& what, const auto& element) {
+  const auto against = [&](const std::string& what, double goal, const auto& element) {
     const Data bad(listOf(list, element, 0, good.size()));
     print("bad " + list.name + ", " + what, "ns/B", "good ones",
           inTurns([&] { return perByte(list, bad, 0); },
                   [&] { return perByte(list, good, kElements); }, 7),
-          kGoal);
+          goal);
   };
-  against("{}", [](std::size_t) { return "{}"; });
-  against(list.tiny, [&](std::size_t) { return list.tiny; });
-  against("\"" + list.key + "\" missing", [&](std::size_t number) {
+  against("{}", kNothing, [](std::size_t) { return "{}"; });
+  against(list.tiny, kGoal, [&](std::size_t) { return list.tiny; });
+  against("\"" + list.key + "\" missing", kGoal, [&](std::size_t number) {
     return replacingAll(list.element(number),
                         "\"" + list.key + "\":", "\"" + list.wrongKey + "\":");
   });

@@ -69,9 +69,8 @@ Counts costOf(void (*work)(int), int units = 1) {
 }
 
 void report(const char* what, Counts cost, double instructions, double allocations) {
-  print(
-      Row{.name = what, .unit = "instructions", .ours = cost.instructions, .bound = instructions});
-  print(Row{.name = what, .unit = "allocations", .ours = cost.allocations, .bound = allocations});
+  print({.name = what, .unit = "instructions", .ours = cost.instructions, .bound = instructions});
+  print({.name = what, .unit = "allocations", .ours = cost.allocations, .bound = allocations});
 }
 
 }  // namespace
@@ -86,7 +85,6 @@ int main(int, char** argv) {
   const double small = costOf(runMaps<1>).instructions;
   const double big = costOf(runMaps<1000>, 1000).instructions;
   const std::string name = "each hop of a chain of 1,000";
-  print(Row{name, "instructions", big, "of 1", small, big / small, Goal::atMost, 1.3});
-  print(Row{name, "instructions", big, "of 10", hop.instructions, big / hop.instructions,
-            Goal::atMost, 1.3});
+  printCounts(name, "instructions", big, "of 1", small, 1.3);
+  printCounts(name, "instructions", big, "of 10", hop.instructions, 1.3);
 }

@@ -1,10 +1,10 @@
-// What models keep, in bytes as the allocator rounds them, against the same fields in the literal
-// layout: a tree map for each table, each slot copied into its hour and its day's hour.
+// What models keep, in bytes as the allocator rounds them: beside their documents, and beside the
+// same fields in the layout that their description names literally, with a tree map for each table,
+// each slot copied into its hour and its day's hour. And what a context keeps.
 
-#include <OrvoAPI/Linear/LinearProgramGuide.h>
-#include <OrvoAPI/Linear/Lineup.h>
-#include <OrvoAPI/Model/ItemCollection.h>
-#include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/OrvoAPI.h>
+#include <OrvoAPI/Testing/StubNetworkDataProvider.h>
+#include <OrvoAPI/Testing/StubSessionProvider.h>
 #include <benchmarks/support/Documents.h>
 #include <benchmarks/support/HeapBytes.h>
 #include <benchmarks/support/Measure.h>
@@ -198,13 +198,39 @@ double bytesKept(Make&& make) {
 }
 
 template <class Make>
-void measure(std::string name, Make&& make) {
+void measure(const std::string& name, const Data& body, double goal, Make&& make) {
   (void)make();  // what is kept for the next reading is there by now
   const double ours = bytesKept(make);
   const auto model = make();
-  const double theirs = bytesKept([&] { return literal(model); });
-  print(Row{std::move(name), "B", ours, "the literal layout", theirs, ours / theirs, Goal::atMost,
-            kGoal});
+  printCounts(name, "B", ours, "the literal layout", bytesKept([&] { return literal(model); }),
+              goal);
+  printCounts(name, "B", ours, "its document", static_cast<double>(body.size()));
+}
+
+/// A context, and its store of videos full.
+void measureContext() {
+  constexpr std::size_t kVideos = 256;
+  const auto configuration = configurationDocument();
+  std::size_t documents = configuration.size();
+  const double ours = bytesKept([&] {
+    const auto context = Context::make(
+        ConfigurationParser::parse(JSONDataParser::object(Data(configuration)).force(),
+                                   Environment::production)
+            .force(),
+        *URL::parse("https://api.example/v3/"), *URL::parse("https://images.example/"),
+        std::make_shared<StubSessionProvider>(), std::make_shared<StubNetworkDataProvider>());
+    for (std::size_t i = 0; i < kVideos; ++i) {
+      const auto document = videoDocument(i);
+      documents += document.size();
+      context->store().videos.store(
+          std::make_shared<const Video>(
+              VideoParser::parse(JSONDataParser::object(Data(document)).force()).force()),
+          "https://api.example/v3/products/" + std::to_string(i));
+    }
+    return context;
+  });
+  printCounts("a context with 256 videos kept", "B", ours, "their documents",
+              static_cast<double>(documents));
 }
 
 }  // namespace
@@ -212,16 +238,17 @@ void measure(std::string name, Make&& make) {
 int main() {
   const Data collection(collectionDocument(200)), guide(guideDocument(500)),
       lineup(lineupDocument(5000));
-  measure("memory of a collection of 200", [&] {
+  measure("memory of a collection of 200", collection, kNothing, [&] {
     const auto json = JSONDataParser::object(collection);
     return ItemCollectionParser::parse(*json.value()).force();
   });
-  measure("memory of a guide of 500", [&] {
+  measure("memory of a guide of 500", guide, kGoal, [&] {
     const auto json = JSONDataParser::object(guide);
     return LinearProgramGuideParser::parse(*json.value(), Date(), Date()).force();
   });
-  measure("memory of a lineup of 5,000", [&] {
+  measure("memory of a lineup of 5,000", lineup, kGoal, [&] {
     const auto json = JSONDataParser::array(lineup);
     return LineupParser::parse(*json.value());
   });
+  measureContext();
 }

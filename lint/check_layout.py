@@ -64,7 +64,6 @@ MOST_IN_FUNCTION = 40
 LONG_FILES = {
     "OrvoAPI/Context/Context.h": "one class: what it knows, its fetches, its capabilities",
     "OrvoAPI/Futures/Future.h": "one class and its contract; its operations are templates",
-    "benchmarks/support/Transport.h": "one measurement, by the library and by libcurl",
     "soak/FaultyServer.h": "one table of faults and the server that makes them",
     "soak/sim.cpp": "one program: what can happen to a fetch, and how it must end",
 }

@@ -22,16 +22,18 @@ namespace orvo::test {
 /// which nginx ends too.
 class Nginx {
  public:
-  /// `locations` is the body of its servers in nginx's syntax; what lies in `folder()` is served
-  /// from there by `root`. Throws `std::runtime_error` when nginx or openssl is missing.
-  explicit Nginx(const std::string& locations) {
+  /// `locations` is the body of its servers in nginx's syntax, `tls` what those have besides that
+  /// speak TLS; what lies in `folder()` is served from there by `root`. Throws
+  /// `std::runtime_error` when nginx or openssl is missing.
+  explicit Nginx(const std::string& locations,
+                 const std::string& tls = "ssl_session_cache shared:s:1m;") {
     std::string pattern = std::filesystem::temp_directory_path() / "orvo-nginx-XXXXXX";
     if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no folder for nginx");
     folder_ = pattern;
     makeCertificate();
     const auto listen = [](int number) { return "listen 127.0.0.1:" + std::to_string(number); };
     const auto files = " ssl_certificate " + certificateFile() + "; ssl_certificate_key " +
-                       folder_ + "/key.pem; ssl_session_cache shared:s:1m;";
+                       folder_ + "/key.pem;" + tls;
     std::ofstream(folder_ + "/nginx.conf")
         << (geteuid() == 0 ? "user root;" : "") << "daemon off; worker_processes 1;"
         << "error_log " << folder_ << "/error.log crit; pid " << folder_ << "/pid;"

@@ -11,7 +11,8 @@
 
 namespace orvo::benchmarks {
 
-/// The members of an object of another library, checked for their kinds.
+/// The members of an object of another library, checked for their kinds. What a member is found as
+/// is a pointer, or what can be used like one.
 template <class Library>
 struct PeerFields {
   using Value = typename Library::Value;
@@ -19,7 +20,7 @@ struct PeerFields {
   template <class T>
   static std::optional<T> as(const Value& object, const char* key,
                              std::optional<T> (*read)(const Value&)) {
-    const Value* found = Library::member(object, key);
+    const auto found = Library::member(object, key);
     return found ? read(*found) : std::nullopt;
   }
   static Text text(const Value& object, const char* key) { return as(object, key, Library::text); }
@@ -29,9 +30,9 @@ struct PeerFields {
   static std::optional<double> number(const Value& object, const char* key) {
     return as(object, key, Library::number);
   }
-  static const Value* object(const Value& parent, const char* key) {
-    const Value* found = Library::member(parent, key);
-    return found && Library::isObject(*found) ? found : nullptr;
+  static auto object(const Value& parent, const char* key) {
+    const auto found = Library::member(parent, key);
+    return found && Library::isObject(*found) ? found : decltype(found){};
   }
   static bool yes(const Value& parent, const char* key) {
     return as(parent, key, Library::boolean) == true;
@@ -59,7 +60,7 @@ struct PeerFields {
   }
   template <class Read>
   static auto list(const Value& parent, const char* key, Read&& read) {
-    const Value* found = Library::member(parent, key);
+    const auto found = Library::member(parent, key);
     return found ? list(*found, read) : decltype(list(*found, read)){};
   }
 };

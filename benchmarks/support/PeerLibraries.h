@@ -1,20 +1,73 @@
 #pragma once
 
+// As RapidJSON's documentation advises.
+#if defined(__SSE4_2__)
+#define RAPIDJSON_SSE42
+#elif defined(__SSE2__)
+#define RAPIDJSON_SSE2
+#endif
 #include <rapidjson/document.h>
+#include <simdjson.h>
 
 #include <boost/json.hpp>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 /// What other JSON libraries offer, under the same names: a document's root, a member that may be
-/// missing, values of a kind, elements.
+/// missing, values of a kind, elements. Each is used in its fastest way for a body that is in
+/// memory and values that go with the document: with memory that is kept from one to the next where
+/// it has a place for it.
 namespace orvo::benchmarks {
 
 using Text = std::optional<std::string_view>;
+
+/// More than the largest document here needs.
+constexpr std::size_t kKeptMemory = std::size_t{32} << 20;
+
+struct Simdjson {
+  using Value = simdjson::dom::element;
+  class Document {
+   public:
+    explicit Document(std::string_view body) {
+      static simdjson::dom::parser parser;
+      // A `Data` has the padding that saves a copy.
+      if (parser.parse(body.data(), body.size(), false).get(root_)) std::abort();
+    }
+    [[nodiscard]] const Value& root() const { return root_; }
+
+   private:
+    Value root_;
+  };
+
+  static std::optional<Value> member(const Value& object, const char* key) {
+    Value found;
+    return object[key].get(found) ? std::nullopt : std::optional(found);
+  }
+  static Text text(const Value& value) { return as<std::string_view>(value); }
+  static std::optional<double> number(const Value& value) {
+    return value.is_number() ? as<double>(value) : std::nullopt;
+  }
+  static std::optional<std::int64_t> integer(const Value& value) { return as<std::int64_t>(value); }
+  static std::optional<bool> boolean(const Value& value) { return as<bool>(value); }
+  static bool isObject(const Value& value) { return value.is_object(); }
+  static std::optional<simdjson::dom::array> array(const Value& value) {
+    return as<simdjson::dom::array>(value);
+  }
+
+ private:
+  template <class T>
+  static std::optional<T> as(const Value& value) {
+    T read;
+    return value.get(read) ? std::nullopt : std::optional(read);
+  }
+};
 
 struct Nlohmann {
   using Value = nlohmann::json;
@@ -50,17 +103,27 @@ struct Nlohmann {
 
 struct RapidJSON {
   using Value = rapidjson::Value;
+  /// In place, in a copy of the body, which takes next to nothing; without checking the encoding,
+  /// as it does by default.
   class Document {
    public:
-    /// Checks the encoding, as the others do.
-    explicit Document(std::string_view body) {
-      document_.Parse<rapidjson::kParseValidateEncodingFlag>(body.data(), body.size());
+    explicit Document(std::string_view body) : text_(body) {
+      document_.ParseInsitu(text_.data());
       if (document_.HasParseError()) std::abort();
     }
+    ~Document() { pool().Clear(); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
     [[nodiscard]] const Value& root() const { return document_; }
 
    private:
-    rapidjson::Document document_;
+    static rapidjson::MemoryPoolAllocator<>& pool() {
+      static std::vector<char> memory(kKeptMemory);
+      static rapidjson::MemoryPoolAllocator<> pool(memory.data(), memory.size());
+      return pool;
+    }
+    std::string text_;
+    rapidjson::Document document_{&pool()};
   };
 
   static const Value* member(const Value& object, const char* key) {
@@ -80,17 +143,8 @@ struct RapidJSON {
     return value.IsBool() ? std::optional(value.GetBool()) : std::nullopt;
   }
   static bool isObject(const Value& value) { return value.IsObject(); }
-  struct Elements {
-    const Value* first;
-    std::size_t count;
-    [[nodiscard]] const Value* begin() const { return first; }
-    [[nodiscard]] const Value* end() const { return first + count; }
-    [[nodiscard]] std::size_t size() const { return count; }
-    const Elements& operator*() const { return *this; }
-    explicit operator bool() const { return first != nullptr; }
-  };
-  static Elements array(const Value& value) {
-    return value.IsArray() ? Elements{value.Begin(), value.Size()} : Elements{nullptr, 0};
+  static std::optional<std::span<const Value>> array(const Value& value) {
+    return value.IsArray() ? std::optional(std::span(value.Begin(), value.Size())) : std::nullopt;
   }
 };
 
@@ -98,14 +152,25 @@ struct Boost {
   using Value = boost::json::value;
   class Document {
    public:
-    explicit Document(std::string_view body)
-        : root_(boost::json::parse({body.data(), body.size()}, &memory_)) {}
-    [[nodiscard]] const Value& root() const { return root_; }
+    explicit Document(std::string_view body) {
+      static boost::json::parser parser;
+      parser.reset(&memory());
+      parser.write(body.data(), body.size());
+      // Its memory is not given back value by value.
+      root_ = new (memory().allocate(sizeof(Value))) Value(parser.release());
+    }
+    ~Document() { memory().release(); }
+    Document(const Document&) = delete;
+    Document& operator=(const Document&) = delete;
+    [[nodiscard]] const Value& root() const { return *root_; }
 
    private:
-    unsigned char first_[16 * 1024];
-    boost::json::monotonic_resource memory_{first_, sizeof(first_)};
-    Value root_;
+    static boost::json::monotonic_resource& memory() {
+      static std::vector<unsigned char> kept(kKeptMemory);
+      static boost::json::monotonic_resource memory(kept.data(), kept.size());
+      return memory;
+    }
+    const Value* root_;
   };
 
   static const Value* member(const Value& object, const char* key) {
