@@ -100,18 +100,20 @@ def machine():
 
 
 def read_rows(lines):
-    rows, subject = [], ""
+    """The rows, and what was measured, which may have none."""
+    rows, subjects, subject = [], [], ""
     print(LAYOUT.format(*HEADINGS).rstrip(), flush=True)
     for line in lines:
         fields = line.rstrip("\n").split("\t")
         if len(fields) == 2 and fields[0] == "subject":
             subject = fields[1]
+            subjects.append(subject)
         elif len(fields) != 10:
             print(line, end="", flush=True)
         else:
             rows.append(row_of(fields, subject))
             print(LAYOUT.format(*cells(rows[-1])).rstrip(), flush=True)
-    return rows
+    return rows, subjects
 
 
 def score(rows):
@@ -147,7 +149,7 @@ def summary(run):
 def write_page(file, run):
     page = pathlib.Path(file)
     text = page.read_text(encoding="utf-8")
-    measured = {row["subject"] for row in run["rows"]}
+    measured = set(run["subjects"])
     asked = set(" ".join(re.findall(r"<!-- rows: (.*?) -->", text)).split())
 
     def filled(match):
@@ -171,9 +173,9 @@ def main():
     if options.kept:
         run = json.loads(pathlib.Path(options.kept).read_text(encoding="utf-8"))
     else:
-        rows = read_rows(sys.stdin)
+        rows, subjects = read_rows(sys.stdin)
         seconds = time.time() - options.since if options.since else None
-        run = {"machine": machine(), "seconds": seconds, "rows": rows}
+        run = {"machine": machine(), "seconds": seconds, "subjects": subjects, "rows": rows}
         print(f"\n{score(rows)}")
     if options.json:
         text = json.dumps(run, indent=1, ensure_ascii=False) + "\n"
