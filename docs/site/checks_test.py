@@ -68,6 +68,7 @@ class DocumentsTest(unittest.TestCase):
                          ["items", "items[].id", "items[].meta", "items[].meta.total"])
         self.assertEqual(documents.without(document, "items[].meta.total"),
                          {"items": [{"id": 1, "meta": {}}, {"id": 3}]})
+        self.assertEqual(documents.without(document, "items", is_null=True), {"items": None})
 
     def test_a_row_covers_what_another_page_describes(self):
         rows = {"status": ("a [status](parts.md)", ""), "items": ("videos", "")}

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Holds the pages of the service's documents against what the library reads: takes each member of a
 page's example away in turn, has `orvo parse` read what is left, and compares what has become of it with
-the last column of the page's table. Every key that the library's readers know has to stand in an
+the last column of the page's table. Null counts as missing, unless the row says that it does not. Every key that the library's readers know has to stand in an
 example, and every member of an example in the table.
 
 Usage: documents.py [--write] ORVO; from the top folder. Prints one line per fault, exit status 1 when
@@ -19,6 +19,7 @@ BLOCK = re.compile(r"^```json document (\S+)([^\n]*)\n(.*?)^```\n(.*?)(?=^```jso
 ROW = re.compile(r"^\| `([^`|]+)` \| ([^|\n]*) \| ([^|\n]*) \|$", re.M)
 KEYS = re.compile(r"TextIndex k(\w*Keys)\(\s*\{([^}]*)\}", re.S)
 NOTHING = "nothing"
+NOT_NULL = "not null"  # what a row says of a member whose null is no missing one
 
 
 def read(orvo, kind, options, document):
@@ -41,13 +42,17 @@ def members(value, path=""):
             yield from members(inner, here)
 
 
-def without(document, path):
+def without(document, path, is_null=False):
+    """The document without the member, or with a null in its place."""
     document = copy.deepcopy(document)
     steps = re.findall(r"\[\]|[^.\[\]]+", path)
     place = document
     for step in steps[:-1]:
         place = place[0] if step == "[]" else place[step]
-    del place[steps[-1]]
+    if is_null:
+        place[steps[-1]] = None
+    else:
+        del place[steps[-1]]
     return document
 
 
@@ -115,6 +120,9 @@ def check(orvo, page, writes):
             words, said = rows[path]
             after, _ = read(orvo, kind, options.split(), without(document, path))
             told = outcome(before, after, path)
+            after, _ = read(orvo, kind, options.split(), without(document, path, is_null=True))
+            if (outcome(before, after, path) == told) == (NOT_NULL in words):
+                faults.append(f"{page}: whether null counts as missing for {path} is not as it says")
             if told == NOTHING:
                 faults.append(f"{page}: the library does not read {path}")
             if writes:
