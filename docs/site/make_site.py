@@ -27,6 +27,7 @@ REFERENCE_GROUPS = {
     "": "The version, and all at once",
 }
 
+EXAMPLE_HEADER = "examples/operations/Example.h"
 REFERENCE_RULES = """<p>All of it is in namespace <code>orvo</code>. What holds where a comment says nothing else:</p>
 <ul>
 <li><strong>Threads.</strong> A record (a <code>struct</code> with public members) is a value: as with the
@@ -37,6 +38,9 @@ belongs to the object that it was called on. Interfaces that the app implements 
 pointers.</li>
 <li><strong>Errors.</strong> Nothing is thrown but <code>std::bad_alloc</code>, unless the comment names it;
 failures are delivered by a <code>Result</code> or a <code>Future</code>.</li>
+<li><strong>Examples.</strong> What they share (<code>App</code>, <code>Outcome</code>, <code>show</code>,
+<code>mainQueue</code>) stands in <a href="../source/examples/operations/Example.h.html">Example.h</a>; all of
+them are built and run with the tests.</li>
 </ul>
 """
 
@@ -46,7 +50,7 @@ class Site:
         self.root, self.output, self.version = root, output, version
         self.reference = Reference(xml)
         self.faults, self.written, self.search = [], {}, []
-        self.needed_sources, self.anchors, self.header_lines = set(), set(), {}
+        self.needed_sources, self.anchors, self.header_lines = {EXAMPLE_HEADER}, set(), {}
         self.contents = self.read_contents()
         self.places = self.reference_places()
         self.names = self.known_names()
@@ -271,12 +275,13 @@ class Site:
             if found and found not in used:
                 used.add(found)
                 shown += self.example_html(each, page)
-        code = "\n".join(f"<code>{code}</code>" for code in codes)
+        code = "".join(f"<code>{code}</code>" for code in codes)
+        title = "Constructor" if first.name == first.owner.split("::")[-1] else first.name
         anchor = self.new_anchor(first, page)
         words = " ".join(text_of(first.doc).split())
         self.search.append([first.qualified, f"{page}#{anchor}", first.file, words[:300]])
         return (f'<div class="member"><h{level} id="{anchor}">'
-                f"{escape(first.name)}</h{level}>"
+                f"{escape(title)}</h{level}>"
                 f'<figure class="code signature"><pre tabindex="0">{code}</pre></figure>'
                 f'<div class="doc">{doc}{shown}</div></div>\n')
 
