@@ -10,7 +10,7 @@
 namespace orvo::detail {
 
 /// A table from text to values with room for a fixed number of entries; the least recently used one
-/// goes first. Not synchronised: the owner guards it. A look-up allocates nothing.
+/// goes first. Not thread-safe: the owner guards it. A look-up allocates nothing.
 ///
 /// What an operation takes out is handed to the caller, to be destroyed after the lock that guards
 /// the table is released: a destructor may run foreign code.

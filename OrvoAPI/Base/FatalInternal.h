@@ -4,9 +4,9 @@
 
 namespace orvo::detail {
 
-/// Stops the process after one line on standard error: for programming errors, where carrying on
-/// would mean working with a value that cannot exist, and for the little else that SECURITY.md
-/// lists.
+/// Terminates the process after one line on standard error: for programming errors, where
+/// continuing would mean working with a value that cannot exist, and for the little else that
+/// SECURITY.md lists.
 [[noreturn]] void fatal(std::string_view message);
 
 }  // namespace orvo::detail

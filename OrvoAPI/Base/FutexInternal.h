@@ -15,7 +15,7 @@ static_assert(sizeof(std::atomic<std::uint32_t>) == sizeof(std::uint32_t) &&
 
 /// Sleeps until somebody wakes those that wait for the word, unless it has another value already.
 /// It may return early. `std::atomic::wait` would yield the processor four times first, to threads
-/// that have nothing to say about the word.
+/// that will not change the word.
 inline void futexWait(const std::atomic<std::uint32_t>& word, std::uint32_t value) {
   syscall(SYS_futex, &word, FUTEX_WAIT_PRIVATE, value, nullptr, nullptr, 0);
 }

@@ -5,7 +5,7 @@
 
 namespace orvo::detail {
 
-/// Where the one object of a type is made that is never destroyed, because it may be used while the
+/// Storage for the one object of a type that is never destroyed, because it may be used while the
 /// process exits, and that needs no memory when it is first used:
 ///
 ///     static auto* const thing = new (immortalPlace<Thing>()) Thing;

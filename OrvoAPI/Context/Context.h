@@ -173,7 +173,7 @@ class Context final : public std::enable_shared_from_this<Context> {
       std::string videoID) const;
 
   // The next part of a list, or nothing when there is none. A list whose offset and limit add up
-  // beyond 64 bits stops the process.
+  // beyond 64 bits terminates the process.
   [[nodiscard]] std::optional<Capability<Shared<ItemCollection>>> nextFetchCapability(
       const ItemCollection& collection) const;
   [[nodiscard]] std::optional<Capability<Shared<Playlist>>> nextFetchCapability(

@@ -15,12 +15,12 @@
 
 namespace orvo::detail {
 
-/// What one scope has under way: its *calls*, each a promise that ends with what it waits for or
+/// What one scope has in flight: its *calls*, each a promise that ends with what it waits for or
 /// with the scope, whichever comes first, and its *transfers*, the futures of the network provider,
-/// which a cancel reaches. Cancelled once and for good. Safe to use from any thread.
+/// which a cancel reaches. Cancelled once and for good. Thread-safe.
 ///
 /// A scope made from another's context has that as its *parent*, and ends with it: the parent holds
-/// it weakly, and its transfers among its own. Whatever has ended, or was cancelled, is forgotten.
+/// it weakly, and its transfers among its own. Whatever has ended, or was cancelled, is removed.
 class FetchScopeState final : public std::enable_shared_from_this<FetchScopeState> {
  public:
   [[nodiscard]] static std::shared_ptr<FetchScopeState> make(

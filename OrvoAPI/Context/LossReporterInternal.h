@@ -11,16 +11,16 @@
 
 namespace orvo::detail {
 
-/// Tells what was left out of the document that one request asked for. Safe to use from any thread.
+/// Reports what was left out of the document that one request asked for. Thread-safe.
 class LossReporter final : public std::enable_shared_from_this<LossReporter> {
  public:
-  /// Null when nobody wants to know, or there is no memory for it.
+  /// Null when there is no observer, or no memory.
   [[nodiscard]] static std::shared_ptr<const LossReporter> make(const RequestReporter* reporter,
                                                                 const Subject& subject) noexcept;
 
   LossReporter(const RequestReporter& reporter, const Subject& subject);
 
-  /// Has the observer called for each, where it is called for reports.
+  /// Calls the observer for each, on the queue of the reports.
   void report(const LossWatch& watch) const noexcept;
 
  private:

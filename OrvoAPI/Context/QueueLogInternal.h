@@ -6,9 +6,9 @@
 
 namespace orvo::detail {
 
-/// Has the logger, as long as it lives, take what there is to say about the process's queues, level
-/// warning, subsystem "queues". All that were named take it; a `LoggingService` when none is left,
-/// or when only null was named.
+/// Sends the warnings about the process's queues to the logger as long as it lives, at level
+/// warning, subsystem "queues". All loggers that were given receive them; a `LoggingService` when
+/// none is left, or when only null was given.
 void logQueueWarningsTo(const std::shared_ptr<Logger>& logger);
 
 }  // namespace orvo::detail

@@ -20,9 +20,9 @@ struct RequestPolicy {
 };
 
 /// Sends the content requests of a `Context`, which owns it: gets the token, adds it, checks the
-/// status, and after a 401 renews the session once and sends again. Safe to use from any thread.
+/// status, and after a 401 renews the session once and sends again. Thread-safe.
 ///
-/// What is under way holds the providers, not the pipeline. So a call whose context is destroyed
+/// Requests in flight hold the providers, not the pipeline. So a call whose context is destroyed
 /// while its session is being renewed never completes: nothing is left to send it again.
 class RequestPipeline final : public std::enable_shared_from_this<RequestPipeline> {
  public:

@@ -24,10 +24,10 @@ class Redaction;
 class RequestRecord;
 using RecordRef = CoreRef<RequestRecord>;
 
-/// To whom reports go. Safe to use from any thread.
+/// Receives reports. Thread-safe.
 class RequestReporter final : public std::enable_shared_from_this<RequestReporter> {
  public:
-  /// Null when nobody wants reports. Without a provider, only tokens that are sent are known.
+  /// Null when there is no observer. Without a provider, only tokens that are sent are known.
   [[nodiscard]] static std::shared_ptr<const RequestReporter> make(
       const ContextOptions& options, std::shared_ptr<SessionProvider> sessionProvider);
 
@@ -55,10 +55,9 @@ class RequestReporter final : public std::enable_shared_from_this<RequestReporte
   const std::shared_ptr<SessionProvider> sessionProvider_;
 };
 
-/// What is noted of one request on its way. It ends once: with its future, when that is cancelled,
-/// or when nobody is left that could end it. It is then itself the job that makes the report and
-/// hands it over, so that the end needs no memory and runs no foreign code. Safe to use from any
-/// thread.
+/// The record of one request on its way. It ends once: with its future, when that is cancelled, or
+/// when nobody is left that could end it. It is then itself the job that makes the report and hands
+/// it over, so that the end needs no memory and runs no foreign code. Thread-safe.
 class RequestRecord final : private JobNode {
  public:
   RequestRecord(std::shared_ptr<const RequestReporter> reporter, const Subject& subject);

@@ -12,7 +12,7 @@
 namespace orvo::detail {
 
 /// What threads that wait for a future sleep on. It is one of the future's callbacks and one of its
-/// cancel callbacks, but belongs to the future itself. Safe to use from any thread.
+/// cancel callbacks, but belongs to the future itself. Thread-safe.
 class Waiter final : public Continuation, public CancelCallback {
  public:
   Waiter();

@@ -17,7 +17,7 @@ struct RecycleBuffer {
   void operator()(char* buffer) const noexcept;
 };
 
-/// Collects the bytes of one body. Not synchronised. The buffers of bodies that were dropped, on
+/// Collects the bytes of one body. Not thread-safe. The buffers of bodies that were dropped, on
 /// whatever thread, are kept for the next ones up to a bound: memory that one thread allocates and
 /// another frees costs nearly as much as the transfer.
 class BodyBuffer {

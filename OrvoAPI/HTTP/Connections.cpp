@@ -20,7 +20,7 @@
 namespace orvo::detail {
 namespace {
 
-/// A connection heard from this shortly before a time-out is not its cause.
+/// A connection heard from this shortly before a timeout is not its cause.
 constexpr std::chrono::milliseconds kAlive{500};
 constexpr unsigned kInputsBetweenWeighings = 16;
 /// So often in a row no end of a connection, nor any answer that is taken slowly, is weighed

@@ -22,8 +22,8 @@ namespace orvo::detail {
 /// The connections that libcurl has open in one pool, by their sockets: which may be dead, and
 /// which brings more than it may. libcurl opens and closes them through here, so that a socket in
 /// the list is always the one that is meant; but libcurl 7.88 closes one that it gives up while it
-/// connects without a word, which `mayRest` finds out. Used on the network thread; the watchdog
-/// looks on from its own, and may shut a connection down.
+/// connects without calling back, which `mayRest` finds out. Used on the network thread; the
+/// watchdog reads it from its own, and may shut a connection down.
 ///
 /// A connection is *suspect* when a request to its host has timed out, or the device has slept, and
 /// nothing was heard on it since; *retired* when the app says that the network has changed.

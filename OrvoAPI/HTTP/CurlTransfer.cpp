@@ -25,7 +25,7 @@ bool handlesRememberFields() {
   return remember;
 }
 
-/// A header has to be complete within this many time-out intervals.
+/// A header has to be complete within this many timeout intervals.
 constexpr int kIntervalsForHeader = 4;
 
 /// Whether libcurl, which takes a mebibyte for the head of a request, could not send this one.

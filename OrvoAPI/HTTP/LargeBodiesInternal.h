@@ -15,8 +15,8 @@
 
 namespace orvo::detail {
 
-/// Keeps the memory that large bodies take within bounds, over all sessions of the process. Safe to
-/// use from any thread; lives as long as the process.
+/// Keeps the memory that large bodies take within bounds, over all sessions of the process.
+/// Thread-safe; lives as long as the process.
 ///
 /// Each counts for as long as it is in memory, by its host, whichever session has fetched it. While
 /// all of them together exceed the budget, nothing more is asked of a host that has more than its

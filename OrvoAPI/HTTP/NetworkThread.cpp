@@ -306,7 +306,7 @@ void NetworkThread::waitForEvents() {
     if (watch.pool != nullptr && !watch.rests) {
       watch.pool->socketIsReady(event.data.fd, event.events, watch.context);
     } else {
-      forget(event.data.fd);  // lest it wake the thread for ever
+      forget(event.data.fd);  // lest it wake the thread forever
       if (watch.pool != nullptr) watch.pool->restWasDisturbed(event.data.fd);
     }
   }

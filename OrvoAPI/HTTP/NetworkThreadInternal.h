@@ -59,8 +59,8 @@ class NetworkThread {
   /// False when the system has no memory for it.
   [[nodiscard]] bool watch(int socket, std::uint32_t events, CurlPool& pool, void* context);
   void unwatch(int socket);
-  /// A new socket has this number. When the last one that had it was closed without a word, the
-  /// kernel knows nothing of what libcurl may still take for granted.
+  /// A new socket has this number. When the last one with this number was closed without a
+  /// callback, the kernel no longer watches what libcurl may still rely on.
   void hasOpened(int socket);
   /// Nothing is under way on an open connection's socket. It stays registered with the kernel, for
   /// the next request's sake, until something happens on it.

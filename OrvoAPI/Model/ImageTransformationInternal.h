@@ -17,10 +17,10 @@ class ImageTransformation {
   void trim() { add("e_", "trim"); }
   /// A crop's raw value, or nothing: then a jpg fills its frame and a png stays whole.
   void crop(std::optional<std::string_view> rawValue, bool jpg);
-  /// Stops the process when a side in pixels is not a 64-bit integer.
+  /// Terminates the process when a side in pixels is not a 64-bit integer.
   void size(ImageSize points, double displayScale);
   void format(std::string_view rawValue) { add("f_", rawValue); }
-  /// A jpg's quality: a fixed 65 of 100, the service's agreed trade of looks for bytes.
+  /// A jpg's quality: a fixed 65 of 100, the service's agreed compromise between quality and size.
   void quality() { add("q_", "65"); }
 
   /// The tokens, joined by commas.

@@ -22,7 +22,7 @@ namespace orvo::detail {
 class URLTask;
 
 /// What a URL session and its tasks have in common; the last of them to go closes the connections.
-/// Safe to use from any thread.
+/// Thread-safe.
 class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>, private JobNode {
  public:
   [[nodiscard]] static std::shared_ptr<URLSessionCore> make(
@@ -44,7 +44,7 @@ class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>
   void remove(URLTask& task);
   void invalidate();
 
-  /// A task is in others' hands, where its limit would pass unnoticed. On the queue.
+  /// An interceptor or a delegate holds a task, where its limit would pass unnoticed. On the queue.
   void watchLimit(NetworkTime deadline);
 
  private:
@@ -62,8 +62,7 @@ class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>
 
 /// One fetch of a URL session, from the request to the end of its future. It belongs to whatever
 /// takes the next step, which also holds it: the network thread while it is exchanging, else the
-/// session's queue, where the interceptor or the delegate gives the word; the future only knows it
-/// weakly.
+/// session's queue, where the interceptor or the delegate decides; the future only knows it weakly.
 ///
 /// Each hop, the first one and one for each redirect that is followed, goes like this:
 ///
@@ -81,8 +80,7 @@ class URLSessionCore final : public std::enable_shared_from_this<URLSessionCore>
 /// along is itself the job that does so.
 ///
 /// Anything may also end in an error, and cancelling ends every state: at once while the
-/// interceptor or the delegate has the word, through the network thread while the exchange is
-/// there.
+/// interceptor or the delegate decides, through the network thread while the exchange is there.
 class URLTask final : public HTTPExchange,
                       public std::enable_shared_from_this<URLTask>,
                       private JobNode {
@@ -105,13 +103,13 @@ class URLTask final : public HTTPExchange,
   }
   // On the session's queue.
 
-  /// Ends what is in others' hands.
+  /// Ends a task that an interceptor or a delegate holds.
   void endLate();
   void endWithoutMemory();
   /// An interceptor's answer, none when it was dropped; ignored unless the interceptor has taken
   /// the present offer.
   void answerIntercepted(std::optional<HTTPOutcome> outcome, unsigned offer);
-  /// The delegate's word; ignored unless it is on the present redirect.
+  /// The delegate's decision; ignored unless it is on the current redirect.
   void decide(std::optional<URLRequest> request, unsigned redirect);
 
   [[nodiscard]] const URLRequest& exchangeRequest() const override { return request_; }

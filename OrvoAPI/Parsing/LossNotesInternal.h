@@ -7,8 +7,8 @@
 
 namespace orvo::detail {
 
-/// Is told what a thread's readers leave out, and of nothing else, so that documents without fault
-/// cost nothing. It must not throw.
+/// Is notified of what a thread's readers leave out, and of nothing else, so that faultless
+/// documents cost nothing. It must not throw.
 class LossNotes {
  public:
   using Kind = JSONValue::Kind;
@@ -27,7 +27,7 @@ class LossNotes {
   ~LossNotes() = default;
 };
 
-/// The thread's own, if somebody wants to know.
+/// The thread's own, if there is one.
 [[gnu::tls_model("initial-exec")]] inline constinit thread_local LossNotes* lossNotes = nullptr;
 
 /// A record that failed is left out of what it is part of.

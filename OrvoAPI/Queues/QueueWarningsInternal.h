@@ -6,7 +6,7 @@
 
 namespace orvo::detail {
 
-/// Takes what the app's developers should know about how they use the queues. Called on a worker.
+/// Receives warnings for the app's developers about how they use the queues. Called on a worker.
 using QueueWarningSink = void (*)(std::string_view category, std::string_view message);
 
 void setQueueWarningSink(QueueWarningSink sink) noexcept;

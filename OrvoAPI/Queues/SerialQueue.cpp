@@ -49,7 +49,7 @@ void SerialQueue::drop() noexcept {
   lock_.unlock();
 }
 
-/// Stops the process when a job of others throws, as a worker that ran it would have done.
+/// Terminates the process when a job of others throws, as a worker that ran it would have done.
 void SerialQueue::runSynchronously(detail::JobNode& job) noexcept {
   if (detail::isForkedChild()) return job.run();
   if (drainer_.load(std::memory_order_relaxed) == currentThread()) {

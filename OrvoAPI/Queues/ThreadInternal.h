@@ -15,8 +15,8 @@ namespace orvo::detail {
 
 /// Starts a detached thread of the library's own, with a name for debugging. Signals are blocked on
 /// it: the app's handlers run on the app's threads only; those that a faulty instruction raises are
-/// not, so that the app's crash reports are complete. What `body` throws stops the process. False
-/// when the system has no thread to give.
+/// not, so that the app's crash reports are complete. What `body` throws terminates the process.
+/// False when the system has no thread to give.
 [[nodiscard]] bool startThread(const char* name, void (*body)());
 
 /// As `startThread`, for a thread that is joined.

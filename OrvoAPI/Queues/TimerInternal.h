@@ -16,7 +16,7 @@ namespace orvo::detail {
 /// Posts jobs to their queues when their delay has passed, by the clock that also runs during
 /// sleep, and reports when the wall clock was set. One thread, started when it is first needed,
 /// asleep in the kernel until the earliest job is due or the clock is set. Lives as long as the
-/// process; safe to use from any thread.
+/// process; thread-safe.
 class Timer {
  public:
   [[nodiscard]] static Timer& shared();

@@ -13,8 +13,8 @@ namespace orvo::detail {
 
 /// The threads behind the global queue. One lock and one first-in-first-out list of jobs; idle
 /// workers are woken last-in-first-out, since the one that slept last has the warmest caches.
-/// Workers are started as jobs find none idle, up to the number of processors (at least two).
-/// Lives as long as the process; safe to use from any thread.
+/// Workers are started as jobs find none idle, up to the number of processors (at least two). Lives
+/// as long as the process; thread-safe.
 ///
 /// Jobs that block keep the others from running. So a job that finds all workers at work has the
 /// timer *look* after 50 ms: if jobs wait and none has been taken since, a *spare* worker is
@@ -78,8 +78,8 @@ class WorkerPool final : public DispatchQueue {
   void summon(Help help, Worker* sleeper);
   [[gnu::cold]] void postHeld(Job job);
   [[nodiscard]] static bool start();
-  /// For one that `pickWorker` has counted. Stops the process when there is none and, for a second,
-  /// the system has no thread to give: a job that was taken would never be run.
+  /// For one that `pickWorker` has counted. Terminates the process when there is none and, for a
+  /// second, the system has no thread to give: a job that was taken would never be run.
   void startWorker();
   /// Looks for jobs that wait in vain.
   void look();

@@ -7,8 +7,7 @@
 
 namespace orvo::detail {
 
-/// A text that its copies share: one allocation for all of them. Immutable; safe to use from any
-/// thread.
+/// A text that its copies share: one allocation for all of them. Immutable and thread-safe.
 class SharedText {
  public:
   SharedText() = default;

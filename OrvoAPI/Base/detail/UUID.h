@@ -4,8 +4,8 @@
 
 namespace orvo::detail {
 
-/// A new random UUID (version 4) in its canonical text form: 36 characters, upper case. Safe to
-/// call from any thread.
+/// A new random UUID (version 4) in its canonical text form: 36 characters, upper case.
+/// Thread-safe.
 [[nodiscard]] std::string makeUUID();
 
 }  // namespace orvo::detail

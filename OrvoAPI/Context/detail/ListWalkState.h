@@ -71,8 +71,8 @@ class ListWalkState : public std::enable_shared_from_this<ListWalkState<T>> {
     upcoming_.swap(following);
   }
 
-  /// Nothing after the last part. The context stops the process when offset and limit add up beyond
-  /// their range; a part without extent would be followed by itself.
+  /// Nothing after the last part. The context terminates the process when offset and limit add up
+  /// beyond their range; a part without extent would be followed by itself.
   [[nodiscard]] Fetch fetchAfter(const T& part) const {
     const auto& [total, limit, offset] = part.meta;
     constexpr auto kMost = (std::numeric_limits<std::int64_t>::max)();  // max is a macro elsewhere

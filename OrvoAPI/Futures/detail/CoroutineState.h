@@ -14,7 +14,7 @@ namespace orvo::detail {
 template <class T>
 class CoroutinePromise;
 
-/// The wait of a frame that is somebody's, withdrawn when the frame goes.
+/// The wait of a frame that has an owner, withdrawn when the frame is destroyed.
 template <class T>
 class Withdrawal {
  public:

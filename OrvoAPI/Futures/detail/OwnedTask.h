@@ -21,7 +21,7 @@ inline constexpr bool isOwner<std::shared_ptr<O>> =
 template <class P>
 concept Owner = isOwner<P>;
 
-/// A callback that runs only while its owner lives, and holds it meanwhile.
+/// A callback that runs only while its owner is alive, and keeps it alive meanwhile.
 template <class O, class F>
 class OwnedTask {
  public:

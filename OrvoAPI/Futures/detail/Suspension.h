@@ -20,11 +20,11 @@ enum class FrameOwner {
 };
 
 /// A coroutine's wait for a future: a callback for its result and one for its cancel in one block,
-/// freed when the future has let go of both, and the awaiter too when the frame is somebody's. The
+/// freed when the future has let go of both, and the awaiter too when the frame has an owner. The
 /// first to come resumes the coroutine:
 ///
 ///     waiting --result--> over
-///     waiting --cancel, or somebody's frame and the promise was dropped--> ending --job--> over
+///     waiting --cancel, or an owned frame and the promise was dropped--> ending --job--> over
 ///     waiting or ending --awaiter destroyed--> over, with nothing resumed
 ///
 /// The frame, in which the result is put, is touched only by whom the state lets go on to `over`.
@@ -45,7 +45,7 @@ class Suspension final : public Continuation {
     future.add(this);
   }
 
-  /// For the awaiter: the frame goes, or has been resumed.
+  /// For the awaiter: the frame is being destroyed, or has been resumed.
   void withdraw() noexcept {
     state_.exchange(State::over, std::memory_order_acq_rel);
     release();
