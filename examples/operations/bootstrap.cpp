@@ -10,11 +10,15 @@ namespace {
 
 /// Shows ContextService::context(baseURL, resourceURL, client, options).
 Outcome openDeployment(const App& app) {
+  const auto kept = std::make_shared<std::shared_ptr<orvo::Context>>();  // in an app, a member
   return orvo::ContextService::context(app.api, app.resources, orvo::Client::appleTV)
+      .onSuccess(mainQueue(),
+                 [kept](const std::shared_ptr<orvo::Context>& context) {
+                   *kept = context;  // the app owns it
+                   for (const auto& view : context->systemViews()) show(view.label);
+                 })
       .onFailure(mainQueue(), [](const orvo::AnyError& error) { show(error.description()); })
-      .map([](const std::shared_ptr<orvo::Context>& context) {
-        return !context->systemViews().empty();  // keep the context: the app owns it
-      });
+      .map(mainQueue(), [kept](const auto&) { return *kept != nullptr; });
 }
 
 /// Shows ContextService::context(environment, client, options).
