@@ -141,6 +141,8 @@ class Site:
             if header and f"OrvoAPI/{header.group(1)}" in self.headers():
                 return self.relative(self.header_page(f"OrvoAPI/{header.group(1)}"), page)
             target = self.names.get(name)
+            if "::" not in name and name[:1].islower() and "(" not in words:
+                return None  # a word such as "name", which is a function's too
             if not target or target in not_to or target.split("#")[0] == page:
                 return None
             return self.relative(target, page)
@@ -159,19 +161,20 @@ class Site:
             if not path:
                 return target
             file = posixpath.normpath(posixpath.join(posixpath.dirname(document), path))
-            found = self.site_path(file)
+            found = self.site_path(file, wants_source=document == "docs/design.md")
             if found is None:
                 self.faults.append(f"{document}: {target} leads nowhere")
                 return target
             return self.relative(found + (f"#{anchor}" if anchor else ""), page)
         return resolve
 
-    def site_path(self, file):
+    def site_path(self, file, wants_source=False):
+        """Where a file of the repository is; a header's own text has more than its reference."""
         if file.startswith("docs/") and file.endswith(".md"):
             return file.removeprefix("docs/").removesuffix(".md") + ".html"
         if file.startswith("docs/images/") and (self.root / file).is_file():
             return file.removeprefix("docs/")
-        if file in self.headers():
+        if file in self.headers() and not wants_source:
             return self.header_page(file)
         if not (self.root / file).exists():
             return None
