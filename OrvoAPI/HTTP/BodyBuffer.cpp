@@ -74,7 +74,8 @@ void RecycleBuffer::operator()(char* buffer) const noexcept {
 
 void BodyBuffer::expect(std::size_t size) {
   // What a server announces is only a promise.
-  const auto wanted = std::min(size + Data::kPadding, kLargestKept);
+  expected_ = size + Data::kPadding;
+  const auto wanted = std::min(expected_, kLargestKept);
   if (wanted > buffer_.get_deleter().capacity) grow(wanted);
 }
 
@@ -86,7 +87,11 @@ void BodyBuffer::append(std::string_view bytes) {
 }
 
 void BodyBuffer::grow(std::size_t capacity) {
-  const auto rounded = std::bit_ceil(std::max(capacity, kSmallestCapacity));
+  auto rounded = std::bit_ceil(std::max(capacity, kSmallestCapacity));
+  // When a quarter of it is there, the rest is credible.
+  constexpr std::size_t kQuarters = 4;
+  const bool isCredible = capacity <= expected_ && expected_ <= kQuarters * size_;
+  if (rounded > kLargestKept && isCredible) rounded = expected_;
   RecycleBuffer recycle{rounded};
   char* const bytes = BufferPool::shared().take(rounded);
   if (rounded > kLargestKept && share_ != nullptr) {
@@ -101,6 +106,7 @@ void BodyBuffer::grow(std::size_t capacity) {
 Data BodyBuffer::take() {
   auto buffer = std::exchange(buffer_, Buffer());
   const auto size = std::exchange(size_, 0);
+  expected_ = 0;
   if (size == 0) return {};
   std::memset(buffer.get() + size, 0, Data::kPadding);
   auto recycle = std::move(buffer.get_deleter());

@@ -43,6 +43,7 @@ class BodyBuffer {
   std::shared_ptr<LargeBodies::Share> share_;
   Buffer buffer_;
   std::size_t size_ = 0;
+  std::size_t expected_ = 0;
 };
 
 }  // namespace orvo::detail

@@ -121,8 +121,10 @@ TEST(JSONParseError, NamesTypeAndKeyButNoValue) {
 TEST(JSONReader, RefusesABodyIntoWhichTooMuchIsPacked) {
   constexpr std::size_t kMost = 4'194'304;
   // Within a text, where they cost nothing, they count as well.
-  const auto read = [](std::size_t commas) {
-    return JSONDataParser::value(Data('"' + std::string(commas, ',') + '"'));
+  const auto read = [](std::size_t marks) {
+    std::string text = "\"";
+    while (text.size() <= marks) text += ",:[{"[text.size() % 4];
+    return JSONDataParser::value(Data(text + '"'));
   };
   EXPECT_FALSE(read(kMost).failed());
   const auto refused = read(kMost + 1);
