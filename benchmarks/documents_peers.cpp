@@ -65,7 +65,7 @@ struct Reader : PeerFields<Library> {
     const auto code = json ? Fields::template raw<StatusCode>(*json, "code") : std::nullopt;
     const auto label = code ? text(*json, "label") : std::nullopt;
     if (!label) return {};
-    const auto time = [&](const char* key) {
+    const auto time = [&](std::string_view key) {
       const auto found = text(*json, key);
       return found ? resourceTime(*found) : std::nullopt;
     };
@@ -144,7 +144,9 @@ struct Reader : PeerFields<Library> {
   }
   static PagingMeta meta(const Value& json) {
     const auto found = object(json, "meta");
-    const auto value = [&](const char* key) { return as(*found, key, Library::integer).value(); };
+    const auto value = [&](std::string_view key) {
+      return as(*found, key, Library::integer).value();
+    };
     return {.total = value("total"), .limit = value("limit"), .offset = value("offset")};
   }
   static ItemCollection collection(const Value& json) {
@@ -199,7 +201,7 @@ struct Reader : PeerFields<Library> {
     if (!json) return read;
     for (const auto& known : enumCases<LineupTemplateImage::ResourceKey>) {
       const auto key = *fromRawValue<LineupTemplateImage::ResourceKey>(known.rawValue);
-      const auto image = object(*json, known.rawValue.data());
+      const auto image = object(*json, known.rawValue);
       const auto found = image ? text(*image, "template") : std::nullopt;
       if (!found) continue;
       read.keys.insert(key);
@@ -238,15 +240,15 @@ struct Reader : PeerFields<Library> {
   static ColorPalette palette(const Value& json) {
     ColorPalette palette;
     for (const auto& entry : ColorPalette::entries) {
-      const auto color = object(json, entry.jsonKey.data());
+      const auto color = object(json, entry.jsonKey);
       palette.*entry.resource = {.transform = string(*color, "transform").value(),
                                  .color = Color::fromHexString(*text(*color, "hex")).value()};
     }
     return palette;
   }
   static Configuration configuration(const Value& json) {
-    const auto section = [&](const char* key) { return object(json, key); };
-    const auto seconds = [&](const char* key) { return number(json, key).value() / 1000; };
+    const auto section = [&](std::string_view key) { return object(json, key); };
+    const auto seconds = [&](std::string_view key) { return number(json, key).value() / 1000; };
     const auto links = section("links");
     const auto tv = section("tv");
     const auto rating = section("user_rating_prompt");

@@ -1,4 +1,4 @@
-// Futures beside Boost's on an executor of two threads, as many as our workers here: a chain of
+// Futures beside Boost's on an executor of as many threads as our workers: a chain of
 // maps from its making to the end of its last callback, many such chains in flight, the fan-in of a
 // list.
 
@@ -8,6 +8,7 @@
 #include <benchmarks/support/Instructions.h>
 #include <benchmarks/support/Measure.h>
 
+#include <algorithm>
 #include <atomic>
 #include <boost/thread/executors/basic_thread_pool.hpp>
 #include <boost/thread/future.hpp>
@@ -16,6 +17,7 @@
 #include <ctime>
 #include <functional>
 #include <latch>
+#include <thread>
 #include <vector>
 
 namespace {
@@ -26,7 +28,8 @@ constexpr int kMaps = 10;
 constexpr int kInputs = 100;
 
 boost::executors::basic_thread_pool& pool() {
-  static boost::executors::basic_thread_pool threads(2);
+  static boost::executors::basic_thread_pool threads(
+      std::max(2U, std::thread::hardware_concurrency()));
   return threads;
 }
 

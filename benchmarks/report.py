@@ -62,7 +62,7 @@ def row_of(fields, subject):
 
 def cells(row):
     ratio = shown(row["ratio"])
-    if row["low"] is not None:
+    if row["low"] is not None and shown(row["low"]) != shown(row["high"]):
         ratio += f" ({shown(row['low'])}–{shown(row['high'])})"
     return [row["name"], row["unit"], shown(row["ours"]), row["peer"] or "", shown(row["theirs"]),
             ratio, row["goal"] or "", row["verdict"]]
@@ -88,6 +88,7 @@ def machine():
     memory = os.sysconf("SC_PAGE_SIZE") * os.sysconf("SC_PHYS_PAGES") / 2**30
     system = re.search(r'^PRETTY_NAME="?([^"\n]*)',
                        pathlib.Path("/etc/os-release").read_text(encoding="utf-8"), re.MULTILINE)
+    kernel = ".".join(os.uname().release.split(".")[:2])
     version = r"\d+\.\d+[.\d]*"
     versions = {"g++": first_line("g++", "-dumpfullversion"),
                 "libcurl": first_line("pkg-config", "--modversion", "libcurl"),
@@ -95,7 +96,7 @@ def machine():
                 "simdjson": first_line("pkg-config", "--modversion", "simdjson"),
                 "nginx": (re.findall(version, first_line("nginx", "-v")) or ["unknown"])[0]}
     return (f"{os.cpu_count()} cores of {model[1] if model else 'a processor'}{wide}{guest}; "
-            f"{memory:.0f} GB; {system[1] if system else 'Linux'}, Linux {os.uname().release}; "
+            f"{memory:.0f} GB; {system[1] if system else 'Linux'}, Linux {kernel}; "
             + ", ".join(f"{name} {number}" for name, number in versions.items()))
 
 

@@ -1,11 +1,12 @@
-// Fetches through the library beside others: how many per second, what they cost in processor time,
-// and how long one by itself takes. The server is an nginx; each side asks for all at once and has
-// ten connections.
+// Fetches through the library beside others: how many per second, what they cost in processor time
+// and how often a thread is put to sleep for them, and how long one by itself takes. The server is
+// an nginx; each side asks for all at once and has ten connections.
 
 #include <benchmarks/support/Beast.h>
 #include <benchmarks/support/Library.h>
 #include <benchmarks/support/Measure.h>
 #include <benchmarks/support/RawLibcurl.h>
+#include <sys/resource.h>
 
 #include <chrono>
 #include <optional>
@@ -26,32 +27,47 @@ struct Goals {
 constexpr Goals kSmallGoals{0.9, 1.15}, kLargeGoals{0.95, 1.1};
 constexpr Goals kNone{kNothing, kNothing};
 
-/// Prints the throughput and the processor time of both.
+/// How often a thread of this process has waited so far.
+double waits() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_nvcsw);
+}
+
+struct Rounds {
+  std::vector<double> processor, waits;
+};
+
+/// Prints what both cost.
 template <class Peer>
 void beside(const std::string& peer, const std::string& what, const Work& work, std::size_t count,
             const Goals& goals) {
   Library ours(work);
   Peer theirs(work);
   ours.fetch(count), theirs.fetch(count);  // connections are made
-  std::vector<double> ourTimes, theirTimes;
-  const auto side = [count](auto& fetcher, std::vector<double>& times) {
-    const double processor = processSeconds(), wall = wallSeconds();
+  Rounds ourRounds, theirRounds;
+  const auto side = [fetches = static_cast<double>(count), count](auto& fetcher, Rounds& rounds) {
+    const double waited = waits(), processor = processSeconds(), wall = wallSeconds();
     fetcher.fetch(count);
-    times.push_back((processSeconds() - processor) * 1e6 / static_cast<double>(count));
-    return static_cast<double>(count) / (wallSeconds() - wall);
+    const double taken = wallSeconds() - wall;
+    rounds.processor.push_back((processSeconds() - processor) * 1e6 / fetches);
+    rounds.waits.push_back((waits() - waited) / fetches);
+    return fetches / taken;
   };
   const auto throughput =
-      inTurns([&] { return side(ours, ourTimes); }, [&] { return side(theirs, theirTimes); });
+      inTurns([&] { return side(ours, ourRounds); }, [&] { return side(theirs, theirRounds); });
   print(what, "fetches/s", peer, throughput, goals.throughput, Goal::atLeast);
-  print(what, "CPU us", peer, comparison(ourTimes, theirTimes), goals.processor);
+  print(what, "CPU us", peer, comparison(ourRounds.processor, theirRounds.processor),
+        goals.processor);
+  print(what, "waits", peer, comparison(ourRounds.waits, theirRounds.waits), kNothing);
 }
 
 /// A fetch when nothing else is going on, until its value is with the thread that asked for it.
 template <class Fetch>
 double aloneMicroseconds(Fetch&& fetch) {
   std::vector<double> times;
-  for (int i = 0; i < 50; ++i) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(2));  // all threads have come to rest
+  for (int i = 0; i < 30; ++i) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));  // all threads have come to rest
     const double begin = wallSeconds();
     fetch();
     times.push_back((wallSeconds() - begin) * 1e6);

@@ -1,6 +1,7 @@
 #include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/HTTP/URLSessionConfiguration.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
+#include <OrvoAPI/Parsing/JSONMarksInternal.h>
 #include <OrvoAPI/Parsing/JSONMembersInternal.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <OrvoAPI/Parsing/JSONWideIntegersInternal.h>
@@ -225,32 +226,10 @@ JSONReaderError::Code codeOf(simdjson::error_code error) {
 /// A number and its comma, two bytes, become 24 in the document and the parser.
 constexpr std::size_t kMostMarks = URLSessionConfiguration::kDefaultMaximumBodySize / 4;
 
-/// How many commas, colons and opening brackets it has, sixteen bytes at a time.
-std::size_t marksIn(std::string_view body) {
-  using Bytes [[gnu::vector_size(16)]] = unsigned char;
-  constexpr std::ptrdiff_t kWidth = sizeof(Bytes);
-  constexpr int kMostInByte = 255;
-  std::size_t count = 0;
-  const char* at = body.data();
-  const char* const end = at + body.size();
-  while (end - at >= kWidth) {
-    Bytes counts{};
-    for (int i = 0; i < kMostInByte && end - at >= kWidth; ++i, at += kWidth) {
-      Bytes bytes;
-      std::memcpy(&bytes, at, kWidth);
-      // Where that is true all bits are set, which is -1; the two brackets differ in one bit.
-      counts -= Bytes((bytes == ',') | (bytes == ':') | ((bytes | 0x20) == '{'));
-    }
-    for (int i = 0; i < kWidth; ++i) count += counts[i];
-  }
-  const auto isMark = [](char c) { return c == ',' || c == ':' || c == '[' || c == '{'; };
-  return count + static_cast<std::size_t>(std::count_if(at, end, isMark));
-}
-
 /// Whether the body holds so many values that reading it would cost too much. Marks within strings
 /// count as well: telling them apart would mean reading it, and no string holds that many.
 bool isTooDense(std::string_view body) {
-  return body.size() > kMostMarks && marksIn(body) > kMostMarks;
+  return body.size() > kMostMarks && detail::countMarks(body) > kMostMarks;
 }
 
 simdjson::error_code read(std::string_view body, dom::document& document) {

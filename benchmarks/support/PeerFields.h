@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -18,31 +19,33 @@ struct PeerFields {
   using Value = typename Library::Value;
 
   template <class T>
-  static std::optional<T> as(const Value& object, const char* key,
+  static std::optional<T> as(const Value& object, std::string_view key,
                              std::optional<T> (*read)(const Value&)) {
     const auto found = Library::member(object, key);
     return found ? read(*found) : std::nullopt;
   }
-  static Text text(const Value& object, const char* key) { return as(object, key, Library::text); }
-  static std::optional<std::string> string(const Value& object, const char* key) {
+  static Text text(const Value& object, std::string_view key) {
+    return as(object, key, Library::text);
+  }
+  static std::optional<std::string> string(const Value& object, std::string_view key) {
     return std::optional<std::string>(text(object, key));
   }
-  static std::optional<double> number(const Value& object, const char* key) {
+  static std::optional<double> number(const Value& object, std::string_view key) {
     return as(object, key, Library::number);
   }
-  static auto object(const Value& parent, const char* key) {
+  static auto object(const Value& parent, std::string_view key) {
     const auto found = Library::member(parent, key);
     return found && Library::isObject(*found) ? found : decltype(found){};
   }
-  static bool yes(const Value& parent, const char* key) {
+  static bool yes(const Value& parent, std::string_view key) {
     return as(parent, key, Library::boolean) == true;
   }
-  static std::optional<URL> url(const Value& object, const char* key) {
+  static std::optional<URL> url(const Value& object, std::string_view key) {
     const auto found = text(object, key);
     return found ? URL::parse(*found) : std::nullopt;
   }
   template <class E>
-  static std::optional<E> raw(const Value& object, const char* key) {
+  static std::optional<E> raw(const Value& object, std::string_view key) {
     const auto found = text(object, key);
     return found ? fromRawValue<E>(*found) : std::nullopt;
   }
@@ -59,7 +62,7 @@ struct PeerFields {
     return items;
   }
   template <class Read>
-  static auto list(const Value& parent, const char* key, Read&& read) {
+  static auto list(const Value& parent, std::string_view key, Read&& read) {
     const auto found = Library::member(parent, key);
     return found ? list(*found, read) : decltype(list(*found, read)){};
   }

@@ -46,7 +46,7 @@ struct Simdjson {
     Value root_;
   };
 
-  static std::optional<Value> member(const Value& object, const char* key) {
+  static std::optional<Value> member(const Value& object, std::string_view key) {
     Value found;
     return object[key].get(found) ? std::nullopt : std::optional(found);
   }
@@ -80,7 +80,7 @@ struct Nlohmann {
     Value root_;
   };
 
-  static const Value* member(const Value& object, const char* key) {
+  static const Value* member(const Value& object, std::string_view key) {
     const auto found = object.find(key);
     return found == object.end() ? nullptr : &*found;
   }
@@ -107,8 +107,9 @@ struct RapidJSON {
   /// as it does by default.
   class Document {
    public:
-    explicit Document(std::string_view body) : text_(body) {
-      document_.ParseInsitu(text_.data());
+    explicit Document(std::string_view body) {
+      static std::string text;
+      document_.ParseInsitu(text.assign(body).data());
       if (document_.HasParseError()) std::abort();
     }
     ~Document() { pool().Clear(); }
@@ -122,12 +123,12 @@ struct RapidJSON {
       static rapidjson::MemoryPoolAllocator<> pool(memory.data(), memory.size());
       return pool;
     }
-    std::string text_;
     rapidjson::Document document_{&pool()};
   };
 
-  static const Value* member(const Value& object, const char* key) {
-    const auto found = object.FindMember(key);
+  static const Value* member(const Value& object, std::string_view key) {
+    const rapidjson::Value name(rapidjson::StringRef(key.data(), key.size()));
+    const auto found = object.FindMember(name);
     return found == object.MemberEnd() ? nullptr : &found->value;
   }
   static Text text(const Value& value) {
@@ -173,8 +174,8 @@ struct Boost {
     const Value* root_;
   };
 
-  static const Value* member(const Value& object, const char* key) {
-    return object.get_object().if_contains(key);
+  static const Value* member(const Value& object, std::string_view key) {
+    return object.get_object().if_contains({key.data(), key.size()});
   }
   static Text text(const Value& value) {
     const auto* text = value.if_string();
