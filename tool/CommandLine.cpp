@@ -277,7 +277,8 @@ int CommandLine::run() {
     Recording recording(traffic_.record, options, words_);
     const bool isTraced = trace_ || isTraceWanted();
     std::optional<Interruption> interruption;
-    if (isTraced || report_ || !traffic_.record.empty()) interruption.emplace();
+    const bool isWatched = isTraced || report_ || chosen_->tellsWhenInterrupted;
+    if (isWatched || !traffic_.record.empty()) interruption.emplace();
     const BeforeEarlyEnd reporting([losses = options.losses, json = json_] {
       if (losses != nullptr) losses->print(json, false);
     });

@@ -99,6 +99,8 @@ struct Command {
   bool usesService = true;
   /// Whether a recording cannot stand in for the network.
   bool needsNetwork = false;
+  /// Whether it has something to say when it is interrupted.
+  bool tellsWhenInterrupted = false;
   /// Returns the exit status. It owns what the parameters are read into.
   std::function<int(Tool&)> run;
 };

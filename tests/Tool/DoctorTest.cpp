@@ -5,7 +5,9 @@
 #include <tests/Tool/Fixtures.h>
 #include <tests/support/ScriptedServer.h>
 #include <tool/doctor/TLSCheck.h>
+#include <unistd.h>
 
+#include <fstream>
 #include <map>
 
 namespace orvo::tool {
@@ -150,6 +152,34 @@ TEST(Doctor, TellsWhatIsWrongWithACertificate) {
                   "bad: the certificate is for another name: 127.0.0.2; "));
   EXPECT_TRUE(has(with(stranger.issue()), "nobody here knows who issued the certificate: Test"));
   EXPECT_TRUE(has(with(authority.issue(), TLS1_1_VERSION), "no version of TLS from 1.2 on"));
+}
+
+TEST(Doctor, TellsWhichFileNamesNoAuthorities) {
+  const ScriptedServer server([](Connection& connection) { connection.waitForClose(); });
+  const std::string line = doctor("https://127.0.0.1:" + std::to_string(server.port()) + "/");
+  for (const auto& [file, complaint] : {std::pair("ff", "ff, which is no regular file"),
+                                        std::pair("/", "/, which is no regular file"),
+                                        std::pair("nothing", "nothing, which is not there"),
+                                        std::pair("/proc/version", "no certificates can be")}) {
+    const Findings found("cd $(mktemp -d); mkfifo ff; SSL_CERT_FILE=" + std::string(file) + line +
+                         "; rm -r $PWD");
+    EXPECT_TRUE(has(found.of.at("TLS"), complaint)) << found.of.at("TLS");
+  }
+}
+
+TEST(Doctor, TellsWhatItKnowsWhenItIsInterrupted) {
+  const std::string asked = testing::TempDir() + "orvo-asked-" + std::to_string(getpid());
+  std::atomic<bool> isAsked = false;
+  const ScriptedServer server([&](Connection& connection) {
+    const bool isFirst = !connection.readHead().empty() && !isAsked.exchange(true);
+    if (isFirst) std::ofstream(asked) << "now" << std::endl;
+    connection.waitForClose();
+  });
+  const Findings found("set -m; mkfifo " + asked + "; $" +
+                       doctor(server.url().text(), "", 60).substr(1) + " & read line < " + asked +
+                       "; kill -INT $!; wait $!; rm " + asked);
+  EXPECT_TRUE(found.of.at("connection").starts_with("good: ")) << found.run.error;
+  EXPECT_FALSE(found.of.contains("session"));
 }
 
 TEST(Doctor, TellsWhyNoHandshakeIsDone) {

@@ -133,5 +133,43 @@ TEST(DriftShape, KeepsNoTextsAndComparesWhatThereIsEnoughOf) {
   EXPECT_EQ(generalPath("a[12].b[3]"), "a[].b[]");
 }
 
+TEST(DriftShape, TakesKeysThatAreDataForOnePlace) {
+  const auto drift = [](const std::string& then, const std::string& now) {
+    Shape was, is;
+    was.learn(JSONDataParser::value(Data(then)).force());
+    is.learn(JSONDataParser::value(Data(now)).force());
+    is.learn(shortLists(JSONDataParser::value(Data(now)).force()));
+    std::string text;
+    for (const auto& [document, path, what, loses] : differences({{"d", was}}, {{"d", is}})) {
+      text += path + " " + what + "; ";
+    }
+    return text;
+  };
+  for (const auto& [key, other] :
+       {std::pair("film-long-thaw", "film-night"), std::pair("2026-11-24", "2026-11-25"),
+        std::pair("7", "8"), std::pair("a b", "c d"), std::pair("k1234", "k9876")}) {
+    const auto map = [](const std::string& name, const std::string& member) {
+      return R"({"m": {")" + name + R"(": {")" + member + R"(": 1}}})";
+    };
+    EXPECT_EQ(drift(map(key, "a"), map(other, "a")), "") << key;
+    EXPECT_EQ(drift(map(key, "a"), map(other, "b")), "m{}.a is missing; m{}.b is new: number; ");
+    EXPECT_EQ(drift(map("name", "a"), map(key, "a")), "");
+  }
+  EXPECT_EQ(drift(R"({"m": {"v1": 1, "v2": 2, "v3": 3}})", R"({"m": {"v4": 1, "v5": 2, "v6": 3}})"),
+            "");
+  EXPECT_EQ(drift(R"({"grey_100": 1, "x-y": "a", "b": 2})", R"({"grey_100": 1, "b": 2})"),
+            "x-y is missing; ");
+  std::string many;
+  for (char c = 'a'; c < 'm'; ++c) many += std::string(R"(, ")") + c + R"(": 1)";
+  EXPECT_EQ(drift(R"({"z": 1})", R"({"z": 1)" + many + "}"),
+            "a is new: number; b is new: number; c is new: number;  is new: number: 9 more "
+            "members; ");
+  const std::string meta = R"({"meta": {"total": 9, "limit": 3, "offset": 0}, "items": [)";
+  EXPECT_EQ(drift(meta + "1, 2, 3, 4, 5]}", meta + "]}"),
+            "items is empty, though meta.total is not 0; ");
+  EXPECT_EQ(drift(R"({"x": [1, 2, 3, 4, 5]})", R"({"x": []})"),
+            "x is empty wherever it is, and was not; ");
+}
+
 }  // namespace
 }  // namespace orvo::tool

@@ -2,6 +2,7 @@
 #include <OrvoAPI/Futures/GeneralError.h>
 #include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Network/SessionError.h>
+#include <tool/NetworkWatch.h>
 #include <tool/Text.h>
 #include <tool/doctor/Advice.h>
 
@@ -92,6 +93,8 @@ Complaint complaintAboutStatus(const HTTPResult& answer, bool isProxied, std::st
   const HTTPHeaders& headers = answer.response.headers;
   const int status = answer.response.statusCode;
   Complaint complaint{"status " + std::to_string(status), adviceForStatus(status)};
+  const auto retry = retryText(headers);
+  if (!retry.empty()) complaint.detail += ", to come back " + retry;
   if (status == 407 || status == 511 || !isPageForPeople(answer)) return complaint;
   if (isProxied || headers.contains("X-Squid-Error")) {
     const auto via = headers.value("Via");

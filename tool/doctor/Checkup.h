@@ -77,10 +77,10 @@ class Checkup {
   bool hasConfiguration_ = false;
   std::optional<Date> serviceDate_;
   Shared<Page> page_;
-  // Of the page's collections; and why one of them could not be had.
+  // Of the page's collections; and whether one of them could not be had.
   std::optional<ContentItem> imageItem_;
   std::optional<ContentItem> playableItem_;
-  std::optional<AnyError> fault_;
+  bool isCollectionLost_ = false;
 };
 
 }  // namespace orvo::tool

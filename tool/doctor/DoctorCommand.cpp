@@ -4,6 +4,11 @@
 #include <tool/Wording.h>
 #include <tool/doctor/Checkup.h>
 
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <utility>
+
 namespace orvo::tool {
 
 namespace {
@@ -82,7 +87,10 @@ class Report {
 
   void take(const Finding& finding) {
     badOnes_ += finding.outcome == Found::bad ? 1 : 0;
-    findings_.push(toJson(finding));
+    {
+      const std::lock_guard guard(mutex_);
+      findings_.push(toJson(finding));
+    }
     if (tool_.options().json) return;
     if (!skipped_.empty() && finding.detail != why_) endSkipped();
     if (finding.outcome == Found::skipped) {
@@ -97,8 +105,7 @@ class Report {
   int end() {
     const bool isGood = badOnes_ == 0;
     if (tool_.options().json) {
-      tool_.answer(
-          Json::object({{"ok", isGood}, {"service", service_}, {"checks", std::move(findings_)}}));
+      if (const auto whole = document(isGood)) tool_.answer(*whole);
     } else {
       if (!skipped_.empty()) endSkipped();
       Screen screen(standardOutput());
@@ -112,6 +119,15 @@ class Report {
     return isGood ? 0 : 1;
   }
 
+  /// What there is when somebody does not wait for the end. From any thread.
+  void interrupt() {
+    if (!isJson_) return;
+    auto soFar = document(false);
+    if (!soFar) return;
+    soFar->set("isInterrupted", true);
+    print(soFar->text() + "\n");
+  }
+
  private:
   void endSkipped() {
     Screen screen(standardOutput());
@@ -120,8 +136,18 @@ class Report {
     skipped_.clear();
   }
 
+  /// Nothing when it has been taken.
+  std::optional<Json> document(bool isGood) {
+    const std::lock_guard guard(mutex_);
+    if (std::exchange(isTaken_, true)) return std::nullopt;
+    return Json::object({{"ok", isGood}, {"service", service_}, {"checks", std::move(findings_)}});
+  }
+
   Tool& tool_;
+  const bool isJson_ = tool_.options().json;
   const std::string service_;
+  std::mutex mutex_;
+  bool isTaken_ = false;
   Json findings_ = Json::array();
   std::int64_t badOnes_ = 0;
   std::vector<std::string> skipped_;
@@ -131,11 +157,12 @@ class Report {
 int runDoctor(Tool& tool, const WrittenDoctor& written) {
   const auto api = tool.apiBase();
   if (const AnyError* error = api.error()) return tool.fail(*error);
-  Report report(tool, *api.value());
+  const auto report = std::make_shared<Report>(tool, *api.value());
+  const BeforeEarlyEnd telling([report] { report->interrupt(); });
   Checkup checkup(tool, *api.value(), std::chrono::seconds(written.seconds),
-                  [&](const Finding& finding) { report.take(finding); });
+                  [&](const Finding& finding) { report->take(finding); });
   checkup.run();
-  return report.end();
+  return report->end();
 }
 
 }  // namespace
@@ -158,6 +185,7 @@ void addDoctorCommand(Commands& commands) {
        .statuses = {{"0", "All is well"},
                     {"1", "Something is bad, or the output could not be written"}},
        .needsNetwork = true,
+       .tellsWhenInterrupted = true,
        .run = [written](Tool& tool) { return runDoctor(tool, *written); }});
 }
 

@@ -10,6 +10,7 @@
 #include <tool/doctor/TLSCheck.h>
 
 #include <algorithm>
+#include <utility>
 
 namespace orvo::tool {
 
@@ -130,8 +131,8 @@ void Checkup::fetchContent() {
   }
   fetchPage(**context.value());
   if (page_ == nullptr) return skip({"image", "stream"}, "there is no page");
-  begin();
   findItems(**context.value());
+  begin();
   fetchImage(**context.value());
   fetchStream(**context.value());
 }
@@ -161,10 +162,15 @@ void Checkup::findItems(const Context& context) {
   };
   for (std::size_t i = 0; i < std::min(page_->collections.size(), kMostCollections); ++i) {
     if (imageItem_ && playableItem_) return;
+    begin();
     const auto fetched = tool_.wait(context.fetchItemCollection(page_->collections[i].id),
                                     "looking into a collection");
-    if (fetched.failed()) {
-      fault_ = *fetched.error();
+    if (const AnyError* error = fetched.error()) {
+      auto finding = since(begun_, failed("collection", *error));
+      finding.detail = page_->collections[i].id + ": " + finding.detail;
+      tell(std::move(finding));
+      // Where two fail, others do; each may take its time.
+      if (std::exchange(isCollectionLost_, true)) return;
       continue;
     }
     const auto& items = (*fetched.value())->items;
@@ -176,7 +182,7 @@ void Checkup::findItems(const Context& context) {
 }
 
 Finding Checkup::nothing(const std::string& name, const std::string& detail) const {
-  if (fault_) return failed(name, *fault_);
+  if (isCollectionLost_) return skipped(name, "there is no collection that shows one");
   return bad(name, detail, "look at another page with orvo page, or at what the service sends");
 }
 

@@ -10,6 +10,7 @@
 #include <array>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <memory>
 
 namespace orvo::tool {
@@ -87,11 +88,29 @@ Handshake refused() {
           .advice = "look into the server's log, or into that of a proxy in front of it"};
 }
 
-/// Whom to trust, as the library does.
-bool loadAuthorities(SSL_CTX* context) {
+/// Whom to trust, as the library does; says why not when that cannot be read.
+std::optional<Handshake> loadAuthorities(SSL_CTX* context) {
   const char* const file = std::getenv("SSL_CERT_FILE");
-  return file != nullptr && *file != '\0' ? SSL_CTX_load_verify_file(context, file) == 1
-                                          : SSL_CTX_set_default_verify_paths(context) == 1;
+  if (file == nullptr || *file == '\0') {
+    if (SSL_CTX_set_default_verify_paths(context) == 1) return std::nullopt;
+    return Handshake{.error = "the certificates of the authorities to trust cannot be read",
+                     .advice = "install ca-certificates"};
+  }
+  const std::string name = std::string("SSL_CERT_FILE names ") + file;
+  const auto refused = [&name](const std::string& why) {
+    return Handshake{.error = name + why,
+                     .advice = "name a file of certificates (PEM) there, or unset the variable"};
+  };
+  // Reading anything else may take for ever.
+  constexpr std::uintmax_t kLargest = std::uintmax_t{64} << 20;
+  std::error_code error;
+  if (!std::filesystem::exists(file, error)) return refused(", which is not there");
+  if (!std::filesystem::is_regular_file(file, error)) return refused(", which is no regular file");
+  if (std::filesystem::file_size(file, error) > kLargest || error) {
+    return refused(", which is too large for certificates");
+  }
+  if (SSL_CTX_load_verify_file(context, file) == 1) return std::nullopt;
+  return refused(", in which no certificates can be read");
 }
 
 void expect(SSL* session, const std::string& host) {
@@ -144,10 +163,7 @@ Finding distrusted(const Handshake& handshake, const std::string& host, Date now
 Handshake shakeHands(int socket, const std::string& host, std::chrono::milliseconds limit) {
   const Context context(SSL_CTX_new(TLS_client_method()), SSL_CTX_free);
   SSL_CTX_set_min_proto_version(context.get(), TLS1_2_VERSION);
-  if (!loadAuthorities(context.get())) {
-    return {.error = "the certificates of the authorities to trust cannot be read",
-            .advice = "look at the file that SSL_CERT_FILE names, or install ca-certificates"};
-  }
+  if (auto unread = loadAuthorities(context.get())) return *std::move(unread);
   const Session session(SSL_new(context.get()), SSL_free);
   expect(session.get(), host);
   SSL_set_fd(session.get(), socket);

@@ -17,6 +17,11 @@ struct WrittenDrift {
   std::string action{};
   std::string folder{};
   std::int64_t requests = 60;
+  std::int64_t seconds = 10;
+
+  [[nodiscard]] WalkLimits limits() const {
+    return {.requests = requests, .patience = std::chrono::seconds(seconds)};
+  }
 };
 
 constexpr int kRequestFailed = 1;
@@ -36,14 +41,17 @@ std::vector<Difference> drift(const Shapes& then, const WalkResult& walk) {
 }
 
 void tellFailed(const Tool& tool, const WalkResult& walk) {
-  for (const auto& fault : walk.faults) {
-    if (fault.isUnreadable) continue;
+  const auto say = [&tool](const std::string& text) {
     if (tool.options().json) {
-      printJsonLine(Json::object({{"error", Json::object({{"message", fault.text}})}}));
+      printJsonLine(Json::object({{"error", Json::object({{"message", text}})}}));
     } else {
-      printDiagnostic(escaped("orvo: " + fault.text) + "\n");
+      printDiagnostic(escaped("orvo: " + text) + "\n");
     }
+  };
+  for (const auto& fault : walk.faults) {
+    if (!fault.isUnreadable) say(fault.text);
   }
+  if (walk.isGivenUp) say("the walk ends here: the service does not answer; orvo doctor looks why");
 }
 
 std::int64_t failedRequests(const WalkResult& walk) {
@@ -65,7 +73,7 @@ std::string extentOf(const WalkResult& walk) {
 
 int runLearn(Tool& tool, const WrittenDrift& written) {
   refuseForeignFolder(written.folder);
-  const auto walk = walkService(tool, written.requests, nullptr);
+  const auto walk = walkService(tool, written.limits(), nullptr);
   if (const AnyError* error = walk.error()) return tool.fail(*error);
   addShapes(written.folder, walk.value()->shapes);
   std::size_t places = 0;
@@ -82,7 +90,7 @@ int runLearn(Tool& tool, const WrittenDrift& written) {
 
 int runCheck(Tool& tool, const WrittenDrift& written) {
   const auto then = readShapes(written.folder);
-  const auto walk = walkService(tool, written.requests, &then);
+  const auto walk = walkService(tool, written.limits(), &then);
   if (const AnyError* error = walk.error()) return tool.fail(*error);
   const auto found = drift(then, *walk.value());
   const auto failed = failedRequests(*walk.value());
@@ -124,7 +132,10 @@ void addDriftCommand(Commands& commands) {
            "what "
            "its documents look like: keys, types, words of enumerations, but no texts. It adds to "
            "what an earlier walk has learned. \"check\" walks again and says what is new, missing "
-           "or of another type, and what the library loses by it.",
+           "or of another type, and what the library loses by it. A walk ends early when four "
+           "requests have not been answered in time. Interrupted, \"learn\" leaves the folder as "
+           "it "
+           "was.",
        .arguments = {{.name = "ACTION",
                       .description = "What to do",
                       .values = anyOf({"learn", "check"}, "ACTION"),
@@ -138,7 +149,11 @@ void addDriftCommand(Commands& commands) {
        .options = {{.name = "--requests",
                     .description = "How many requests a walk may take",
                     .values = number(3, 100'000),
-                    .target = &written->requests}},
+                    .target = &written->requests},
+                   {.name = "--patience",
+                    .description = "How many seconds a request may take",
+                    .values = number(1, 600, "SECONDS"),
+                    .target = &written->seconds}},
        .examples =
            {"cd $(mktemp -d); orvo --demo drift learn shapes && orvo --demo drift check shapes"},
        .statuses = {{"0", "No drift; of \"learn\", done"},

@@ -48,8 +48,9 @@ struct Examination {
   void visit(const JSONValue& value, const std::string& path) {
     steps.push_back(0);
     if (const auto object = value.object()) {
+      const bool isData = isKeyedByData(*object);
       for (const auto& [key, member] : *object) {
-        const auto memberAt = memberPath(path, key);
+        const auto memberAt = memberPath(path, key, isData);
         examine(memberAt);
         visit(member, memberAt);
         ++steps.back();

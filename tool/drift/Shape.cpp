@@ -22,6 +22,25 @@ bool isPlainName(std::string_view name) {
          name.find_first_not_of(kPlain) == std::string_view::npos;
 }
 
+constexpr std::string_view kUnsent = "unsent";
+constexpr std::string_view kDigits = "0123456789";
+
+std::string withoutDigits(std::string_view key) {
+  std::string text(key);
+  std::erase_if(text, [](char c) { return kDigits.find(c) != std::string_view::npos; });
+  return text;
+}
+
+/// `film-long-thaw`, `2026-11-24`, `k1234`, or what is no name at all.
+bool isDataKey(std::string_view key) {
+  constexpr std::size_t kManyDigits = 4;
+  const std::size_t digits = key.size() - withoutDigits(key).size();
+  std::string name(key);
+  std::erase(name, '/');
+  return digits == key.size() || digits >= kManyDigits || !isPlainName(name) ||
+         key.find('-') != std::string_view::npos;
+}
+
 /// Whether texts at the place are words that a service chooses from a few.
 bool holdsWords(const std::string& path) {
   static constexpr std::array kKeys{"type",     "content_type", "item_type",
@@ -56,8 +75,9 @@ class Learning {
     if (isWord && place.words.size() < kMostWords) place.words.emplace(*text);
     if (const auto object = value.object()) {
       ++place.objects;
+      const bool isData = isKeyedByData(*object);
       for (const auto& [key, member] : *object) {
-        learn(member, memberPath(path, key), path, depth + 1);
+        learn(member, memberPath(path, key, isData), path, depth + 1);
       }
     } else if (const auto array = value.array()) {
       for (const JSONValue& element : *array) learn(element, path + "[]", path, depth + 1);
@@ -89,7 +109,10 @@ class Comparison {
   std::vector<Difference> made() {
     for (const auto& loss : newOnes(then_.losses, now_.losses)) {
       const auto space = loss.rfind(' ');
-      tell(loss.substr(0, space), "is lost: " + loss.substr(space + 1), true);
+      const auto reason = loss.substr(space + 1);
+      const bool isUnsent = reason == kUnsent;
+      tell(loss.substr(0, space),
+           isUnsent ? "is empty, though meta.total is not 0" : "is lost: " + reason, true);
     }
     for (const auto& [path, place] : then_.places) {
       const auto found = now_.places.find(path);
@@ -98,7 +121,7 @@ class Comparison {
     }
     for (const auto& [path, place] : now_.places) {
       const bool isFirst = then_.places.contains(place.parent);
-      if (!then_.places.contains(path) && isFirst) {
+      if (!then_.places.contains(path) && isFirst && !isData(place.parent)) {
         tell(path, "is new: " + listed(place.types), false);
       }
     }
@@ -114,15 +137,23 @@ class Comparison {
   void compareMissing(const std::string& path, const Place& then) {
     const Place* const parentThen = find(then_, then.parent);
     const Place* const parentNow = find(now_, then.parent);
-    // Lists may be empty, and what is not there has no members.
-    if (path.ends_with("[]") || parentThen == nullptr || parentNow == nullptr) return;
-    // What is rare may be missing by chance.
-    constexpr double kEnough = 5;
+    // What is not there has no members.
+    if (parentThen == nullptr || parentNow == nullptr || isData(then.parent)) return;
+    if (path.ends_with("[]")) return compareEmptied(then, *parentThen, *parentNow);
     const auto objects = static_cast<double>(parentNow->objects);
     const auto share = static_cast<double>(then.count) / static_cast<double>(parentThen->objects);
     const bool isMissed =
         then.count == parentThen->objects ? objects > 0 : !isPartial_ && share * objects >= kEnough;
     if (isMissed) tell(path, "is missing", then.isRead);
+  }
+  /// Lists may be empty, but hardly all of them.
+  void compareEmptied(const Place& then, const Place& listThen, const Place& listNow) {
+    const double share = static_cast<double>(then.count) / static_cast<double>(listThen.count);
+    const bool isMissed = share * static_cast<double>(listNow.count) >= kEnough &&
+                          !now_.losses.contains(then.parent + " " + std::string(kUnsent));
+    if (isMissed && !isPartial_ && listNow.types.contains("array")) {
+      tell(then.parent, "is empty wherever it is, and was not", listThen.isRead);
+    }
   }
   void compare(const std::string& path, const Place& then, const Place& now) {
     const auto types = newOnes(then.types, now.types);
@@ -143,6 +174,12 @@ class Comparison {
            false);
     }
   }
+  /// Whether the place was found to be keyed by data, then or now: in another walk it may have held
+  /// too little to tell.
+  [[nodiscard]] bool isData(const std::string& path) const {
+    const auto key = memberPath(path, "", true);
+    return then_.places.contains(key) || now_.places.contains(key);
+  }
   void tell(const std::string& path, std::string text, bool loses) {
     differences_.push_back({document_, path, std::move(text), loses});
   }
@@ -150,6 +187,8 @@ class Comparison {
   const std::string& document_;
   const Shape& then_;
   const Shape& now_;
+  /// What is rare may be missing by chance.
+  static constexpr double kEnough = 5;
   const bool isPartial_;
   std::vector<Difference> differences_;
 };
@@ -162,7 +201,29 @@ std::string_view typeName(JSONValue::Kind kind) {
   return kNames.at(static_cast<std::size_t>(kind));
 }
 
-std::string memberPath(const std::string& path, std::string_view key) {
+bool isKeyedByData(const JSONObject& object) {
+  constexpr std::size_t kEnough = 3;
+  std::size_t members = 0, data = 0;
+  bool isAlike = true;
+  std::optional<JSONValue::Kind> kind;
+  std::string pattern;
+  for (const auto& [key, member] : object) {
+    // Of one kind are also those of which some are null.
+    if (member.kind() != JSONValue::Kind::null) {
+      if (kind.value_or(member.kind()) != member.kind()) return false;
+      kind = member.kind();
+    }
+    const std::string form = withoutDigits(key);
+    isAlike = isAlike && form.size() < key.size() && (members == 0 || form == pattern);
+    pattern = form;
+    data += isDataKey(key) ? 1 : 0;
+    ++members;
+  }
+  return (isAlike && members >= kEnough) || data * 2 > members;
+}
+
+std::string memberPath(const std::string& path, std::string_view key, bool isData) {
+  if (isData) return path + "{}";
   if (isPlainName(key)) return path + (path.empty() ? "" : ".") + std::string(key);
   return path + "[" + demo::Json(cut(printable(key), kLongestName)).text() + "]";
 }
@@ -184,6 +245,14 @@ void Shape::learn(const std::vector<DocumentLoss>& lost) {
   for (const auto& loss : lost) {
     if (loss.reason == DocumentLoss::Reason::further) continue;
     losses.insert(generalPath(loss.path) + " " + std::string(caseName(loss.reason)));
+  }
+}
+
+void Shape::learn(const std::vector<ShortList>& sent) {
+  for (const auto& list : sent) {
+    if (list.count == 0 && list.promised > 0) {
+      losses.insert(generalPath(list.path).append(" ").append(kUnsent));
+    }
   }
 }
 
@@ -209,6 +278,36 @@ void Shape::merge(const Shape& other) {
   }
 }
 
+namespace {
+
+std::string_view parentOf(std::string_view path) {
+  const auto last = path.find_last_of(".[");
+  return path.substr(0, last == std::string_view::npos ? 0 : last);
+}
+
+/// Of many members of one object of which the same is to be told, the first ones, and their number.
+std::vector<Difference> folded(std::vector<Difference> all) {
+  constexpr std::ptrdiff_t kMostAlike = 8, kShown = 3;
+  std::vector<Difference> some;
+  for (auto first = all.begin(); first != all.end();) {
+    const auto end = std::find_if(first, all.end(), [&first](const Difference& other) {
+      return other.loses || other.text != first->text ||
+             parentOf(other.path) != parentOf(first->path);
+    });
+    const auto alike = std::max<std::ptrdiff_t>(end - first, 1);
+    const auto shown = alike > kMostAlike ? kShown : alike;
+    some.insert(some.end(), first, first + shown);
+    if (alike > shown) {
+      some.push_back({first->document, std::string(parentOf(first->path)),
+                      first->text + ": " + std::to_string(alike - shown) + " more members", false});
+    }
+    first += alike;
+  }
+  return some;
+}
+
+}  // namespace
+
 std::vector<Difference> differences(const Shapes& then, const Shapes& now, bool isPartial) {
   std::vector<Difference> all;
   for (const auto& [document, shape] : now) {
@@ -217,7 +316,7 @@ std::vector<Difference> differences(const Shapes& then, const Shapes& now, bool 
       all.push_back({document, "", "is new", false});
       continue;
     }
-    auto some = Comparison(document, found->second, shape, isPartial).made();
+    auto some = folded(Comparison(document, found->second, shape, isPartial).made());
     all.insert(all.end(), some.begin(), some.end());
   }
   return all;

@@ -2,6 +2,7 @@
 
 #include <OrvoAPI/Parsing/DocumentLoss.h>
 #include <OrvoAPI/Parsing/JSONValue.h>
+#include <tool/SentLists.h>
 
 #include <cstdint>
 #include <map>
@@ -29,13 +30,15 @@ struct Place {
 struct Shape {
   /// By path: `items[].title`, and "" for the document.
   std::map<std::string, Place> places{};
-  /// What the library loses of them: `items[].title missing`.
+  /// What the library loses of them: `items[].title missing`; and of lists in which the service has
+  /// sent nothing, though it says that there is something: `items unsent`.
   std::set<std::string> losses{};
   /// Which documents were met: fingerprints of their addresses.
   std::set<std::string> met{};
 
   void learn(const JSONValue& document);
   void learn(const std::vector<DocumentLoss>& lost);
+  void learn(const std::vector<ShortList>& sent);
   void learnMeeting(std::string_view address);
   [[nodiscard]] bool hasMet(std::string_view address) const;
   void merge(const Shape& other);
@@ -50,8 +53,11 @@ using Shapes = std::map<std::string, Shape>;
 
 /// The path with `[]` for each index.
 [[nodiscard]] std::string generalPath(const std::string& path);
-/// The path of a member; a key that is no plain name, quoted.
-[[nodiscard]] std::string memberPath(const std::string& path, std::string_view key);
+/// Whether the keys of the object are data, such as identifiers or dates, and no names: all its
+/// members are one place then.
+[[nodiscard]] bool isKeyedByData(const JSONObject& object);
+/// The path of a member; a key that is no plain name, quoted, and one that is data as `{}`.
+[[nodiscard]] std::string memberPath(const std::string& path, std::string_view key, bool isData);
 /// Null, boolean and so on.
 [[nodiscard]] std::string_view typeName(JSONValue::Kind kind);
 

@@ -97,6 +97,10 @@ std::optional<Shapes> shapesIn(const std::string& text) {
 
 Shapes readShapes(const std::string& folder) {
   const auto text = readRegularFile(folder + kName, kLargest);
+  std::error_code error;
+  if (!text && !std::filesystem::exists(folder, error)) {
+    throw WrongUsage(folder + ": there is no such folder; \"orvo drift learn\" makes it");
+  }
   auto shapes = text ? shapesIn(*text) : std::nullopt;
   if (!shapes) refuseFolder(folder);
   return *std::move(shapes);

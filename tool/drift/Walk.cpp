@@ -1,11 +1,15 @@
 #include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Parsing/JSONDataParser.h>
 #include <OrvoAPI/Parsing/JSONParseError.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
 #include <OrvoAPI/Platform/ConsoleSink.h>
 #include <OrvoAPI/Queues/SerialQueue.h>
 #include <tool/ErrorReport.h>
+#include <tool/OwnRequest.h>
 #include <tool/Present.h>
+#include <tool/Secrets.h>
+#include <tool/SentLists.h>
 #include <tool/drift/Probe.h>
 #include <tool/drift/Walk.h>
 
@@ -80,8 +84,8 @@ class CatchingNetwork final : public NetworkDataProvider {
 
 class ServiceWalk {
  public:
-  ServiceWalk(Tool& tool, std::int64_t most, const Shapes* then)
-      : tool_(tool), most_(most), then_(then) {}
+  ServiceWalk(Tool& tool, const WalkLimits& limits, const Shapes* then)
+      : tool_(tool), limits_(limits), then_(then) {}
 
   Result<WalkResult> make();
 
@@ -118,7 +122,7 @@ class ServiceWalk {
   void addSearch(const std::string& title);
   void visit(const Page& page);
   void visit(const std::vector<ContentItem>& items);
-  void fail(const AnyError& error);
+  void fail(const AnyError& error, const std::string& address);
   [[nodiscard]] bool isStrange(const Known& known) const;
   void digest();
   /// One of the kind of which there were the fewest; null when there is none.
@@ -128,7 +132,7 @@ class ServiceWalk {
   [[nodiscard]] const Known* find(const URL& url) const;
 
   Tool& tool_;
-  const std::int64_t most_;
+  const WalkLimits limits_;
   const Shapes* const then_;
   const std::shared_ptr<Catch> catch_ = std::make_shared<Catch>();
   std::shared_ptr<Context> context_;
@@ -138,6 +142,8 @@ class ServiceWalk {
   std::map<std::string, Known> known_;
   std::map<std::string, Probe> probes_;
   bool hasSearched_ = false;
+  /// Requests that were not answered in time.
+  int late_ = 0;
   WalkResult result_;
 };
 
@@ -159,13 +165,14 @@ void ServiceWalk::add(const Address& address, std::string_view kind, Fetch fetch
   if (!known_.emplace(address.path, known).second) return;
   auto& tasks = tasks_[known.kind];
   (isStrange(known) ? tasks.strange : tasks.waiting)
-      .push_back([this, fetch = std::move(fetch), visit = std::move(visit)] {
-        const auto future = fetch();
-        return [this, future, visit] {
-          const auto result = tool_.wait(future, "walking through the service");
-          result.failed() ? fail(*result.error()) : visit(**result.value());
-        };
-      });
+      .push_back(
+          [this, fetch = std::move(fetch), visit = std::move(visit), address = known.address] {
+            const auto future = fetch();
+            return [this, future, visit, address] {
+              const auto result = tool_.wait(future, "walking through the service");
+              result.failed() ? fail(*result.error(), address) : visit(**result.value());
+            };
+          });
 }
 
 /// How many items of a list are looked at more closely.
@@ -247,12 +254,16 @@ void ServiceWalk::visit(const std::vector<ContentItem>& items) {
   }
 }
 
-void ServiceWalk::fail(const AnyError& error) {
+void ServiceWalk::fail(const AnyError& error, const std::string& address) {
   const auto* general = error.as<GeneralError>();
   const auto* wrapped = general != nullptr ? general->as<GeneralError::underlying>() : nullptr;
   const AnyError& inner = wrapped != nullptr ? wrapped->error : error;
+  const auto* transport = inner.as<URLError>();
+  if (transport != nullptr && transport->code == URLError::timedOut) ++late_;
   const bool isUnreadable = inner.is<JSONParseError>() || inner.is<JSONReaderError>();
-  result_.faults.push_back({subject(error) + ": " + explanation(error), isUnreadable});
+  const auto asked = subject(error);
+  result_.faults.push_back(
+      {(asked.empty() ? address : asked) + ": " + explanation(error), isUnreadable});
 }
 
 bool ServiceWalk::isStrange(const Known& known) const {
@@ -286,24 +297,29 @@ void ServiceWalk::digest() {
   const Promise<bool> told;
   queue->post([told] { told.success(true); });
   (void)told.future().wait(1s);
+  // The token may be a key.
+  KnownSecrets token;
+  token.add(context_->sessionProvider()->currentToken(), std::string(kHiddenText));
   std::vector<Catch::Document> documents;
   catch_->queue->sync([&] { documents.swap(catch_->documents); });
   const std::lock_guard guard(catch_->lock);
   result_.requests = catch_->requests;
   for (const auto& [url, body] : documents) {
     const Known* const known = find(url);
-    const auto document = JSONDataParser::value(body);
+    const auto document = JSONDataParser::value(Data(token.hiddenIn(body.view())));
     if (known == nullptr || document.failed()) continue;
     const std::string& name = known->kind;
     auto& shape = result_.shapes[name];
     shape.learn(*document.value());
+    shape.learn(shortLists(*document.value()));
     shape.learnMeeting(known->address);
     if (then_ != nullptr) continue;
     const auto* const kind = std::ranges::find(kDocumentKinds, name, &DocumentKind::name);
     probes_.try_emplace(name, std::string(kind->parseKind))
         .first->second.examine(*document.value(), shape);
   }
-  for (const auto& loss : std::exchange(catch_->losses, {})) {
+  for (auto& loss : std::exchange(catch_->losses, {})) {
+    loss.path = token.hiddenIn(loss.path);
     const auto* const kind =
         std::ranges::find(kDocumentKinds, loss.document, &DocumentKind::lossName);
     if (kind != std::end(kDocumentKinds)) result_.shapes[std::string(kind->name)].learn({loss});
@@ -334,19 +350,28 @@ Result<WalkResult> ServiceWalk::make() {
     options.context.reportQueue = SerialQueue::make("orvo.losses");
   }
   listen(options);
+  // An unresponsive service is not waited for again and again.
+  constexpr int kMostLate = 4;
+  const auto beginWaiting = [this] {
+    tool_.endWaitsAt(std::chrono::steady_clock::now() + limits_.patience);
+  };
+  beginWaiting();
   const auto context = tool_.context();
   if (const AnyError* error = context.error()) return Failure{*error};
   begin(*context.value());
   digest();
-  while (result_.requests < most_) {
+  while (result_.requests < limits_.requests) {
+    result_.isGivenUp = late_ >= kMostLate;
+    if (result_.isGivenUp) break;
     std::vector<std::function<void()>> ends;
-    const auto budget = std::min<std::int64_t>(2, most_ - result_.requests);
+    const auto budget = std::min<std::int64_t>(2, limits_.requests - result_.requests);
     while (std::ssize(ends) < budget) {
       const auto task = takeTask();
       if (task == nullptr) break;
       ends.push_back(task());
     }
     if (ends.empty()) break;
+    beginWaiting();
     for (const auto& end : ends) end();
     digest();
   }
@@ -355,10 +380,10 @@ Result<WalkResult> ServiceWalk::make() {
 
 }  // namespace
 
-Result<WalkResult> walkService(Tool& tool, std::int64_t mostRequests, const Shapes* then) {
+Result<WalkResult> walkService(Tool& tool, const WalkLimits& limits, const Shapes* then) {
   // What is lost is reported, and examined documents are not the service's.
   silenceConsole();
-  return ServiceWalk(tool, mostRequests, then).make();
+  return ServiceWalk(tool, limits, then).make();
 }
 
 }  // namespace orvo::tool
