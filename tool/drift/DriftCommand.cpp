@@ -120,6 +120,17 @@ int runCheck(Tool& tool, const WrittenDrift& written) {
   return found.empty() ? 0 : kDriftOnly;
 }
 
+std::vector<Note> statuses() {
+  return {{"0", "No drift; of \"learn\", done"},
+          {"1",
+           "A request failed, or the output could not be written; no drift that "
+           "loses something is known"},
+          {"3",
+           "Drift by which the library loses something; or, as a message says "
+           "then, the system refused memory"},
+          {"4", "Drift that does not matter"}};
+}
+
 }  // namespace
 
 void addDriftCommand(Commands& commands) {
@@ -156,14 +167,7 @@ void addDriftCommand(Commands& commands) {
                     .target = &written->seconds}},
        .examples =
            {"cd $(mktemp -d); orvo --demo drift learn shapes && orvo --demo drift check shapes"},
-       .statuses = {{"0", "No drift; of \"learn\", done"},
-                    {"1",
-                     "A request failed, or the output could not be written; no drift that "
-                     "loses something is known"},
-                    {"3",
-                     "Drift by which the library loses something; or, as a message says "
-                     "then, the system refused memory"},
-                    {"4", "Drift that does not matter"}},
+       .statuses = statuses(),
        .run = [written](Tool& tool) {
          return written->action == "learn" ? runLearn(tool, *written) : runCheck(tool, *written);
        }});
