@@ -9,8 +9,9 @@ what there is none of. A line "subject" and a name parted by a tab says what the
 to. Any other line is passed on.
 
 --json keeps the run, with what it ran on and how long since SECONDS (of the epoch) it took. --page
-writes it into a Markdown file, between lines "<!-- rows: SUBJECT... -->", or "<!-- run -->", and
-"<!-- end -->"; what was not measured stays as it is. KEPT_RUN is a file that --json wrote.
+writes it into a Markdown file, between lines "[//]: # (rows: SUBJECT...)", or "[//]: # (run)", and
+"[//]: # (end)", which no reader sees; what was not measured stays as it is. KEPT_RUN is a file that
+--json wrote.
 """
 
 import argparse
@@ -139,7 +140,7 @@ def summary(run):
     lines = [f"{run['machine']}.{took} {score(run['rows'])}."]
     if missed:
         lines += ["", "Missed:", ""]
-        lines += [f"- {escaped(row['name'])}, {row['unit']}"
+        lines += [f"- {escaped(row['name'])}" + (f", {row['unit']}" if row["unit"] else "")
                   + (f", beside {escaped(row['peer'])}" if row["peer"] else "")
                   + f": {shown(row['ours'] if row['ratio'] is None else row['ratio'])}"
                   + f" (goal {escaped(row['goal'])})"
@@ -151,17 +152,19 @@ def write_page(file, run):
     page = pathlib.Path(file)
     text = page.read_text(encoding="utf-8")
     measured = set(run["subjects"])
-    asked = set(" ".join(re.findall(r"<!-- rows: (.*?) -->", text)).split())
+    asked = set(" ".join(re.findall(r"^\[//\]: # \(rows: (.*?)\)$", text, re.MULTILINE)).split())
 
     def filled(match):
         subjects = set(match[1].split()[1:])
         if not (subjects or asked) <= measured:
             return match[0]  # not measured this time
         rows = [row for row in run["rows"] if row["subject"] in subjects]
-        return f"<!-- {match[1]} -->\n\n{table(rows) if subjects else summary(run)}\n\n<!-- end -->"
+        made = table(rows) if subjects else summary(run)
+        return f"[//]: # ({match[1]})\n\n{made}\n\n[//]: # (end)"
 
-    pattern = r"<!-- (run|rows: .*?) -->\n.*?<!-- end -->"
-    page.write_text(re.sub(pattern, filled, text, flags=re.DOTALL), encoding="utf-8")
+    pattern = r"^\[//\]: # \((run|rows: .*?)\)$.*?^\[//\]: # \(end\)$"
+    text = re.sub(pattern, filled, text, flags=re.DOTALL | re.MULTILINE)
+    page.write_text(text, encoding="utf-8")
 
 
 def main():
