@@ -62,6 +62,7 @@
 #include <OrvoAPI/Network/Session.h>
 #include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Network/SessionProvider.h>
+#include <OrvoAPI/Network/SessionRenewal.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Network/URLSessionDelegate.h>
 

@@ -108,6 +108,7 @@ LinearProgramGuideMonitor::LinearProgramGuideMonitor(std::shared_ptr<const Conte
       mainQueue_(std::move(options.mainQueue)),
       clock_(std::move(options.clock)),
       delayAfterEnd_(std::move(options.delayAfterEnd)),
+      delayAfterFailure_(std::move(options.delayAfterFailure)),
       accessQueue_(
           SerialQueue::make(std::string(ServiceDomainPrefix) + ".linear_program_guide.access")) {}
 
@@ -129,8 +130,12 @@ Future<bool> LinearProgramGuideMonitor::load(Date startingAt, Date endingAt,
       ->fetchLinearProgramGuide(context_->constants().linearStreamID, startingAt, endingAt,
                                 {.page = ListPartRequest{options.offset, kPartLimit}})
       .onComplete([weak = weak_from_this(), promise](const Result<GuidePart>& result) {
-        if (result.failed()) return promise.failure(*result.error());
         const auto self = weak.lock();
+        if (result.failed()) {
+          promise.failure(*result.error());
+          if (self != nullptr) self->waitAfterFailure();
+          return;
+        }
         if (self == nullptr) return;
         detail::orFail(promise, [&] {
           self->update(*result.value());
@@ -202,6 +207,7 @@ void LinearProgramGuideMonitor::resolveUpdate() {
         if (self == nullptr) return;
         if (const auto* const video = result.value()) return self->send(*video, program);
         self->attempt([&] { self->log("Unable to update video for EPG"); });
+        self->waitAfterFailure();
       });
 }
 
@@ -260,6 +266,13 @@ void LinearProgramGuideMonitor::waitUntil(Date due) {
   mainQueue_->postAfter(delay, [weak = weak_from_this(), wait] {
     const auto self = weak.lock();
     if (self != nullptr) self->attempt([&] { self->endWait(wait); });
+  });
+}
+
+void LinearProgramGuideMonitor::waitAfterFailure() {
+  if (!delayAfterFailure_) return;
+  attempt([&] {
+    waitUntil(clock_->now() + std::max(delayAfterFailure_(), std::chrono::milliseconds(0)));
   });
 }
 

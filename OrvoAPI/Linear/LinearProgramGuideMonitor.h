@@ -50,6 +50,11 @@ struct LinearProgramGuideMonitorOptions {
   /// a million devices do not all send requests in the same second. When empty, the monitor looks
   /// at the end, and also within the second before it.
   std::function<std::chrono::milliseconds()> delayAfterEnd = {};
+  /// Asked after each request of the guide or of a video that failed, on any thread: how long to
+  /// wait before the monitor looks again for what is on, and loads the guide if it must. Spread it
+  /// widely, since a service that was down has failed a million devices. When there is none, the
+  /// monitor stays idle after a failure.
+  std::function<std::chrono::milliseconds()> delayAfterFailure = {};
 };
 
 /// Random delays, uniformly distributed from zero to `longest`.
@@ -114,16 +119,17 @@ class LinearProgramGuideMonitor final
   //                      └─ fewer than 5 ───┴── regroup, 5 or more programmes left ─────┘
   //
   // - Loading: `programs_` is empty and a part of the guide is outstanding; its callback holds the
-  //   promise of `load`. When it fails, the promise fails and all is idle.
+  //   promise of `load`. When it fails, the promise fails and all is idle, unless the failure has a
+  //   delay: then a wait like that for a programme's end goes on with a regroup.
   // - Resolving: `days_` holds the programmes that have not ended, and the video of the first is
-  //   outstanding. When it fails, that is logged and all is idle; without programmes it is idle at
-  //   once.
+  //   outstanding. When it fails, that is logged and all is idle, or waits as before; without
+  //   programmes it is idle at once.
   // - Live: `lastUpdate_` was sent, and the queue holds a job for the programme's end, with its
   //   entry in `waits_`.
   //
   // No round ends because another begins: each part that arrives, asked for by `load` or by
   // `loadNext`, sends one more on its way, and as many updates come for each programme. Only a
-  // failure ends a round, or the end of the monitor. All rounds share the state,
+  // failure without a delay ends a round, or the end of the monitor. All rounds share the state,
   // which is read and changed within `accessQueue_` only; requests are sent, and listeners called,
   // outside. Callbacks and jobs hold the monitor weakly, and the monitor holds its context, so the
   // last reference decides where all of it ends.
@@ -143,6 +149,7 @@ class LinearProgramGuideMonitor final
   void send(Shared<Video> video, const LinearProgram& program);
   void scheduleRegroup(Date programEnd);
   void waitUntil(Date due);
+  void waitAfterFailure();
   void endWait(std::uint64_t wait);
   void waitAnew();
   void log(std::string_view message) const;
@@ -154,6 +161,7 @@ class LinearProgramGuideMonitor final
   const std::shared_ptr<DispatchQueue> mainQueue_;
   const std::shared_ptr<const Clock> clock_;
   const std::function<std::chrono::milliseconds()> delayAfterEnd_;
+  const std::function<std::chrono::milliseconds()> delayAfterFailure_;
   const std::shared_ptr<SerialQueue> accessQueue_;
   KeyedStore<UpdateHandler> updateHandlers_;
 

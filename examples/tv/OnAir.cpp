@@ -2,16 +2,16 @@
 
 #include <QDateTime>
 #include <QPointer>
-#include <QTimer>
-#include <algorithm>
 #include <chrono>
 
 using namespace std::chrono_literals;
 
 void OnAir::load(const Context& context) {
-  // Not all devices shall ask in the second in which a programme ends.
-  monitor_ =
-      orvo::LinearProgramGuideMonitor::make(context, {.delayAfterEnd = orvo::randomDelayUpTo(30s)});
+  // Not all devices shall ask in the second in which a programme ends, nor in the one in which the
+  // service is back.
+  monitor_ = orvo::LinearProgramGuideMonitor::make(
+      context, {.delayAfterEnd = orvo::randomDelayUpTo(60s),
+                .delayAfterFailure = orvo::randomDelayUpTo(25min)});
   monitor_->onUpdate([self = QPointer(this)](const orvo::GuideUpdate& update) {
     if (self != nullptr) self->show(update);
   });
@@ -23,9 +23,4 @@ void OnAir::show(const orvo::GuideUpdate& update) {
   title_ = QString::fromStdString(update.program.title);
   until_ = QDateTime::fromMSecsSinceEpoch(end.millisecondsSince1970()).toString("HH:mm");
   emit updated();
-  // A monitor whose requests fail stops; the next update is due by then.
-  const auto left = std::max(end - orvo::Clock::system()->now(), std::chrono::milliseconds(0));
-  QTimer::singleShot(left + 60s, this, [this, shown = until_] {
-    if (until_ == shown) Screen::load();
-  });
 }

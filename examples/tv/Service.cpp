@@ -5,7 +5,10 @@ Service::Service(orvo::URL api, orvo::URL resources, orvo::BootstrapOptions opti
 
 void Service::load() {
   await(orvo::ContextService::context(api_, resources_, orvo::Client::appleTV, options_),
-        [this](const auto& context) { context_ = context; });
+        [this](const auto& context) {
+          context_ = context;
+          renewal_ = orvo::SessionRenewal::make(context->sessionProvider());
+        });
 }
 
 QVariantList Service::views() const {

@@ -27,4 +27,5 @@ class Service : public Loadable {
   const orvo::URL resources_;
   const orvo::BootstrapOptions options_;
   std::shared_ptr<const orvo::Context> context_;
+  std::shared_ptr<orvo::SessionRenewal> renewal_;
 };

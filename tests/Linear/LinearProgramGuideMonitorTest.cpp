@@ -72,12 +72,16 @@ class Channel final : public NetworkDataProvider {
 
 /// A monitor of that channel, with a clock and a main queue that the test controls.
 struct OnAir final : Logger {
-  explicit OnAir(Date now, std::function<milliseconds()> delayAfterEnd = {})
+  using Delay = std::function<milliseconds()>;
+
+  explicit OnAir(Date now, Delay delayAfterEnd = {}, Delay delayAfterFailure = {})
       : clock(std::make_shared<ManualClock>(now)),
         context(makeContext(std::make_shared<StubSessionProvider>(kToken), channel,
                             {.logger = {std::shared_ptr<void>(), this}, .clock = clock})),
         monitor(LinearProgramGuideMonitor::make(
-            context, {.mainQueue = queue, .delayAfterEnd = std::move(delayAfterEnd)})) {
+            context, {.mainQueue = queue,
+                      .delayAfterEnd = std::move(delayAfterEnd),
+                      .delayAfterFailure = std::move(delayAfterFailure)})) {
     monitor->onUpdate([this](const GuideUpdate& update) {
       heard.push_back(seen(update.program.id, update.program.startTime, clock->now()));
     });
@@ -210,6 +214,23 @@ TEST(LinearProgramGuideMonitor, IsIdleAfterAFailureUntilTheNextLoad) {
   EXPECT_EQ(tv.heard.back(), "epg/epg error: Unable to update video for EPG");
   EXPECT_EQ(tv.monitor->lastUpdate()->program.id, "138306");
   EXPECT_TRUE(tv.isIdle());
+}
+
+TEST(LinearProgramGuideMonitor, TriesAgainAfterAFailureWhenToldTo) {
+  OnAir tv(kNoon, {}, [] { return 7min; });
+  tv.channel->fails = true;
+  EXPECT_TRUE(tv.monitor->load(kNoon, 1).wait(kPatience).failed());
+  for (int i = 0; i < 10'000'000 && tv.queue->delayed() == 0; ++i) std::this_thread::yield();
+  tv.channel->fails = false;
+  tv.goOn();
+  tv.channel->fails = true;
+  tv.goOn();
+  tv.channel->fails = false;
+  tv.goOn();
+  EXPECT_EQ(tv.heard, Texts({"138300 +420000", "epg/epg error: Unable to update video for EPG",
+                             "138301 +420000"}));
+  EXPECT_EQ(tv.channel->queries.size(), 2U) << "a video that failed does not need the guide";
+  EXPECT_EQ(tv.queue->delayed(), 1U);
 }
 
 TEST(LinearProgramGuideMonitor, WaitsAnewWhenTheClockIsSet) {
