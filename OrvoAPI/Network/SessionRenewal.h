@@ -9,6 +9,7 @@
 
 namespace orvo {
 
+/// When and where a session is renewed.
 struct SessionRenewalOptions {
   /// How long a token is good for.
   std::chrono::milliseconds lifetime = std::chrono::hours(12);
