@@ -132,9 +132,10 @@ std::string percentDecoded(std::string_view text) {
 
 bool namesSecret(std::string_view name) {
   const std::string known = inLowerCase(name);
-  return std::ranges::any_of(std::array{"token", "secret", "password"}, [&](const char* part) {
-    return known.find(part) != std::string::npos;
-  });
+  static constexpr std::array kParts{"token",   "secret",  "password",   "apikey",
+                                     "api_key", "api-key", "credential", "authorization"};
+  return std::ranges::any_of(
+      kParts, [&](const char* part) { return known.find(part) != std::string::npos; });
 }
 
 bool namesSecretField(std::string_view name) {

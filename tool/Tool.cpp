@@ -1,6 +1,7 @@
 #include <OrvoAPI/Context/Response.h>
 #include <OrvoAPI/Context/URLService.h>
 #include <OrvoAPI/Futures/GeneralError.h>
+#include <OrvoAPI/HTTP/URLError.h>
 #include <OrvoAPI/Network/SessionError.h>
 #include <OrvoAPI/Network/URLSession.h>
 #include <OrvoAPI/Parsing/JSONReaderError.h>
@@ -8,6 +9,7 @@
 #include <tool/JsonLines.h>
 #include <tool/Text.h>
 #include <tool/Tool.h>
+#include <tool/TrustedFile.h>
 
 #include <array>
 
@@ -97,6 +99,13 @@ Result<std::shared_ptr<Context>> Tool::context() {
   if (!startService())
     return Failure{URLError{URLError::unknown, "the demo service does not start"}};
   isOpening_ = true;
+  const auto file = trustedFile();
+  const bool isSecure = options_.api.value_or(url(options_.environment)).scheme() == "https";
+  // TLS would be set up from it, and that would wait for what never comes.
+  if (isSecure && file && options_.bootstrap.session.protocolClasses.empty()) {
+    const auto fault = faultOfTrustedFile(*file);
+    if (!fault.empty()) return Failure{URLError{URLError::secureConnectionFailed, fault}};
+  }
   auto bootstrap = options_.bootstrap;
   bootstrap.environment = options_.environment;
   bootstrap.wrapNetwork = [watch = watch_, wrap = bootstrap.wrapNetwork](auto network) {

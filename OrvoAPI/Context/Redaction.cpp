@@ -52,6 +52,7 @@ bool Redaction::finds(std::string_view text) const {
   };
   if (isEmpty()) return false;
   if (holdsOne(text)) return true;
+  if (text.find('%') == std::string_view::npos) return false;
   std::string plain(text);
   while (plain.find('%') != std::string::npos) {
     auto decoded = percentDecoded(plain);

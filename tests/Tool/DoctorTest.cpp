@@ -165,6 +165,8 @@ TEST(Doctor, TellsWhichFileNamesNoAuthorities) {
                          "; rm -r $PWD");
     EXPECT_TRUE(has(found.of.at("TLS"), complaint)) << found.of.at("TLS");
   }
+  const auto refused = runLine("SSL_CERT_FILE=/ orvo views --api https://127.0.0.1:1/");
+  EXPECT_TRUE(has(refused.error, "SSL_CERT_FILE names /, which is no regular file"));
 }
 
 TEST(Doctor, TellsWhatItKnowsWhenItIsInterrupted) {

@@ -71,7 +71,8 @@ TEST(TokenMask, HidesTheTokenOfAnySessionDocument) {
   const TokenMask mask;
   EXPECT_EQ(mask.body(R"({"token" : "a\"b", "token":"c","x":1})"),
             R"({"token" : "***", "token":"***","x":1})");
-  EXPECT_EQ(mask.body(R"({"refreshToken": "a", "b": ""})"), R"({"refreshToken": "***", "b": ""})");
+  EXPECT_EQ(mask.body(R"({"refreshToken": "a", "apiKey": ""})"),
+            R"({"refreshToken": "***", "apiKey": "***"})");
   EXPECT_EQ(mask.headerValue("X-Api-Key", "a"), "***");
   EXPECT_EQ(mask.body(R"({"token":"cut off)"), R"({"token":"***)");
   EXPECT_EQ(mask.body(R"({"token":"x\)"), R"({"token":"***)");

@@ -108,7 +108,9 @@ class SecretiveService {
       return {302, "", {{"Location", "/cdn/secret-1/secret-token-5?k=secret-2&secret-token-6"}}};
     }
     if (target.starts_with("/cdn")) {
-      return {200, R"({"segments": [], "beacons": [], "x": "secret-token-5"})"};
+      return {
+          200,
+          R"({"segments": [], "beacons": [], "x": "secret-token-5", "y": "../secret-token-9/z"})"};
     }
     if (sessions_ < 2) return {401, "expired: " + request.header("Authorization")};
     if (target == "/v3/products/p") return {307, "", {{"Location", "/v3/moved?s=secret-token-7"}}};

@@ -2,15 +2,14 @@
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 #include <tool/Arguments.h>
+#include <tool/TrustedFile.h>
 #include <tool/Wording.h>
 #include <tool/doctor/Network.h>
 #include <tool/doctor/TLSCheck.h>
 
 #include <arpa/inet.h>
 #include <array>
-#include <cstdlib>
 #include <ctime>
-#include <filesystem>
 #include <memory>
 
 namespace orvo::tool {
@@ -90,27 +89,19 @@ Handshake refused() {
 
 /// Whom to trust, as the library does; says why not when that cannot be read.
 std::optional<Handshake> loadAuthorities(SSL_CTX* context) {
-  const char* const file = std::getenv("SSL_CERT_FILE");
-  if (file == nullptr || *file == '\0') {
+  const auto file = trustedFile();
+  if (!file) {
     if (SSL_CTX_set_default_verify_paths(context) == 1) return std::nullopt;
     return Handshake{.error = "the certificates of the authorities to trust cannot be read",
                      .advice = "install ca-certificates"};
   }
-  const std::string name = std::string("SSL_CERT_FILE names ") + file;
-  const auto refused = [&name](const std::string& why) {
-    return Handshake{.error = name + why,
-                     .advice = "name a file of certificates (PEM) there, or unset the variable"};
-  };
-  // Reading anything else may take for ever.
-  constexpr std::uintmax_t kLargest = std::uintmax_t{64} << 20;
-  std::error_code error;
-  if (!std::filesystem::exists(file, error)) return refused(", which is not there");
-  if (!std::filesystem::is_regular_file(file, error)) return refused(", which is no regular file");
-  if (std::filesystem::file_size(file, error) > kLargest || error) {
-    return refused(", which is too large for certificates");
+  auto fault = faultOfTrustedFile(*file);
+  if (fault.empty()) {
+    if (SSL_CTX_load_verify_file(context, file->c_str()) == 1) return std::nullopt;
+    fault = "SSL_CERT_FILE names " + *file + ", in which no certificates can be read";
   }
-  if (SSL_CTX_load_verify_file(context, file) == 1) return std::nullopt;
-  return refused(", in which no certificates can be read");
+  return Handshake{.error = fault,
+                   .advice = "name a file of certificates (PEM) there, or unset the variable"};
 }
 
 void expect(SSL* session, const std::string& host) {

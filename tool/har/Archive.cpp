@@ -229,12 +229,13 @@ Disguise disguiseFor(const RecordedRun& run, const std::vector<Exchange>& exchan
     if (const auto* const answer = answerOf(exchange)) {
       addFields(answer->response.headers);
       disguise.addDocument(answer->body);
+      if (isStream(exchange)) disguise.addPlaylist(answer->body.view());
     }
     const auto timeline = timelineOf(exchange);
     if (timeline == nullptr) continue;
     for (const auto& [hop, response, target] : timeline->redirects) {
       addFields(response.headers);
-      if (isStream(exchange)) disguise.addTarget(target);
+      if (isStream(exchange)) disguise.addPath(target.path());
     }
   }
   return disguise;

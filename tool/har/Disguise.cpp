@@ -118,10 +118,9 @@ void Disguise::addField(std::string_view name, std::string_view value) {
   if (lower.find("cookie") != std::string::npos) add(cookieValue(value));
 }
 
-void Disguise::addTarget(const URL& url) {
+void Disguise::addPath(std::string_view path) {
   // What is short, or has no digits, may be a folder's name.
   constexpr std::size_t kShortestKey = 12;
-  std::string_view path = url.path();
   while (!path.empty()) {
     const auto part = path.substr(0, path.find('/'));
     path.remove_prefix(std::min(part.size() + 1, path.size()));
@@ -131,11 +130,19 @@ void Disguise::addTarget(const URL& url) {
   }
 }
 
+void Disguise::addPlaylist(std::string_view text) {
+  while (!text.empty()) {
+    const auto word = text.substr(0, text.find_first_of(" \t\r\n\"'<>?"));
+    text.remove_prefix(std::min(word.size() + 1, text.size()));
+    // Files have numbers; their folders may be keys.
+    const std::size_t file = word.rfind('/');
+    if (file != std::string_view::npos && word.find("://") == std::string_view::npos) {
+      addPath(word.substr(0, file));
+    }
+  }
+}
+
 void Disguise::addDocument(const Data& body) {
-  const auto holds = [&body](std::string_view part) {
-    return body.view().find(part) != std::string_view::npos;
-  };
-  if (!holds("oken") && !holds("ecret") && !holds("assword")) return;
   const auto document = JSONDataParser::value(body);
   if (document.failed()) return;
   const auto object = document.value()->object();

@@ -27,8 +27,9 @@ class Disguise {
   void addField(std::string_view name, std::string_view value);
   /// The token in a document of a session, and what a document names a token, secret or password.
   void addDocument(const Data& body);
-  /// Where a stream is redirected to: its path may hold a key.
-  void addTarget(const URL& url);
+  /// Where a stream is redirected to, or what its playlist names: there may be keys in such paths.
+  void addPath(std::string_view path);
+  void addPlaylist(std::string_view text);
 
   /// Any text without the known secrets and what it names a secret itself, and addresses in it
   /// without a user's name and password and, where they are those of streams, without what may be
