@@ -9,6 +9,7 @@ namespace orvo::tool {
 namespace {
 
 constexpr std::size_t kMostLists = 20;
+constexpr std::size_t kLongestPath = 60;
 
 ShortList listOf(const JSONObject& object, std::string path, std::int64_t count) {
   ShortList list{.path = std::move(path), .count = count, .promised = count};
@@ -26,7 +27,7 @@ ShortList listOf(const JSONObject& object, std::string path, std::int64_t count)
 }
 
 void search(const JSONValue& value, const std::string& path, std::vector<ShortList>& found) {
-  if (found.size() >= kMostLists) return;
+  if (found.size() >= kMostLists || path.size() > kLongestPath) return;
   if (const auto array = value.array()) {
     std::size_t number = 0;
     for (const auto& element : *array) {
@@ -48,8 +49,9 @@ void search(const JSONValue& value, const std::string& path, std::vector<ShortLi
   if (collections && collections->begin() == collections->end()) {
     found.push_back({.path = "collections"});
   }
-  for (const auto& [key, member] : *object) {
-    if (!member.string()) search(member, before + std::string(key), found);
+  // Where lists of the service's lie; other keys may be anything.
+  for (const std::string key : {"collections", "items"}) {
+    if (const auto member = object->value(key)) search(*member, before + key, found);
   }
 }
 

@@ -85,7 +85,7 @@ std::size_t credentialsIn(std::string_view authorization) {
 }  // namespace
 
 std::string Disguise::word(std::string_view secret, const char* sort) {
-  if (secret.empty() || isWord(secret)) return std::string(secret);
+  if (secret.empty() || isWord(secret) || numbers_.contains(secret)) return std::string(secret);
   const auto found = words_.find(secret);
   if (found != words_.end()) return found->second;
   const auto number = std::to_string(words_.size() + 1);
@@ -94,11 +94,12 @@ std::string Disguise::word(std::string_view secret, const char* sort) {
   const auto name =
       isPlain ? std::string(secret.size() - std::min(number.size(), secret.size()), '9') + number
               : std::string(sort) + "-" + number;
+  if (isPlain) numbers_.insert(name);
   return words_.emplace(secret, name).first->second;
 }
 
 void Disguise::addToken(std::string_view token) {
-  if (!token.empty() && !isVocabulary(token)) known_.add(token, word(token, "token"));
+  if (!token.empty() && !isOwnWord(token)) known_.add(token, word(token, "token"));
 }
 
 bool Disguise::isSpoken(std::string_view secret) const {

@@ -6,6 +6,7 @@
 #include <tool/Secrets.h>
 
 #include <map>
+#include <set>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -66,6 +67,8 @@ class Disguise {
 
   const std::vector<std::string> spoken_;
   std::map<std::string, std::string, std::less<>> words_;
+  /// Those words that are numbers.
+  std::set<std::string, std::less<>> numbers_;
   KnownSecrets known_;
 };
 
