@@ -71,6 +71,7 @@ FleetRecord pass(const FleetEvening& evening, std::size_t devices) {
                   static_cast<double>(std::ranges::count_if(fleet, [&](const auto& device) {
                     return device->onAirUntil().value_or(Date(0)) <= time.now();
                   }));
+  service->close();
   return record;
 }
 

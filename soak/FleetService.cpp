@@ -34,6 +34,7 @@ std::string configurationDocument() {
 
 FleetService::FleetService(FleetTime& time, double perSecond, std::size_t mostWaiting)
     : time_(time),
+      queue_(time.queue()),
       perTick_(perSecond * static_cast<double>(FleetQueue::kTick.count()) / 1000),
       mostWaiting_(mostWaiting),
       configuration_(configurationDocument()) {}
@@ -41,7 +42,7 @@ FleetService::FleetService(FleetTime& time, double perSecond, std::size_t mostWa
 Future<HTTPResult> FleetService::fetch(const URLRequest& request) {
   auto call = std::make_shared<Call>(Call{.request = request, .promise = {}});
   auto future = call->promise.future();
-  time_.queue()->post([this, call = std::move(call)] { accept(call); });
+  queue_->post([this, call = std::move(call)] { accept(call); });
   return future;
 }
 
@@ -52,6 +53,11 @@ void FleetService::setDown(bool isDown) {
     if (std::exchange(call->isOver, true)) continue;
     call->promise.failure(URLError{URLError::networkConnectionLost, "simulated"});
   }
+}
+
+void FleetService::close() {
+  waiting_.clear();
+  limits_.clear();
 }
 
 FleetSecond& FleetService::second() {
@@ -73,7 +79,7 @@ void FleetService::accept(const CallRef& call) {
 /// Without a status: there is nobody to connect to.
 void FleetService::refuse(const CallRef& call, int status) {
   ++second().refused;
-  time_.queue()->postAfter(FleetQueue::kTick, [call, status] {
+  queue_->postAfter(FleetQueue::kTick, [call, status] {
     if (status == 0)
       return call->promise.failure(URLError{URLError::cannotConnectToHost, "simulated"});
     call->promise.success({{.url = call->request.url, .statusCode = status}, Data()});
@@ -82,7 +88,7 @@ void FleetService::refuse(const CallRef& call, int status) {
 
 void FleetService::workLater() {
   if (std::exchange(isWorking_, true)) return;
-  time_.queue()->postAfter(FleetQueue::kTick, [this] { work(); });
+  queue_->postAfter(FleetQueue::kTick, [this] { work(); });
 }
 
 void FleetService::work() {

@@ -55,6 +55,8 @@ class FleetService final : public NetworkDataProvider {
 
   /// What waits when the service goes down loses its connection.
   void setDown(bool isDown);
+  /// Lets go of what waits, which holds the service.
+  void close();
   /// Second by second since the time began.
   [[nodiscard]] const std::vector<FleetSecond>& seconds() const { return seconds_; }
   /// The longest that an answer took.
@@ -80,6 +82,7 @@ class FleetService final : public NetworkDataProvider {
   [[nodiscard]] const std::string& guide(std::string_view query);
 
   FleetTime& time_;
+  const std::shared_ptr<FleetQueue> queue_;  // a request may come when the time has gone
   const double perTick_;
   const std::size_t mostWaiting_;
   const std::string configuration_;
