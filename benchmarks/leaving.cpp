@@ -67,7 +67,7 @@ class Service {
 
 struct Cost {
   double milliseconds;  // from leaving to the next screen's first answer
-  double kilobytes;     // that arrived since, but for that answer
+  double kilobytes;     // that arrived since, with that answer
 };
 
 Cost leave(const Service& service, bool isHTTP2, int fetches, bool usesScope) {
@@ -87,9 +87,7 @@ Cost leave(const Service& service, bool isHTTP2, int fetches, bool usesScope) {
   (void)context->fetchPage("next", {.noCache = true}).wait(60s).force();
   const std::chrono::duration<double, std::milli> waited = Clock::now() - begun;
   std::this_thread::sleep_for(usesScope ? 300ms : 1500ms);  // what comes late counts, too
-  constexpr double kAnswer = 500;
-  const auto arrived = static_cast<double>(service.line(isHTTP2).delivered() - before) - kAnswer;
-  return {waited.count(), std::max(arrived, 0.0) / 1e3};
+  return {waited.count(), static_cast<double>(service.line(isHTTP2).delivered() - before) / 1e3};
 }
 
 void measure(const Service& service, bool isHTTP2, int fetches) {
