@@ -44,7 +44,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
   const auto isAmbiguous = [&token](std::string_view part) {
     return token.find(part) != std::string::npos;
   };
-  if (token.size() < 8 || isAmbiguous("-") || isAmbiguous(":") || isAmbiguous("/")) {
+  // A word of the API is not sought.
+  const bool isWord =
+      token.find_first_not_of("abcdefghijklmnopqrstuvwxyz_./348") == std::string::npos;
+  if (token.size() < 8 || isWord || isAmbiguous("-") || isAmbiguous(":") || isAmbiguous("/")) {
     return -1;
   }
   tool::Disguise disguise;

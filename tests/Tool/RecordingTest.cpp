@@ -222,7 +222,7 @@ TEST(Disguise, FindsATokenInBase64AndInNames) {
     EXPECT_EQ(disguise.text(encoded), shown);
   }
   EXPECT_EQ(disguise.name("x-secret/token+1"), "x-token-1");
-  disguise.addToken("1234567890");
+  disguise.addField("Cookie", "1234567890");
   EXPECT_EQ(disguise.address("/v/1234567890/playlist.json", false), "/v/9999999992/playlist.json");
 }
 

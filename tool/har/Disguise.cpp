@@ -90,7 +90,8 @@ std::string Disguise::word(std::string_view secret, const char* sort) {
   if (found != words_.end()) return found->second;
   const auto number = std::to_string(words_.size() + 1);
   // A number may stand where a document would be none with a word in it.
-  const bool isPlain = secret.size() >= kShortestSought && isNumber(secret);
+  const bool isPlain =
+      std::string_view(sort) == "masked" && secret.size() >= kShortestSought && isNumber(secret);
   const auto name =
       isPlain ? std::string(secret.size() - std::min(number.size(), secret.size()), '9') + number
               : std::string(sort) + "-" + number;
