@@ -8,7 +8,7 @@ namespace {
 
 /// Identifiers and errors hold what others wrote; a line of a log stays one.
 void keepToOneLine(std::string& line) {
-  const auto isControl = [](char c) { return (c >= 0 && c < ' ') || c == '\x7F'; };
+  const auto isControl = [](char c) { return static_cast<unsigned char>(c) < ' ' || c == '\x7F'; };
   std::replace_if(line.begin(), line.end(), isControl, ' ');
   // U+0080 to U+009F, and the separators of lines and paragraphs.
   for (std::size_t at = 0; (at = line.find_first_of("\xC2\xE2", at)) != std::string::npos; ++at) {
